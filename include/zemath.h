@@ -6,5 +6,9 @@
 #include "zemath/status.h"
 #include "zemath/frame.h"
 #include "zemath/complex.h"
+#include "zemath/primitives.h"
+#include "zemath/search.h"
+#include "zemath/distributions.h"
+#include "zemath/random.h"
 
 #endif /* ZEMATH_H */

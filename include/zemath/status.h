@@ -53,10 +53,23 @@ enum zemath_status {
     ZEMATH_ERR_TOO_MANY_GROUPS = -198 /* more than 20 groups */
 };
 
-/* Error numbers handed on from the numerical back end (positive). */
+/* Error numbers handed on from the numerical back end (positive). The distribution
+ * functions return these through their status pointer. */
 enum zemath_backend_status {
+    ZEMATH_NAG_REAL_ARG_LT = 5,       /* a real argument below its lower limit */
+    ZEMATH_NAG_REAL_ARG_LE = 6,       /* a real argument at or below its lower limit */
+    ZEMATH_NAG_REAL_ARG_GT = 7,       /* a real argument above its upper limit */
+    ZEMATH_NAG_REAL_ARG_GE = 8,       /* a real argument at or above its upper limit */
+    ZEMATH_NAG_INT_ARG_LT = 11,       /* an integer argument below its lower limit */
+    ZEMATH_NAG_INT_ARG_GT = 12,       /* an integer argument above its upper limit */
+    ZEMATH_NAG_REAL = 15,             /* a general constraint on real arguments fails */
+    ZEMATH_NAG_INT = 16,              /* a general constraint on integer arguments fails */
+    ZEMATH_NAG_REAL_ARG_TOO_SMALL = 17, /* argument too close to a limit for a representable result */
     ZEMATH_NAG_BAD_PARAM = 70,        /* an enumerated argument (tail selector, branch) out of range */
+    ZEMATH_NAG_ALLOC_FAIL = 73,       /* working storage could not be allocated */
     ZEMATH_NAG_INCOMPAT_PARAM = 88,   /* mutually incompatible arguments */
+    ZEMATH_NAG_CONV = 300,            /* an iteration did not converge; approximate result */
+    ZEMATH_NAG_PROB_LIMIT = 301,      /* probability too close to 0 or 1 for the result */
     ZEMATH_NAG_TOO_MANY_ITER = 357,   /* iteration limit reached */
     ZEMATH_NAG_DEVIATE_FAILED = 422,  /* a deviate could not be computed to accuracy */
     ZEMATH_NAG_ACCURACY_WARNING = 424 /* probability returned, full accuracy may not be reached */

@@ -47,6 +47,18 @@ extern "C" ZEMATH_API const char* zemath_status_string(int status) {
         case ZEMATH_ERR_SIZES_DIFFER_B: return "sizes differ";
         case ZEMATH_ERR_RESULT_RANGE: return "result exceeds its range";
         case ZEMATH_ERR_TOO_MANY_GROUPS: return "too many groups";
+        case ZEMATH_NAG_REAL_ARG_LT: return "back end: real argument below its limit";
+        case ZEMATH_NAG_REAL_ARG_LE: return "back end: real argument at or below its limit";
+        case ZEMATH_NAG_REAL_ARG_GT: return "back end: real argument above its limit";
+        case ZEMATH_NAG_REAL_ARG_GE: return "back end: real argument at or above its limit";
+        case ZEMATH_NAG_INT_ARG_LT: return "back end: integer argument below its limit";
+        case ZEMATH_NAG_INT_ARG_GT: return "back end: integer argument above its limit";
+        case ZEMATH_NAG_REAL: return "back end: constraint on real arguments fails";
+        case ZEMATH_NAG_INT: return "back end: constraint on integer arguments fails";
+        case ZEMATH_NAG_REAL_ARG_TOO_SMALL: return "back end: argument too close to its limit";
+        case ZEMATH_NAG_ALLOC_FAIL: return "back end: allocation failed";
+        case ZEMATH_NAG_CONV: return "back end: iteration did not converge";
+        case ZEMATH_NAG_PROB_LIMIT: return "back end: probability too close to 0 or 1";
         case ZEMATH_NAG_BAD_PARAM: return "back end: argument selector out of range";
         case ZEMATH_NAG_INCOMPAT_PARAM: return "back end: incompatible arguments";
         case ZEMATH_NAG_TOO_MANY_ITER: return "back end: iteration limit reached";

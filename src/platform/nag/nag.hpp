@@ -33,11 +33,35 @@ namespace zemath::nag {
 // listed in the public status header; the rest are this back end's own, documented there.
 enum ErrorCode : int {
     NE_NOERROR = 0,
+    NE_REAL_ARG_LT = ZEMATH_NAG_REAL_ARG_LT,
+    NE_REAL_ARG_LE = ZEMATH_NAG_REAL_ARG_LE,
+    NE_REAL_ARG_GT = ZEMATH_NAG_REAL_ARG_GT,
+    NE_REAL_ARG_GE = ZEMATH_NAG_REAL_ARG_GE,
+    NE_INT_ARG_LT = ZEMATH_NAG_INT_ARG_LT,
+    NE_INT_ARG_GT = ZEMATH_NAG_INT_ARG_GT,
+    NE_REAL = ZEMATH_NAG_REAL,
+    NE_INT = ZEMATH_NAG_INT,
+    NE_REAL_ARG_TOO_SMALL = ZEMATH_NAG_REAL_ARG_TOO_SMALL,
+    NE_ALLOC_FAIL = ZEMATH_NAG_ALLOC_FAIL,
+    NE_CONV = ZEMATH_NAG_CONV,
+    NE_PROB_LIMIT = ZEMATH_NAG_PROB_LIMIT,
     NE_BAD_PARAM = ZEMATH_NAG_BAD_PARAM,            // 70
     NE_INCOMPAT_PARAM = ZEMATH_NAG_INCOMPAT_PARAM,  // 88
     NE_TOO_MANY_ITER = ZEMATH_NAG_TOO_MANY_ITER,    // 357
     NE_DEVIATE_FAILED = ZEMATH_NAG_DEVIATE_FAILED,  // 422
     NE_ACCURACY_WARNING = ZEMATH_NAG_ACCURACY_WARNING,  // 424
+};
+
+// Tail selector of the probability and deviate routines. TwoTail is the two-sample
+// test's two-sided choice and Further one more selector code; the g01 routines accept
+// neither and fail with NE_BAD_PARAM.
+enum class Nag_TailProbability {
+    Nag_LowerTail,
+    Nag_UpperTail,
+    Nag_TwoTailSignif,
+    Nag_TwoTailConfid,
+    Nag_TwoTail,
+    Nag_Further
 };
 
 struct NagError {

@@ -1,0 +1,43 @@
+// Shared plumbing of the distribution exports: the tail-code translation and the one
+// way a scalar function reports its value and status.
+#pragma once
+
+#include "frame/missing.hpp"
+#include "platform/nag/nag.hpp"
+#include "zemath/status.h"
+
+namespace zemath::stats {
+
+using nag::Nag_TailProbability;
+
+// Tail codes of the exports: 1 upper, 2 lower, 3 two-tail significance, 4 two-tail
+// confidence; 0 and 5 are refused by the callers (see distributions.h); any other value
+// is read as 2.
+inline Nag_TailProbability translate_tail(int tail) {
+    switch (tail) {
+        case 1: return Nag_TailProbability::Nag_UpperTail;
+        case 3: return Nag_TailProbability::Nag_TwoTailSignif;
+        case 4: return Nag_TailProbability::Nag_TwoTailConfid;
+        case 0: return Nag_TailProbability::Nag_TwoTail;
+        case 5: return Nag_TailProbability::Nag_Further;
+        default: return Nag_TailProbability::Nag_LowerTail;
+    }
+}
+
+inline void set_status(int* status, int code) {
+    if (status) *status = code;
+}
+
+// The value of a back-end call: on failure NANUM with the back end's code.
+inline double finish(double value, const nag::NagError& fail, int* status) {
+    set_status(status, fail.code);
+    return fail.failed() ? kNanum : value;
+}
+
+// An in-house parameter error: NANUM and -110.
+inline double reject(int* status) {
+    set_status(status, ZEMATH_ERR_STATS_INPUT);
+    return kNanum;
+}
+
+}  // namespace zemath::stats
