@@ -7,7 +7,7 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
-#include <regex>
+#include <cctype>
 #include <set>
 #include <sstream>
 #include <string>
@@ -16,22 +16,47 @@
 
 namespace {
 
-std::string strip_comments(std::string text) {
-    text = std::regex_replace(text, std::regex(R"(/\*[\s\S]*?\*/)"), " ");
-    text = std::regex_replace(text, std::regex(R"(//[^\n]*)"), " ");
-    return std::regex_replace(text, std::regex(R"((^|\n)#[^\n]*)"), "\n");
+// Removes comments and preprocessor lines (a small scanner; no std::regex, whose
+// libstdc++ implementation trips GCC 12's uninitialised-use warning under sanitizers).
+std::string strip_comments(const std::string& text) {
+    std::string out;
+    bool line_start = true;
+    for (size_t i = 0; i < text.size();) {
+        if (text.compare(i, 2, "/*") == 0) {
+            const size_t close = text.find("*/", i + 2);
+            i = close == std::string::npos ? text.size() : close + 2;
+            out += ' ';
+        } else if (text.compare(i, 2, "//") == 0 || (line_start && text[i] == '#')) {
+            while (i < text.size() && text[i] != '\n') ++i;
+        } else {
+            if (text[i] == '\n') line_start = true;
+            else if (!std::isspace(static_cast<unsigned char>(text[i]))) line_start = false;
+            out += text[i++];
+        }
+    }
+    return out;
 }
 
-// Names of the C functions declared with ZEMATH_API in one header.
+// Names of the C functions declared with ZEMATH_API in one header: the identifier right
+// before the first '(' that follows the macro, unless a ';' or '{' comes first.
 std::set<std::string> declared_in(const std::filesystem::path& header) {
     std::ifstream in(header);
     std::stringstream buffer;
     buffer << in.rdbuf();
     const std::string text = strip_comments(buffer.str());
-    static const std::regex decl(R"(ZEMATH_API\s+(?!class\b|struct\b)[^;{()]*?\b(\w+)\s*\()");
     std::set<std::string> names;
-    for (std::sregex_iterator it(text.begin(), text.end(), decl), end; it != end; ++it)
-        names.insert((*it)[1]);
+    const std::string macro = "ZEMATH_API";
+    for (size_t at = text.find(macro); at != std::string::npos; at = text.find(macro, at + 1)) {
+        const size_t paren = text.find_first_of("(;{", at);
+        if (paren == std::string::npos || text[paren] != '(') continue;
+        size_t end = paren;
+        while (end > at && std::isspace(static_cast<unsigned char>(text[end - 1]))) --end;
+        size_t begin = end;
+        while (begin > at && (std::isalnum(static_cast<unsigned char>(text[begin - 1])) ||
+                              text[begin - 1] == '_'))
+            --begin;
+        if (begin < end) names.insert(text.substr(begin, end - begin));
+    }
     return names;
 }
 
