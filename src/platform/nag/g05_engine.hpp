@@ -130,8 +130,10 @@ public:
 
     double operator()(Engine& eng, const Ziggurat& zn) const {
         if (!small_) return core(eng, zn);
-        // G(a) = G(a + 1) U^(1/a): may underflow to 0 for tiny a, as the law itself does.
-        return std::exp(log_of_draw(eng, zn));
+        // G(a) = G(a + 1) U^(1/a): underflows to 0 for tiny a where the law puts its mass
+        // below the smallest double.
+        const double g = core(eng, zn);
+        return g * std::exp(std::log(eng.uniform_open()) * inv_shape_);
     }
 
     // ln G, exact also where G itself underflows (beta variates from tiny shapes).
