@@ -48,10 +48,13 @@ ZEMATH_API int unifrnd(double* out, int n, double a, double b);
  * that exppdf takes a rate instead, deliberately. */
 ZEMATH_API int exprnd(double* out, int n, double mean);
 
-/* Beta(a, b), a > 0 and b > 0 (else 6). */
+/* Beta(a, b), a > 0 and b > 0 (else 6). Shapes below about 0.01 put much of the mass
+ * within rounding of 0 or 1; such samples come out as exactly 0 or 1. */
 ZEMATH_API int betarnd(double* out, int n, double a, double b);
 
-/* Gamma with shape a > 0 and scale b > 0 (else 6): density x^(a-1) e^(-x/b) / (b^a G(a)). */
+/* Gamma with shape a > 0 and scale b > 0 (else 6): density x^(a-1) e^(-x/b) / (b^a G(a)).
+ * Shapes below about 0.01 put much of the mass below the smallest double; such samples
+ * come out as 0. */
 ZEMATH_API int gamrnd(double* out, int n, double a, double b);
 
 /* Chi-square with df >= 1 degrees of freedom (else 11). */
@@ -116,9 +119,9 @@ ZEMATH_API int unidrnd(int* out, int n, int lowest, int highest);
  * within 1e-6); table_is_cdf = 1: table[i] is the cumulative probability up to
  * first_value+i (non-decreasing, last within 1e-6 of 1). The table is normalised to an
  * exact total of 1; values of probability 0 never occur. -151 for a NULL table or
- * table_is_cdf other than 0 or 1; 11 for table_size < 1; 5 for a negative entry; 15
- * for a bad sum or a decreasing cumulative table; 16 when the last value overflows an
- * int. */
+ * table_is_cdf other than 0 or 1; 11 (12) for table_size < 1 (> 1533916885); 5 for a
+ * negative entry; 15 for a bad sum or a decreasing cumulative table; 16 when the last
+ * value overflows an int. */
 ZEMATH_API int disrnd(int* out, int n, const double* table, int table_size, int first_value,
                       int table_is_cdf);
 

@@ -22,7 +22,9 @@ using namespace zemath;
 namespace {
 
 // NaN, infinite or missing.
-bool unusable(double v) { return !std::isfinite(v) || is_missing(v); }
+bool unusable(double v) {
+    return !std::isfinite(v) || is_missing(v);
+}
 
 bool any_unusable(std::initializer_list<double> values) {
     for (double v : values) {
@@ -70,39 +72,33 @@ ZEMATH_API int normrnd(double* out, int n, double mean, double variance) {
 }
 
 ZEMATH_API int unifrnd(double* out, int n, double a, double b) {
-    return generate(out, n, {a, b}, [&](nag::G05State& s, nag::NagError* f) {
-        nag::g05lgc(a, b, n, out, s, f);
-    });
+    return generate(out, n, {a, b},
+                    [&](nag::G05State& s, nag::NagError* f) { nag::g05lgc(a, b, n, out, s, f); });
 }
 
 ZEMATH_API int exprnd(double* out, int n, double mean) {
-    return generate(out, n, {mean}, [&](nag::G05State& s, nag::NagError* f) {
-        nag::g05ljc(mean, n, out, s, f);
-    });
+    return generate(out, n, {mean},
+                    [&](nag::G05State& s, nag::NagError* f) { nag::g05ljc(mean, n, out, s, f); });
 }
 
 ZEMATH_API int betarnd(double* out, int n, double a, double b) {
-    return generate(out, n, {a, b}, [&](nag::G05State& s, nag::NagError* f) {
-        nag::g05lec(a, b, n, out, s, f);
-    });
+    return generate(out, n, {a, b},
+                    [&](nag::G05State& s, nag::NagError* f) { nag::g05lec(a, b, n, out, s, f); });
 }
 
 ZEMATH_API int gamrnd(double* out, int n, double a, double b) {
-    return generate(out, n, {a, b}, [&](nag::G05State& s, nag::NagError* f) {
-        nag::g05lfc(a, b, n, out, s, f);
-    });
+    return generate(out, n, {a, b},
+                    [&](nag::G05State& s, nag::NagError* f) { nag::g05lfc(a, b, n, out, s, f); });
 }
 
 ZEMATH_API int chi2rnd(double* out, int n, int df) {
-    return generate(out, n, {}, [&](nag::G05State& s, nag::NagError* f) {
-        nag::g05lcc(df, n, out, s, f);
-    });
+    return generate(out, n, {},
+                    [&](nag::G05State& s, nag::NagError* f) { nag::g05lcc(df, n, out, s, f); });
 }
 
 ZEMATH_API int trnd(double* out, int n, int df) {
-    return generate(out, n, {}, [&](nag::G05State& s, nag::NagError* f) {
-        nag::g05lbc(df, n, out, s, f);
-    });
+    return generate(out, n, {},
+                    [&](nag::G05State& s, nag::NagError* f) { nag::g05lbc(df, n, out, s, f); });
 }
 
 ZEMATH_API int frnd(double* out, int n, int df1, int df2) {
@@ -124,15 +120,13 @@ ZEMATH_API int lognrnd(double* out, int n, double mu, double sigma2) {
 }
 
 ZEMATH_API int lgsrnd(double* out, int n, double a, double b) {
-    return generate(out, n, {a, b}, [&](nag::G05State& s, nag::NagError* f) {
-        nag::g05lnc(a, b, n, out, s, f);
-    });
+    return generate(out, n, {a, b},
+                    [&](nag::G05State& s, nag::NagError* f) { nag::g05lnc(a, b, n, out, s, f); });
 }
 
 ZEMATH_API int wblrnd(double* out, int n, double a, double b) {
-    return generate(out, n, {a, b}, [&](nag::G05State& s, nag::NagError* f) {
-        nag::g05lmc(a, b, n, out, s, f);
-    });
+    return generate(out, n, {a, b},
+                    [&](nag::G05State& s, nag::NagError* f) { nag::g05lmc(a, b, n, out, s, f); });
 }
 
 ZEMATH_API int trirnd(double* out, int n, double xmin, double xmode, double xmax) {
@@ -148,21 +142,18 @@ ZEMATH_API int binornd(int* out, int n, int trials, double p) {
 }
 
 ZEMATH_API int geornd(int* out, int n, double p) {
-    return generate(out, n, {p}, [&](nag::G05State& s, nag::NagError* f) {
-        nag::g05mbc(p, n, out, s, f);
-    });
+    return generate(out, n, {p},
+                    [&](nag::G05State& s, nag::NagError* f) { nag::g05mbc(p, n, out, s, f); });
 }
 
 ZEMATH_API int nbinrnd(int* out, int n, int m, double p) {
-    return generate(out, n, {p}, [&](nag::G05State& s, nag::NagError* f) {
-        nag::g05mcc(m, p, n, out, s, f);
-    });
+    return generate(out, n, {p},
+                    [&](nag::G05State& s, nag::NagError* f) { nag::g05mcc(m, p, n, out, s, f); });
 }
 
 ZEMATH_API int poissrnd(int* out, int n, double lambda) {
-    return generate(out, n, {lambda}, [&](nag::G05State& s, nag::NagError* f) {
-        nag::g05mkc(lambda, n, out, s, f);
-    });
+    return generate(out, n, {lambda},
+                    [&](nag::G05State& s, nag::NagError* f) { nag::g05mkc(lambda, n, out, s, f); });
 }
 
 ZEMATH_API int hygernd(int* out, int n, int population, int sample, int successes) {
@@ -191,8 +182,8 @@ ZEMATH_API int disrnd(int* out, int n, const double* table, int table_size, int 
         nag::G05State state = fresh_state();
         nag::NagError fail;
         nag::g05mzc(nag::Nag_ModeRNG::Nag_InitializeAndGenerate, first_value, table, table_size,
-                    table_is_cdf ? nag::Nag_TableType::Nag_CDF : nag::Nag_TableType::Nag_PDF,
-                    n, out, state, reference.data(), reference.size(), &fail);
+                    table_is_cdf ? nag::Nag_TableType::Nag_CDF : nag::Nag_TableType::Nag_PDF, n,
+                    out, state, reference.data(), reference.size(), &fail);
         return fail.code;
     });
 }
@@ -204,8 +195,7 @@ ZEMATH_API int mvnrnd(double* out, int samples, int dimension, const double* mea
     const bool dimension_ok = dimension >= 1 && dimension <= nag::g05lzc_max_dimension;
     if (dimension_ok) {
         const auto m = static_cast<std::size_t>(dimension);
-        if (any_unusable(mean, m) || any_unusable(covariance, m * m))
-            return ZEMATH_ERR_PARAM_RANGE;
+        if (any_unusable(mean, m) || any_unusable(covariance, m * m)) return ZEMATH_ERR_PARAM_RANGE;
     }
     return guard_status([&] {
         NRVec<double> reference(dimension_ok ? nag::g05lzc_reference_size(dimension) : 0);
@@ -215,10 +205,10 @@ ZEMATH_API int mvnrnd(double* out, int samples, int dimension, const double* mea
         nag::g05lzc(nag::Nag_ModeRNG::Nag_InitializeReference, dimension, mean, covariance,
                     dimension, nullptr, state, reference.data(), reference.size(), &fail);
         for (int i = 0; i < samples && !fail.failed(); ++i) {
-            double* vector = out + static_cast<std::size_t>(i) * static_cast<std::size_t>(dimension);
-            nag::g05lzc(nag::Nag_ModeRNG::Nag_GenerateFromReference, dimension, mean,
-                        covariance, dimension, vector, state, reference.data(),
-                        reference.size(), &fail);
+            double* vector =
+                out + static_cast<std::size_t>(i) * static_cast<std::size_t>(dimension);
+            nag::g05lzc(nag::Nag_ModeRNG::Nag_GenerateFromReference, dimension, mean, covariance,
+                        dimension, vector, state, reference.data(), reference.size(), &fail);
         }
         return fail.code;
     });
@@ -240,7 +230,8 @@ ZEMATH_API int permrnd(double* x, int n) {
         if (fail.failed()) return fail.code;
         const double intervals = n - 1;
         double step = (last - first) / intervals;
-        if (!std::isfinite(step)) step = last / intervals - first / intervals;  // ends near +-DBL_MAX
+        if (!std::isfinite(step))
+            step = last / intervals - first / intervals;  // ends near +-DBL_MAX
         for (int i = 0; i < n; ++i) {
             x[i] = index[i] == n - 1 ? last : first + index[i] * step;
         }

@@ -46,7 +46,7 @@ TEST(G05Initialisation, ReplacesThePrefilledSeedAndNeverRepeats) {
 TEST(G05TableGenerator, SetUpOnceThenGenerate) {
     const double p[] = {0.25, 0.0, 0.75};
     const int nr = g05mzc_reference_size(3);
-    EXPECT_EQ(nr, 13);                     // ceil(1.4 * 3 + 8)
+    EXPECT_EQ(nr, 13);  // ceil(1.4 * 3 + 8)
     EXPECT_EQ(g05mzc_reference_size(10), 22);
     std::vector<double> r(nr, -1.0);
     G05State state = fresh();

@@ -28,7 +28,8 @@ struct Result {
 
 // Kolmogorov-Smirnov test of a sample against a continuous cdf; asymptotic p-value of
 // the Kolmogorov distribution with Stephens' small-sample correction.
-inline Result kolmogorov_smirnov(std::vector<double> sample, const std::function<double(double)>& cdf) {
+inline Result kolmogorov_smirnov(std::vector<double> sample,
+                                 const std::function<double(double)>& cdf) {
     std::sort(sample.begin(), sample.end());
     const double n = static_cast<double>(sample.size());
     double d = 0.0;

@@ -28,7 +28,9 @@ namespace {
 
 using rng::Engine;
 
-bool finite(double v) { return std::isfinite(v); }
+bool finite(double v) {
+    return std::isfinite(v);
+}
 
 bool all_finite(std::initializer_list<double> values) {
     for (double v : values) {
@@ -328,8 +330,7 @@ void g05lzc(Nag_ModeRNG mode, int m, const double xmu[], const double c[], int t
     if (m > g05lzc_max_dimension && refuse(fail, NE_INT_ARG_GT)) return;
     if (set_up && (c == nullptr || tdc < m) && refuse(fail, NE_INT)) return;
     if (generate && (xmu == nullptr || x == nullptr) && refuse(fail, NE_BAD_PARAM)) return;
-    if ((r == nullptr || nr < g05lzc_reference_size(m)) && refuse(fail, NE_INCOMPAT_PARAM))
-        return;
+    if ((r == nullptr || nr < g05lzc_reference_size(m)) && refuse(fail, NE_INCOMPAT_PARAM)) return;
     if (generate) {
         for (int i = 0; i < m; ++i) {
             if (!finite(xmu[i]) && refuse(fail, NE_REAL)) return;

@@ -79,7 +79,8 @@ int invert_sequentially(Engine& eng, double p0, double mean, int upper, Ratio ra
 
 // Stirling correction of ln k!: ln k! - [(k + 1/2) ln(k + 1) - (k + 1) + ln sqrt(2 pi)].
 double stirling_correction(double k) {
-    if (k < 10) return log_factorial(k) - ((k + 0.5) * std::log(k + 1.0) - (k + 1.0) + kHalfLogTwoPi);
+    if (k < 10)
+        return log_factorial(k) - ((k + 0.5) * std::log(k + 1.0) - (k + 1.0) + kHalfLogTwoPi);
     const double inv = 1.0 / (k + 1.0);
     const double inv2 = inv * inv;
     return (1.0 / 12.0 - (1.0 / 360.0 - inv2 / 1260.0) * inv2) * inv;
@@ -118,9 +119,12 @@ public:
 
     int operator()(Engine& eng) const {
         int k;
-        if (degenerate_) k = 0;
-        else if (inversion_) k = invert(eng);
-        else k = btrd(eng);
+        if (degenerate_)
+            k = 0;
+        else if (inversion_)
+            k = invert(eng);
+        else
+            k = btrd(eng);
         return flip_ ? n_ - k : k;
     }
 
@@ -170,8 +174,9 @@ private:
             if (v > t + rho) continue;
             const double nm = nd - m_ + 1.0;
             const double nk = nd - k + 1.0;
-            if (v <= h_ + (nd + 1.0) * std::log(nm / nk) + (k + 0.5) * std::log(nk * r_ / (k + 1.0)) -
-                          stirling_correction(k) - stirling_correction(nd - k)) {
+            if (v <= h_ + (nd + 1.0) * std::log(nm / nk) +
+                         (k + 0.5) * std::log(nk * r_ / (k + 1.0)) - stirling_correction(k) -
+                         stirling_correction(nd - k)) {
                 return static_cast<int>(k);
             }
         }
@@ -293,8 +298,8 @@ private:
             if (!(x >= 0.0 && x < bound_)) continue;
             const double k = std::floor(x);
             const double t = log_weight(k) - log_f_mode_;  // ln f(k)/f(mode) <= 0
-            if (u * (4.0 - u) - 3.0 <= t) return k;      // squeeze: below 2 ln u
-            if (u * (u - t) >= 1.0) continue;            // squeeze: above 2 ln u
+            if (u * (4.0 - u) - 3.0 <= t) return k;        // squeeze: below 2 ln u
+            if (u * (u - t) >= 1.0) continue;              // squeeze: above 2 ln u
             if (2.0 * std::log(u) <= t) return k;
         }
     }
@@ -489,8 +494,7 @@ void g05mzc(Nag_ModeRNG mode, int ip1, const double p[], int np, Nag_TableType i
     if (static_cast<std::int64_t>(ip1) + np - 1 > INT_MAX && refuse(fail, NE_INT)) return;
     if (generate && bad_count(n, x, fail)) return;
     if (set_up && p == nullptr && refuse(fail, NE_BAD_PARAM)) return;
-    if ((r == nullptr || nr < g05mzc_reference_size(np)) && refuse(fail, NE_INCOMPAT_PARAM))
-        return;
+    if ((r == nullptr || nr < g05mzc_reference_size(np)) && refuse(fail, NE_INCOMPAT_PARAM)) return;
     if (set_up) {
         set_up_table(ip1, p, np, itype, r, nr, fail);
         if (fail->failed()) return;

@@ -39,10 +39,10 @@ void g05kcc(int igen, G05State& state) {
         // still differ from call to call.
         fill_from("default");
     }
-    const auto wall = static_cast<std::uint64_t>(
-        std::chrono::system_clock::now().time_since_epoch().count());
-    const auto steady = static_cast<std::uint64_t>(
-        std::chrono::steady_clock::now().time_since_epoch().count());
+    const auto wall =
+        static_cast<std::uint64_t>(std::chrono::system_clock::now().time_since_epoch().count());
+    const auto steady =
+        static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
     std::uint64_t mix = wall ^ (steady << 1) ^ reinterpret_cast<std::uintptr_t>(&state) ^
                         static_cast<std::uint64_t>(static_cast<std::uint32_t>(igen));
     for (int i = 0; i < 4; ++i) {
@@ -77,8 +77,10 @@ Ziggurat build_ziggurat(F f, FInverse f_inverse, Tail tail, long double lo, long
         for (int i = 1; i < layers; ++i) {
             const long double y = v / x[i] + f(x[i]);
             if (y >= 1.0L) return static_cast<long double>(layers - i);
-            if (i + 1 < layers) x[i + 1] = f_inverse(y);
-            else return y - 1.0L;
+            if (i + 1 < layers)
+                x[i + 1] = f_inverse(y);
+            else
+                return y - 1.0L;
         }
         return 0.0L;
     };
@@ -86,8 +88,10 @@ Ziggurat build_ziggurat(F f, FInverse f_inverse, Tail tail, long double lo, long
     for (int iteration = 0; iteration < 200 && hi - lo > 0; ++iteration) {
         const long double mid = 0.5L * (lo + hi);
         if (mid <= lo || mid >= hi) break;
-        if (closure(mid, x) > 0) lo = mid;
-        else hi = mid;
+        if (closure(mid, x) > 0)
+            lo = mid;
+        else
+            hi = mid;
     }
     closure(hi, x);
     Ziggurat z{};
