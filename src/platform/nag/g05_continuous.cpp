@@ -156,9 +156,16 @@ void g05lec(double a, double b, int n, double x[], G05State& state, NagError* fa
         return;
     }
     // X / (X + Y) = 1 / (1 + exp(ln Y - ln X)): no 0/0 when both gammas underflow.
+    // Shapes below about 1e-307 can send both logarithms to -inf; the law is then
+    // Bernoulli at 0 and 1 with P(1) = a / (a + b), its limit as the shapes vanish.
+    const double p_one = a / (a + b);
     for (int i = 0; i < n; ++i) {
         const double log_u = ga.log_of_draw(eng, zn);
         const double log_v = gb.log_of_draw(eng, zn);
+        if (std::isinf(log_u) && std::isinf(log_v)) {
+            x[i] = eng.uniform() < p_one ? 1.0 : 0.0;
+            continue;
+        }
         x[i] = 1.0 / (1.0 + std::exp(log_v - log_u));
     }
 }
