@@ -42,7 +42,7 @@ int find_index_ascending(std::span<const double> x, double target) {
 
 void find_indices_ascending(std::span<const double> x, std::span<const double> targets,
                             int* indices) {
-    constexpr std::size_t kLanes = 16;
+    constexpr std::size_t kLanes = 32;
     const int n = static_cast<int>(x.size());
     const double first = x[0], last = x[n - 1];
     const double* data = x.data();
@@ -50,36 +50,41 @@ void find_indices_ascending(std::span<const double> x, std::span<const double> t
     const int steps = std::bit_width(static_cast<unsigned>(n - 1));
     for (std::size_t start = 0; start < targets.size(); start += kLanes) {
         const std::size_t lanes = std::min(kLanes, targets.size() - start);
-        int low[kLanes], high[kLanes];
+        int low[kLanes], high[kLanes], settled[kLanes];
         double target[kLanes];
         for (std::size_t k = 0; k < lanes; ++k) {
             const double t = targets[start + k];
             target[k] = t;
-            // A settled lane holds high = low + 1 with its answer in low.
-            if (t < first) {
-                low[k] = -1;
-            } else if (t >= last) {
-                low[k] = n - 1;
-            } else if (n - 1 < 2) {
-                low[k] = 0;
-            } else {
-                low[k] = 0;
+            // A lane answered by the end tests idles on the interval (0, 1), whose probe
+            // x[0] is always readable; its answer waits in settled.
+            low[k] = 0;
+            high[k] = 1;
+            if (t < first)
+                settled[k] = -1;
+            else if (t >= last)
+                settled[k] = n - 1;
+            else if (n - 1 < 2)
+                settled[k] = 0;
+            else {
+                settled[k] = INT_MIN;
                 high[k] = n - 1;
-                continue;
             }
-            high[k] = low[k] + 1;
         }
         for (int s = 0; s < steps; ++s) {
             for (std::size_t k = 0; k < lanes; ++k) {
                 const int lo = low[k], hi = high[k];
-                const bool active = hi - lo > 1;
-                const int mid = lo + (hi - lo) / 2;
-                const bool above = data[active ? mid : 0] > target[k];
-                high[k] = (active && above) ? mid : hi;
-                low[k] = (active && !above) ? mid : lo;
+                const int mid = lo + (hi - lo) / 2;  // lo when the lane is done
+                const int active = hi - lo > 1;
+                const int above = data[mid] > target[k];
+                // Masks rather than conditionals keep the compiler from branching on an
+                // unpredictable comparison.
+                const int move_high = -(active & above), move_low = -(active & (above ^ 1));
+                high[k] = (mid & move_high) | (hi & ~move_high);
+                low[k] = (mid & move_low) | (lo & ~move_low);
             }
         }
-        for (std::size_t k = 0; k < lanes; ++k) indices[start + k] = low[k];
+        for (std::size_t k = 0; k < lanes; ++k)
+            indices[start + k] = settled[k] == INT_MIN ? low[k] : settled[k];
     }
 }
 

@@ -11,8 +11,8 @@ namespace zemath {
 // target moves high, else low; until high - low = 1).
 int find_index_ascending(std::span<const double> x, double target);
 
-// The same for every target, written to indices[0..targets.size()). Sixteen searches run
-// interleaved, with conditional moves in place of branches, so their memory loads
+// The same for every target, written to indices[0..targets.size()). 32 searches run
+// interleaved, with masks in place of branches, so their memory loads
 // overlap; each runs exactly the comparisons of find_index_ascending.
 void find_indices_ascending(std::span<const double> x, std::span<const double> targets,
                             int* indices);
