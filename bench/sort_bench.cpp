@@ -43,8 +43,12 @@ void sorter(benchmark::State& state, int method) {
     state.SetBytesProcessed(state.iterations() * n * 12);
 }
 
-void BM_CZSorter_Merge(benchmark::State& state) { sorter(state, 1); }
-void BM_CZSorter_Quick(benchmark::State& state) { sorter(state, 0); }
+void BM_CZSorter_Merge(benchmark::State& state) {
+    sorter(state, 1);
+}
+void BM_CZSorter_Quick(benchmark::State& state) {
+    sorter(state, 0);
+}
 
 void BM_StdStableSortPairs(benchmark::State& state) {
     const std::size_t n = static_cast<std::size_t>(state.range(0));
@@ -66,8 +70,9 @@ void BM_FindIndices(benchmark::State& state) {
     const std::vector<double> targets = uniform(1000000, 8);
     std::vector<int> out(targets.size());
     for (auto _ : state) {
-        benchmark::DoNotOptimize(zemath_array_find_indices(x.data(), static_cast<int>(n), targets.data(),
-                                                           static_cast<int>(targets.size()), out.data()));
+        benchmark::DoNotOptimize(
+            zemath_array_find_indices(x.data(), static_cast<int>(n), targets.data(),
+                                      static_cast<int>(targets.size()), out.data()));
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(state.iterations() * static_cast<long long>(targets.size()));
@@ -75,8 +80,24 @@ void BM_FindIndices(benchmark::State& state) {
 
 }  // namespace
 
-BENCHMARK(BM_CZSorter_Merge)->RangeMultiplier(10)->Range(10000, 10000000)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(BM_CZSorter_Quick)->RangeMultiplier(10)->Range(10000, 10000000)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(BM_StdStableSortPairs)->RangeMultiplier(10)->Range(10000, 10000000)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(BM_FindIndices)->Arg(1000000)->Arg(10000000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_CZSorter_Merge)
+    ->RangeMultiplier(10)
+    ->Range(10000, 10000000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK(BM_CZSorter_Quick)
+    ->RangeMultiplier(10)
+    ->Range(10000, 10000000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK(BM_StdStableSortPairs)
+    ->RangeMultiplier(10)
+    ->Range(10000, 10000000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK(BM_FindIndices)
+    ->Arg(1000000)
+    ->Arg(10000000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 BENCHMARK_MAIN();

@@ -24,8 +24,8 @@ void demo_search(const double* x, const double* y, int n) {
     const int nprobes = (int)(sizeof probes / sizeof probes[0]);
     if (n < 1 || n > DEMO_MAX_POINTS) return;
 
-    printf("x is monotonic (2 up, 1 down): %d (strict: %d)\n", zemath_is_monotonic(x, (unsigned)n, false),
-           zemath_is_monotonic(x, (unsigned)n, true));
+    printf("x is monotonic (2 up, 1 down): %d (strict: %d)\n",
+           zemath_is_monotonic(x, (unsigned)n, false), zemath_is_monotonic(x, (unsigned)n, true));
     if (zemath_array_find_indices(x, n, probes, nprobes, where) == 0)
         for (i = 0; i < nprobes; ++i)
             printf("  x = %5.2f falls at index %3d\n", probes[i], where[i]);
@@ -38,7 +38,8 @@ void demo_search(const double* x, const double* y, int n) {
         records[i].y = y[i];
         records[i].index = i;
     }
-    if (theMergeSort(records, 0, n - 1, (int)sizeof records[0], GetAppropriateCompareDescend(11)) == 1) {
+    if (theMergeSort(records, 0, n - 1, (int)sizeof records[0], GetAppropriateCompareDescend(11)) ==
+        1) {
         printf("five largest y:\n");
         for (i = 0; i < 5 && i < n; ++i)
             printf("  y = %.6f at x = %.2f (index %d)\n", records[i].y, x[records[i].index],

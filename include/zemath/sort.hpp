@@ -11,7 +11,7 @@
 // The algorithm object: the sort set-up (fields below) and, in its derived classes, the
 // record sort. Not copyable; sorters share one through CZSorter's copy operations.
 class ZEMATH_API CZSortBase {
-public:
+  public:
     // All fields zeroed, then key width, count, companion count, companion, record width
     // (key width + companion width), keys and companion width set. A null keys pointer
     // sets the failed flag.
@@ -42,7 +42,7 @@ public:
     CZSortBase(const CZSortBase&) = delete;
     CZSortBase& operator=(const CZSortBase&) = delete;
 
-protected:
+  protected:
     bool buffer_owned_;    // a separate record buffer is allocated for the current sort
     bool failed_;          // null keys or a failed buffer allocation: nothing more is done
     int count_;            // number of key elements
@@ -52,15 +52,15 @@ protected:
     int key_width_;        // bytes per key element
     void* keys_;
     void* companion_;
-    void* work_;           // the records being sorted: the caller's keys or the buffer
+    void* work_;  // the records being sorted: the caller's keys or the buffer
 
-private:
+  private:
     friend class CZSorter;
-    int sharers_ = 1;      // sorters holding this object (see CZSorter's copy operations)
+    int sharers_ = 1;  // sorters holding this object (see CZSorter's copy operations)
 };
 
 class ZEMATH_API CQSort : public CZSortBase {
-public:
+  public:
     CQSort(void* keys, int count, int key_width, void* companion, int companion_width,
            int companion_count);
     ~CQSort() override;
@@ -68,7 +68,7 @@ public:
 };
 
 class ZEMATH_API CMergeSort : public CZSortBase {
-public:
+  public:
     CMergeSort(void* keys, int count, int key_width, void* companion, int companion_width,
                int companion_count);
     ~CMergeSort() override;
@@ -76,12 +76,12 @@ public:
 };
 
 class ZEMATH_API CZSorter {
-public:
+  public:
     // method 0: CQSort, any other value: CMergeSort, built with the other six arguments.
     // When the algorithm object cannot be allocated the sorter holds none and every Sort
     // returns 0.
-    CZSorter(int method, void* keys, int count, int key_width, void* companion,
-             int companion_width, int companion_count);
+    CZSorter(int method, void* keys, int count, int key_width, void* companion, int companion_width,
+             int companion_count);
     ~CZSorter();
 
     // Copying copies the algorithm pointer only: the two sorters then share one algorithm
@@ -95,7 +95,7 @@ public:
     // Sorts positions first..last; see CZSortBase::Sort. 1 on success, 0 otherwise.
     int Sort(int first, int last, void* compare, bool keys_fixed);
 
-private:
+  private:
     void release();
     CZSortBase* algorithm_;
 };

@@ -117,9 +117,8 @@ constexpr std::size_t kSweepMaximumRatio = 64;
 
 void find_indices_ascending(std::span<const double> x, std::span<const double> targets,
                             int* indices) {
-    if (targets.size() >= kSweepMinimumTargets &&
-        x.size() <= kSweepMaximumRatio * targets.size() && targets.size() <= UINT32_MAX &&
-        find_indices_by_sweep(x, targets, indices))
+    if (targets.size() >= kSweepMinimumTargets && x.size() <= kSweepMaximumRatio * targets.size() &&
+        targets.size() <= UINT32_MAX && find_indices_by_sweep(x, targets, indices))
         return;
     constexpr std::size_t kLanes = 32;
     const int n = static_cast<int>(x.size());
@@ -171,7 +170,8 @@ int nearest_index_ascending(std::span<const double> x, double target) {
     const int n = static_cast<int>(x.size());
     const int i = find_index_ascending(x, target);
     if (i < 0) return 0;
-    if (i >= n - 1) return static_cast<int>(std::lower_bound(x.begin(), x.end(), x[n - 1]) - x.begin());
+    if (i >= n - 1)
+        return static_cast<int>(std::lower_bound(x.begin(), x.end(), x[n - 1]) - x.begin());
     // x[i] <= target < x[i + 1]: the upper neighbour only when strictly nearer.
     int best = (x[i + 1] - target < target - x[i]) ? i + 1 : i;
     // Among repeated values, the first point holding the nearest one.
@@ -200,10 +200,14 @@ using namespace zemath;
 
 namespace {
 
-bool usable(double v) { return !is_nan(v) && !is_missing(v); }
+bool usable(double v) {
+    return !is_nan(v) && !is_missing(v);
+}
 
 // Exact power of ten for |e| <= 22; beyond that the nearest double pow gives.
-double power_of_ten(int e) { return std::pow(10.0, e); }
+double power_of_ten(int e) {
+    return std::pow(10.0, e);
+}
 
 // A step known as numerator / 10^scale (scale >= 0) when step * 10^scale is an integer
 // of at most 9 digits for some scale <= 15, up to the representation error of the step
@@ -214,7 +218,7 @@ struct DecimalStep {
     double step;
 
     explicit DecimalStep(double value) : numerator(value), scale(-1), step(value) {
-        constexpr double kMaxNumerator = 1e9;    // beyond this every double looks decimal
+        constexpr double kMaxNumerator = 1e9;  // beyond this every double looks decimal
         constexpr double kRepresentation = 1e-12;
         for (int p = 0; p <= 15; ++p) {
             const double scaled = value * power_of_ten(p);
@@ -401,13 +405,19 @@ ZEMATH_API int zemath_get_lower_upper_bounds_index(const double* x, int n, doubl
     int lo, hi;
     if (x[0] <= x[n - 1]) {
         // First point not below lower, last point not above upper.
-        lo = static_cast<int>(std::partition_point(x, end, [&](double v) { return v < lower; }) - x);
-        hi = static_cast<int>(std::partition_point(x, end, [&](double v) { return v <= upper; }) - x) - 1;
+        lo =
+            static_cast<int>(std::partition_point(x, end, [&](double v) { return v < lower; }) - x);
+        hi = static_cast<int>(std::partition_point(x, end, [&](double v) { return v <= upper; }) -
+                              x) -
+             1;
         if (lo >= n || hi < 0 || lo > hi) return ZEMATH_ERR_BOUND_NOT_FOUND;
     } else {
         // Descending: last point not below lower, first point not above upper.
-        lo = static_cast<int>(std::partition_point(x, end, [&](double v) { return v >= lower; }) - x) - 1;
-        hi = static_cast<int>(std::partition_point(x, end, [&](double v) { return v > upper; }) - x);
+        lo = static_cast<int>(std::partition_point(x, end, [&](double v) { return v >= lower; }) -
+                              x) -
+             1;
+        hi =
+            static_cast<int>(std::partition_point(x, end, [&](double v) { return v > upper; }) - x);
         if (lo < 0 || hi >= n || hi > lo) return ZEMATH_ERR_BOUND_NOT_FOUND;
     }
     *lower_index = lo;

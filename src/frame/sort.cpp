@@ -64,12 +64,12 @@ int compare_descend(const void* a, const void* b) {
     X(float, float)             \
     X(double, double)
 
-#define ZEMATH_DEFINE_COMPARE(name, type)                                        \
-    ZEMATH_API int Compare_##name##_Ascend(const void* a, const void* b) {      \
-        return compare_ascend<type>(a, b);                                      \
-    }                                                                           \
-    ZEMATH_API int Compare_##name##_Descend(const void* a, const void* b) {     \
-        return compare_descend<type>(a, b);                                     \
+#define ZEMATH_DEFINE_COMPARE(name, type)                                   \
+    ZEMATH_API int Compare_##name##_Ascend(const void* a, const void* b) {  \
+        return compare_ascend<type>(a, b);                                  \
+    }                                                                       \
+    ZEMATH_API int Compare_##name##_Descend(const void* a, const void* b) { \
+        return compare_descend<type>(a, b);                                 \
     }
 
 extern "C" {
@@ -90,20 +90,31 @@ struct ComparePair {
 ComparePair compare_pair(int type_code) {
     switch (type_code) {
         case 2:
-        case 3: return {Compare_char_Ascend, Compare_char_Descend};
-        case 4: return {Compare_BYTE_Ascend, Compare_BYTE_Descend};
-        case 5: return {Compare_short_Ascend, Compare_short_Descend};
-        case 6: return {Compare_WORD_Ascend, Compare_WORD_Descend};
-        case 8: return {Compare_int_Ascend, Compare_int_Descend};
-        case 9: return {Compare_UINT_Ascend, Compare_UINT_Descend};
-        case 10: return {Compare_float_Ascend, Compare_float_Descend};
+        case 3:
+            return {Compare_char_Ascend, Compare_char_Descend};
+        case 4:
+            return {Compare_BYTE_Ascend, Compare_BYTE_Descend};
+        case 5:
+            return {Compare_short_Ascend, Compare_short_Descend};
+        case 6:
+            return {Compare_WORD_Ascend, Compare_WORD_Descend};
+        case 8:
+            return {Compare_int_Ascend, Compare_int_Descend};
+        case 9:
+            return {Compare_UINT_Ascend, Compare_UINT_Descend};
+        case 10:
+            return {Compare_float_Ascend, Compare_float_Descend};
         case 11:
-        case 13: return {Compare_double_Ascend, Compare_double_Descend};
-        default: return {nullptr, nullptr};
+        case 13:
+            return {Compare_double_Ascend, Compare_double_Descend};
+        default:
+            return {nullptr, nullptr};
     }
 }
 
-void* as_pointer(RecordCompare f) { return reinterpret_cast<void*>(f); }
+void* as_pointer(RecordCompare f) {
+    return reinterpret_cast<void*>(f);
+}
 
 // --- Typed fast path ----------------------------------------------------------------
 
@@ -133,8 +144,8 @@ int typed_sort_fixed(unsigned char* base, std::size_t n, bool stable) {
     std::unique_ptr<Rec[]> scratch;
     if (stable || n >= kRadixMinimum) scratch = try_allocate<Rec>(n);
     if (scratch && n >= kRadixMinimum &&
-        zemath::util::radix_sort<Key, W, Descending>(base, n,
-                                                     reinterpret_cast<unsigned char*>(scratch.get())))
+        zemath::util::radix_sort<Key, W, Descending>(
+            base, n, reinterpret_cast<unsigned char*>(scratch.get())))
         return 1;
     if (stable) {
         if (!scratch) return 0;
@@ -150,10 +161,14 @@ template <class Key, bool Descending>
 int typed_sort(unsigned char* base, std::size_t n, int width, bool stable) {
     constexpr int key = static_cast<int>(sizeof(Key));
     switch (width - key) {
-        case 0: return typed_sort_fixed<Key, Descending, sizeof(Key)>(base, n, stable);
-        case 4: return typed_sort_fixed<Key, Descending, sizeof(Key) + 4>(base, n, stable);
-        case 8: return typed_sort_fixed<Key, Descending, sizeof(Key) + 8>(base, n, stable);
-        default: return -1;
+        case 0:
+            return typed_sort_fixed<Key, Descending, sizeof(Key)>(base, n, stable);
+        case 4:
+            return typed_sort_fixed<Key, Descending, sizeof(Key) + 4>(base, n, stable);
+        case 8:
+            return typed_sort_fixed<Key, Descending, sizeof(Key) + 8>(base, n, stable);
+        default:
+            return -1;
     }
 }
 
@@ -231,7 +246,8 @@ struct Packer {
 
 template <class Body>
 void with_packer(int key_width, int companion_width, Body&& body) {
-    const auto k = static_cast<std::size_t>(key_width), c = static_cast<std::size_t>(companion_width);
+    const auto k = static_cast<std::size_t>(key_width),
+               c = static_cast<std::size_t>(companion_width);
     if (k == 8 && c == 4) return body(Packer<8, 4>{k, c});
     if (k == 4 && c == 4) return body(Packer<4, 4>{k, c});
     if (k == 8 && c == 8) return body(Packer<8, 8>{k, c});
@@ -281,7 +297,8 @@ CZSortBase::CZSortBase(void* keys, int count, int key_width, void* companion, in
     companion_ = companion;
     // Widths that do not add up to a usable int leave record width 0: Sort refuses then.
     const long long record_width = static_cast<long long>(key_width) + companion_width;
-    record_width_ = record_width <= INT_MAX && record_width >= INT_MIN ? static_cast<int>(record_width) : 0;
+    record_width_ =
+        record_width <= INT_MAX && record_width >= INT_MIN ? static_cast<int>(record_width) : 0;
     keys_ = keys;
     companion_width_ = companion_width;
     if (!keys) failed_ = true;
@@ -362,7 +379,9 @@ CZSorter::CZSorter(int method, void* keys, int count, int key_width, void* compa
                      : static_cast<CZSortBase*>(new (std::nothrow) CMergeSort(
                            keys, count, key_width, companion, companion_width, companion_count))) {}
 
-CZSorter::~CZSorter() { release(); }
+CZSorter::~CZSorter() {
+    release();
+}
 
 CZSorter::CZSorter(const CZSorter& other) : algorithm_(other.algorithm_) {
     if (algorithm_) ++algorithm_->sharers_;
@@ -393,8 +412,8 @@ namespace zemath {
 namespace {
 
 template <class T>
-bool index_sort(NRVec<T>& keys, NRVec<int>* index, bool ascending, int method, int first,
-                int last, int type_code) {
+bool index_sort(NRVec<T>& keys, NRVec<int>* index, bool ascending, int method, int first, int last,
+                int type_code) {
     if (last == -1) last = keys.size() - 1;
     if (!keys.is_valid() || first < 0 || first > last || last >= keys.size()) return false;
     const ComparePair pair = compare_pair(type_code);

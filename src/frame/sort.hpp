@@ -17,8 +17,8 @@ namespace zemath {
 
 bool sort_with_index(NRVec<double>& keys, NRVec<int>& index, bool ascending, int method,
                      int first = 0, int last = -1);
-bool sort_with_index(NRVec<int>& keys, NRVec<int>& index, bool ascending, int method,
-                     int first = 0, int last = -1);
+bool sort_with_index(NRVec<int>& keys, NRVec<int>& index, bool ascending, int method, int first = 0,
+                     int last = -1);
 
 // Sorts keys[first..last] in place, without an index.
 bool sort_vector(NRVec<double>& keys, bool ascending, int method, int first = 0, int last = -1);

@@ -85,8 +85,9 @@ TEST(Search, DocumentedPositions) {
     const struct {
         double target;
         int index;
-    } cases[] = {{2.5, 1}, {0, -1}, {4, 3}, {9, 3}, {1, 0}, {3.999, 2}, {-kInf, -1}, {kInf, 3},
-                 {kNaN, 2}};  // NaN: every x[mid] > NaN is false, so low climbs to n - 2
+    } cases[] = {{2.5, 1},   {0, -1},     {4, 3},    {9, 3},   {1, 0},
+                 {3.999, 2}, {-kInf, -1}, {kInf, 3}, {kNaN, 2}};  // NaN: every x[mid] > NaN is
+                                                                  // false, so low climbs to n - 2
     for (const auto& c : cases) {
         int index = kUntouched;
         ASSERT_EQ(zemath_binary_search(x, 4, c.target, &index), 0);
@@ -127,7 +128,8 @@ TEST(Search, BatchAgreesWithSingleOnLargeArrays) {
     for (const auto& x : arrays)
         for (int m : {1003, 5000}) {
             std::vector<double> targets(m);
-            for (int k = 0; k < m; ++k) targets[k] = std::cos(k * 1.3) * 800 * (k % 3 == 0 ? 1 : 0.001);
+            for (int k = 0; k < m; ++k)
+                targets[k] = std::cos(k * 1.3) * 800 * (k % 3 == 0 ? 1 : 0.001);
             for (int k = 0; k < m; k += 50) targets[k] = x[(k * 7) % x.size()];  // exact hits
             targets[1] = kNaN;
             targets[2] = kInf;
@@ -173,9 +175,10 @@ TEST(Search, IsMonotonic) {
         std::vector<double> x;
         int not_strict, strict;
     } cases[] = {
-        {{1, 1, 2}, 2, 0},        {{3, 2, 1}, 1, 1},          {{5}, 2, 2},
-        {{2, 2, 2}, 2, 0},        {{3, 3, 1}, 1, 0},          {{1, 3, 2}, 0, 0},
-        {{1, kNaN, 0}, 2, 2},     // both pairs hold NaN: neither breaks any order
+        {{1, 1, 2}, 2, 0},        {{3, 2, 1}, 1, 1},    {{5}, 2, 2},          {{2, 2, 2}, 2, 0},
+        {{3, 3, 1}, 1, 0},        {{1, 3, 2}, 0, 0},    {{1, kNaN, 0}, 2, 2},  // both pairs hold
+                                                                               // NaN: neither
+                                                                               // breaks any order
         {{1, kNaN, 2, 1}, 1, 1},  // only (2, 1) counts: decreasing
         {{NANUM, 0, 1}, 2, 2},    // NANUM is an ordinary tiny negative value here
         {{-kInf, 0, kInf}, 2, 2}, {{kInf, kInf}, 2, 0},
@@ -209,9 +212,9 @@ TEST(Search, IsInsideRange) {
         double value, a, b;
         bool ends, inside;
     } cases[] = {
-        {2, 2, 5, false, false}, {2, 5, 2, true, true}, {3, 5, 2, false, true},
-        {5, 2, 5, true, true},   {6, 2, 5, true, false}, {2, 2, 2, false, false},
-        {2, 2, 2, true, true},   {kNaN, 0, 1, true, false}, {0.5, kNaN, 1, true, false},
+        {2, 2, 5, false, false},       {2, 5, 2, true, true},     {3, 5, 2, false, true},
+        {5, 2, 5, true, true},         {6, 2, 5, true, false},    {2, 2, 2, false, false},
+        {2, 2, 2, true, true},         {kNaN, 0, 1, true, false}, {0.5, kNaN, 1, true, false},
         {1e300, 0, kInf, false, true},
     };
     for (const auto& c : cases)
@@ -224,7 +227,15 @@ TEST(Search, NearestIndexAnyOrder) {
     const struct {
         double target;
         int index;
-    } cases[] = {{0.9, 2}, {2, 2}, {2.1, 4}, {3.9, 4}, {4, 0} /* tie 3 | 5: first */, {100, 0}, {-100, 6}, {kInf, 0}, {-kInf, 6},
+    } cases[] = {{0.9, 2},
+                 {2, 2},
+                 {2.1, 4},
+                 {3.9, 4},
+                 {4, 0} /* tie 3 | 5: first */,
+                 {100, 0},
+                 {-100, 6},
+                 {kInf, 0},
+                 {-kInf, 6},
                  {0, 2}};  // NANUM (at index 1) is skipped, not the nearest to 0
     for (const auto& c : cases) {
         int index = kUntouched;
@@ -280,16 +291,15 @@ TEST(Search, FindIndexByTarget) {
         double target;
         int start, direction, index;
     } cases[] = {
-        {2, 0, 1, 1},     // between y[1] = 1 and y[2] = 3
-        {1, 0, 1, 1},     // exact hit
-        {4, 0, 1, -1},    // 3 -> NANUM -> 5: a missing point is no crossing
-        {5, 0, 1, 4},     // exact hit past the gap
-        {1, 7, -1, 7},    // backwards: between y[7] = 0.5 and y[6] = 2: the point before
-        {0.75, 7, -1, 7}, // backwards from the last point
-        {2, 2, 1, 6},     // from index 2: first the exact 2 at index 6
-        {2.5, 7, -1, 2},  // backwards past the NaN and the NANUM gaps: between 3 and 1
-        {10, 0, 1, -1},
-        {kNaN, 0, 1, -1},
+        {2, 0, 1, 1},      // between y[1] = 1 and y[2] = 3
+        {1, 0, 1, 1},      // exact hit
+        {4, 0, 1, -1},     // 3 -> NANUM -> 5: a missing point is no crossing
+        {5, 0, 1, 4},      // exact hit past the gap
+        {1, 7, -1, 7},     // backwards: between y[7] = 0.5 and y[6] = 2: the point before
+        {0.75, 7, -1, 7},  // backwards from the last point
+        {2, 2, 1, 6},      // from index 2: first the exact 2 at index 6
+        {2.5, 7, -1, 2},   // backwards past the NaN and the NANUM gaps: between 3 and 1
+        {10, 0, 1, -1},    {kNaN, 0, 1, -1},
         {NANUM, 0, 1, -1},  // missing points are never reached, even by a NANUM target
     };
     for (const auto& c : cases) {
@@ -312,12 +322,13 @@ TEST(Search, BoundsIndexDescendingAndRefusals) {
         double lower, upper;
         int status, lo, hi;
     } cases[] = {
-        {4, 8, 0, 3, 1},  {7, 7, 0, 2, 1},   {0, 100, 0, 5, 0}, {1, 1, 0, 5, 5},
+        {4, 8, 0, 3, 1},     {7, 7, 0, 2, 1},    {0, 100, 0, 5, 0},     {1, 1, 0, 5, 5},
         {10, 12, -64, 0, 0}, {-3, 0, -64, 0, 0}, {5.5, 6.5, -64, 0, 0},
     };
     for (const auto& c : cases) {
         int lo = kUntouched, hi = kUntouched;
-        EXPECT_EQ(zemath_get_lower_upper_bounds_index(down, 6, c.lower, c.upper, &lo, &hi), c.status)
+        EXPECT_EQ(zemath_get_lower_upper_bounds_index(down, 6, c.lower, c.upper, &lo, &hi),
+                  c.status)
             << c.lower << " " << c.upper;
         if (c.status == 0) {
             EXPECT_EQ(lo, c.lo);
@@ -351,20 +362,21 @@ TEST(Search, CheckOrder) {
         {{1, 2, 3, 4, 5}, 0.0, 2},
         {{5, 4, 3, 2, 1}, 0.0, 1},
         {{1, 2, 1, 4, 5}, 0.0, 0},
-        {{1, 2, 1, 4, 5}, 0.25, 2},   // 1 break in 4 pairs
+        {{1, 2, 1, 4, 5}, 0.25, 2},  // 1 break in 4 pairs
         {{1, 2, 1, 4, 5}, 0.24, 0},
         {{5, 4, 6, 2, 1}, 0.25, 1},
-        {{1, 1, 1}, 0.0, 2},          // no pair breaks either: increasing
-        {{1, 3, 2, 4}, 1.0, 2},       // both allowed: fewer breaks wins (1 down, 2 up)
+        {{1, 1, 1}, 0.0, 2},     // no pair breaks either: increasing
+        {{1, 3, 2, 4}, 1.0, 2},  // both allowed: fewer breaks wins (1 down, 2 up)
         {{4, 2, 3, 1}, 1.0, 1},
-        {{1, 2, 2, 1}, 1.0, 2},       // tie: increasing
+        {{1, 2, 2, 1}, 1.0, 2},            // tie: increasing
         {{1, NANUM, 2, kNaN, 3}, 0.0, 2},  // unusable points skipped
-        {{3, NANUM, 2, 5}, 0.5, 2},   // pairs (3, 2), (2, 5)
-        {{NANUM, kNaN}, 0.0, 2},      // no usable pair
+        {{3, NANUM, 2, 5}, 0.5, 2},        // pairs (3, 2), (2, 5)
+        {{NANUM, kNaN}, 0.0, 2},           // no usable pair
     };
     for (const auto& c : cases) {
         int order = kUntouched;
-        ASSERT_EQ(zemath_check_order(c.x.data(), static_cast<int>(c.x.size()), c.fraction, &order), 0);
+        ASSERT_EQ(zemath_check_order(c.x.data(), static_cast<int>(c.x.size()), c.fraction, &order),
+                  0);
         EXPECT_EQ(order, c.order) << c.x[0] << " " << c.fraction;
     }
     const int ix[] = {1, 2, 1, 4, 5};
@@ -397,9 +409,9 @@ TEST(Search, RoundRange) {
     } cases[] = {
         {0.13, 0.97, 5, 0.0, 1.0, 0.2},
         {-3.7, 12.2, 4, -5.0, 15.0, 5.0},
-        {0.3, 0.7, 4, 0.3, 0.7, 0.1},      // on multiples: kept (decimal doubles)
+        {0.3, 0.7, 4, 0.3, 0.7, 0.1},  // on multiples: kept (decimal doubles)
         {0.1, 0.3, 2, 0.1, 0.3, 0.1},
-        {5, 5, 5, 4.0, 6.0, 1.0},          // zero width on a multiple: widened
+        {5, 5, 5, 4.0, 6.0, 1.0},  // zero width on a multiple: widened
         {0, 0, 1, -1.0, 1.0, 1.0},
         {1234, 5678, 10, 1000.0, 6000.0, 500.0},
         {-0.0072, -0.0011, 4, -0.008, 0.0, 0.002},

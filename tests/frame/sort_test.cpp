@@ -24,11 +24,19 @@ namespace {
 using CompareFn = int (*)(const void*, const void*);
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-CompareFn fn(void* p) { return reinterpret_cast<CompareFn>(p); }
-void* ptr(CompareFn f) { return reinterpret_cast<void*>(f); }
+CompareFn fn(void* p) {
+    return reinterpret_cast<CompareFn>(p);
+}
+void* ptr(CompareFn f) {
+    return reinterpret_cast<void*>(f);
+}
 
-void* ascend(int code) { return GetAppropriateCompareAscend(code); }
-void* descend(int code) { return GetAppropriateCompareDescend(code); }
+void* ascend(int code) {
+    return GetAppropriateCompareAscend(code);
+}
+void* descend(int code) {
+    return GetAppropriateCompareDescend(code);
+}
 
 // --- Comparator table ---------------------------------------------------------------
 
@@ -62,11 +70,16 @@ TEST(Comparators, TypeCodeTable) {
         int code;
         CompareFn up, down;
     } names[] = {
-        {2, Compare_char_Ascend, Compare_char_Descend},   {3, Compare_char_Ascend, Compare_char_Descend},
-        {4, Compare_BYTE_Ascend, Compare_BYTE_Descend},   {5, Compare_short_Ascend, Compare_short_Descend},
-        {6, Compare_WORD_Ascend, Compare_WORD_Descend},   {8, Compare_int_Ascend, Compare_int_Descend},
-        {9, Compare_UINT_Ascend, Compare_UINT_Descend},   {10, Compare_float_Ascend, Compare_float_Descend},
-        {11, Compare_double_Ascend, Compare_double_Descend}, {13, Compare_double_Ascend, Compare_double_Descend},
+        {2, Compare_char_Ascend, Compare_char_Descend},
+        {3, Compare_char_Ascend, Compare_char_Descend},
+        {4, Compare_BYTE_Ascend, Compare_BYTE_Descend},
+        {5, Compare_short_Ascend, Compare_short_Descend},
+        {6, Compare_WORD_Ascend, Compare_WORD_Descend},
+        {8, Compare_int_Ascend, Compare_int_Descend},
+        {9, Compare_UINT_Ascend, Compare_UINT_Descend},
+        {10, Compare_float_Ascend, Compare_float_Descend},
+        {11, Compare_double_Ascend, Compare_double_Descend},
+        {13, Compare_double_Ascend, Compare_double_Descend},
     };
     for (const auto& n : names) {
         EXPECT_EQ(fn(ascend(n.code)), n.up) << n.code;
@@ -158,8 +171,10 @@ TEST(Sorter, PartialRangeLeavesTheRestAlone) {
         int companion[8] = {0, 1, 2, 3, 4, 5, 6, 7};
         CZSorter sorter(method, keys, 8, 8, companion, 4, 8);
         ASSERT_EQ(sorter.Sort(2, 5, ascend(11), false), 1);
-        EXPECT_EQ(std::vector<double>(keys, keys + 8), (std::vector<double>{8, 7, 3, 4, 5, 6, 2, 1}));
-        EXPECT_EQ(std::vector<int>(companion, companion + 8), (std::vector<int>{0, 1, 5, 4, 3, 2, 6, 7}));
+        EXPECT_EQ(std::vector<double>(keys, keys + 8),
+                  (std::vector<double>{8, 7, 3, 4, 5, 6, 2, 1}));
+        EXPECT_EQ(std::vector<int>(companion, companion + 8),
+                  (std::vector<int>{0, 1, 5, 4, 3, 2, 6, 7}));
     }
 }
 
@@ -173,7 +188,8 @@ TEST(Sorter, WithoutCompanionSortsWiderRecordsInPlace) {
     std::vector<Row> rows;
     for (int i = 0; i < 40; ++i) rows.push_back({static_cast<double>((i * 7) % 5), i, -i});
     std::vector<Row> expected = rows;
-    std::stable_sort(expected.begin(), expected.end(), [](const Row& a, const Row& b) { return a.key < b.key; });
+    std::stable_sort(expected.begin(), expected.end(),
+                     [](const Row& a, const Row& b) { return a.key < b.key; });
     CZSorter sorter(1, rows.data(), 40, 8, nullptr, 8, 0);
     ASSERT_EQ(sorter.Sort(0, 39, ascend(11), true), 1);  // keys_fixed has no effect here
     for (int i = 0; i < 40; ++i) {
@@ -213,7 +229,8 @@ std::vector<T> tied_keys(int n, unsigned seed) {
     // Few distinct values, so that ties are everywhere; negative values for signed types.
     std::uniform_int_distribution<int> pick(std::is_signed_v<T> ? -40 : 0, 40);
     std::vector<T> keys(n);
-    for (T& k : keys) k = static_cast<T>(pick(rng)) * static_cast<T>(std::is_floating_point_v<T> ? 0.5 : 1);
+    for (T& k : keys)
+        k = static_cast<T>(pick(rng)) * static_cast<T>(std::is_floating_point_v<T> ? 0.5 : 1);
     return keys;
 }
 
@@ -360,7 +377,8 @@ TEST(SortEntry, SignedZerosKeepInputOrderUnderTheStableSort) {
         ASSERT_EQ(sorter.Sort(0, n - 1, up ? ascend(11) : descend(11), false), 1);
         for (int i = 0; i < n; ++i) {
             // Each key kept its own bits (sign of zero included) ...
-            ASSERT_EQ(std::bit_cast<std::uint64_t>(k[i]), std::bit_cast<std::uint64_t>(original[idx[i]]));
+            ASSERT_EQ(std::bit_cast<std::uint64_t>(k[i]),
+                      std::bit_cast<std::uint64_t>(original[idx[i]]));
             // ... and equal keys (all zeros alike) stayed in input order.
             if (i > 0 && k[i] == k[i - 1]) {
                 ASSERT_LT(idx[i - 1], idx[i]) << i;
@@ -411,12 +429,14 @@ void check_generic_width() {
         input[i][0] = static_cast<unsigned char>(rng() % 23);  // the key: first byte
     }
     auto by_first_byte = [](const void* a, const void* b) {
-        const int x = *static_cast<const unsigned char*>(a), y = *static_cast<const unsigned char*>(b);
+        const int x = *static_cast<const unsigned char*>(a),
+                  y = *static_cast<const unsigned char*>(b);
         return (x > y) - (x < y);
     };
     CompareFn compare = by_first_byte;
     std::vector<Rec> expected = input;
-    std::stable_sort(expected.begin(), expected.end(), [](const Rec& a, const Rec& b) { return a[0] < b[0]; });
+    std::stable_sort(expected.begin(), expected.end(),
+                     [](const Rec& a, const Rec& b) { return a[0] < b[0]; });
     std::vector<Rec> merged = input;
     ASSERT_EQ(theMergeSort(merged.data(), 0, n - 1, W, ptr(compare)), 1);
     EXPECT_EQ(merged, expected) << W;
@@ -431,7 +451,7 @@ void check_generic_width() {
 
 TEST(SortEntry, AnyRecordWidth) {
     check_generic_width<1>();
-    check_generic_width<3>();   // index sort + cycle permutation
+    check_generic_width<3>();  // index sort + cycle permutation
     check_generic_width<12>();
     check_generic_width<20>();  // index sort + cycle permutation
     check_generic_width<24>();
@@ -498,7 +518,7 @@ TEST(QuickSort, AdversarialInputsStayNLogN) {
     for (int i = 0; i < n; ++i) v[i] = i;
     inputs.push_back(v);  // sorted
     std::reverse(v.begin(), v.end());
-    inputs.push_back(v);  // reversed
+    inputs.push_back(v);                        // reversed
     inputs.push_back(std::vector<int>(n, 42));  // all equal
     for (int i = 0; i < n; ++i) v[i] = i < n / 2 ? i : n - i;
     inputs.push_back(v);  // organ pipe
@@ -572,8 +592,9 @@ TEST(IndexSort, VectorSortsThroughTheSorter) {
             double plain[] = {2, NANUM, -1};
             zemath::NRVec<double> plain_keys(plain, 3);
             ASSERT_TRUE(zemath::sort_vector(plain_keys, up, method));
-            EXPECT_EQ(std::vector<double>(plain, plain + 3),
-                      up ? (std::vector<double>{-1, NANUM, 2}) : (std::vector<double>{2, NANUM, -1}));
+            EXPECT_EQ(
+                std::vector<double>(plain, plain + 3),
+                up ? (std::vector<double>{-1, NANUM, 2}) : (std::vector<double>{2, NANUM, -1}));
         }
 }
 

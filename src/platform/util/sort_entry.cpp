@@ -86,16 +86,25 @@ bool sort_records(void* base, int first, int last, int width, RecordCompare comp
     if (!base || !compare || width < 1 || first < 0 || last < first) return false;
     const std::size_t n = static_cast<std::size_t>(last) - static_cast<std::size_t>(first) + 1;
     if (n < 2) return true;
-    unsigned char* records = static_cast<unsigned char*>(base) + static_cast<std::size_t>(first) * width;
+    unsigned char* records =
+        static_cast<unsigned char*>(base) + static_cast<std::size_t>(first) * width;
     switch (width) {
-        case 1: return sort_fixed<1, Stable>(records, n, compare);
-        case 2: return sort_fixed<2, Stable>(records, n, compare);
-        case 4: return sort_fixed<4, Stable>(records, n, compare);
-        case 8: return sort_fixed<8, Stable>(records, n, compare);
-        case 12: return sort_fixed<12, Stable>(records, n, compare);
-        case 16: return sort_fixed<16, Stable>(records, n, compare);
-        case 24: return sort_fixed<24, Stable>(records, n, compare);
-        default: return sort_by_index<Stable>(records, n, static_cast<std::size_t>(width), compare);
+        case 1:
+            return sort_fixed<1, Stable>(records, n, compare);
+        case 2:
+            return sort_fixed<2, Stable>(records, n, compare);
+        case 4:
+            return sort_fixed<4, Stable>(records, n, compare);
+        case 8:
+            return sort_fixed<8, Stable>(records, n, compare);
+        case 12:
+            return sort_fixed<12, Stable>(records, n, compare);
+        case 16:
+            return sort_fixed<16, Stable>(records, n, compare);
+        case 24:
+            return sort_fixed<24, Stable>(records, n, compare);
+        default:
+            return sort_by_index<Stable>(records, n, static_cast<std::size_t>(width), compare);
     }
 }
 

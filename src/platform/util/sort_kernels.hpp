@@ -68,8 +68,7 @@ void insertion_sort(T* a, std::size_t n, Less& less) {
 // Stable merge of src[lo..mid) and src[mid..hi) into dst[lo..hi): on equal records the
 // left one goes first.
 template <class T, class Less>
-void merge_runs(const T* src, T* dst, std::size_t lo, std::size_t mid, std::size_t hi,
-                Less& less) {
+void merge_runs(const T* src, T* dst, std::size_t lo, std::size_t mid, std::size_t hi, Less& less) {
     std::size_t i = lo, j = mid, k = lo;
     while (i < mid && j < hi) dst[k++] = less(src[j], src[i]) ? src[j++] : src[i++];
     while (i < mid) dst[k++] = src[i++];
@@ -144,10 +143,9 @@ void intro_sort_loop(T* a, std::size_t n, int depth, Less& less) {
         if (n > kNintherSize) {
             const std::size_t s = n / 8;
             const std::size_t m = n / 2;
-            pivot_index = median_of_three(a, median_of_three(a, 0, s, 2 * s, less),
-                                          median_of_three(a, m - s, m, m + s, less),
-                                          median_of_three(a, n - 1 - 2 * s, n - 1 - s, n - 1, less),
-                                          less);
+            pivot_index = median_of_three(
+                a, median_of_three(a, 0, s, 2 * s, less), median_of_three(a, m - s, m, m + s, less),
+                median_of_three(a, n - 1 - 2 * s, n - 1 - s, n - 1, less), less);
         } else {
             pivot_index = median_of_three(a, 0, n / 2, n - 1, less);
         }
