@@ -8,6 +8,7 @@
 #include "zemath/complex.h"
 #include "zemath/primitives.h"
 #include "zemath/search.h"
+#include "zemath/sort.h"
 #include "zemath/distributions.h"
 #include "zemath/random.h"
 

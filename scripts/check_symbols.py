@@ -15,7 +15,7 @@ import subprocess
 import sys
 
 DECL = re.compile(r"ZEMATH_API\s+(?!class\b|struct\b)[^;{()]*?\b(\w+)\s*\(", re.S)
-CPP_CLASS = re.compile(r"ZEMATH_API\s+(?:class|struct)\s+(\w+)")
+CPP_CLASS = re.compile(r"(?:ZEMATH_API\s+(?:class|struct)|(?:class|struct)\s+ZEMATH_API)\s+(\w+)")
 
 
 def strip_comments(text):

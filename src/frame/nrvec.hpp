@@ -16,6 +16,26 @@
 
 namespace zemath {
 
+// True when no neighbouring pair of data[0..n) breaks the order: ascending and strict
+// needs data[i] < data[i + 1] (a pair with data[i] >= data[i + 1] fails), ascending and
+// not strict fails on data[i] > data[i + 1]; descending mirrors both. A pair holding a
+// NaN never breaks the rule, because every comparison with NaN is false; kept
+// deliberately (hosts pass data with NaN gaps to the order checks).
+template <class T>
+bool ordered_run(const T* data, size_t n, bool ascending, bool allow_equal) {
+    for (size_t i = 0; i + 1 < n; ++i) {
+        const T& a = data[i];
+        const T& b = data[i + 1];
+        bool breaks;
+        if (ascending)
+            breaks = allow_equal ? (a > b) : (a >= b);
+        else
+            breaks = allow_equal ? (b > a) : (b >= a);
+        if (breaks) return false;
+    }
+    return true;
+}
+
 template <class T>
 class NRVec {
 public:
@@ -161,22 +181,12 @@ public:
     }
 
     // Order test over first..last (last = -1: the end): ascending or descending, with or
-    // without equal neighbours. A pair holding a NaN never breaks the rule, because every
-    // comparison with NaN is false; kept deliberately.
+    // without equal neighbours; see ordered_run.
     bool is_ordered(bool ascending, bool allow_equal, int first = 0, int last = -1) const {
         if (last == -1) last = size_ - 1;
         if (!is_valid() || first < 0 || first > last || last >= size_) return false;
-        for (int i = first; i < last; ++i) {
-            const T& a = data_[i];
-            const T& b = data_[i + 1];
-            bool breaks;
-            if (ascending)
-                breaks = allow_equal ? (a > b) : (a >= b);
-            else
-                breaks = allow_equal ? (b > a) : (b >= a);
-            if (breaks) return false;
-        }
-        return true;
+        return ordered_run(data_ + first, static_cast<size_t>(last - first) + 1, ascending,
+                           allow_equal);
     }
 
 private:
