@@ -6,6 +6,8 @@
 
 #include "zemath.h"
 
+void demo_primitives(const double* x, const double* y, int n);
+
 #ifndef ZEMATH_SAMPLE_DATA
 #define ZEMATH_SAMPLE_DATA "examples/data/sample_curve.dat"
 #endif
@@ -58,5 +60,6 @@ int main(int argc, char** argv) {
     printf("after removing missing pairs: %d points (first gap after index %d)\n", nkept,
            kept[16]);
     printf("status -11 reads           : \"%s\"\n", zemath_status_string(-11));
+    demo_primitives(x, y, n);
     return 0;
 }
