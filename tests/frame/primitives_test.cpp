@@ -475,15 +475,29 @@ TEST(PrimitivesScan, SumsAreTheSameInEveryProcessorForm) {
     EXPECT_EQ(vec.sum, plain.sum);
     EXPECT_EQ(vec.min, plain.min);
     EXPECT_EQ(vec.missing, plain.missing);
-    Running<double, double> base{v[0], v[0], 0, 0, 1, 0, v[0]}, wide = base;
-    int i_base = 1, i_wide = 1;
+    const Running<double, double> start{v[0], v[0], 0, 0, 1, 0, v[0]};
+    Running<double, double> base = start;
+    int i_base = 1;
     scan_blocks<16, double, double, true, true, true>(v.data(), i_base, int(v.size()), nanum, base);
 #if ZEMATH_SCAN_AVX2
-    if (processor_has_avx2()) {
-        scan_blocks_avx2<double, double, true, true, true>(v.data(), i_wide, int(v.size()), nanum, wide);
+    const auto same_as_base = [&](const Running<double, double>& wide, int i_wide) {
         EXPECT_EQ(wide.sum, base.sum);
         EXPECT_EQ(wide.index_of_min, base.index_of_min);
+        EXPECT_EQ(wide.index_of_max, base.index_of_max);
+        EXPECT_EQ(wide.missing, base.missing);
         EXPECT_EQ(i_wide, i_base);
+    };
+    if (processor_has_avx2()) {
+        Running<double, double> wide = start;
+        int i_wide = 1;
+        scan_blocks_avx2<double, double, true, true, true>(v.data(), i_wide, int(v.size()), nanum, wide);
+        same_as_base(wide, i_wide);
+    }
+    if (processor_has_avx512()) {
+        Running<double, double> wide = start;
+        int i_wide = 1;
+        scan_blocks_avx512<double, double, true, true, true>(v.data(), i_wide, int(v.size()), nanum, wide);
+        same_as_base(wide, i_wide);
     }
 #endif
 #endif
