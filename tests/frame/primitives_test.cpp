@@ -470,6 +470,7 @@ TEST(PrimitivesScan, SumsAreTheSameInEveryProcessorForm) {
     using namespace zemath::scan_detail;
     const double nanum = NANUM;
     const auto plain = summarise_block_plain<double, double, true, true, true>(v.data(), 512, nanum);
+    EXPECT_EQ(plain.missing, 1);
 #if ZEMATH_SCAN_VECTORS
     const auto vec = summarise_block_vector<16, double, double, true, true, true>(v.data(), 512, nanum);
     EXPECT_EQ(vec.sum, plain.sum);
