@@ -27,11 +27,11 @@ void demo_primitives(const double* x, const double* y, int n) {
 
     spacing = zemath_d_get_vector_inc(n, x, 1e-8, &first, &last, &step);
     if (spacing == 1 || spacing == -1)
-        printf("x evenly spaced            : from %.2f to %.2f in steps of %.4f\n", first, last, step);
+        printf("x evenly spaced            : from %.2f to %.2f in steps of %.4f\n", first, last,
+               step);
     else
         printf("x evenly spaced            : no (code %d)\n", spacing);
 
     zemath_d_minmax_in_range(y, n, 0.0, 0.5, NULL, &imin, &imax);
-    if (imax >= 0)
-        printf("largest y not above 0.5    : %.6f at x = %.2f\n", y[imax], x[imax]);
+    if (imax >= 0) printf("largest y not above 0.5    : %.6f at x = %.2f\n", y[imax], x[imax]);
 }

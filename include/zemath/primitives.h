@@ -40,19 +40,17 @@ ZEMATH_API int zemath_c_minmax(const signed char* data, int first, int last,
 ZEMATH_API int zemath_s_minmax(const short* data, int first, int last, const short* marker,
                                int* index_of_min, int* index_of_max);
 ZEMATH_API int zemath_us_minmax(const unsigned short* data, int first, int last,
-                                const unsigned short* marker, int* index_of_min,
-                                int* index_of_max);
+                                const unsigned short* marker, int* index_of_min, int* index_of_max);
 ZEMATH_API int zemath_i_minmax(const int* data, int first, int last, const int* marker,
                                int* index_of_min, int* index_of_max);
 ZEMATH_API int zemath_ui_minmax(const unsigned int* data, int first, int last,
-                                const unsigned int* marker, int* index_of_min,
-                                int* index_of_max);
+                                const unsigned int* marker, int* index_of_min, int* index_of_max);
 ZEMATH_API int zemath_f_minmax(const float* data, int first, int last, const float* marker,
                                int* index_of_min, int* index_of_max);
 /* Complex values compare by modulus |re + i im|; a value is missing when both parts equal
  * the marker's. */
-ZEMATH_API int zemath_z_minmax(const d_complex* data, int first, int last,
-                               const d_complex* marker, int* index_of_min, int* index_of_max);
+ZEMATH_API int zemath_z_minmax(const d_complex* data, int first, int last, const d_complex* marker,
+                               int* index_of_min, int* index_of_max);
 
 /* ---- minmax_in_range: indices of the min and max of data[0..n-1] among the values v
  * with low <= v <= high, skipping values equal to *marker (optional); first occurrence on
@@ -65,14 +63,11 @@ ZEMATH_API int zemath_us_minmax_in_range(const unsigned short* data, int n, unsi
                                          unsigned short high, const unsigned short* marker,
                                          int* index_of_min, int* index_of_max);
 ZEMATH_API int zemath_i_minmax_in_range(const int* data, int n, int low, int high,
-                                        const int* marker, int* index_of_min,
-                                        int* index_of_max);
+                                        const int* marker, int* index_of_min, int* index_of_max);
 ZEMATH_API int zemath_f_minmax_in_range(const float* data, int n, float low, float high,
-                                        const float* marker, int* index_of_min,
-                                        int* index_of_max);
+                                        const float* marker, int* index_of_min, int* index_of_max);
 ZEMATH_API int zemath_d_minmax_in_range(const double* data, int n, double low, double high,
-                                        const double* marker, int* index_of_min,
-                                        int* index_of_max);
+                                        const double* marker, int* index_of_min, int* index_of_max);
 
 /* ---- sum: the sum of data[0..n-1] skipping values equal to *marker (optional), with the
  * optional outputs of zemath_d_sum (frame.h): min, max, their first-occurrence indices and
@@ -88,8 +83,8 @@ ZEMATH_API double zemath_ui_sum(const unsigned int* data, int n, const unsigned 
                                 unsigned int* min, unsigned int* max, int* index_of_min,
                                 int* index_of_max, int* count);
 /* The float member skips nothing and has no count output; the sum is formed in double. */
-ZEMATH_API double zemath_f_sum(const float* data, int n, float* min, float* max,
-                               int* index_of_min, int* index_of_max);
+ZEMATH_API double zemath_f_sum(const float* data, int n, float* min, float* max, int* index_of_min,
+                               int* index_of_max);
 
 /* ---- mean_variance: returns the mean of the usable values of data[0..n-1] (d: not NANUM;
  * others: not equal to *marker, optional) and writes their variance with the N - 1
@@ -97,8 +92,7 @@ ZEMATH_API double zemath_f_sum(const float* data, int n, float* min, float* max,
  * N (both optional). N = 0 (also n <= 0): returns NANUM, variance NANUM, count 0; N = 1:
  * variance 0. NULL data: returns NANUM and writes nothing. */
 ZEMATH_API double zemath_b_mean_variance(const unsigned char* data, int n,
-                                         const unsigned char* marker, double* variance,
-                                         int* count);
+                                         const unsigned char* marker, double* variance, int* count);
 ZEMATH_API double zemath_us_mean_variance(const unsigned short* data, int n,
                                           const unsigned short* marker, double* variance,
                                           int* count);
@@ -137,8 +131,8 @@ ZEMATH_API int zemath_us_frequency_count(const unsigned short* data, int n, unsi
                                          int bins, unsigned short start, unsigned short width);
 ZEMATH_API int zemath_f_frequency_count(const float* data, int n, unsigned int* counts, int bins,
                                         float start, float width);
-ZEMATH_API int zemath_d_frequency_count(const double* data, int n, unsigned int* counts,
-                                        int bins, double start, double width);
+ZEMATH_API int zemath_d_frequency_count(const double* data, int n, unsigned int* counts, int bins,
+                                        double start, double width);
 
 /* ---- find_most: splits [min, max] of data[0..n-1] (no value skipped, NANUM included;
  * NaN ignored) into bins bins of width (max - min) / bins, counts the values as
@@ -174,8 +168,8 @@ ZEMATH_API int zemath_d_stretch(double* data, int n, double low, double high, do
  * optional. Nothing is written unless 1 or -1 is returned. */
 ZEMATH_API int zemath_i_get_vector_inc(int n, const int* data, double tolerance, double* first,
                                        double* last, double* increment);
-ZEMATH_API int zemath_d_get_vector_inc(int n, const double* data, double tolerance,
-                                       double* first, double* last, double* increment);
+ZEMATH_API int zemath_d_get_vector_inc(int n, const double* data, double tolerance, double* first,
+                                       double* last, double* increment);
 
 ZEMATH_EXTERN_C_END
 

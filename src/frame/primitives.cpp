@@ -30,8 +30,8 @@ int minmax_export(const T* data, int first, int last, const T* marker, int* inde
 }
 
 template <class T>
-int minmax_in_range_export(const T* data, int n, T low, T high, const T* marker,
-                           int* index_of_min, int* index_of_max) {
+int minmax_in_range_export(const T* data, int n, T low, T high, const T* marker, int* index_of_min,
+                           int* index_of_max) {
     if (!data) return ZEMATH_ERR_GENERAL;
     const RangeExtremes r = min_max_in_range(view(data, n), low, high, marker);
     if (index_of_min) *index_of_min = r.index_of_min;
@@ -56,8 +56,7 @@ double sum_export(const T* data, int n, const T* marker, T* min, T* max, int* in
 }
 
 template <class T>
-double mean_variance_export(const T* data, int n, const T* marker, double* variance,
-                            int* count) {
+double mean_variance_export(const T* data, int n, const T* marker, double* variance, int* count) {
     if (!data) return kNanum;
     const MeanVariance r = mean_variance(view(data, n), marker);
     if (variance) *variance = r.variance;
@@ -73,10 +72,10 @@ int cumulative_sum_export(const T* data, unsigned int first, unsigned int end, T
 }
 
 template <class T>
-int frequency_count_export(const T* data, int n, unsigned int* counts, int bins, T start,
-                           T width) {
+int frequency_count_export(const T* data, int n, unsigned int* counts, int bins, T start, T width) {
     if (!data || !counts || n < 0 || bins < 1) return ZEMATH_ERR_GENERAL;
-    return frequency_count(view(data, n), std::span<unsigned int>(counts, static_cast<std::size_t>(bins)),
+    return frequency_count(view(data, n),
+                           std::span<unsigned int>(counts, static_cast<std::size_t>(bins)),
                            static_cast<double>(start), static_cast<double>(width));
 }
 
@@ -117,14 +116,14 @@ int get_vector_inc_export(int n, const T* data, double tolerance, double* first,
 using namespace zemath;
 
 // The stamps only forward; every computation lives in the templates above.
-#define ZEMATH_STAMP_COPY(L, T)                                                     \
-    ZEMATH_API int zemath_##L##_copy(const T* source, T* destination, int n) {      \
-        return copy_export(source, destination, n);                                 \
+#define ZEMATH_STAMP_COPY(L, T)                                                \
+    ZEMATH_API int zemath_##L##_copy(const T* source, T* destination, int n) { \
+        return copy_export(source, destination, n);                            \
     }
-#define ZEMATH_STAMP_MINMAX(L, T)                                                          \
+#define ZEMATH_STAMP_MINMAX(L, T)                                                           \
     ZEMATH_API int zemath_##L##_minmax(const T* data, int first, int last, const T* marker, \
-                                       int* index_of_min, int* index_of_max) {            \
-        return minmax_export(data, first, last, marker, index_of_min, index_of_max);      \
+                                       int* index_of_min, int* index_of_max) {              \
+        return minmax_export(data, first, last, marker, index_of_min, index_of_max);        \
     }
 #define ZEMATH_STAMP_MINMAX_IN_RANGE(L, T)                                                     \
     ZEMATH_API int zemath_##L##_minmax_in_range(const T* data, int n, T low, T high,           \
@@ -132,41 +131,39 @@ using namespace zemath;
                                                 int* index_of_max) {                           \
         return minmax_in_range_export(data, n, low, high, marker, index_of_min, index_of_max); \
     }
-#define ZEMATH_STAMP_SUM(L, T)                                                                 \
-    ZEMATH_API double zemath_##L##_sum(const T* data, int n, const T* marker, T* min, T* max,  \
-                                       int* index_of_min, int* index_of_max, int* count) {     \
-        return sum_export(data, n, marker, min, max, index_of_min, index_of_max, count);       \
+#define ZEMATH_STAMP_SUM(L, T)                                                                \
+    ZEMATH_API double zemath_##L##_sum(const T* data, int n, const T* marker, T* min, T* max, \
+                                       int* index_of_min, int* index_of_max, int* count) {    \
+        return sum_export(data, n, marker, min, max, index_of_min, index_of_max, count);      \
     }
-#define ZEMATH_STAMP_MEAN_VARIANCE(L, T)                                                 \
-    ZEMATH_API double zemath_##L##_mean_variance(const T* data, int n, const T* marker,  \
-                                                 double* variance, int* count) {         \
-        return mean_variance_export(data, n, marker, variance, count);                   \
+#define ZEMATH_STAMP_MEAN_VARIANCE(L, T)                                                \
+    ZEMATH_API double zemath_##L##_mean_variance(const T* data, int n, const T* marker, \
+                                                 double* variance, int* count) {        \
+        return mean_variance_export(data, n, marker, variance, count);                  \
     }
 #define ZEMATH_STAMP_CUMULATIVE_SUM(L, T)                                                   \
     ZEMATH_API int zemath_##L##_cumulative_sum(const T* data, unsigned int first,           \
                                                unsigned int end, T* out, const T* marker) { \
         return cumulative_sum_export(data, first, end, out, marker);                        \
     }
-#define ZEMATH_STAMP_FREQUENCY_COUNT(L, T)                                                    \
-    ZEMATH_API int zemath_##L##_frequency_count(const T* data, int n, unsigned int* counts,   \
-                                                int bins, T start, T width) {                 \
-        return frequency_count_export(data, n, counts, bins, start, width);                   \
+#define ZEMATH_STAMP_FREQUENCY_COUNT(L, T)                                                  \
+    ZEMATH_API int zemath_##L##_frequency_count(const T* data, int n, unsigned int* counts, \
+                                                int bins, T start, T width) {               \
+        return frequency_count_export(data, n, counts, bins, start, width);                 \
     }
-#define ZEMATH_STAMP_FIND_MOST(L, T)                                                 \
+#define ZEMATH_STAMP_FIND_MOST(L, T)                                                  \
     ZEMATH_API double zemath_##L##_find_most(const T* data, int n, unsigned int bins, \
                                              double* fraction) {                      \
         return find_most_export(data, n, bins, fraction);                             \
     }
-#define ZEMATH_STAMP_STRETCH(L, T)                                                       \
-    ZEMATH_API int zemath_##L##_stretch(T* data, int n, T low, T high, T new_low,        \
-                                        T new_high) {                                    \
-        return stretch_export(data, n, low, high, new_low, new_high);                    \
+#define ZEMATH_STAMP_STRETCH(L, T)                                                              \
+    ZEMATH_API int zemath_##L##_stretch(T* data, int n, T low, T high, T new_low, T new_high) { \
+        return stretch_export(data, n, low, high, new_low, new_high);                           \
     }
-#define ZEMATH_STAMP_GET_VECTOR_INC(L, T)                                                  \
-    ZEMATH_API int zemath_##L##_get_vector_inc(int n, const T* data, double tolerance,     \
-                                               double* first, double* last,                \
-                                               double* increment) {                        \
-        return get_vector_inc_export(n, data, tolerance, first, last, increment);          \
+#define ZEMATH_STAMP_GET_VECTOR_INC(L, T)                                                        \
+    ZEMATH_API int zemath_##L##_get_vector_inc(int n, const T* data, double tolerance,           \
+                                               double* first, double* last, double* increment) { \
+        return get_vector_inc_export(n, data, tolerance, first, last, increment);                \
     }
 
 extern "C" {

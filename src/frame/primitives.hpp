@@ -37,9 +37,10 @@
 // primitives.cpp on the same templates.
 #define ZEMATH_COPY_MEMBERS(X) \
     X(b, unsigned char) X(us, unsigned short) X(ui, unsigned int) X(f, float) X(d, double)
-#define ZEMATH_MINMAX_MEMBERS(X)                                                               \
-    X(b, unsigned char) X(c, signed char) X(s, short) X(us, unsigned short) X(i, int)          \
-    X(ui, unsigned int) X(f, float) X(z, d_complex)
+#define ZEMATH_MINMAX_MEMBERS(X)                                                                  \
+    X(b, unsigned char)                                                                           \
+    X(c, signed char) X(s, short) X(us, unsigned short) X(i, int) X(ui, unsigned int) X(f, float) \
+        X(z, d_complex)
 #define ZEMATH_MINMAX_IN_RANGE_MEMBERS(X) \
     X(b, unsigned char) X(us, unsigned short) X(i, int) X(f, float) X(d, double)
 #define ZEMATH_SUM_MEMBERS(X) X(b, unsigned char) X(us, unsigned short) X(ui, unsigned int)
@@ -171,8 +172,10 @@ int cumulative_sum(std::span<const T> range, T* out, const T* marker) {
     T running{};
     for (std::size_t k = 0; k < range.size(); ++k) {
         const T v = range[k];
-        if (is_missing(v, marker)) ++missing;
-        else running = k == 0 ? v : wrapping_add(running, v);
+        if (is_missing(v, marker))
+            ++missing;
+        else
+            running = k == 0 ? v : wrapping_add(running, v);
         out[k] = running;
     }
     return missing;
@@ -299,9 +302,12 @@ int stretch(std::span<T> data, double low, double high, double new_low, double n
     for (T& v : data) {
         const double x = static_cast<double>(v);
         double y;
-        if (x < low) y = new_low;
-        else if (x > high) y = new_high;
-        else y = (x - low) * new_range / range + offset;
+        if (x < low)
+            y = new_low;
+        else if (x > high)
+            y = new_high;
+        else
+            y = (x - low) * new_range / range + offset;
         v = store_as<T>(y);
     }
     return ZEMATH_OK;

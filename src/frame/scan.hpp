@@ -56,8 +56,9 @@ struct ScanResult {
 // The accumulator a family sums an element type into: double for floating point data,
 // 64-bit integers (exact) for integer data.
 template <class T>
-using SumOf = std::conditional_t<std::is_floating_point_v<T>, double,
-                                 std::conditional_t<std::is_signed_v<T>, std::int64_t, std::uint64_t>>;
+using SumOf =
+    std::conditional_t<std::is_floating_point_v<T>, double,
+                       std::conditional_t<std::is_signed_v<T>, std::int64_t, std::uint64_t>>;
 
 namespace scan_detail {
 
@@ -67,19 +68,25 @@ inline constexpr int kBlockSize = 512;  // an improving block is reread: at most
 // Identities of min, max and sum: a skipped point is replaced by them in its lane.
 template <class T>
 constexpr T top() {
-    if constexpr (std::numeric_limits<T>::has_infinity) return std::numeric_limits<T>::infinity();
-    else return std::numeric_limits<T>::max();
+    if constexpr (std::numeric_limits<T>::has_infinity)
+        return std::numeric_limits<T>::infinity();
+    else
+        return std::numeric_limits<T>::max();
 }
 template <class T>
 constexpr T bottom() {
-    if constexpr (std::numeric_limits<T>::has_infinity) return -std::numeric_limits<T>::infinity();
-    else return std::numeric_limits<T>::lowest();
+    if constexpr (std::numeric_limits<T>::has_infinity)
+        return -std::numeric_limits<T>::infinity();
+    else
+        return std::numeric_limits<T>::lowest();
 }
 // -0.0 leaves every sum unchanged, -0.0 itself included (0.0 would turn -0.0 into +0.0).
 template <class T>
 constexpr T sum_identity() {
-    if constexpr (std::is_floating_point_v<T>) return T(-0.0);
-    else return T(0);
+    if constexpr (std::is_floating_point_v<T>)
+        return T(-0.0);
+    else
+        return T(0);
 }
 
 template <class T, class Sum>
@@ -96,7 +103,8 @@ template <class T, class Sum, bool WithMinMax, bool WithSum, bool WithMarker>
 BlockSummary<T, Sum> summarise_block_plain(const T* p, int length, T marker) {
     T mn[kLanes], mx[kLanes];
     Sum s[kLanes];
-    for (int j = 0; j < kLanes; ++j) mn[j] = top<T>(), mx[j] = bottom<T>(), s[j] = sum_identity<Sum>();
+    for (int j = 0; j < kLanes; ++j)
+        mn[j] = top<T>(), mx[j] = bottom<T>(), s[j] = sum_identity<Sum>();
     int missing = 0;
     for (int b = 0; b < length; b += kLanes)
         for (int j = 0; j < kLanes; ++j) {
@@ -131,9 +139,8 @@ struct VectorOf {
 template <int Bytes, class T, class Sum, bool WithMinMax, bool WithSum, bool WithMarker>
 [[gnu::always_inline]] inline BlockSummary<T, Sum> summarise_block_vector(const T* p, int length,
                                                                           T marker) {
-    constexpr int width = Bytes / static_cast<int>(sizeof(T)) < kLanes
-                              ? Bytes / static_cast<int>(sizeof(T))
-                              : kLanes;
+    constexpr int width =
+        Bytes / static_cast<int>(sizeof(T)) < kLanes ? Bytes / static_cast<int>(sizeof(T)) : kLanes;
     constexpr int vectors = kLanes / width;
     using V = typename VectorOf<T, width * sizeof(T)>::type;
     using Mask = decltype(V{} < V{});
@@ -162,8 +169,10 @@ template <int Bytes, class T, class Sum, bool WithMinMax, bool WithSum, bool Wit
                 mx[k] = for_max > mx[k] ? for_max : mx[k];
             }
             if constexpr (WithSum) {
-                if constexpr (std::is_same_v<T, Sum>) s[k] += for_sum;
-                else s[k] += __builtin_convertvector(for_sum, SumV);
+                if constexpr (std::is_same_v<T, Sum>)
+                    s[k] += for_sum;
+                else
+                    s[k] += __builtin_convertvector(for_sum, SumV);
             }
         }
     BlockSummary<T, Sum> r{mn[0][0], mx[0][0], s[0][0], 0};
@@ -200,9 +209,8 @@ int locate_plain(const T* p, int length, T value) {
 // The same, testing 16 points at a time before looking at single points.
 template <int Bytes, class T>
 [[gnu::always_inline]] inline int locate_vector(const T* p, int length, T value) {
-    constexpr int width = Bytes / static_cast<int>(sizeof(T)) < kLanes
-                              ? Bytes / static_cast<int>(sizeof(T))
-                              : kLanes;
+    constexpr int width =
+        Bytes / static_cast<int>(sizeof(T)) < kLanes ? Bytes / static_cast<int>(sizeof(T)) : kLanes;
     using V = typename VectorOf<T, width * sizeof(T)>::type;
     using Mask = decltype(V{} < V{});
     const V value_v = V{} + value;
@@ -243,7 +251,8 @@ template <int Bytes, class T, class Sum, bool WithMinMax, bool WithSum, bool Wit
         BlockSummary<T, Sum> b;
 #if ZEMATH_SCAN_VECTORS
         if constexpr (Bytes > 0)
-            b = summarise_block_vector<Bytes, T, Sum, WithMinMax, WithSum, WithMarker>(p, length, marker);
+            b = summarise_block_vector<Bytes, T, Sum, WithMinMax, WithSum, WithMarker>(p, length,
+                                                                                       marker);
         else
 #endif
             b = summarise_block_plain<T, Sum, WithMinMax, WithSum, WithMarker>(p, length, marker);
@@ -356,11 +365,15 @@ ScanResult<T, Sum> scan(const T* data, int begin, int end, const T* marker) {
     if constexpr (std::is_floating_point_v<T>)
         if (r.min != r.min) with_min_max = false;  // a NaN first: nothing will replace it
     if (with_min_max) {
-        if (marker) scan_rest<T, Sum, WithMinMax, WithSum, true>(data, i, end, m, r);
-        else scan_rest<T, Sum, WithMinMax, WithSum, false>(data, i, end, m, r);
+        if (marker)
+            scan_rest<T, Sum, WithMinMax, WithSum, true>(data, i, end, m, r);
+        else
+            scan_rest<T, Sum, WithMinMax, WithSum, false>(data, i, end, m, r);
     } else {
-        if (marker) scan_rest<T, Sum, false, WithSum, true>(data, i, end, m, r);
-        else scan_rest<T, Sum, false, WithSum, false>(data, i, end, m, r);
+        if (marker)
+            scan_rest<T, Sum, false, WithSum, true>(data, i, end, m, r);
+        else
+            scan_rest<T, Sum, false, WithSum, false>(data, i, end, m, r);
     }
     out.min = r.min;
     out.max = r.max;
@@ -454,8 +467,9 @@ template <int Bytes, class T, bool WithMarker>
     const D mean_v = D{} + mean, nothing = D{} + -0.0;
     const V marker_v = V{} + marker;
     D a1[vectors], a2[vectors];
-    for (int k = 0; k < vectors; ++k) __builtin_memcpy(&a1[k], s1 + k * width, sizeof(D)),
-                                      __builtin_memcpy(&a2[k], s2 + k * width, sizeof(D));
+    for (int k = 0; k < vectors; ++k)
+        __builtin_memcpy(&a1[k], s1 + k * width, sizeof(D)),
+            __builtin_memcpy(&a2[k], s2 + k * width, sizeof(D));
     for (int b = 0; b < n_whole; b += kLanes)
         for (int k = 0; k < vectors; ++k) {
             V v;
@@ -466,8 +480,9 @@ template <int Bytes, class T, bool WithMarker>
             a1[k] += d;
             a2[k] += d * d;  // a skipped point adds (-0)^2 = +0 to a lane that is >= +0
         }
-    for (int k = 0; k < vectors; ++k) __builtin_memcpy(s1 + k * width, &a1[k], sizeof(D)),
-                                      __builtin_memcpy(s2 + k * width, &a2[k], sizeof(D));
+    for (int k = 0; k < vectors; ++k)
+        __builtin_memcpy(s1 + k * width, &a1[k], sizeof(D)),
+            __builtin_memcpy(s2 + k * width, &a2[k], sizeof(D));
 }
 #endif
 
@@ -487,13 +502,14 @@ DeviationSums deviation_sums(const T* data, int n, T marker, double mean) {
     for (int j = 0; j < kLanes; ++j) s1[j] = -0.0, s2[j] = 0.0;
     const int n_whole = n / kLanes * kLanes;
 #if ZEMATH_SCAN_AVX2
-    if (processor_has_avx2()) deviation_lanes_avx2<T, WithMarker>(data, n_whole, marker, mean, s1, s2);
+    if (processor_has_avx2())
+        deviation_lanes_avx2<T, WithMarker>(data, n_whole, marker, mean, s1, s2);
     else
 #endif
 #if ZEMATH_SCAN_VECTORS
         deviation_lanes_vector<16, T, WithMarker>(data, n_whole, marker, mean, s1, s2);
 #else
-        deviation_lanes_plain<T, WithMarker>(data, n_whole, marker, mean, s1, s2);
+    deviation_lanes_plain<T, WithMarker>(data, n_whole, marker, mean, s1, s2);
 #endif
     DeviationSums r{s1[0], s2[0]};
     for (int j = 1; j < kLanes; ++j) r.first += s1[j], r.second += s2[j];

@@ -121,7 +121,8 @@ void check_frequency_count(const char* letter, Fn fn, const IntegerSet& set) {
     SCOPED_TRACE(letter);
     const std::vector<T> data = as<T>(set);
     std::vector<unsigned> counts(set.bins, 77u);
-    EXPECT_EQ(fn(data.data(), int(data.size()), counts.data(), set.bins, T(set.start), T(set.width)), 0);
+    EXPECT_EQ(
+        fn(data.data(), int(data.size()), counts.data(), set.bins, T(set.start), T(set.width)), 0);
     EXPECT_EQ(counts, set.counts);
 }
 
@@ -166,7 +167,8 @@ TEST(PrimitivesTypes, EveryMemberAgreesWithTheReference) {
         EXPECT_EQ(zemath_d_minmax(d.data(), 0, n - 1, &imin, &imax), set->missing);
         EXPECT_EQ(imin, set->index_of_min);
         EXPECT_EQ(imax, set->index_of_max);
-        EXPECT_EQ(zemath_d_sum(d.data(), n, nullptr, nullptr, nullptr, nullptr, &count), double(set->sum));
+        EXPECT_EQ(zemath_d_sum(d.data(), n, nullptr, nullptr, nullptr, nullptr, &count),
+                  double(set->sum));
         double variance = -7;
         EXPECT_NEAR(zemath_d_mean_variance(d.data(), n, &variance, &count), set->mean,
                     kMomentTolerance * set->mean);
@@ -178,7 +180,8 @@ TEST(PrimitivesTypes, EveryMemberAgreesWithTheReference) {
         for (int x : set->values)
             if (x != kRefMarker) kept.push_back(float(x));
         float fmin = -1, fmax = -1;
-        EXPECT_EQ(zemath_f_sum(kept.data(), int(kept.size()), &fmin, &fmax, &imin, &imax), double(set->sum));
+        EXPECT_EQ(zemath_f_sum(kept.data(), int(kept.size()), &fmin, &fmax, &imin, &imax),
+                  double(set->sum));
         EXPECT_EQ(fmin, float(set->values[set->index_of_min]));
         EXPECT_EQ(fmax, float(set->values[set->index_of_max]));
     }
@@ -186,13 +189,13 @@ TEST(PrimitivesTypes, EveryMemberAgreesWithTheReference) {
 
 TEST(PrimitivesTypes, CopyMovesEveryElementAndAllowsOverlap) {
     const IntegerSet& set = kShortSet;
-#define COPY(L, T)                                                                  \
-    {                                                                               \
-        std::vector<T> source = as<T>(set), target(source.size());                  \
+#define COPY(L, T)                                                                         \
+    {                                                                                      \
+        std::vector<T> source = as<T>(set), target(source.size());                         \
         EXPECT_EQ(zemath_##L##_copy(source.data(), target.data(), int(source.size())), 0); \
-        EXPECT_EQ(target, source) << #L;                                            \
-        EXPECT_EQ(zemath_##L##_copy(source.data(), source.data() + 1, 5), 0);       \
-        EXPECT_EQ(source[5], as<T>(set)[4]) << #L;                                  \
+        EXPECT_EQ(target, source) << #L;                                                   \
+        EXPECT_EQ(zemath_##L##_copy(source.data(), source.data() + 1, 5), 0);              \
+        EXPECT_EQ(source[5], as<T>(set)[4]) << #L;                                         \
     }
     ZEMATH_COPY_MEMBERS(COPY)
 #undef COPY
@@ -205,7 +208,8 @@ TEST(PrimitivesTypes, MeanVarianceOfDoubleDataSets) {
         for (int i : c.missing) data[i] = NANUM;
         double variance = -7;
         int count = -7;
-        const double mean = zemath_d_mean_variance(data.data(), int(data.size()), &variance, &count);
+        const double mean =
+            zemath_d_mean_variance(data.data(), int(data.size()), &variance, &count);
         EXPECT_NEAR(mean, c.mean, 4 * std::numeric_limits<double>::epsilon() * std::fabs(c.mean));
         EXPECT_NEAR(variance, c.variance, 1e-12 * c.variance);
         EXPECT_EQ(count, int(c.values.size() - c.missing.size()));
@@ -214,8 +218,9 @@ TEST(PrimitivesTypes, MeanVarianceOfDoubleDataSets) {
 
 TEST(PrimitivesTypes, FrequencyCountOnDyadicLattice) {
     std::vector<unsigned> counts(kLatticeCounts.size());
-    EXPECT_EQ(zemath_d_frequency_count(kLatticeValues.data(), int(kLatticeValues.size()), counts.data(),
-                                       int(counts.size()), -2.0, 0.25), 0);
+    EXPECT_EQ(zemath_d_frequency_count(kLatticeValues.data(), int(kLatticeValues.size()),
+                                       counts.data(), int(counts.size()), -2.0, 0.25),
+              0);
     EXPECT_EQ(counts, kLatticeCounts);
 }
 
@@ -227,14 +232,15 @@ TEST(PrimitivesTypes, FindMostReferenceCasesAndBothCountingPaths) {
                   c->lower_edge);
         EXPECT_DOUBLE_EQ(fraction, c->fraction);
         std::vector<unsigned short> us(c->values.begin(), c->values.end());
-        EXPECT_EQ(zemath_us_find_most(us.data(), int(us.size()), c->bins, &fraction), c->lower_edge);
+        EXPECT_EQ(zemath_us_find_most(us.data(), int(us.size()), c->bins, &fraction),
+                  c->lower_edge);
     }
     // More bins than values (sorted bin indices) against fewer (an array of counts): the
     // same data split finer must give the edge of the same fullest fine bin.
     const std::vector<double> v = {0, 1, 7.25, 7.5, 7.5, 9, 16, 12};
     double dense_fraction = -1, sparse_fraction = -1;
-    EXPECT_EQ(zemath_d_find_most(v.data(), 8, 8, &dense_fraction), 6.0);       // width 2
-    EXPECT_EQ(zemath_d_find_most(v.data(), 8, 64, &sparse_fraction), 7.5);     // width 0.25
+    EXPECT_EQ(zemath_d_find_most(v.data(), 8, 8, &dense_fraction), 6.0);    // width 2
+    EXPECT_EQ(zemath_d_find_most(v.data(), 8, 64, &sparse_fraction), 7.5);  // width 0.25
     EXPECT_DOUBLE_EQ(dense_fraction, 3.0 / 7.0);
     EXPECT_DOUBLE_EQ(sparse_fraction, 2.0 / 7.0);
     EXPECT_EQ(zemath_d_find_most(v.data(), 8, 1u << 30, &sparse_fraction), 7.5);  // no giant array
@@ -287,13 +293,13 @@ TEST(PrimitivesRules, StretchOffsetAndTypedStorage) {
     // us: the 0.5 offset then truncation rounds to nearest.
     unsigned short us[] = {0, 3, 7, 9, 2};
     EXPECT_EQ(zemath_us_stretch(us, 5, 1, 7, 0, 65535), 0);
-    EXPECT_EQ(us[0], 0);        // below low: new low, no offset
-    EXPECT_EQ(us[1], 21845);    // 2 * 65535 / 6 + 0.5 = 21845.5
-    EXPECT_EQ(us[2], 65535);    // 65535.5 truncated, stays in range
-    EXPECT_EQ(us[3], 65535);    // above high: new high
+    EXPECT_EQ(us[0], 0);      // below low: new low, no offset
+    EXPECT_EQ(us[1], 21845);  // 2 * 65535 / 6 + 0.5 = 21845.5
+    EXPECT_EQ(us[2], 65535);  // 65535.5 truncated, stays in range
+    EXPECT_EQ(us[3], 65535);  // above high: new high
     unsigned short inverted[] = {0, 5, 10};
     EXPECT_EQ(zemath_us_stretch(inverted, 3, 0, 10, 100, 0), 0);  // inverted target range
-    EXPECT_EQ(inverted[1], 50);  // 5 * -100 / 10 + 100.5 = 50.5
+    EXPECT_EQ(inverted[1], 50);                                   // 5 * -100 / 10 + 100.5 = 50.5
     double nan_data[] = {kNan, kInf, -kInf};
     EXPECT_EQ(zemath_d_stretch(nan_data, 3, 0, 1, 0, 10), 0);
     EXPECT_TRUE(std::isnan(nan_data[0]));
@@ -311,20 +317,24 @@ TEST(PrimitivesRules, EvenSpacingCases) {
     const Case cases[] = {
         {{10, 8, 6, 4}, 1e-8, -1, -2},
         {{10, 8, 6, 3}, 0.1, -2, 0},
-        {{1, 2, 2, 3}, 0.5, 0, 0},            // not strictly monotonic
-        {{1, kNan, 3}, 0.5, 0, 0},            // NaN breaks monotonicity
-        {{0, 1, kInf}, 0.5, 2, 0},            // infinite mean: not evenly spaced
-        {{0, 1, 2}, kNan, 2, 0},              // NaN tolerance: not evenly spaced
-        {{0, 1, 2}, 0, 1, 1},                 // exact spacing passes a zero tolerance
+        {{1, 2, 2, 3}, 0.5, 0, 0},  // not strictly monotonic
+        {{1, kNan, 3}, 0.5, 0, 0},  // NaN breaks monotonicity
+        {{0, 1, kInf}, 0.5, 2, 0},  // infinite mean: not evenly spaced
+        {{0, 1, 2}, kNan, 2, 0},    // NaN tolerance: not evenly spaced
+        {{0, 1, 2}, 0, 1, 1},       // exact spacing passes a zero tolerance
         {{0, 0.1, 0.2, 0.30000000000000004}, 1e-8, 1, 0.1},
         {{5}, 0.1, 0, 0},
     };
     for (const Case& c : cases) {
         double increment = -7;
-        EXPECT_EQ(zemath_d_get_vector_inc(int(c.x.size()), c.x.data(), c.tolerance, nullptr, nullptr,
-                                          &increment), c.result) << c.x[0] << " " << c.tolerance;
-        if (c.result == 1 || c.result == -1) EXPECT_EQ(increment, c.increment);
-        else EXPECT_EQ(increment, -7);
+        EXPECT_EQ(zemath_d_get_vector_inc(int(c.x.size()), c.x.data(), c.tolerance, nullptr,
+                                          nullptr, &increment),
+                  c.result)
+            << c.x[0] << " " << c.tolerance;
+        if (c.result == 1 || c.result == -1)
+            EXPECT_EQ(increment, c.increment);
+        else
+            EXPECT_EQ(increment, -7);
     }
     const int ints[] = {-4, 0, 4, 8};
     double first = -7, last = -7, increment = -7;
@@ -339,18 +349,19 @@ TEST(PrimitivesRules, EvenSpacingCases) {
 
 TEST(PrimitivesRules, SignedAndComplexMinmax) {
     const std::vector<int> v = {3, -7, 12, -7, 12, 0};
-#define SIGNED(L, T)                                                                      \
-    {                                                                                     \
-        std::vector<T> data(v.begin(), v.end());                                          \
-        int imin = -9, imax = -9;                                                         \
+#define SIGNED(L, T)                                                                       \
+    {                                                                                      \
+        std::vector<T> data(v.begin(), v.end());                                           \
+        int imin = -9, imax = -9;                                                          \
         EXPECT_EQ(zemath_##L##_minmax(data.data(), 0, 5, nullptr, &imin, &imax), 0) << #L; \
-        EXPECT_EQ(imin, 1) << #L;                                                         \
-        EXPECT_EQ(imax, 2) << #L;                                                         \
+        EXPECT_EQ(imin, 1) << #L;                                                          \
+        EXPECT_EQ(imax, 2) << #L;                                                          \
     }
-    SIGNED(c, signed char) SIGNED(s, short) SIGNED(i, int) SIGNED(f, float)
+    SIGNED(c, signed char)
+    SIGNED(s, short) SIGNED(i, int) SIGNED(f, float)
 #undef SIGNED
-    // Modulus order: |3+4i| = 5 ties |-5| (first wins), |0| smallest, |6i| largest.
-    const d_complex z[] = {{3, 4}, {-5, 0}, {0, 0}, {0, 6}, {1e300, 1e300}, {0, 6}};
+        // Modulus order: |3+4i| = 5 ties |-5| (first wins), |0| smallest, |6i| largest.
+        const d_complex z[] = {{3, 4}, {-5, 0}, {0, 0}, {0, 6}, {1e300, 1e300}, {0, 6}};
     const d_complex marker = {1e300, 1e300};
     int imin = -9, imax = -9;
     EXPECT_EQ(zemath_z_minmax(z, 0, 5, &marker, &imin, &imax), 1);
@@ -440,8 +451,10 @@ TEST(PrimitivesScan, BlocksGiveThePlainScanIndicesAcrossSizesAndSpecialValues) {
             EXPECT_EQ(got.index_of_max, expected.index_of_max);
             EXPECT_EQ(got.count, expected.count);
             EXPECT_EQ(got.missing, expected.missing);
-            if (std::isnan(expected.sum)) EXPECT_TRUE(std::isnan(got.sum));
-            else EXPECT_EQ(got.sum, expected.sum);
+            if (std::isnan(expected.sum))
+                EXPECT_TRUE(std::isnan(got.sum));
+            else
+                EXPECT_EQ(got.sum, expected.sum);
             const auto no_marker = zemath::scan_min_max<double>(v.data(), 0, n, nullptr);
             const auto expected_no_marker = plain_scan<double>(v, nullptr);
             EXPECT_EQ(no_marker.index_of_min, expected_no_marker.index_of_min);
@@ -450,7 +463,8 @@ TEST(PrimitivesScan, BlocksGiveThePlainScanIndicesAcrossSizesAndSpecialValues) {
             std::vector<unsigned char> bytes(n);
             for (int i = 0; i < n; ++i) bytes[i] = static_cast<unsigned char>(gen() % 7);
             const unsigned char byte_marker = 3;
-            const auto got_bytes = zemath::scan_min_max<unsigned char, std::uint64_t>(bytes.data(), 0, n, &byte_marker);
+            const auto got_bytes = zemath::scan_min_max<unsigned char, std::uint64_t>(
+                bytes.data(), 0, n, &byte_marker);
             const auto want_bytes = plain_scan(bytes, &byte_marker);
             EXPECT_EQ(got_bytes.index_of_min, want_bytes.index_of_min);
             EXPECT_EQ(got_bytes.index_of_max, want_bytes.index_of_max);
@@ -469,10 +483,12 @@ TEST(PrimitivesScan, SumsAreTheSameInEveryProcessorForm) {
     v[100] = NANUM;
     using namespace zemath::scan_detail;
     const double nanum = NANUM;
-    const auto plain = summarise_block_plain<double, double, true, true, true>(v.data(), 512, nanum);
+    const auto plain =
+        summarise_block_plain<double, double, true, true, true>(v.data(), 512, nanum);
     EXPECT_EQ(plain.missing, 1);
 #if ZEMATH_SCAN_VECTORS
-    const auto vec = summarise_block_vector<16, double, double, true, true, true>(v.data(), 512, nanum);
+    const auto vec =
+        summarise_block_vector<16, double, double, true, true, true>(v.data(), 512, nanum);
     EXPECT_EQ(vec.sum, plain.sum);
     EXPECT_EQ(vec.min, plain.min);
     EXPECT_EQ(vec.missing, plain.missing);
@@ -491,13 +507,15 @@ TEST(PrimitivesScan, SumsAreTheSameInEveryProcessorForm) {
     if (processor_has_avx2()) {
         Running<double, double> wide = start;
         int i_wide = 1;
-        scan_blocks_avx2<double, double, true, true, true>(v.data(), i_wide, int(v.size()), nanum, wide);
+        scan_blocks_avx2<double, double, true, true, true>(v.data(), i_wide, int(v.size()), nanum,
+                                                           wide);
         same_as_base(wide, i_wide);
     }
     if (processor_has_avx512()) {
         Running<double, double> wide = start;
         int i_wide = 1;
-        scan_blocks_avx512<double, double, true, true, true>(v.data(), i_wide, int(v.size()), nanum, wide);
+        scan_blocks_avx512<double, double, true, true, true>(v.data(), i_wide, int(v.size()), nanum,
+                                                             wide);
         same_as_base(wide, i_wide);
     }
 #endif
@@ -505,7 +523,8 @@ TEST(PrimitivesScan, SumsAreTheSameInEveryProcessorForm) {
     long double exact = 0;
     for (double x : v)
         if (x != nanum) exact += x;
-    const double mv_sum = zemath_d_sum(v.data(), int(v.size()), nullptr, nullptr, nullptr, nullptr, nullptr);
+    const double mv_sum =
+        zemath_d_sum(v.data(), int(v.size()), nullptr, nullptr, nullptr, nullptr, nullptr);
     EXPECT_NEAR(mv_sum, double(exact), 1e-12 * 1e3 * std::sqrt(double(v.size())));
 }
 

@@ -24,25 +24,25 @@ TEST(NiceBinIndex, FloorWithEdgesInTheUpperBin) {
         int bin;
     };
     const Case cases[] = {
-        {0.3, 0.0, 0.1, 3},            // quotient 2.9999999999999996: an edge
-        {0.7, 0.0, 0.1, 7},            // 6.999999999999999
-        {1000.3, 1000.0, 0.1, 3},      // 2.999999999999545: the subtraction's rounding
-        {0.29999999, 0.0, 0.1, 2},     // truly below the edge
+        {0.3, 0.0, 0.1, 3},         // quotient 2.9999999999999996: an edge
+        {0.7, 0.0, 0.1, 7},         // 6.999999999999999
+        {1000.3, 1000.0, 0.1, 3},   // 2.999999999999545: the subtraction's rounding
+        {0.29999999, 0.0, 0.1, 2},  // truly below the edge
         {0.3000000000000001, 0.0, 0.1, 3},
         {0.0, 0.0, 0.1, 0},
         {-0.0, 0.0, 0.1, 0},
-        {-1e-20, 0.0, 1.0, -1},        // tiny negative values are not snapped up
+        {-1e-20, 0.0, 1.0, -1},  // tiny negative values are not snapped up
         {-0.5, 0.0, 0.25, -2},
-        {-0.3, 0.0, 0.1, -3},          // negative edges belong to the upper bin as well
-        {5.0, 10.0, -2.5, 2},          // a negative width counts downward
-        {1e300, 0.0, 1e-300, INT_MAX}, // clamped: outside any bin count
+        {-0.3, 0.0, 0.1, -3},           // negative edges belong to the upper bin as well
+        {5.0, 10.0, -2.5, 2},           // a negative width counts downward
+        {1e300, 0.0, 1e-300, INT_MAX},  // clamped: outside any bin count
         {-1e300, 0.0, 1.0, INT_MIN + 1},
         {kInf, 0.0, 1.0, INT_MAX},
         {3.0, 0.0, kInf, 0},
         {kNan, 0.0, 1.0, kNoBin},
         {1.0, kNan, 1.0, kNoBin},
         {1.0, 0.0, kNan, kNoBin},
-        {1.0, 1.0, 0.0, kNoBin},       // 0 / 0
+        {1.0, 1.0, 0.0, kNoBin},  // 0 / 0
         {kInf, kInf, 1.0, kNoBin},
     };
     for (const Case& c : cases)
@@ -68,18 +68,18 @@ TEST(ApproxEqual, RelativeToleranceRules) {
     const Case cases[] = {
         {1.0, 1.0 + 1e-12, 1e-11, 0, true},
         {1.0, 1.0 + 2e-11, 1e-11, 0, false},
-        {-1e20, -1e20 * (1 + 5e-12), 1e-11, 0, true},    // relative at any scale
+        {-1e20, -1e20 * (1 + 5e-12), 1e-11, 0, true},  // relative at any scale
         {1e-300, 1.0000000000001e-300, 1e-11, 0, true},
-        {0.0, 1e-300, 1e-11, 0, false},                  // zero equals only zero
-        {0.0, 1e-300, 1e-11, 1e-200, true},              // unless a floor is given
+        {0.0, 1e-300, 1e-11, 0, false},      // zero equals only zero
+        {0.0, 1e-300, 1e-11, 1e-200, true},  // unless a floor is given
         {0.0, -0.0, 1e-11, 0, true},
         {kInf, kInf, 1e-11, 0, true},
         {kInf, -kInf, 1e-11, 0, false},
         {kInf, 1e308, 0.5, 0, false},
-        {1e308, -1e308, 3.0, 0, false},                  // the difference overflows
+        {1e308, -1e308, 3.0, 0, false},  // the difference overflows
         {kNan, kNan, 1e-11, 0, false},
         {kNan, 1.0, 1.0, 1.0, false},
-        {1.0, 1.5, -1.0, 0, false},                      // negative tolerance: exact only
+        {1.0, 1.5, -1.0, 0, false},  // negative tolerance: exact only
         {1.0, 1.0, kNan, 0, true},
         {1.0, 1.0 + 1e-15, kNan, 0, false},
     };

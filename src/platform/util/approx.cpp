@@ -9,8 +9,8 @@ namespace zemath::util {
 bool approx_equal(double a, double b, double relative_tolerance, double absolute_floor) {
     if (a == b) return true;
     const double difference = std::fabs(a - b);  // inf - inf and NaN give NaN: not equal
-    const double allowed = std::max(relative_tolerance * std::max(std::fabs(a), std::fabs(b)),
-                                    absolute_floor);
+    const double allowed =
+        std::max(relative_tolerance * std::max(std::fabs(a), std::fabs(b)), absolute_floor);
     return difference <= allowed && std::isfinite(difference);
 }
 

@@ -14,8 +14,10 @@ int nice_bin_index(double value, double start, double width) {
     if (quotient <= int_bottom) return std::numeric_limits<int>::min() + 1;
     double bin = std::floor(quotient);
     const double upper = bin + 1.0;
-    const double scale = (std::fabs(value) + std::fabs(start)) / std::fabs(width) + std::fabs(quotient);
-    if (upper - quotient <= kBinEdgeUlps * std::numeric_limits<double>::epsilon() * scale) bin = upper;
+    const double scale =
+        (std::fabs(value) + std::fabs(start)) / std::fabs(width) + std::fabs(quotient);
+    if (upper - quotient <= kBinEdgeUlps * std::numeric_limits<double>::epsilon() * scale)
+        bin = upper;
     return static_cast<int>(bin);
 }
 
