@@ -6,6 +6,7 @@
 
 #include "zemath.h"
 
+void demo_primitives(const double* x, const double* y, int n);
 void demo_search(const double* x, const double* y, int n);
 void demo_random(void);
 
@@ -61,6 +62,7 @@ int main(int argc, char** argv) {
     printf("after removing missing pairs: %d points (first gap after index %d)\n", nkept,
            kept[16]);
     printf("status -11 reads           : \"%s\"\n", zemath_status_string(-11));
+    demo_primitives(x, y, n);
     demo_search(x, y, n);
     demo_random();
     return 0;

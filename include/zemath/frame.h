@@ -48,7 +48,8 @@ ZEMATH_API void zemath_free_comm_struct(zemath_Comm* comm);
 
 /* Sum of data[0..n-1], skipping values equal to NANUM (NaN is not skipped). Optional
  * outputs: min, max and their first-occurrence indices, count of points used. With no
- * usable point: min = max = 0.0, indices -1, count 0, sum 0.0. */
+ * usable point: min = max = 0.0, indices -1, count 0, sum 0.0. The sum is formed in 16
+ * partial sums per 512-value block (same result on every processor; see primitives.h). */
 ZEMATH_API double zemath_d_sum(const double* data, int n, double* min, double* max,
                                int* index_of_min, int* index_of_max, int* count);
 
