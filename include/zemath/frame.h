@@ -55,7 +55,8 @@ ZEMATH_API double zemath_d_sum(const double* data, int n, double* min, double* m
 
 /* Indices of the minimum and maximum of data[first..last] (inclusive), skipping NANUM,
  * first occurrence on ties; -1 when no point is usable or first > last. Returns the
- * number of missing points met. A NULL data pointer or a negative first index is refused:
+ * number of missing points met. A NULL data pointer, a negative first index or last =
+ * INT_MAX is refused:
  * returns -1 and writes nothing. */
 ZEMATH_API int zemath_d_minmax(const double* data, int first, int last, int* index_of_min,
                                int* index_of_max);

@@ -1,10 +1,10 @@
 // Frame exports: NaN, infinity and missing-value handling, the bridge-record copies
-// and releases, and the worked example of the scanning routine (sum, minmax).
+// and releases. The worked scan (zemath_d_sum, zemath_d_minmax) is stamped with the
+// typed primitives in primitives.cpp.
 #include "zemath/frame.h"
 
 #include "frame/guard.hpp"
 #include "frame/missing.hpp"
-#include "frame/scan.hpp"
 #include "platform/nag/nag.hpp"
 
 using namespace zemath;
@@ -122,31 +122,6 @@ ZEMATH_API void zemath_free_2dSpline_struct(zemath_2dSpline* spline) {
 ZEMATH_API void zemath_free_comm_struct(zemath_Comm* comm) {
     if (!comm) return;
     for (int w : {15, 16, 18, 19, 21, 22}) nag::x04bdc(&comm->word[w].p);
-}
-
-ZEMATH_API double zemath_d_sum(const double* data, int n, double* min, double* max,
-                               int* index_of_min, int* index_of_max, int* count) {
-    const double marker = kNanum;  // missing points are skipped
-    ScanResult<double> r;
-    if (data && n > 0) r = scan_min_max<double>(data, 0, n, &marker);
-    if (r.count == 0) r.min = r.max = 0.0;
-    if (min) *min = r.min;
-    if (max) *max = r.max;
-    if (index_of_min) *index_of_min = r.index_of_min;
-    if (index_of_max) *index_of_max = r.index_of_max;
-    if (count) *count = r.count;
-    return r.count ? r.sum : 0.0;
-}
-
-ZEMATH_API int zemath_d_minmax(const double* data, int first, int last, int* index_of_min,
-                               int* index_of_max) {
-    if (!data || first < 0) return ZEMATH_ERR_GENERAL;
-    const double marker = kNanum;
-    ScanResult<double> r;
-    if (first <= last) r = scan_min_max<double, double, false>(data, first, last + 1, &marker);
-    if (index_of_min) *index_of_min = r.index_of_min;
-    if (index_of_max) *index_of_max = r.index_of_max;
-    return r.missing;
 }
 
 }  // extern "C"

@@ -3,6 +3,7 @@
 // that checks the arguments in the documented order (a refused call writes nothing),
 // calls the operation template and writes the optional outputs.
 #include "zemath/primitives.h"
+#include "zemath/frame.h"
 
 #include "frame/guard.hpp"
 #include "frame/primitives.hpp"
@@ -183,6 +184,19 @@ ZEMATH_GET_VECTOR_INC_MEMBERS(ZEMATH_STAMP_GET_VECTOR_INC)
 ZEMATH_API double zemath_f_sum(const float* data, int n, float* min, float* max, int* index_of_min,
                                int* index_of_max) {
     return sum_export<float>(data, n, nullptr, min, max, index_of_min, index_of_max, nullptr);
+}
+
+// The double members of the worked scan (declared in frame.h) always skip NANUM.
+ZEMATH_API double zemath_d_sum(const double* data, int n, double* min, double* max,
+                               int* index_of_min, int* index_of_max, int* count) {
+    const double marker = kNanum;
+    return sum_export(data, n, &marker, min, max, index_of_min, index_of_max, count);
+}
+
+ZEMATH_API int zemath_d_minmax(const double* data, int first, int last, int* index_of_min,
+                               int* index_of_max) {
+    const double marker = kNanum;
+    return minmax_export(data, first, last, &marker, index_of_min, index_of_max);
 }
 
 // The double mean and variance always skip NANUM.
