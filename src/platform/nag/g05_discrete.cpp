@@ -33,23 +33,6 @@ using rng::log_factorial;
 constexpr double kHalfLogTwoPi = 0.91893853320467274178;
 constexpr double kIntMax = static_cast<double>(INT_MAX);
 
-bool bad_count(int n, int x[], NagError* fail) {
-    if (n < 1) {
-        fail->set(NE_INT_ARG_LT);
-        return true;
-    }
-    if (x == nullptr) {
-        fail->set(NE_BAD_PARAM);
-        return true;
-    }
-    return false;
-}
-
-bool refuse(NagError* fail, int code) {
-    fail->set(code);
-    return true;
-}
-
 // Sequential inversion of a law on 0, 1, 2, ... from P(0) and the ratio P(k)/P(k-1).
 // A uniform beyond the total computed mass (rounding leaves up to ~1e-16 of it) or one
 // that walks past the point where the remaining mass is below 1e-20 is redrawn.

@@ -166,3 +166,27 @@ private:
 double log_factorial(double k);
 
 }  // namespace zemath::nag::rng
+
+namespace zemath::nag {
+
+// The common first check of every generator: a count below 1, then a null output.
+template <class T>
+inline bool bad_count(int n, T x[], NagError* fail) {
+    if (n < 1) {
+        fail->set(NE_INT_ARG_LT);
+        return true;
+    }
+    if (x == nullptr) {
+        fail->set(NE_BAD_PARAM);
+        return true;
+    }
+    return false;
+}
+
+// Sets the error code; true, so that a check reads `if (bad && refuse(fail, code)) return;`.
+inline bool refuse(NagError* fail, int code) {
+    fail->set(code);
+    return true;
+}
+
+}  // namespace zemath::nag
