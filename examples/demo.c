@@ -10,6 +10,8 @@
 #define ZEMATH_SAMPLE_DATA "examples/data/sample_curve.dat"
 #endif
 
+void demo_distributions(void);
+
 enum { MAX_POINTS = 4096 };
 
 static int load_curve(const char* path, double* x, double* y) {
@@ -58,5 +60,6 @@ int main(int argc, char** argv) {
     printf("after removing missing pairs: %d points (first gap after index %d)\n", nkept,
            kept[16]);
     printf("status -11 reads           : \"%s\"\n", zemath_status_string(-11));
+    demo_distributions();
     return 0;
 }
