@@ -11,9 +11,10 @@
 //
 // Accuracy: within 1e-13 relative error of 50-digit mpmath references on the grid of
 // tests/reference/gen_distributions_central.py (worst errors per function in
-// tests/reference/distributions_central_worst_errors.txt). Exceptions, inherent in a
-// double argument x: the log-normal functions lose about |z| 1e-19 |ln x| / sigma, which
-// exceeds 1e-13 only when |ln x| / sigma is above about 1e5.
+// tests/reference/distributions_central_worst_errors.txt). Exception: the log-normal
+// argument z = (ln x - mu)/sigma carries the long double rounding of ln x, 5e-20 |ln x|, so
+// the tails lose about |z| 5e-20 |ln x| / sigma (past 1e-13 only for |ln x| / sigma above
+// about 5e4) and the confidence probability 5e-20 |ln x| / (sigma |z|) near the median.
 //
 // Failure codes: see include/zemath/distributions.h (team decisions on tails 0 and 5, the
 // Weibull, finv and fcdf exceptions kept deliberately for the hosts that rely on them).
