@@ -27,13 +27,14 @@ ZEMATH_EXTERN_C_BEGIN
  *   defined on it (a probability 0 or 1, a density 0); infinite parameters are refused.
  * - Back-end range failures: 5 below a lower limit, 6 at or below it, 7 above an upper
  *   limit, 8 at or above it; 301 a deviate outside the normal double range (p too close to
- *   0 or 1); 300 a series or root finder stopped at its cap. Densities are +infinity at a pole (x at 0 with shape < 1).
+ *   0 or 1; betainv instead rounds such a deviate to 0); 300 a series or root finder
+ *   stopped at its cap. Densities are +infinity at a pole (x at 0 with shape < 1).
  * - Shape limits: beta a, b <= 1e6 and gaminv's shape <= 1e6; chi-square and F degrees of
  *   freedom and the gamma shape <= 1e10 elsewhere (status 7 above); Student's t needs
  *   df >= 1 (+infinity is the normal law).
  * - Check order: missing values, the in-house parameter checks, the tail, the back end's
  *   checks. Accuracy: within 1e-13 relative error of 50-digit references, both tails down
- *   to 1e-300. */
+ *   to 1e-300, parameters 1e-3 to 1e6 (log-normal: while |ln x| / sigma stays below 5e4). */
 
 /* Standard normal probability of x for the tail code (tails 0-4). */
 ZEMATH_API double normcdf(double x, int tail, int* status);
