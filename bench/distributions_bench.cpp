@@ -62,10 +62,14 @@ void run(benchmark::State& state, F f) {
 
 namespace bm = boost::math;
 
-#define PAIR(name, ours, peer)                                                               \
-    void BM_##name##_zemath(benchmark::State& s) { run(s, [](const Args& a, size_t i) { return ours; }); } \
-    void BM_##name##_boost(benchmark::State& s) { run(s, [](const Args& a, size_t i) { return peer; }); }  \
-    BENCHMARK(BM_##name##_zemath);                                                           \
+#define PAIR(name, ours, peer)                                \
+    void BM_##name##_zemath(benchmark::State& s) {            \
+        run(s, [](const Args& a, size_t i) { return ours; }); \
+    }                                                         \
+    void BM_##name##_boost(benchmark::State& s) {             \
+        run(s, [](const Args& a, size_t i) { return peer; }); \
+    }                                                         \
+    BENCHMARK(BM_##name##_zemath);                            \
     BENCHMARK(BM_##name##_boost);
 
 PAIR(normcdf, normcdf(a.x[i], 2, nullptr), bm::cdf(bm::normal_distribution<>(0, 1), a.x[i]))
@@ -82,9 +86,10 @@ PAIR(tinv, tinv(a.p[i], a.df[i], 2, nullptr),
 PAIR(finv, finv(a.p[i], a.a[i] * 10, a.b[i] * 10, nullptr),
      bm::quantile(bm::fisher_f_distribution<>(a.a[i] * 10, a.b[i] * 10), a.p[i]))
 
-// Collects the per-call CPU times (the machine may be shared) so that the ratios can be printed after the usual output.
+// Collects the per-call CPU times (the machine may be shared) so that the ratios can be printed
+// after the usual output.
 class RatioReporter : public benchmark::ConsoleReporter {
-public:
+  public:
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& r : runs) times_[r.benchmark_name()] = r.GetAdjustedCPUTime();
         ConsoleReporter::ReportRuns(runs);
@@ -98,11 +103,12 @@ public:
             const std::string base = name.substr(3, cut - 3);
             const auto peer = times_.find("BM_" + base + "_boost");
             if (peer == times_.end()) continue;
-            std::printf("%-10s %12.1f %12.1f %8.2f\n", base.c_str(), t, peer->second, t / peer->second);
+            std::printf("%-10s %12.1f %12.1f %8.2f\n", base.c_str(), t, peer->second,
+                        t / peer->second);
         }
     }
 
-private:
+  private:
     std::map<std::string, double> times_;
 };
 

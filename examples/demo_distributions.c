@@ -23,8 +23,7 @@ void demo_distributions(void) {
         const double f = finv(0.95, df, 10, &status);
         printf("  %4g %12.6f %12.6f %12.6f %14.6f\n", df, t95, t99, chi2, f);
     }
-    printf("  status of the last call: %d; tail code 5 is refused: tcdf(1, 5, 5) status ",
-           status);
+    printf("  status of the last call: %d; tail code 5 is refused: tcdf(1, 5, 5) status ", status);
     (void)tcdf(1.0, 5.0, 5, &status);
     printf("%d\n", status);
 }

@@ -70,7 +70,9 @@ double accept(double value, int* status) {
 }
 
 // Weibull's deliberate refusal: NANUM with status 0.
-double quiet_nanum(int* status) { return accept(kNanum, status); }
+double quiet_nanum(int* status) {
+    return accept(kNanum, status);
+}
 
 // The shape of every back-end export: status -19 stands until the body writes the real
 // one, so an allocation failure caught by the guard leaves it (never expected: the routines
@@ -330,8 +332,8 @@ ZEMATH_API double logncdf(double x, double mu, double sigma, int tail, int* stat
 
 ZEMATH_API double logninv(double p, double mu, double sigma, int* status) {
     return backend_export(status, [&] {
-        if (any_unusable(p, mu, sigma) || !(p > 0 && p < 1) || !std::isfinite(mu) ||
-            !(sigma > 0) || std::isinf(sigma)) {
+        if (any_unusable(p, mu, sigma) || !(p > 0 && p < 1) || !std::isfinite(mu) || !(sigma > 0) ||
+            std::isinf(sigma)) {
             return reject(status);
         }
         NagError fail;

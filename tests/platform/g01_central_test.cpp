@@ -20,8 +20,8 @@ namespace {
 
 using namespace zemath::nag;
 using Tail = Nag_TailProbability;
-constexpr Tail kAllTails[] = {Tail::Nag_LowerTail, Tail::Nag_UpperTail, Tail::Nag_TwoTailSignif,
-                              Tail::Nag_TwoTailConfid, Tail::Nag_TwoTail, Tail::Nag_Further};
+constexpr Tail kAllTails[] = {Tail::Nag_LowerTail,     Tail::Nag_UpperTail, Tail::Nag_TwoTailSignif,
+                              Tail::Nag_TwoTailConfid, Tail::Nag_TwoTail,   Tail::Nag_Further};
 
 struct TailRoutine {
     const char* name;
@@ -77,18 +77,23 @@ TEST(G01Central, FailureCodesAndValues) {
         {"g01cec p 1", [](NagError* f) { return g01cec(1, f); }, NE_REAL_ARG_GE},
         {"g01ebc df NaN", [&](NagError* f) { return g01ebc(lower, 1, nan, f); }, NE_REAL},
         {"g01ebc df < 1", [=](NagError* f) { return g01ebc(lower, 1, 0.99, f); }, NE_REAL_ARG_LT},
-        {"g01fbc overflow", [=](NagError* f) { return g01fbc(lower, 1e-320, 1, f); }, NE_PROB_LIMIT},
+        {"g01fbc overflow", [=](NagError* f) { return g01fbc(lower, 1e-320, 1, f); },
+         NE_PROB_LIMIT},
         {"g01ecc x < 0", [=](NagError* f) { return g01ecc(lower, -1, 2, f); }, NE_REAL_ARG_LT},
-        {"g01ecc df > 1e10", [=](NagError* f) { return g01ecc(lower, 1, 1.0001e10, f); }, NE_REAL_ARG_GT},
+        {"g01ecc df > 1e10", [=](NagError* f) { return g01ecc(lower, 1, 1.0001e10, f); },
+         NE_REAL_ARG_GT},
         {"g01fcc underflow", [](NagError* f) { return g01fcc(0.5, 1e-3, f); }, NE_PROB_LIMIT},
         {"g01fcc p NaN", [&](NagError* f) { return g01fcc(nan, 1, f); }, NE_REAL},
         {"g01edc df1 0", [=](NagError* f) { return g01edc(lower, 1, 0, 2, f); }, NE_REAL_ARG_LE},
-        {"g01fdc underflow", [](NagError* f) { return g01fdc(1e-300, 1.7, 5, f); }, NE_DEVIATE_FAILED},
-        {"g01fdc overflow", [](NagError* f) { return g01fdc(1 - 0x1p-53, 1, 0.01, f); }, NE_DEVIATE_FAILED},
+        {"g01fdc underflow", [](NagError* f) { return g01fdc(1e-300, 1.7, 5, f); },
+         NE_DEVIATE_FAILED},
+        {"g01fdc overflow", [](NagError* f) { return g01fdc(1 - 0x1p-53, 1, 0.01, f); },
+         NE_DEVIATE_FAILED},
         {"g01fdc p < 0", [](NagError* f) { return g01fdc(-0.5, 1, 2, f); }, NE_REAL_ARG_LT},
         {"g01fec b > 1e6", [](NagError* f) { return g01fec(0.5, 1, 1.5e6, 0, f); }, NE_REAL_ARG_GT},
         {"g01efc g < 0", [=](NagError* f) { return g01efc(lower, -1, 2, 1, f); }, NE_REAL_ARG_LT},
-        {"g01ffc underflow", [](NagError* f) { return g01ffc(1e-10, 1e-3, 1, 0, f); }, NE_PROB_LIMIT},
+        {"g01ffc underflow", [](NagError* f) { return g01ffc(1e-10, 1e-3, 1, 0, f); },
+         NE_PROB_LIMIT},
         {"g01ffc p 1", [](NagError* f) { return g01ffc(1, 2, 1, 0, f); }, NE_REAL_ARG_GE},
         {"g01kfc scale inf", [](NagError* f) { return g01kfc(1, 2, HUGE_VAL, f); }, NE_REAL_ARG_GT},
     };
@@ -165,8 +170,9 @@ TEST(G01Central, LimitsOfTheParameters) {
     NagError fail;
     // Student's t beyond 1e25 degrees of freedom, and at +infinity, is the normal law.
     EXPECT_EQ(g01ebc(Tail::Nag_LowerTail, -5, 1e30, &fail), g01eac(Tail::Nag_LowerTail, -5, &fail));
-    EXPECT_NEAR(g01ebc(Tail::Nag_LowerTail, -5, 1e20, &fail) / g01eac(Tail::Nag_LowerTail, -5, &fail),
-                1.0, 1e-15);
+    EXPECT_NEAR(
+        g01ebc(Tail::Nag_LowerTail, -5, 1e20, &fail) / g01eac(Tail::Nag_LowerTail, -5, &fail), 1.0,
+        1e-15);
     EXPECT_NEAR(g01fbc(Tail::Nag_TwoTailSignif, 0.05, HUGE_VAL, &fail), 1.959963984540054, 1e-15);
     // The chi-square cap is inclusive.
     EXPECT_NEAR(g01ecc(Tail::Nag_LowerTail, 1e10, 1e10, &fail), 0.5, 1e-5);
@@ -204,10 +210,18 @@ TEST(ProbabilityHelpers, MatchTheReferences) {
     for (const UtilCase& c : kUtilCases) {
         double got = 0;
         switch (c.fn) {
-            case Util::incbeta: got = incbeta(c.a0, c.a1, c.a2); break;
-            case Util::prob: got = prob(c.a0); break;
-            case Util::invprob: got = invprob(c.a0); break;
-            case Util::Ftable: got = Ftable(c.a0, int(c.a1), int(c.a2)); break;
+            case Util::incbeta:
+                got = incbeta(c.a0, c.a1, c.a2);
+                break;
+            case Util::prob:
+                got = prob(c.a0);
+                break;
+            case Util::invprob:
+                got = invprob(c.a0);
+                break;
+            case Util::Ftable:
+                got = Ftable(c.a0, int(c.a1), int(c.a2));
+                break;
         }
         const double err = std::fabs(got - c.expected) / std::max(std::fabs(c.expected), DBL_MIN);
         worst = std::max(worst, err);

@@ -14,61 +14,28 @@
 #include <string>
 #include <vector>
 
+#include "stats/distribution_calls.hpp"
 #include "zemath/distributions.h"
 
 namespace {
 
-enum class Fn {
-    normcdf, norminv, normpdf, tcdf, tinv, chi2cdf, chi2inv, fcdf, finv, betacdf, betainv,
-    betapdf, gamcdf, gaminv, gampdf, exppdf, cauchypdf, lappdf, lognpdf, logncdf, logninv,
-    wblpdf, wblcdf, wblinv
-};
+using dist_test::Fn;
 
 struct RefCase {
     Fn fn;
     const char* name;
-    double a0, a1, a2;
+    double args[3];
     int tail;
     double expected;
 };
 
-#define REF(fn, a0, a1, a2, tail, expected) {Fn::fn, #fn, a0, a1, a2, tail, expected},
+#define REF(fn, a0, a1, a2, tail, expected) {Fn::fn, #fn, {a0, a1, a2}, tail, expected},
 #define REF_UTIL(fn, a0, a1, a2, expected)
 const RefCase kCases[] = {
 #include "reference/distributions_central_ref.inc"
 };
 #undef REF
 #undef REF_UTIL
-
-double call(const RefCase& c, int* status) {
-    switch (c.fn) {
-        case Fn::normcdf: return normcdf(c.a0, c.tail, status);
-        case Fn::norminv: return norminv(c.a0, status);
-        case Fn::normpdf: return normpdf(c.a0, c.a1, c.a2, status);
-        case Fn::tcdf: return tcdf(c.a0, c.a1, c.tail, status);
-        case Fn::tinv: return tinv(c.a0, c.a1, c.tail, status);
-        case Fn::chi2cdf: return chi2cdf(c.a0, c.a1, c.tail, status);
-        case Fn::chi2inv: return chi2inv(c.a0, c.a1, status);
-        case Fn::fcdf: return fcdf(c.a0, c.a1, c.a2, c.tail, status);
-        case Fn::finv: return finv(c.a0, c.a1, c.a2, status);
-        case Fn::betacdf: return betacdf(c.a0, c.a1, c.a2, c.tail, status);
-        case Fn::betainv: return betainv(c.a0, c.a1, c.a2, status);
-        case Fn::betapdf: return betapdf(c.a0, c.a1, c.a2, status);
-        case Fn::gamcdf: return gamcdf(c.a0, c.a1, c.a2, c.tail, status);
-        case Fn::gaminv: return gaminv(c.a0, c.a1, c.a2, status);
-        case Fn::gampdf: return gampdf(c.a0, c.a1, c.a2, status);
-        case Fn::exppdf: return exppdf(c.a0, c.a1, status);
-        case Fn::cauchypdf: return cauchypdf(c.a0, c.a1, c.a2, status);
-        case Fn::lappdf: return lappdf(c.a0, c.a1, c.a2, status);
-        case Fn::lognpdf: return lognpdf(c.a0, c.a1, c.a2, status);
-        case Fn::logncdf: return logncdf(c.a0, c.a1, c.a2, c.tail, status);
-        case Fn::logninv: return logninv(c.a0, c.a1, c.a2, status);
-        case Fn::wblpdf: return wblpdf(c.a0, c.a1, c.a2, status);
-        case Fn::wblcdf: return wblcdf(c.a0, c.a1, c.a2, status);
-        case Fn::wblinv: return wblinv(c.a0, c.a1, c.a2, status);
-    }
-    return NAN;
-}
 
 // The accuracy asked of every function: 1e-13 relative, about 450 ulp.
 constexpr double kTolerance = 1e-13;
@@ -77,31 +44,34 @@ double relative_error(double got, double expected) {
     return std::fabs(got - expected) / std::max(std::fabs(expected), DBL_MIN);
 }
 
+std::string describe(const RefCase& c) {
+    char text[160];
+    std::snprintf(text, sizeof text, "%s(%.17g, %.17g, %.17g, tail %d)", c.name, c.args[0],
+                  c.args[1], c.args[2], c.tail);
+    return text;
+}
+
 TEST(DistributionAccuracy, EveryReferenceValueWithin1e13) {
     struct Worst {
         double error = 0;
         int count = 0;
         const RefCase* at = nullptr;
-        double got = 0;
     };
     std::map<std::string, Worst> worst;
     for (const RefCase& c : kCases) {
         int status = -999;
-        const double got = call(c, &status);
-        EXPECT_EQ(status, 0) << c.name << "(" << c.a0 << ", " << c.a1 << ", " << c.a2
-                             << ", tail " << c.tail << ")";
+        const double got = dist_test::call(c.fn, c.args, c.tail, &status);
+        EXPECT_EQ(status, 0) << describe(c);
         const double err = relative_error(got, c.expected);
         Worst& w = worst[c.name];
         ++w.count;
-        if (err >= w.error) w = {err, w.count, &c, got};
-        EXPECT_LE(err, kTolerance) << c.name << "(" << c.a0 << ", " << c.a1 << ", " << c.a2
-                                   << ", tail " << c.tail << ") = " << got << ", expected "
-                                   << c.expected;
+        if (err >= w.error) w = {err, w.count, &c};
+        EXPECT_LE(err, kTolerance) << describe(c) << " = " << got << ", expected " << c.expected;
     }
-    std::printf("%-10s %6s %12s  worst at (args, tail)\n", "function", "cases", "worst rel");
+    std::printf("%-10s %6s %12s  worst at\n", "function", "cases", "worst rel");
     for (const auto& [name, w] : worst) {
-        std::printf("%-10s %6d %12.3e  (%.17g, %.17g, %.17g, %d)\n", name.c_str(), w.count,
-                    w.error, w.at->a0, w.at->a1, w.at->a2, w.at->tail);
+        std::printf("%-10s %6d %12.3e  %s\n", name.c_str(), w.count, w.error,
+                    describe(*w.at).c_str());
     }
     EXPECT_EQ(worst.size(), 24u) << "every export has reference values";
 }
@@ -119,9 +89,15 @@ TEST(DistributionIdentities, TwoTailsSumToOne) {
         {"t", [](double x, int t) { return tcdf(x, 3.5, t, nullptr); }, {-40, -1, 0, 0.2, 3, 1e3}},
         {"chi2", [](double x, int t) { return chi2cdf(x, 7.0, t, nullptr); }, {0.01, 3, 7, 15, 40}},
         {"F", [](double x, int t) { return fcdf(x, 4.0, 9.0, t, nullptr); }, {0.05, 0.9, 1.5, 8}},
-        {"beta", [](double x, int t) { return betacdf(x, 2.5, 0.7, t, nullptr); }, {1e-3, 0.3, 0.999}},
-        {"gamma", [](double x, int t) { return gamcdf(x, 0.3, 2.0, t, nullptr); }, {1e-5, 0.2, 1, 9}},
-        {"lognormal", [](double x, int t) { return logncdf(x, 0.5, 2.0, t, nullptr); }, {1e-3, 1, 300}},
+        {"beta",
+         [](double x, int t) { return betacdf(x, 2.5, 0.7, t, nullptr); },
+         {1e-3, 0.3, 0.999}},
+        {"gamma",
+         [](double x, int t) { return gamcdf(x, 0.3, 2.0, t, nullptr); },
+         {1e-5, 0.2, 1, 9}},
+        {"lognormal",
+         [](double x, int t) { return logncdf(x, 0.5, 2.0, t, nullptr); },
+         {1e-3, 1, 300}},
     };
     for (const Case& c : cases) {
         for (double x : c.xs) {
@@ -147,22 +123,38 @@ TEST(DistributionIdentities, QuantileOfCdfReturnsX) {
         std::vector<double> xs;
     };
     const Case cases[] = {
-        {"normal", [](double x) { return normcdf(x, 2, nullptr); },
-         [](double p) { return norminv(p, nullptr); }, {-37, -20, -3, -0.5}},
-        {"t", [](double x) { return tcdf(x, 4.0, 2, nullptr); },
-         [](double p) { return tinv(p, 4.0, 2, nullptr); }, {-1e50, -300, -2, -0.1}},
-        {"chi2", [](double x) { return chi2cdf(x, 5.0, 2, nullptr); },
-         [](double p) { return chi2inv(p, 5.0, nullptr); }, {1e-100, 1e-3, 0.5, 2.5}},
-        {"F", [](double x) { return fcdf(x, 6.0, 12.0, 2, nullptr); },
-         [](double p) { return finv(p, 6.0, 12.0, nullptr); }, {1e-60, 1e-4, 0.3, 0.8}},
-        {"beta", [](double x) { return betacdf(x, 3.0, 5.0, 2, nullptr); },
-         [](double p) { return betainv(p, 3.0, 5.0, nullptr); }, {1e-90, 1e-5, 0.1, 0.3}},
-        {"gamma", [](double x) { return gamcdf(x, 2.0, 3.0, 2, nullptr); },
-         [](double p) { return gaminv(p, 2.0, 3.0, nullptr); }, {1e-140, 1e-6, 0.5, 4}},
-        {"lognormal", [](double x) { return logncdf(x, 1.0, 0.5, 2, nullptr); },
-         [](double p) { return logninv(p, 1.0, 0.5, nullptr); }, {1e-6, 0.1, 1, 2.5}},
-        {"weibull", [](double x) { return wblcdf(x, 2.0, 1.5, nullptr); },
-         [](double p) { return wblinv(p, 2.0, 1.5, nullptr); }, {1e-150, 1e-3, 0.5, 1.5}},
+        {"normal",
+         [](double x) { return normcdf(x, 2, nullptr); },
+         [](double p) { return norminv(p, nullptr); },
+         {-37, -20, -3, -0.5}},
+        {"t",
+         [](double x) { return tcdf(x, 4.0, 2, nullptr); },
+         [](double p) { return tinv(p, 4.0, 2, nullptr); },
+         {-1e50, -300, -2, -0.1}},
+        {"chi2",
+         [](double x) { return chi2cdf(x, 5.0, 2, nullptr); },
+         [](double p) { return chi2inv(p, 5.0, nullptr); },
+         {1e-100, 1e-3, 0.5, 2.5}},
+        {"F",
+         [](double x) { return fcdf(x, 6.0, 12.0, 2, nullptr); },
+         [](double p) { return finv(p, 6.0, 12.0, nullptr); },
+         {1e-60, 1e-4, 0.3, 0.8}},
+        {"beta",
+         [](double x) { return betacdf(x, 3.0, 5.0, 2, nullptr); },
+         [](double p) { return betainv(p, 3.0, 5.0, nullptr); },
+         {1e-90, 1e-5, 0.1, 0.3}},
+        {"gamma",
+         [](double x) { return gamcdf(x, 2.0, 3.0, 2, nullptr); },
+         [](double p) { return gaminv(p, 2.0, 3.0, nullptr); },
+         {1e-140, 1e-6, 0.5, 4}},
+        {"lognormal",
+         [](double x) { return logncdf(x, 1.0, 0.5, 2, nullptr); },
+         [](double p) { return logninv(p, 1.0, 0.5, nullptr); },
+         {1e-6, 0.1, 1, 2.5}},
+        {"weibull",
+         [](double x) { return wblcdf(x, 2.0, 1.5, nullptr); },
+         [](double p) { return wblinv(p, 2.0, 1.5, nullptr); },
+         {1e-150, 1e-3, 0.5, 1.5}},
     };
     for (const Case& c : cases) {
         for (double x : c.xs) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/util/probability.hpp"
+#include "stats/distribution_calls.hpp"
 #include "zemath/distributions.h"
 #include "zemath/status.h"
 
@@ -19,43 +20,41 @@ namespace {
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-bool is_nanum(double v) { return v == NANUM; }
+bool is_nanum(double v) {
+    return v == NANUM;
+}
 
-// One export in a uniform shape: up to three double arguments and a tail.
+using dist_test::Fn;
+
+// One export: its argument count, whether NaN is refused in-house (-110) rather than by the
+// back end (15), and a valid argument set.
 struct Export {
+    Fn fn;
     const char* name;
     int nargs;
-    bool in_house;  // NaN is refused with -110 rather than the back end's 15
-    double (*call)(const double* a, int tail, int* status);
+    bool in_house;
     double valid[3];
+    double call(const double* a, int tail, int* status) const {
+        return dist_test::call(fn, a, tail, status);
+    }
 };
 
+// clang-format off
 const Export kExports[] = {
-    {"normcdf", 1, false, [](const double* a, int t, int* s) { return normcdf(a[0], t, s); }, {0.3}},
-    {"norminv", 1, false, [](const double* a, int, int* s) { return norminv(a[0], s); }, {0.3}},
-    {"normpdf", 3, true, [](const double* a, int, int* s) { return normpdf(a[0], a[1], a[2], s); }, {0.3, 1, 2}},
-    {"tcdf", 2, false, [](const double* a, int t, int* s) { return tcdf(a[0], a[1], t, s); }, {0.3, 4}},
-    {"tinv", 2, false, [](const double* a, int t, int* s) { return tinv(a[0], a[1], t, s); }, {0.3, 4}},
-    {"chi2cdf", 2, false, [](const double* a, int t, int* s) { return chi2cdf(a[0], a[1], t, s); }, {2, 3}},
-    {"chi2inv", 2, false, [](const double* a, int, int* s) { return chi2inv(a[0], a[1], s); }, {0.3, 3}},
-    {"fcdf", 3, false, [](const double* a, int t, int* s) { return fcdf(a[0], a[1], a[2], t, s); }, {2, 3, 7}},
-    {"finv", 3, false, [](const double* a, int, int* s) { return finv(a[0], a[1], a[2], s); }, {0.3, 3, 7}},
-    {"betacdf", 3, false, [](const double* a, int t, int* s) { return betacdf(a[0], a[1], a[2], t, s); }, {0.3, 2, 3}},
-    {"betainv", 3, false, [](const double* a, int, int* s) { return betainv(a[0], a[1], a[2], s); }, {0.3, 2, 3}},
-    {"betapdf", 3, false, [](const double* a, int, int* s) { return betapdf(a[0], a[1], a[2], s); }, {0.3, 2, 3}},
-    {"gamcdf", 3, false, [](const double* a, int t, int* s) { return gamcdf(a[0], a[1], a[2], t, s); }, {2, 3, 0.5}},
-    {"gaminv", 3, false, [](const double* a, int, int* s) { return gaminv(a[0], a[1], a[2], s); }, {0.3, 3, 0.5}},
-    {"gampdf", 3, false, [](const double* a, int, int* s) { return gampdf(a[0], a[1], a[2], s); }, {2, 3, 0.5}},
-    {"exppdf", 2, true, [](const double* a, int, int* s) { return exppdf(a[0], a[1], s); }, {2, 0.5}},
-    {"cauchypdf", 3, true, [](const double* a, int, int* s) { return cauchypdf(a[0], a[1], a[2], s); }, {2, 1, 3}},
-    {"lappdf", 3, true, [](const double* a, int, int* s) { return lappdf(a[0], a[1], a[2], s); }, {2, 1, 3}},
-    {"lognpdf", 3, true, [](const double* a, int, int* s) { return lognpdf(a[0], a[1], a[2], s); }, {2, 1, 3}},
-    {"logncdf", 3, true, [](const double* a, int t, int* s) { return logncdf(a[0], a[1], a[2], t, s); }, {2, 1, 3}},
-    {"logninv", 3, true, [](const double* a, int, int* s) { return logninv(a[0], a[1], a[2], s); }, {0.3, 1, 3}},
-    {"wblpdf", 3, true, [](const double* a, int, int* s) { return wblpdf(a[0], a[1], a[2], s); }, {2, 1, 3}},
-    {"wblcdf", 3, true, [](const double* a, int, int* s) { return wblcdf(a[0], a[1], a[2], s); }, {2, 1, 3}},
-    {"wblinv", 3, true, [](const double* a, int, int* s) { return wblinv(a[0], a[1], a[2], s); }, {0.3, 1, 3}},
+    {Fn::normcdf, "normcdf", 1, false, {0.3}},       {Fn::norminv, "norminv", 1, false, {0.3}},
+    {Fn::normpdf, "normpdf", 3, true, {0.3, 1, 2}},  {Fn::tcdf, "tcdf", 2, false, {0.3, 4}},
+    {Fn::tinv, "tinv", 2, false, {0.3, 4}},          {Fn::chi2cdf, "chi2cdf", 2, false, {2, 3}},
+    {Fn::chi2inv, "chi2inv", 2, false, {0.3, 3}},    {Fn::fcdf, "fcdf", 3, false, {2, 3, 7}},
+    {Fn::finv, "finv", 3, false, {0.3, 3, 7}},       {Fn::betacdf, "betacdf", 3, false, {0.3, 2, 3}},
+    {Fn::betainv, "betainv", 3, false, {0.3, 2, 3}}, {Fn::betapdf, "betapdf", 3, false, {0.3, 2, 3}},
+    {Fn::gamcdf, "gamcdf", 3, false, {2, 3, 0.5}},   {Fn::gaminv, "gaminv", 3, false, {0.3, 3, 0.5}},
+    {Fn::gampdf, "gampdf", 3, false, {2, 3, 0.5}},   {Fn::exppdf, "exppdf", 2, true, {2, 0.5}},
+    {Fn::cauchypdf, "cauchypdf", 3, true, {2, 1, 3}}, {Fn::lappdf, "lappdf", 3, true, {2, 1, 3}},
+    {Fn::lognpdf, "lognpdf", 3, true, {2, 1, 3}},    {Fn::logncdf, "logncdf", 3, true, {2, 1, 3}},
+    {Fn::logninv, "logninv", 3, true, {0.3, 1, 3}},  {Fn::wblpdf, "wblpdf", 3, true, {2, 1, 3}},
+    {Fn::wblcdf, "wblcdf", 3, true, {2, 1, 3}},      {Fn::wblinv, "wblinv", 3, true, {0.3, 1, 3}},
 };
+// clang-format on
 
 TEST(DistributionExports, ValidCallWritesStatusZeroAndNullStatusIsSafe) {
     for (const Export& e : kExports) {
@@ -116,16 +115,16 @@ TEST(DistributionExports, InfiniteVariableGivesTheLimit) {
         double got, expected;
     };
     const Case cases[] = {
-        {normcdf(-kInf, 2, nullptr), 0}, {normcdf(kInf, 2, nullptr), 1},
-        {normcdf(kInf, 3, nullptr), 0}, {normcdf(-kInf, 4, nullptr), 1},
-        {tcdf(-kInf, 3, 2, nullptr), 0}, {tcdf(kInf, 3, 1, nullptr), 0},
-        {tcdf(kInf, 3, 4, nullptr), 1}, {chi2cdf(kInf, 3, 2, nullptr), 1},
-        {chi2cdf(kInf, 3, 1, nullptr), 0}, {fcdf(kInf, 3, 4, 2, nullptr), 1},
+        {normcdf(-kInf, 2, nullptr), 0},     {normcdf(kInf, 2, nullptr), 1},
+        {normcdf(kInf, 3, nullptr), 0},      {normcdf(-kInf, 4, nullptr), 1},
+        {tcdf(-kInf, 3, 2, nullptr), 0},     {tcdf(kInf, 3, 1, nullptr), 0},
+        {tcdf(kInf, 3, 4, nullptr), 1},      {chi2cdf(kInf, 3, 2, nullptr), 1},
+        {chi2cdf(kInf, 3, 1, nullptr), 0},   {fcdf(kInf, 3, 4, 2, nullptr), 1},
         {gamcdf(kInf, 3, 4, 1, nullptr), 0}, {gampdf(kInf, 3, 4, nullptr), 0},
-        {normpdf(-kInf, 0, 1, nullptr), 0}, {exppdf(kInf, 2, nullptr), 0},
+        {normpdf(-kInf, 0, 1, nullptr), 0},  {exppdf(kInf, 2, nullptr), 0},
         {cauchypdf(kInf, 0, 1, nullptr), 0}, {lappdf(-kInf, 0, 1, nullptr), 0},
-        {lognpdf(kInf, 0, 1, nullptr), 0}, {logncdf(kInf, 0, 1, 2, nullptr), 1},
-        {wblpdf(kInf, 1, 3, nullptr), 0}, {wblcdf(kInf, 1, 3, nullptr), 1},
+        {lognpdf(kInf, 0, 1, nullptr), 0},   {logncdf(kInf, 0, 1, 2, nullptr), 1},
+        {wblpdf(kInf, 1, 3, nullptr), 0},    {wblcdf(kInf, 1, 3, nullptr), 1},
     };
     for (size_t i = 0; i < sizeof cases / sizeof cases[0]; ++i) {
         EXPECT_EQ(cases[i].got, cases[i].expected) << "case " << i;
@@ -134,22 +133,24 @@ TEST(DistributionExports, InfiniteVariableGivesTheLimit) {
 
 // ---- tail codes ------------------------------------------------------------------------
 
+// The exports with a tail code, at one valid argument set; two_sided: they have
+// significance and confidence probabilities, so tail 0 reads as 3.
 struct TailExport {
+    Fn fn;
     const char* name;
-    double (*call)(int tail, int* status);
-    bool two_sided;  // has significance/confidence probabilities, so tail 0 reads as 3
+    double args[3];
+    bool two_sided;
+    double call(int tail, int* status) const { return dist_test::call(fn, args, tail, status); }
 };
 
+// clang-format off
 const TailExport kTailExports[] = {
-    {"normcdf", [](int t, int* s) { return normcdf(0.7, t, s); }, true},
-    {"tcdf", [](int t, int* s) { return tcdf(0.7, 5, t, s); }, true},
-    {"tinv", [](int t, int* s) { return tinv(0.3, 5, t, s); }, true},
-    {"logncdf", [](int t, int* s) { return logncdf(2, 0.1, 1.5, t, s); }, true},
-    {"chi2cdf", [](int t, int* s) { return chi2cdf(2, 3, t, s); }, false},
-    {"fcdf", [](int t, int* s) { return fcdf(2, 3, 7, t, s); }, false},
-    {"gamcdf", [](int t, int* s) { return gamcdf(2, 3, 0.5, t, s); }, false},
-    {"betacdf", [](int t, int* s) { return betacdf(0.3, 2, 3, t, s); }, false},
+    {Fn::normcdf, "normcdf", {0.7}, true},          {Fn::tcdf, "tcdf", {0.7, 5}, true},
+    {Fn::tinv, "tinv", {0.3, 5}, true},             {Fn::logncdf, "logncdf", {2, 0.1, 1.5}, true},
+    {Fn::chi2cdf, "chi2cdf", {2, 3}, false},        {Fn::fcdf, "fcdf", {2, 3, 7}, false},
+    {Fn::gamcdf, "gamcdf", {2, 3, 0.5}, false},     {Fn::betacdf, "betacdf", {0.3, 2, 3}, false},
 };
+// clang-format on
 
 TEST(DistributionTails, RefusedSelectorsGiveNanumAnd70) {
     for (const TailExport& e : kTailExports) {
@@ -181,7 +182,8 @@ TEST(DistributionTails, ZeroMeansSignificanceAndUnknownCodesMeanLower) {
 }
 
 TEST(DistributionTails, SelectorsPickTheDocumentedProbability) {
-    // (tcdf's four tails are pinned by the published check values.) tinv: lower, upper (P(T >= t) = p) and the two-sided deviates are >= 0.
+    // (tcdf's four tails are pinned by the published check values.) tinv: lower, upper (P(T >= t) =
+    // p) and the two-sided deviates are >= 0.
     const double t975 = 2.2281388519862744;  // P(T <= t) = 0.975 at 10 df
     EXPECT_NEAR(tinv(0.975, 10, 2, nullptr), t975, 1e-13);
     EXPECT_NEAR(tinv(0.025, 10, 1, nullptr), t975, 1e-13);
@@ -212,11 +214,13 @@ TEST(DistributionExports, BackEndFailuresAreHandedOn) {
         {"chi2inv underflow", [](int* s) { return chi2inv(0.3, 1e-3, s); }, ZEMATH_NAG_PROB_LIMIT},
         {"fcdf df2 < 0", [](int* s) { return fcdf(1, 3, -2, 2, s); }, ZEMATH_NAG_REAL_ARG_LE},
         {"finv p = 1", [](int* s) { return finv(1, 3, 4, s); }, ZEMATH_NAG_REAL_ARG_GE},
-        {"betacdf a > 1e6", [](int* s) { return betacdf(0.5, 2e6, 3, 2, s); }, ZEMATH_NAG_REAL_ARG_GT},
+        {"betacdf a > 1e6", [](int* s) { return betacdf(0.5, 2e6, 3, 2, s); },
+         ZEMATH_NAG_REAL_ARG_GT},
         {"betapdf b = 0", [](int* s) { return betapdf(0.5, 2, 0, s); }, ZEMATH_NAG_REAL_ARG_LE},
         {"betainv p > 1", [](int* s) { return betainv(1.5, 2, 3, s); }, ZEMATH_NAG_REAL_ARG_GT},
         {"gamcdf scale 0", [](int* s) { return gamcdf(1, 2, 0, 2, s); }, ZEMATH_NAG_REAL_ARG_LE},
-        {"gaminv shape > 1e6", [](int* s) { return gaminv(0.5, 2e6, 1, s); }, ZEMATH_NAG_REAL_ARG_GT},
+        {"gaminv shape > 1e6", [](int* s) { return gaminv(0.5, 2e6, 1, s); },
+         ZEMATH_NAG_REAL_ARG_GT},
         {"gampdf shape < 0", [](int* s) { return gampdf(1, -2, 1, s); }, ZEMATH_NAG_REAL_ARG_LE},
     };
     for (const Case& c : cases) {

@@ -71,13 +71,12 @@ namespace bp = boost::math::policies;
 
 using Real = long double;
 
-using Policy = bp::policy<bp::domain_error<bp::ignore_error>, bp::pole_error<bp::ignore_error>,
-                          bp::overflow_error<bp::ignore_error>,
-                          bp::underflow_error<bp::ignore_error>,
-                          bp::denorm_error<bp::ignore_error>,
-                          bp::evaluation_error<bp::errno_on_error>,
-                          bp::rounding_error<bp::ignore_error>,
-                          bp::indeterminate_result_error<bp::ignore_error>>;
+using Policy =
+    bp::policy<bp::domain_error<bp::ignore_error>, bp::pole_error<bp::ignore_error>,
+               bp::overflow_error<bp::ignore_error>, bp::underflow_error<bp::ignore_error>,
+               bp::denorm_error<bp::ignore_error>, bp::evaluation_error<bp::errno_on_error>,
+               bp::rounding_error<bp::ignore_error>,
+               bp::indeterminate_result_error<bp::ignore_error>>;
 
 // The same in double arithmetic, for the starting values of the deviates only: Boost's
 // double inverses are about twice as fast as its long double ones and accurate to about
@@ -101,14 +100,14 @@ constexpr Real kNormalLimitDf = 1e25L;
 
 // Boost's evaluation-error flag for one routine call; see the header block.
 class AccuracyWatch {
-public:
+  public:
     AccuracyWatch() : saved_(errno) { errno = 0; }
     ~AccuracyWatch() { errno = saved_; }
     AccuracyWatch(const AccuracyWatch&) = delete;
     AccuracyWatch& operator=(const AccuracyWatch&) = delete;
     bool reduced() const { return errno == EDOM; }
 
-private:
+  private:
     int saved_;
 };
 
@@ -133,17 +132,25 @@ double fail_with(NagError* fail, int code) {
     return 0.0;
 }
 
-bool is_one_sided(Tail tail) { return tail == Tail::Nag_LowerTail || tail == Tail::Nag_UpperTail; }
-bool is_accepted(Tail tail) { return is_one_sided(tail) || tail == Tail::Nag_TwoTailSignif || tail == Tail::Nag_TwoTailConfid; }
+bool is_one_sided(Tail tail) {
+    return tail == Tail::Nag_LowerTail || tail == Tail::Nag_UpperTail;
+}
+bool is_accepted(Tail tail) {
+    return is_one_sided(tail) || tail == Tail::Nag_TwoTailSignif || tail == Tail::Nag_TwoTailConfid;
+}
 
 // ---- normal ----------------------------------------------------------------------------
 
 Real normal_tail(Tail tail, Real x) {
     switch (tail) {
-        case Tail::Nag_LowerTail: return bm::erfc(-x * kInvSqrt2, Policy()) / 2;
-        case Tail::Nag_UpperTail: return bm::erfc(x * kInvSqrt2, Policy()) / 2;
-        case Tail::Nag_TwoTailSignif: return bm::erfc(std::fabs(x) * kInvSqrt2, Policy());
-        default: return bm::erf(std::fabs(x) * kInvSqrt2, Policy());
+        case Tail::Nag_LowerTail:
+            return bm::erfc(-x * kInvSqrt2, Policy()) / 2;
+        case Tail::Nag_UpperTail:
+            return bm::erfc(x * kInvSqrt2, Policy()) / 2;
+        case Tail::Nag_TwoTailSignif:
+            return bm::erfc(std::fabs(x) * kInvSqrt2, Policy());
+        default:
+            return bm::erf(std::fabs(x) * kInvSqrt2, Policy());
     }
 }
 
@@ -172,7 +179,9 @@ BetaTails beta_tails(Real a, Real b, Real x, bool lower_first) {
 }
 
 // The side below the mean a / (a + b) is the usual smaller one.
-BetaTails beta_tails(Real a, Real b, Real x) { return beta_tails(a, b, x, x * (a + b) <= a); }
+BetaTails beta_tails(Real a, Real b, Real x) {
+    return beta_tails(a, b, x, x * (a + b) <= a);
+}
 
 // Safeguarded Newton iteration for g(s) = 0, g increasing in s, within [lo, hi]: Newton
 // steps while they stay inside the bracket the evaluations have narrowed, bisection
@@ -241,8 +250,9 @@ BetaRoot beta_inverse(Real a, Real b, Real p, Real q) {
         // In double first, inverting the smaller tail; in long double when the double
         // root is not a normal double on both sides (far tails beyond the double range).
         double yd = 0;
-        const double xd = p <= q ? bm::ibeta_inv(double(a), double(b), double(p), &yd, StartPolicy())
-                                 : bm::ibetac_inv(double(a), double(b), double(q), &yd, StartPolicy());
+        const double xd = p <= q
+                              ? bm::ibeta_inv(double(a), double(b), double(p), &yd, StartPolicy())
+                              : bm::ibetac_inv(double(a), double(b), double(q), &yd, StartPolicy());
         if (std::isnormal(xd) && std::isnormal(yd)) {
             x0 = xd;
             y0 = yd;
@@ -413,7 +423,9 @@ long double g01cec_extended(double p, NagError* fail) {
     return -kSqrt2 * bm::erfc_inv(2 * Real(p), Policy());
 }
 
-double g01cec(double p, NagError* fail) { return narrow(g01cec_extended(p, fail)); }
+double g01cec(double p, NagError* fail) {
+    return narrow(g01cec_extended(p, fail));
+}
 
 // ---- g01ebc / g01fbc: Student's t ------------------------------------------------------
 
@@ -425,10 +437,18 @@ double g01ebc(Nag_TailProbability tail, double t, double df, NagError* fail) {
     AccuracyWatch watch;
     Real value = 0;
     switch (tail) {
-        case Tail::Nag_LowerTail: value = t_lower(t, df); break;
-        case Tail::Nag_UpperTail: value = t_lower(-Real(t), df); break;
-        case Tail::Nag_TwoTailSignif: value = t_two_sided(t, df, false); break;
-        default: value = t_two_sided(t, df, true); break;
+        case Tail::Nag_LowerTail:
+            value = t_lower(t, df);
+            break;
+        case Tail::Nag_UpperTail:
+            value = t_lower(-Real(t), df);
+            break;
+        case Tail::Nag_TwoTailSignif:
+            value = t_two_sided(t, df, false);
+            break;
+        default:
+            value = t_two_sided(t, df, true);
+            break;
     }
     if (watch.reduced()) fail->set(NE_CONV);
     return narrow(value);
@@ -558,11 +578,9 @@ void g01eec(double x, double a, double b, double /*tol*/, double* p, double* q, 
         Real density = 0;
         // Limits at the ends: +infinity below shape 1, the finite value at shape 1, else 0.
         if (x == 0) {
-            density = a < 1 ? std::numeric_limits<Real>::infinity()
-                            : (a == 1 ? lb : Real(0));
+            density = a < 1 ? std::numeric_limits<Real>::infinity() : (a == 1 ? lb : Real(0));
         } else if (x == 1) {
-            density = b < 1 ? std::numeric_limits<Real>::infinity()
-                            : (b == 1 ? la : Real(0));
+            density = b < 1 ? std::numeric_limits<Real>::infinity() : (b == 1 ? la : Real(0));
         } else {
             density = bm::ibeta_derivative(la, lb, lx, Policy());
         }
