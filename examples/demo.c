@@ -14,6 +14,8 @@ void demo_random(void);
 #define ZEMATH_SAMPLE_DATA "examples/data/sample_curve.dat"
 #endif
 
+void demo_distributions(void);
+
 enum { MAX_POINTS = 4096 };
 
 static int load_curve(const char* path, double* x, double* y) {
@@ -64,6 +66,7 @@ int main(int argc, char** argv) {
     printf("status -11 reads           : \"%s\"\n", zemath_status_string(-11));
     demo_primitives(x, y, n);
     demo_search(x, y, n);
+    demo_distributions();
     demo_random();
     return 0;
 }

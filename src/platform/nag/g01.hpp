@@ -38,7 +38,7 @@ double g01gdc(double f, double df1, double df2, double lambda, double tol, int m
               NagError* fail);
 
 // Beta lower and upper tails and density at once; 0 <= x <= 1, 0 < a, b <= 1e6. tol is
-// ignored (kept for the call shape).
+// ignored (kept for the call shape); a null output is skipped (not computed).
 void g01eec(double x, double a, double b, double tol, double* p, double* q, double* pdf,
             NagError* fail);
 // Beta deviate with I_x(a, b) = p, 0 <= p <= 1.

@@ -1,0 +1,656 @@
+// g01, the central continuous distributions: tail probabilities, deviates and densities
+// of the standard normal (g01eac, g01cec), Student's t (g01ebc, g01fbc), chi-square
+// (g01ecc, g01fcc), F (g01edc, g01fdc), beta (g01eec, g01fec) and gamma (g01efc, g01ffc,
+// g01kfc) laws.
+//
+// Method. Boost.Math 1.74's erfc/erf and their inverses, the regularised incomplete beta
+// and gamma functions (ibeta, ibetac, gamma_p, gamma_q), their derivatives and inverses,
+// all evaluated in long double. The transformed arguments (x/sqrt 2, t^2/(df + t^2),
+// df1 f/(df1 f + df2), g/b) are formed in the wider type too: in the far tails the
+// relative condition number of the probability grows like x^2 (normal) or like the
+// degrees of freedom (t, F), so a double-rounded argument would cost up to 1e-11 there.
+// Every upper tail is computed directly as the complementary function, never as 1 - p;
+// of I_x(a, b) only the side below 1/2 is taken from Boost (its side near 1 can lose
+// digits), the other being 1 minus it in long double. The deviates start from Boost's
+// inverse in double and are polished by a safeguarded Newton iteration on the logarithm of
+// the smaller tail, in log x (or log(1 - x) for a beta root above 1/2): Boost's own inverses
+// stall in the far tails (ibeta_inv(2, 5, 1e-300) stops at 4e-51). Where long double is
+// double (some Windows compilers) the far tails lose up to those condition numbers.
+//
+// Accuracy reached (50-digit mpmath references, both tails down to 1e-300, parameters
+// 1e-3 .. 1e6): within 1e-13 relative error everywhere on that grid; see the table in
+// tests/reference/distributions_central_worst_errors.txt.
+//
+// Failure codes (NagError::code; on failure the value is 0 unless stated):
+//   NE_BAD_PARAM (70)        tail selector not accepted (TwoTail and Further never are; the
+//                            chi-square, F and gamma routines take only Lower and Upper);
+//   NE_REAL (15)             an argument is NaN (checked before any range);
+//   NE_REAL_ARG_LT/LE/GT/GE  an argument outside its range, named by the bound it crossed;
+//   NE_PROB_LIMIT (301)      g01fbc, g01fcc, g01ffc: the deviate lies outside the normal
+//                            double range, above the largest or below the smallest normal
+//                            double (p too close to 0 or 1);
+//   NE_DEVIATE_FAILED (422)  g01fdc only: its solver stopped at its cap or the deviate lies
+//                            outside the normal double range, as above;
+//   NE_ACCURACY_WARNING (424) g01edc and g01eec: the incomplete beta evaluation stopped at its
+//                            iteration cap; the values are still returned;
+//   NE_CONV (300)            another series or root finder stopped at its cap; the
+//                            approximate value is returned.
+// The `tol` arguments of g01eec, g01fec and g01ffc are accepted and ignored: full accuracy
+// is always sought. g01fec's deviate lies in [0, 1], so one below the double range is
+// returned rounded (to 0) rather than refused.
+//
+// Parameter limits beyond the natural domains: beta a, b <= 1e6 and gamma deviate shape
+// <= 1e6 (the limits these routines have always had); chi-square and F degrees of freedom
+// and the gamma shape of the probability and density <= 1e10, above which the Boost
+// incomplete-gamma and beta evaluations were found to lose accuracy. Student's t takes any
+// df >= 1, +infinity included (the normal law).
+//
+// Boost runs under a policy that makes throwing impossible for the errors these calls
+// can raise: domain, pole, overflow and underflow errors are ignored (the arguments are
+// checked here first); an evaluation error (iteration cap reached) sets errno = EDOM,
+// which AccuracyWatch turns into the warning codes above. The caller's errno is restored.
+//
+// References: DLMF 7 (error functions), 8.17 (incomplete beta), 8.2 (incomplete gamma);
+// Abramowitz and Stegun 26.5-26.7 for the t, chi-square and F relations.
+#include "platform/nag/boost_math_config.hpp"  // first: sets Boost.Math's defaults
+
+#include <boost/math/special_functions/beta.hpp>
+#include <boost/math/special_functions/erf.hpp>
+#include <boost/math/special_functions/gamma.hpp>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <exception>
+#include <limits>
+#include <utility>
+
+#include "platform/nag/g01.hpp"
+#include "platform/nag/g01_extended.hpp"
+
+namespace zemath::nag {
+namespace {
+
+namespace bm = boost::math;
+namespace bp = boost::math::policies;
+
+using Real = long double;
+
+using Policy =
+    bp::policy<bp::domain_error<bp::ignore_error>, bp::pole_error<bp::ignore_error>,
+               bp::overflow_error<bp::ignore_error>, bp::underflow_error<bp::ignore_error>,
+               bp::denorm_error<bp::ignore_error>, bp::evaluation_error<bp::errno_on_error>,
+               bp::rounding_error<bp::ignore_error>,
+               bp::indeterminate_result_error<bp::ignore_error>>;
+
+// The same in double arithmetic, for the starting values of the deviates only: Boost's
+// double inverses are about twice as fast as its long double ones and accurate to about
+// 1e-15, which one polishing Newton step in long double takes to full accuracy.
+using StartPolicy = bp::normalise<Policy, bp::promote_double<false>>::type;
+
+using Tail = Nag_TailProbability;
+
+constexpr Real kInvSqrt2 = 0.707106781186547524400844362104849039L;
+constexpr Real kSqrt2 = 1.41421356237309504880168872420969808L;
+constexpr double kDoubleMax = std::numeric_limits<double>::max();
+
+// Shape limits (see the header block).
+constexpr double kMaxBetaParameter = 1e6;
+constexpr double kMaxGammaDeviateShape = 1e6;
+constexpr double kMaxShape = 1e10;  // chi-square / F degrees of freedom, gamma shape
+// Above this many degrees of freedom Student's t equals the normal law to long double
+// precision wherever its tail is a normal double: the relative difference is about
+// t^4 / (4 df), below 1e-19 for |t| <= 40, and both tails underflow beyond.
+constexpr Real kNormalLimitDf = 1e25L;
+
+// Boost's evaluation-error flag for one routine call; see the header block.
+class AccuracyWatch {
+  public:
+    AccuracyWatch() : saved_(errno) { errno = 0; }
+    ~AccuracyWatch() { errno = saved_; }
+    AccuracyWatch(const AccuracyWatch&) = delete;
+    AccuracyWatch& operator=(const AccuracyWatch&) = delete;
+    bool reduced() const { return errno == EDOM; }
+
+  private:
+    int saved_;
+};
+
+// long double -> double without the undefined conversion of out-of-range values.
+double narrow(Real v) {
+    if (v > kDoubleMax) return std::numeric_limits<double>::infinity();
+    if (v < -kDoubleMax) return -std::numeric_limits<double>::infinity();
+    return static_cast<double>(v);
+}
+
+// A deviate is returned only as a normal double: beyond the largest double, or below the
+// smallest normal one while the exact deviate is positive, p is too close to 0 or 1 for
+// it to be computed ("p too close to 0 or 1" of the reference routines).
+bool representable(double v, bool zero_is_exact) {
+    if (!std::isfinite(v)) return false;
+    if (v == 0) return zero_is_exact;
+    return std::fabs(v) >= std::numeric_limits<double>::min();
+}
+
+double fail_with(NagError* fail, int code) {
+    fail->set(code);
+    return 0.0;
+}
+
+bool is_one_sided(Tail tail) {
+    return tail == Tail::Nag_LowerTail || tail == Tail::Nag_UpperTail;
+}
+bool is_accepted(Tail tail) {
+    return is_one_sided(tail) || tail == Tail::Nag_TwoTailSignif || tail == Tail::Nag_TwoTailConfid;
+}
+
+// ---- normal ----------------------------------------------------------------------------
+
+Real normal_tail(Tail tail, Real x) {
+    switch (tail) {
+        case Tail::Nag_LowerTail:
+            return bm::erfc(-x * kInvSqrt2, Policy()) / 2;
+        case Tail::Nag_UpperTail:
+            return bm::erfc(x * kInvSqrt2, Policy()) / 2;
+        case Tail::Nag_TwoTailSignif:
+            return bm::erfc(std::fabs(x) * kInvSqrt2, Policy());
+        default:
+            return bm::erf(std::fabs(x) * kInvSqrt2, Policy());
+    }
+}
+
+// ---- incomplete beta: both tails, and its inverse -------------------------------------
+
+struct BetaTails {
+    Real lower, upper;  // I_x(a, b) and 1 - I_x(a, b)
+};
+
+// Boost's long double ibeta is accurate to about 1e-19 relative on the side of I_x below
+// 1/2, but may lose digits on the side near 1: ibetac(1/2, 1/2, 1e-20) is exactly 1 instead
+// of 1 - 6.4e-11 (its arcsine shortcut evaluates asin(sqrt(1 - x))). So only the smaller
+// side is ever taken from it, and the larger is 1 minus that, exact to 1e-19 absolute.
+// lower_first names the side expected to be the smaller, to save the second evaluation.
+BetaTails beta_tails(Real a, Real b, Real x, bool lower_first) {
+    if (lower_first) {
+        const Real lower = bm::ibeta(a, b, x, Policy());
+        if (lower <= 0.5L) return {lower, 1 - lower};
+        const Real upper = bm::ibetac(a, b, x, Policy());
+        return {1 - upper, upper};
+    }
+    const Real upper = bm::ibetac(a, b, x, Policy());
+    if (upper <= 0.5L) return {1 - upper, upper};
+    const Real lower = bm::ibeta(a, b, x, Policy());
+    return {lower, 1 - lower};
+}
+
+// The side below the mean a / (a + b) is the usual smaller one.
+BetaTails beta_tails(Real a, Real b, Real x) {
+    return beta_tails(a, b, x, x * (a + b) <= a);
+}
+
+// Safeguarded Newton iteration for g(s) = 0, g increasing in s, within [lo, hi]: Newton
+// steps while they stay inside the bracket the evaluations have narrowed, bisection
+// otherwise. eval(s) returns {g, dg/ds}. Converged when g or the step reaches long double
+// rounding (g is a difference of logarithms, so that is a relative accuracy of about
+// 1e-18 in the probability), or when the Newton step is so small that the quadratic
+// convergence leaves an error below that after it (the usual case from a start accurate to
+// double precision: one evaluation). Capped: false when the cap is reached first.
+constexpr int kMaxSolverIterations = 200;
+constexpr Real kSolverTolerance = 1e-18L;
+// Newton's error after a step e is about (g''/2g') e^2; in these log variables g''/g' stays
+// below about 1e5 (the width of a gamma or beta law with shapes up to 1e10 is 1e-5 in
+// log x), so a step of 1e-12 leaves at most 5e-20.
+constexpr Real kFinalStep = 1e-12L;
+
+template <class Eval>
+bool solve_increasing(Eval eval, Real& s, Real lo, Real hi) {
+    if (!(s > lo && s < hi)) s = lo / 2 + hi / 2;
+    for (int i = 0; i < kMaxSolverIterations; ++i) {
+        const auto [g, slope] = eval(s);
+        if (std::isnan(g)) return false;
+        if (std::fabs(g) <= kSolverTolerance) return true;
+        const Real scale = std::max(Real(1), std::fabs(s));
+        const Real newton_step = g / slope;
+        if (slope > 0 && std::fabs(newton_step) <= kFinalStep * scale && s - newton_step > lo &&
+            s - newton_step < hi) {
+            // The last step: its own error is below the resolution of s. (At that resolution
+            // the remaining mismatch of g is the rounding of the tail evaluation.)
+            s -= newton_step;
+            return true;
+        }
+        const Real resolution = kSolverTolerance * scale;
+        if (g < 0) {
+            lo = s;
+        } else {
+            hi = s;
+        }
+        Real next = s - newton_step;
+        if (!(slope > 0) || !(next > lo && next < hi)) next = lo / 2 + hi / 2;
+        const Real step = std::fabs(next - s);
+        s = next;
+        if (step <= resolution) return true;
+    }
+    return false;
+}
+
+// log of the smallest positive long double and of the largest: the solvers' hard bracket.
+constexpr Real kLogMin = -11400.0L;
+constexpr Real kLogMax = 11350.0L;
+
+struct BetaRoot {
+    Real x, y;  // y = 1 - x, each to full relative accuracy
+    bool converged;
+};
+
+// x with I_x(a, b) = p, where q = 1 - p and the smaller of p and q is exact. Boost's
+// ibeta_inv gives the start (it can stall far from the root in the far tail: for a = 2,
+// p = 1e-300 it stops at x = 4e-51); the root is then polished by Newton on the log of
+// the smaller tail, in the logarithm of whichever of x and 1 - x is below 1/2, so that
+// both come out to full relative accuracy.
+BetaRoot beta_inverse(Real a, Real b, Real p, Real q) {
+    Real y0 = 0;
+    Real x0 = -1;  // no start
+    try {
+        AccuracyWatch start;  // the start's own shortfalls are the polish's business
+        // In double first, inverting the smaller tail; in long double when the double
+        // root is not a normal double on both sides (far tails beyond the double range).
+        double yd = 0;
+        const double xd = p <= q
+                              ? bm::ibeta_inv(double(a), double(b), double(p), &yd, StartPolicy())
+                              : bm::ibetac_inv(double(a), double(b), double(q), &yd, StartPolicy());
+        if (std::isnormal(xd) && std::isnormal(yd)) {
+            x0 = xd;
+            y0 = yd;
+        } else {
+            x0 = bm::ibeta_inv(a, b, p, &y0, Policy());
+        }
+    } catch (const std::exception&) {
+        // Its internal root finders do not take the policy and may throw ("no root");
+        // that only costs the start value.
+        x0 = -1;
+    }
+    // Work in u = x (with a, b, p, q) or in u = 1 - x (with b, a, q, p), whichever is below
+    // 1/2 at the root. Without a start, the root lies above 1/2 when p exceeds I_{1/2}(a, b).
+    bool in_y = false;
+    Real u0 = -1;
+    if (x0 >= 0 && x0 <= 1) {
+        in_y = x0 > 0.5L;
+        u0 = in_y ? y0 : x0;
+    } else {
+        in_y = p > beta_tails(a, b, 0.5L).lower;
+    }
+    const Real alpha = in_y ? b : a, beta = in_y ? a : b;
+    const Real target_lower = in_y ? q : p, target_upper = in_y ? p : q;
+    const bool lower_side = target_lower <= target_upper;  // invert the smaller tail
+    const Real log_target = std::log(lower_side ? target_lower : target_upper);
+    const Real sign = lower_side ? 1 : -1;
+    auto eval = [&](Real s) {
+        const Real u = std::exp(s);
+        const BetaTails tails = beta_tails(alpha, beta, u, lower_side);
+        const Real tail = lower_side ? tails.lower : tails.upper;
+        const Real density = bm::ibeta_derivative(alpha, beta, u, Policy());
+        return std::pair<Real, Real>{sign * (std::log(tail) - log_target), u * density / tail};
+    };
+    Real s = u0 > 0 ? std::log(u0) : kLogMin / 2;  // no usable start: bracket middle
+    const bool converged = solve_increasing(eval, s, kLogMin, 0);
+    const Real u = std::exp(s);
+    return in_y ? BetaRoot{1 - u, u, converged} : BetaRoot{u, 1 - u, converged};
+}
+
+// ---- Student's t -----------------------------------------------------------------------
+
+// P(|T| >= |t|) (within = false) or P(|T| <= |t|) (within = true). With x = t^2/(df + t^2)
+// the first is I_{1-x}(df/2, 1/2) and the second I_x(1/2, df/2); whichever of x and 1 - x
+// is the smaller is formed directly so that neither is a rounded difference from 1.
+Real t_two_sided(Real t, Real df, bool within) {
+    const Real at = std::fabs(t);
+    if (std::isinf(at)) return within ? 1 : 0;
+    if (df > kNormalLimitDf) {
+        return within ? bm::erf(at * kInvSqrt2, Policy()) : bm::erfc(at * kInvSqrt2, Policy());
+    }
+    const Real t2 = at * at;
+    const Real denom = df + t2;
+    if (df > 2 * t2) {
+        const BetaTails tails = beta_tails(Real(0.5), df / 2, t2 / denom);
+        return within ? tails.lower : tails.upper;
+    }
+    const BetaTails tails = beta_tails(df / 2, Real(0.5), df / denom);
+    return within ? tails.upper : tails.lower;
+}
+
+// P(T <= t), the smaller tail computed and the larger one as 1 minus it in long double.
+Real t_lower(Real t, Real df) {
+    if (t == 0) return 0.5L;
+    const Real beyond_half = t_two_sided(t, df, false) / 2;
+    return t < 0 ? beyond_half : 1 - beyond_half;
+}
+
+// t >= 0 with P(|T| >= t) = p (within = false) or P(|T| <= t) = p (within = true), where
+// q = 1 - p and the smaller of the two is exact.
+Real t_two_sided_deviate(Real p, Real q, Real df, bool within, bool* converged) {
+    *converged = true;
+    if (df > kNormalLimitDf) {
+        return kSqrt2 * (within ? bm::erf_inv(p, Policy()) : bm::erfc_inv(p, Policy()));
+    }
+    if (within) {  // I_x(1/2, df/2) = p with x = t^2 / (df + t^2)
+        const BetaRoot r = beta_inverse(Real(0.5), df / 2, p, q);
+        *converged = r.converged;
+        return std::sqrt(df * (r.x / r.y));
+    }
+    const BetaRoot r = beta_inverse(df / 2, Real(0.5), p, q);  // x = df / (df + t^2)
+    *converged = r.converged;
+    return std::sqrt(df * (r.y / r.x));
+}
+
+// ---- F ---------------------------------------------------------------------------------
+
+// P(F <= f) or P(F > f) as I_z(df1/2, df2/2) with z = df1 f / (df1 f + df2), or its
+// complement through 1 - z = df2 / (df1 f + df2), whichever of z and 1 - z is smaller.
+Real f_tail(bool upper, Real f, Real df1, Real df2) {
+    if (std::isinf(f)) return upper ? 0 : 1;
+    const Real num = df1 * f;
+    const Real denom = num + df2;
+    const Real a = df1 / 2, b = df2 / 2;
+    if (num > df2) {
+        const BetaTails tails = beta_tails(b, a, df2 / denom);
+        return upper ? tails.lower : tails.upper;
+    }
+    const BetaTails tails = beta_tails(a, b, num / denom);
+    return upper ? tails.upper : tails.lower;
+}
+
+// ---- gamma -----------------------------------------------------------------------------
+
+Real gamma_tail(bool upper, Real a, Real x) {
+    if (std::isinf(x)) return upper ? 0 : 1;
+    return upper ? bm::gamma_q(a, x, Policy()) : bm::gamma_p(a, x, Policy());
+}
+
+// Density of the standard gamma law at x >= 0, with the limits at x = 0: +infinity for
+// a < 1, 1 for a = 1, 0 for a > 1.
+Real gamma_density(Real a, Real x) {
+    if (std::isinf(x)) return 0;
+    if (x == 0) return a < 1 ? std::numeric_limits<Real>::infinity() : (a == 1 ? 1 : 0);
+    return bm::gamma_p_derivative(a, x, Policy());
+}
+
+// x with P(a, x) = p, 0 < p < 1: Boost's inverse of the smaller tail as the start (1 - p
+// is exact for a double p >= 1/2), polished by Newton on the log of that tail in log x.
+Real gamma_deviate(Real a, double p, bool* converged) {
+    const bool lower_side = p <= 0.5;
+    const Real target = lower_side ? Real(p) : 1 - Real(p);
+    Real x0 = 0;
+    try {
+        AccuracyWatch start;  // as in beta_inverse: double first, long double if need be
+        const double xd = lower_side ? bm::gamma_p_inv(double(a), double(target), StartPolicy())
+                                     : bm::gamma_q_inv(double(a), double(target), StartPolicy());
+        x0 = std::isnormal(xd) ? Real(xd)
+                               : (lower_side ? bm::gamma_p_inv(a, target, Policy())
+                                             : bm::gamma_q_inv(a, target, Policy()));
+    } catch (const std::exception&) {  // only the start is lost
+        x0 = 0;
+    }
+    const Real log_target = std::log(target);
+    const Real sign = lower_side ? 1 : -1;
+    auto eval = [&](Real s) {
+        const Real x = std::exp(s);
+        const Real tail = gamma_tail(!lower_side, a, x);
+        return std::pair<Real, Real>{sign * (std::log(tail) - log_target),
+                                     x * gamma_density(a, x) / tail};
+    };
+    Real s = x0 > 0 && std::isfinite(x0) ? std::log(x0) : 0;
+    *converged = solve_increasing(eval, s, kLogMin, kLogMax);
+    return std::exp(s);
+}
+
+}  // namespace
+
+// ---- g01eac / g01cec: standard normal -------------------------------------------------
+
+long double g01eac_extended(Nag_TailProbability tail, long double x, NagError* fail) {
+    fail->set(NE_NOERROR);
+    if (!is_accepted(tail)) return fail_with(fail, NE_BAD_PARAM);
+    if (std::isnan(x)) return fail_with(fail, NE_REAL);
+    return normal_tail(tail, x);
+}
+
+double g01eac(Nag_TailProbability tail, double x, NagError* fail) {
+    return narrow(g01eac_extended(tail, x, fail));
+}
+
+long double g01cec_extended(double p, NagError* fail) {
+    fail->set(NE_NOERROR);
+    if (std::isnan(p)) return fail_with(fail, NE_REAL);
+    if (p <= 0) return fail_with(fail, NE_REAL_ARG_LE);
+    if (p >= 1) return fail_with(fail, NE_REAL_ARG_GE);
+    // z = -sqrt 2 erfc^-1(2p); 2p is exact, and erfc_inv works on the smaller of 2p and
+    // 2 - 2p itself.
+    return -kSqrt2 * bm::erfc_inv(2 * Real(p), Policy());
+}
+
+double g01cec(double p, NagError* fail) {
+    return narrow(g01cec_extended(p, fail));
+}
+
+// ---- g01ebc / g01fbc: Student's t ------------------------------------------------------
+
+double g01ebc(Nag_TailProbability tail, double t, double df, NagError* fail) {
+    fail->set(NE_NOERROR);
+    if (!is_accepted(tail)) return fail_with(fail, NE_BAD_PARAM);
+    if (std::isnan(t) || std::isnan(df)) return fail_with(fail, NE_REAL);
+    if (df < 1) return fail_with(fail, NE_REAL_ARG_LT);
+    AccuracyWatch watch;
+    Real value = 0;
+    switch (tail) {
+        case Tail::Nag_LowerTail:
+            value = t_lower(t, df);
+            break;
+        case Tail::Nag_UpperTail:
+            value = t_lower(-Real(t), df);
+            break;
+        case Tail::Nag_TwoTailSignif:
+            value = t_two_sided(t, df, false);
+            break;
+        default:
+            value = t_two_sided(t, df, true);
+            break;
+    }
+    if (watch.reduced()) fail->set(NE_CONV);
+    return narrow(value);
+}
+
+double g01fbc(Nag_TailProbability tail, double p, double df, NagError* fail) {
+    fail->set(NE_NOERROR);
+    if (!is_accepted(tail)) return fail_with(fail, NE_BAD_PARAM);
+    if (std::isnan(p) || std::isnan(df)) return fail_with(fail, NE_REAL);
+    if (p <= 0) return fail_with(fail, NE_REAL_ARG_LE);
+    if (p >= 1) return fail_with(fail, NE_REAL_ARG_GE);
+    if (df < 1) return fail_with(fail, NE_REAL_ARG_LT);
+    AccuracyWatch watch;
+    Real t = 0;
+    bool converged = true;
+    if (is_one_sided(tail)) {
+        // The one-sided deviate from the two-sided one at twice the smaller tail; 2p,
+        // 2(1 - p) and 1 minus either are exact in long double.
+        if (p < 0.5) {
+            const Real beyond = 2 * Real(p);
+            t = -t_two_sided_deviate(beyond, 1 - beyond, df, false, &converged);
+        } else if (p > 0.5) {
+            const Real beyond = 2 * (1 - Real(p));
+            t = t_two_sided_deviate(beyond, 1 - beyond, df, false, &converged);
+        }
+        if (tail == Tail::Nag_UpperTail) t = -t;
+    } else {
+        t = t_two_sided_deviate(p, 1 - Real(p), df, tail == Tail::Nag_TwoTailConfid, &converged);
+    }
+    const double result = narrow(t);
+    if (!representable(result, is_one_sided(tail) && p == 0.5)) {
+        return fail_with(fail, NE_PROB_LIMIT);
+    }
+    if (!converged || watch.reduced()) fail->set(NE_CONV);
+    return result;
+}
+
+// ---- g01ecc / g01fcc: chi-square -------------------------------------------------------
+
+double g01ecc(Nag_TailProbability tail, double x, double df, NagError* fail) {
+    fail->set(NE_NOERROR);
+    if (!is_one_sided(tail)) return fail_with(fail, NE_BAD_PARAM);
+    if (std::isnan(x) || std::isnan(df)) return fail_with(fail, NE_REAL);
+    if (x < 0) return fail_with(fail, NE_REAL_ARG_LT);
+    if (df <= 0) return fail_with(fail, NE_REAL_ARG_LE);
+    if (df > kMaxShape) return fail_with(fail, NE_REAL_ARG_GT);
+    AccuracyWatch watch;
+    const Real value = gamma_tail(tail == Tail::Nag_UpperTail, Real(df) / 2, Real(x) / 2);
+    if (watch.reduced()) fail->set(NE_CONV);
+    return narrow(value);
+}
+
+double g01fcc(double p, double df, NagError* fail) {
+    fail->set(NE_NOERROR);
+    if (std::isnan(p) || std::isnan(df)) return fail_with(fail, NE_REAL);
+    if (p < 0) return fail_with(fail, NE_REAL_ARG_LT);
+    if (p >= 1) return fail_with(fail, NE_REAL_ARG_GE);
+    if (df <= 0) return fail_with(fail, NE_REAL_ARG_LE);
+    if (df > kMaxShape) return fail_with(fail, NE_REAL_ARG_GT);
+    if (p == 0) return 0.0;
+    AccuracyWatch watch;
+    bool converged = true;
+    const double result = narrow(2 * gamma_deviate(Real(df) / 2, p, &converged));
+    if (!representable(result, false)) return fail_with(fail, NE_PROB_LIMIT);
+    if (!converged || watch.reduced()) fail->set(NE_CONV);
+    return result;
+}
+
+// ---- g01edc / g01fdc: F ----------------------------------------------------------------
+
+double g01edc(Nag_TailProbability tail, double f, double df1, double df2, NagError* fail) {
+    fail->set(NE_NOERROR);
+    if (!is_one_sided(tail)) return fail_with(fail, NE_BAD_PARAM);
+    if (std::isnan(f) || std::isnan(df1) || std::isnan(df2)) return fail_with(fail, NE_REAL);
+    if (f < 0) return fail_with(fail, NE_REAL_ARG_LT);
+    if (df1 <= 0 || df2 <= 0) return fail_with(fail, NE_REAL_ARG_LE);
+    if (df1 > kMaxShape || df2 > kMaxShape) return fail_with(fail, NE_REAL_ARG_GT);
+    AccuracyWatch watch;
+    const Real value = f_tail(tail == Tail::Nag_UpperTail, f, df1, df2);
+    // Reduced accuracy is a warning: the value is kept.
+    if (watch.reduced()) fail->set(NE_ACCURACY_WARNING);
+    return narrow(value);
+}
+
+double g01fdc(double p, double df1, double df2, NagError* fail) {
+    fail->set(NE_NOERROR);
+    if (std::isnan(p) || std::isnan(df1) || std::isnan(df2)) return fail_with(fail, NE_REAL);
+    if (p < 0) return fail_with(fail, NE_REAL_ARG_LT);
+    if (p >= 1) return fail_with(fail, NE_REAL_ARG_GE);
+    if (df1 <= 0 || df2 <= 0) return fail_with(fail, NE_REAL_ARG_LE);
+    if (df1 > kMaxShape || df2 > kMaxShape) return fail_with(fail, NE_REAL_ARG_GT);
+    if (p == 0) return 0.0;
+    AccuracyWatch watch;
+    // z = df1 f / (df1 f + df2) = I^-1_p(df1/2, df2/2); the inverse also returns 1 - z to
+    // full relative accuracy, so f = df2 z / (df1 (1 - z)) keeps it near the top end.
+    const BetaRoot r = beta_inverse(Real(df1) / 2, Real(df2) / 2, p, 1 - Real(p));
+    const double result = narrow((Real(df2) * r.x) / (Real(df1) * r.y));
+    if (!r.converged || watch.reduced() || !representable(result, false)) {
+        return fail_with(fail, NE_DEVIATE_FAILED);
+    }
+    return result;
+}
+
+// ---- g01eec / g01fec: beta -------------------------------------------------------------
+
+// Any of p, q, pdf may be null and is then not computed, so that a caller that needs one
+// output pays for one evaluation.
+void g01eec(double x, double a, double b, double /*tol*/, double* p, double* q, double* pdf,
+            NagError* fail) {
+    fail->set(NE_NOERROR);
+    if (p) *p = 0.0;
+    if (q) *q = 0.0;
+    if (pdf) *pdf = 0.0;
+    if (std::isnan(x) || std::isnan(a) || std::isnan(b)) return (void)fail->set(NE_REAL);
+    if (x < 0) return (void)fail->set(NE_REAL_ARG_LT);
+    if (x > 1) return (void)fail->set(NE_REAL_ARG_GT);
+    if (a <= 0 || b <= 0) return (void)fail->set(NE_REAL_ARG_LE);
+    if (a > kMaxBetaParameter || b > kMaxBetaParameter) return (void)fail->set(NE_REAL_ARG_GT);
+    AccuracyWatch watch;
+    const Real la = a, lb = b, lx = x;
+    if (p || q) {
+        const BetaTails tails = beta_tails(la, lb, lx);
+        if (p) *p = narrow(tails.lower);
+        if (q) *q = narrow(tails.upper);
+    }
+    if (pdf) {
+        Real density = 0;
+        // Limits at the ends: +infinity below shape 1, the finite value at shape 1, else 0.
+        if (x == 0) {
+            density = a < 1 ? std::numeric_limits<Real>::infinity() : (a == 1 ? lb : Real(0));
+        } else if (x == 1) {
+            density = b < 1 ? std::numeric_limits<Real>::infinity() : (b == 1 ? la : Real(0));
+        } else {
+            density = bm::ibeta_derivative(la, lb, lx, Policy());
+        }
+        *pdf = narrow(density);
+    }
+    if (watch.reduced()) fail->set(NE_ACCURACY_WARNING);
+}
+
+double g01fec(double p, double a, double b, double /*tol*/, NagError* fail) {
+    fail->set(NE_NOERROR);
+    if (std::isnan(p) || std::isnan(a) || std::isnan(b)) return fail_with(fail, NE_REAL);
+    if (p < 0) return fail_with(fail, NE_REAL_ARG_LT);
+    if (p > 1) return fail_with(fail, NE_REAL_ARG_GT);
+    if (a <= 0 || b <= 0) return fail_with(fail, NE_REAL_ARG_LE);
+    if (a > kMaxBetaParameter || b > kMaxBetaParameter) return fail_with(fail, NE_REAL_ARG_GT);
+    if (p == 0) return 0.0;
+    if (p == 1) return 1.0;
+    AccuracyWatch watch;
+    const BetaRoot r = beta_inverse(a, b, p, 1 - Real(p));
+    if (!r.converged || watch.reduced()) fail->set(NE_CONV);
+    return narrow(r.x);
+}
+
+// ---- g01efc / g01ffc / g01kfc: gamma (a shape, b scale) ---------------------------------
+
+double g01efc(Nag_TailProbability tail, double g, double a, double b, NagError* fail) {
+    fail->set(NE_NOERROR);
+    if (!is_one_sided(tail)) return fail_with(fail, NE_BAD_PARAM);
+    if (std::isnan(g) || std::isnan(a) || std::isnan(b)) return fail_with(fail, NE_REAL);
+    if (g < 0) return fail_with(fail, NE_REAL_ARG_LT);
+    if (a <= 0 || b <= 0) return fail_with(fail, NE_REAL_ARG_LE);
+    if (a > kMaxShape || b > kDoubleMax) return fail_with(fail, NE_REAL_ARG_GT);
+    AccuracyWatch watch;
+    const Real value = gamma_tail(tail == Tail::Nag_UpperTail, a, Real(g) / b);
+    if (watch.reduced()) fail->set(NE_CONV);
+    return narrow(value);
+}
+
+double g01ffc(double p, double a, double b, double /*tol*/, NagError* fail) {
+    fail->set(NE_NOERROR);
+    if (std::isnan(p) || std::isnan(a) || std::isnan(b)) return fail_with(fail, NE_REAL);
+    if (p < 0) return fail_with(fail, NE_REAL_ARG_LT);
+    if (p >= 1) return fail_with(fail, NE_REAL_ARG_GE);
+    if (a <= 0 || b <= 0) return fail_with(fail, NE_REAL_ARG_LE);
+    if (a > kMaxGammaDeviateShape || b > kDoubleMax) return fail_with(fail, NE_REAL_ARG_GT);
+    if (p == 0) return 0.0;
+    AccuracyWatch watch;
+    bool converged = true;
+    const double result = narrow(gamma_deviate(a, p, &converged) * b);
+    if (!representable(result, false)) return fail_with(fail, NE_PROB_LIMIT);
+    if (!converged || watch.reduced()) fail->set(NE_CONV);
+    return result;
+}
+
+double g01kfc(double x, double a, double b, NagError* fail) {
+    fail->set(NE_NOERROR);
+    if (std::isnan(x) || std::isnan(a) || std::isnan(b)) return fail_with(fail, NE_REAL);
+    if (a <= 0 || b <= 0) return fail_with(fail, NE_REAL_ARG_LE);
+    if (a > kMaxShape || b > kDoubleMax) return fail_with(fail, NE_REAL_ARG_GT);
+    if (x < 0) return 0.0;
+    AccuracyWatch watch;
+    // f(x) = g(x/b) / b with g the standard density; x/b in long double cannot overflow.
+    const double result = narrow(gamma_density(a, Real(x) / b) / b);
+    if (watch.reduced()) fail->set(NE_CONV);
+    return result;
+}
+
+}  // namespace zemath::nag
