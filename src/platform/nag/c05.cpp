@@ -107,6 +107,15 @@ double c05bac(double x, int branch, bool offset, NagError* fail) {
     const double branch_point = -kInvEHi;  // the double nearest -1/e
     if (x < branch_point) return fail->set(NE_REAL), 0.0;
     if (x == branch_point) return -1.0;
+    // Near the branch point the distance x + 1/e is formed exactly (x + hi is exact there)
+    // and the offset method used, which keeps the digits W loses to x's closeness to -1/e.
+    constexpr double kNearBranch = -0.2;  // e dx below about 1/2
+    if (x < kNearBranch) {
+        const double dx = (x + kInvEHi) + kInvELo;
+        double w = 0.0;
+        if (!near_branch_point(dx, principal ? 1.0 : -1.0, &w)) fail->set(NE_CONV);
+        return w;
+    }
     if (principal) return boost::math::lambert_w0(x, detail::QuietPolicy());
     if (x >= 0.0) return fail->set(NE_REAL), 0.0;
     const double w = boost::math::lambert_wm1(x, detail::QuietPolicy());

@@ -8,10 +8,9 @@
 // relative accuracy only while the probability is not small. Below 1/8 the probability
 // is recomputed from the one-dimensional form
 //     P = integral_{-inf}^{a} phi(s) Phi((b - rho s) / sqrt(1 - rho^2)) ds,
-// a = min(x, y), b the other, whose integrand is positive and log-concave: adaptive
-// Gauss-Kronrod (Boost.Math) to a relative tolerance of a few ulps, split where the
-// inner Phi turns over, so both tails keep their relative accuracy down to the smallest
-// normal numbers.
+// a = min(x, y), b the other, whose integrand is positive and log-concave: 20-point
+// Gauss-Legendre panels sized by the integrand's curvature at its mode, so both tails keep
+// their relative accuracy down to the smallest normal numbers.
 // |rho| = 1 gives the one-dimensional limits: Phi(min(x, y)) for rho = 1 and
 // max(0, Phi(x) + Phi(y) - 1) (computed without cancellation) for rho = -1.
 //
@@ -22,10 +21,9 @@
 #include <cmath>
 #include <numbers>
 
-#include "platform/nag/quiet_policy.hpp"  // first: configures Boost
-#include <boost/math/quadrature/gauss_kronrod.hpp>
 
 #include "platform/nag/g01.hpp"
+#include "platform/nag/log_concave_quadrature.hpp"
 
 namespace zemath::nag {
 
@@ -131,30 +129,37 @@ double bvnd(double h, double k, double r) {
     return bvn;
 }
 
-// P(X <= x, Y <= y) by adaptive quadrature of the positive one-dimensional integrand.
+// phi(c) / Phi(c), the inverse Mills ratio; for c far below 0 (where Phi underflows)
+// from the continued fraction Phi(-t)/phi(t) = 1/(t+ 1/(t+ 2/(t+ 3/(t+ ...)))).
+double inverse_mills(double c) {
+    constexpr double kDirectLimit = -8.0;
+    if (c > kDirectLimit)
+        return std::exp(-0.5 * c * c) / std::sqrt(2.0 * std::numbers::pi) / phi_lower(c);
+    const double t = -c;
+    double fraction = t;
+    for (int k = 40; k >= 1; --k) fraction = t + k / fraction;
+    return fraction;
+}
+
+// P(X <= x, Y <= y) = integral_{-inf}^{a} phi(s) Phi(c(s)) ds, c(s) = (b - rho s)/sigma.
+// Its logarithm L(s) = -s^2/2 + ln Phi(c(s)) is concave, with L' = -s - (rho/sigma) m(c)
+// and L'' = -1 - (rho/sigma)^2 m (m + c), m the inverse Mills ratio.
 double lower_orthant_by_quadrature(double x, double y, double rho) {
     const double a = std::min(x, y);
     const double b = std::max(x, y);
     const double sigma = std::sqrt((1.0 - rho) * (1.0 + rho));
-    const auto integrand = [=](double s) {
-        const double density = std::exp(-0.5 * s * s) / std::sqrt(2.0 * std::numbers::pi);
-        if (density == 0.0) return 0.0;
-        return density * phi_lower((b - rho * s) / sigma);
+    const double slope_ratio = rho / sigma;
+    const auto c_of = [=](double s) { return (b - rho * s) / sigma; };
+    const auto d1 = [=](double s) { return -s - slope_ratio * inverse_mills(c_of(s)); };
+    const auto d2 = [=](double s) {
+        const double c = c_of(s);
+        const double m = inverse_mills(c);
+        return -1.0 - slope_ratio * slope_ratio * std::clamp(m * (m + c), 0.0, 1.0);
     };
-    using Rule = boost::math::quadrature::gauss_kronrod<double, 31, detail::QuietPolicy>;
-    constexpr unsigned kMaxDepth = 24;
-    constexpr double kTolerance = 1e-15;
-    // The inner Phi turns from 0 to 1 around s0 = b / rho, within a width sigma / |rho|;
-    // a break there keeps the adaptive rule from straddling a near-step.
-    double total = 0.0;
-    if (rho != 0.0 && b / rho < a) {
-        const double s0 = b / rho;
-        total = Rule::integrate(integrand, -INFINITY, s0, kMaxDepth, kTolerance) +
-                Rule::integrate(integrand, s0, a, kMaxDepth, kTolerance);
-    } else {
-        total = Rule::integrate(integrand, -INFINITY, a, kMaxDepth, kTolerance);
-    }
-    return total;
+    const auto integrand = [=](double s) {
+        return std::exp(-0.5 * s * s) / std::sqrt(2.0 * std::numbers::pi) * phi_lower(c_of(s));
+    };
+    return detail::integrate_log_concave(integrand, d1, d2, -INFINITY, a, a - 1.0);
 }
 
 }  // namespace

@@ -7,7 +7,9 @@
 // gamma / beta terms (Ding; Benton and Krishnamoorthy), and takes the complement series
 // when the lower tail is the larger one, so both tails keep their accuracy. The t law
 // uses the series of Benton and Krishnamoorthy (2003) over I_x(j+1/2, v/2) and
-// I_x(j+1, v/2) with the same complement switch.
+// I_x(j+1, v/2) with the same complement switch, except for t < 0 < delta: there the
+// lower tail is a small difference of the series' terms, and it is computed instead as
+// E[Phi(t S - delta)], S = sqrt(chi2_v / v), by quadrature of a positive integrand.
 //
 // tol and max_iter: tol is accepted for the call shape (the series are always summed to
 // full double precision). max_iter must be at least 1; the series then run under their
@@ -17,15 +19,20 @@
 // Failures: NE_REAL for NaN, NE_REAL_ARG_LT / NE_REAL_ARG_LE / NE_REAL_ARG_GT for
 // parameters outside their ranges, NE_INT_ARG_LT for max_iter < 1, NE_CONV when a series
 // does not converge (no value).
+#include <algorithm>
 #include <cmath>
+#include <numbers>
 
 #include "platform/nag/quiet_policy.hpp"  // first: configures Boost
 #include <boost/math/distributions/non_central_beta.hpp>
 #include <boost/math/distributions/non_central_chi_squared.hpp>
 #include <boost/math/distributions/non_central_f.hpp>
 #include <boost/math/distributions/non_central_t.hpp>
+#include <boost/math/special_functions/beta.hpp>
+#include <boost/math/special_functions/gamma.hpp>
 
 #include "platform/nag/g01.hpp"
+#include "platform/nag/log_concave_quadrature.hpp"
 
 namespace zemath::nag {
 
@@ -57,6 +64,69 @@ bool bad_positive(double value, NagError* fail) {
     return false;
 }
 
+double phi_lower(double z) { return 0.5 * std::erfc(-z * std::numbers::sqrt2 / 2.0); }
+
+// phi(c) / Phi(c); the continued fraction of Phi(-t)/phi(t) where Phi underflows.
+double inverse_mills(double c) {
+    if (c > -8.0) return std::exp(-0.5 * c * c) / std::sqrt(2.0 * std::numbers::pi) / phi_lower(c);
+    double fraction = -c;
+    for (int k = 40; k >= 1; --k) fraction = -c + k / fraction;
+    return fraction;
+}
+
+// P(T <= t) for t < 0 < delta, where the series' terms cancel down to a tiny result:
+//     P = E[Phi(t S - delta)] = integral_0^inf Phi(t s - delta) f_S(s) ds,
+// S = sqrt(chi2_v / v), f_S(s) = v s * gamma_p_derivative(v/2, v s^2/2). In y = ln s the
+// integrand has no end-point singularity (f_S ~ s^(v-1) at 0) and stays log-concave:
+// L'(y) = v - v s^2 + t s m(c), L''(y) = -2 v s^2 + t s m(c) - (t s)^2 m (m + c),
+// c = t s - delta, m the inverse Mills ratio.
+double nct_lower_by_quadrature(double t, double df, double delta) {
+    const double half_df = 0.5 * df;
+    const auto integrand = [=](double y) {
+        const double s = std::exp(y);
+        const double s2 = s * s;
+        if (s2 == 0.0 || !std::isfinite(s2)) return 0.0;
+        const double density =
+            df * s2 * boost::math::gamma_p_derivative(half_df, half_df * s2, QuietPolicy());
+        return density * phi_lower(t * s - delta);
+    };
+    const auto d1 = [=](double y) {
+        const double s = std::exp(y);
+        return df - df * s * s + t * s * inverse_mills(t * s - delta);
+    };
+    const auto d2 = [=](double y) {
+        const double s = std::exp(y);
+        const double c = t * s - delta;
+        const double m = inverse_mills(c);
+        return -2.0 * df * s * s + t * s * m - t * t * s * s * std::clamp(m * (m + c), 0.0, 1.0);
+    };
+    return detail::integrate_log_concave(integrand, d1, d2, -INFINITY, INFINITY, 0.0);
+}
+
+// Far in the lower tail of the chi-square and beta mixtures the Poisson weights rise
+// more slowly than the central probabilities fall, so the terms shrink from j = 0 on;
+// Boost's sum, which starts at the Poisson mode, then underflows to 0. There the mixture
+// is summed forwards from j = 0 instead, each central term computed directly (positive
+// terms, ratio below 1/2: at most a few dozen of them).
+constexpr double kForwardRatio = 0.25;
+constexpr int kForwardTerms = 200;
+
+template <class Central>
+double poisson_mixture_forward(double lambda, const Central& central) {
+    const double half = 0.5 * lambda;
+    const double log_half = std::log(half);
+    double sum = 0.0;
+    for (int j = 0; j < kForwardTerms; ++j) {
+        const double log_weight =
+            -half + (j > 0 ? j * log_half : 0.0) - boost::math::lgamma(j + 1.0, QuietPolicy());
+        const double term = std::exp(log_weight) * central(j);
+        sum += term;
+        if (term <= 1e-17 * sum && j > 0) break;
+        if (term == 0.0 && sum == 0.0 && j > 4) break;
+    }
+    return sum;
+}
+
 }  // namespace
 
 double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter,
@@ -68,6 +138,7 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter,
     fail->set(NE_NOERROR);
     if (t == -INFINITY) return 0.0;
     if (t == INFINITY) return 1.0;
+    if (t < 0.0 && delta > 0.0) return checked(nct_lower_by_quadrature(t, df, delta), fail);
     const boost::math::non_central_t_distribution<double, QuietPolicy> law(df, delta);
     return checked(boost::math::cdf(law, t), fail);
 }
@@ -81,6 +152,14 @@ double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter,
     fail->set(NE_NOERROR);
     if (x == INFINITY) return 1.0;
     if (x == 0.0) return 0.0;
+    // Ratio of consecutive mixture terms ~ (lambda/2) (x/2) / ((j+1)(df/2+j+1)).
+    if (lambda > 0.0 && 0.25 * lambda * x < kForwardRatio * (0.5 * df + 1.0)) {
+        const double y = 0.5 * x, a = 0.5 * df;
+        return checked(poisson_mixture_forward(lambda, [=](int j) {
+                           return boost::math::gamma_p(a + j, y, QuietPolicy());
+                       }),
+                       fail);
+    }
     const boost::math::non_central_chi_squared_distribution<double, QuietPolicy> law(df, lambda);
     return checked(boost::math::cdf(law, x), fail);
 }
@@ -95,6 +174,15 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
     fail->set(NE_NOERROR);
     if (f == INFINITY) return 1.0;
     if (f == 0.0) return 0.0;
+    if (lambda == 0.0) {
+        // Central F: I_x(df1/2, df2/2), x = df1 f / (df1 f + df2); with x above 1/2 as
+        // 1 - I_y(df2/2, df1/2), y = df2 / (df1 f + df2) formed directly, so that a large f
+        // keeps the digits of 1 - x.
+        const double x = df1 * f / (df1 * f + df2);
+        if (x <= 0.5) return checked(boost::math::ibeta(0.5 * df1, 0.5 * df2, x, QuietPolicy()), fail);
+        const double y = df2 / (df1 * f + df2);
+        return checked(boost::math::ibetac(0.5 * df2, 0.5 * df1, y, QuietPolicy()), fail);
+    }
     const boost::math::non_central_f_distribution<double, QuietPolicy> law(df1, df2, lambda);
     return checked(boost::math::cdf(law, f), fail);
 }
@@ -109,6 +197,13 @@ double g01gec(double x, double a, double b, double lambda, double /*tol*/, int m
     fail->set(NE_NOERROR);
     if (x == 0.0) return 0.0;
     if (x == 1.0) return 1.0;
+    // Ratio of consecutive mixture terms ~ (lambda/2) x (a+b+j)/((j+1)(a+j+1)).
+    if (lambda > 0.0 && 0.5 * lambda * x * std::max(1.0, (a + b) / (a + 1.0)) < kForwardRatio) {
+        return checked(poisson_mixture_forward(lambda, [=](int j) {
+                           return boost::math::ibeta(a + j, b, x, QuietPolicy());
+                       }),
+                       fail);
+    }
     const boost::math::non_central_beta_distribution<double, QuietPolicy> law(a, b, lambda);
     return checked(boost::math::cdf(law, x), fail);
 }
