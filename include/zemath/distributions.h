@@ -56,8 +56,8 @@ ZEMATH_API double ncbetacdf(double x, double a, double b, double lambda, int* st
  * (else 7). */
 ZEMATH_API double bivarnormcdf(double x, double y, double corre, int* status);
 /* Studentized range lower tail P(Q <= q) for v >= 1 (else 5) degrees of freedom and
- * group >= 2 (else 11) groups; 0 for q <= 0. 424: the quadrature did not reach its
- * accuracy (NANUM). Absolute accuracy about 1e-12. */
+ * group >= 2 (else 11) groups (the range of group normal means over an independent
+ * chi_v / sqrt(v) scale); 0 for q <= 0, 1 for q = +infinity. */
 ZEMATH_API double srangecdf(double q, double v, int group, int* status);
 /* Studentized range deviate q with P(Q <= q) = p, 0 < p < 1 (else 6 / 8), v >= 1,
  * ir >= 2; 300 when no deviate is found. */

@@ -64,20 +64,40 @@ double stirling_error(double k) {
     return (s0 - (s1 - (s2 - (s3 - s4 / kk) / kk) / kk) / kk) / k;
 }
 
-double deviance_term(double x, double m) {
-    if (std::fabs(x - m) < 0.1 * (x + m)) {
-        // x ln(x/m) + m - x = (x-m) v + 2x sum_{j>=1} v^(2j+1)/(2j+1), v = (x-m)/(x+m).
-        const double v = (x - m) / (x + m);
-        double sum = (x - m) * v;
-        double power = 2.0 * x * v;
-        const double v2 = v * v;
-        for (int j = 1; j < 1000; ++j) {
-            power *= v2;
-            const double next = sum + power / (2 * j + 1);
+double deviance_term(double x, double m, double m_low) {
+    // x ln(x/m) + m - x = m g(u), u = (x - m)/m, g(u) = (1+u) ln(1+u) - u
+    //                   = x h(v), v = (m - x)/x, h(v) = v - ln(1+v).
+    // Both are summed as series in their small argument, where the closed forms would
+    // cancel: g(u) = sum_{k>=2} (-u)^k / (k (k-1)) for -0.8 < u < 0.5 (positive terms for
+    // u < 0, alternating and led by u^2/2 above), h(v) = sum_{k>=2} (-v)^k / k for
+    // -0.6 < v < 0 (x > 1.5 m; positive terms). Forming u and v from the difference x - m
+    // (exact while x and m are within a factor 2; m_low carries the rounding error of a
+    // product m) keeps the arguments exact to an ulp.
+    const double diff = (x - m) - m_low;
+    const double u = diff / m;
+    constexpr int kMaxTerms = 200;
+    if (u > -0.8 && u < 0.5) {
+        double power = -u;  // (-u)^(k-1)
+        double sum = 0.0;
+        for (int k = 2; k < kMaxTerms; ++k) {
+            power *= -u;
+            const double next = sum + power / (static_cast<double>(k) * (k - 1));
             if (next == sum) break;
             sum = next;
         }
-        return sum;
+        return m * sum;
+    }
+    const double v = -diff / x;
+    if (v > -0.6 && v < 0.0) {
+        double power = -v;
+        double sum = 0.0;
+        for (int k = 2; k < kMaxTerms; ++k) {
+            power *= -v;
+            const double next = sum + power / k;
+            if (next == sum) break;
+            sum = next;
+        }
+        return x * sum;
     }
     return x * std::log(x / m) + m - x;
 }
@@ -115,10 +135,17 @@ double binomial_point(int x, int nt, double p) {
         return std::exp(ln_combinations(nt, x) + x * std::log(p) + (nt - x) * std::log1p(-p));
     const double n = nt;
     const double k = x;
+    // n p and n (1 - p) as exact two-part sums (1 - p itself split by two-sum).
     const double q = 1.0 - p;
+    const double q_low = (1.0 - q) - p;
+    const double np = n * p;
+    const double np_low = std::fma(n, p, -np);
+    const double nq = n * q;
+    const double nq_low = std::fma(n, q, -nq) + n * q_low;
     const double lc = stirling_error(n) - stirling_error(k) - stirling_error(n - k) -
-                      deviance_term(k, n * p) - deviance_term(n - k, n * q);
-    const double lf = kLnTwoPi + std::log(k) + std::log1p(-k / n);
+                      deviance_term(k, np, np_low) - deviance_term(n - k, nq, nq_low);
+    // ln(2 pi k (n-k) / n), with n - k exact.
+    const double lf = kLnTwoPi + std::log(k) + std::log(n - k) - std::log(n);
     return std::exp(lc - 0.5 * lf);
 }
 
@@ -128,7 +155,7 @@ double poisson_point(int x, double lambda) {
     if (x < kPoissonLogForm && lambda < kExpRange && k * std::log(lambda) < kExpRange)
         return std::pow(lambda, k) * std::exp(-lambda) / kFactorial[x];
     // exp(x ln lambda - lambda - ln x!) regrouped: -stirling_error(x) - deviance - ln(2 pi x)/2.
-    return std::exp(-stirling_error(k) - deviance_term(k, lambda)) /
+    return std::exp(-stirling_error(k) - deviance_term(k, lambda, 0.0)) /
            std::sqrt(2.0 * std::numbers::pi * k);
 }
 

@@ -1,25 +1,27 @@
 // g01emc, g01fmc: the studentized range distribution: lower-tail probability
 // P(q; v, r) and its deviate.
 //
-// Method: Copenhaver and Holland (1988, J. Statist. Comput. Simul. 30, 1-15) after Lund
-// and Lund (1983, AS 190). The inner probability that the range of r standard normals is
-// at most w is 2 * r * integral phi(u) [Phi(u) - Phi(u - w)]^(r-1) du over u >= w/2 plus
-// (2 Phi(w/2) - 1)^r, by 12-point Gauss-Legendre on 2 or 3 panels up to u = 8; the outer
-// integral over the scale chi_v / sqrt(v) by 16-point Gauss-Legendre on successive
-// panels (at most 50) until a panel adds at most 1e-14. v > 25000 uses the inner
-// probability alone (the scale is then 1 to within the accuracy).
+// Method: the double integral of Lund and Lund (1983, AS 190) and Copenhaver and Holland
+// (1988, J. Statist. Comput. Simul. 30, 1-15),
+//     P(q; v, r) = integral f_S(s) R(q s) ds,  S = sqrt(chi2_v / v),
+//     R(w) = (2 Phi(w/2) - 1)^r + 2 r integral_{w/2}^{inf} phi(u) [Phi(u) - Phi(u-w)]^(r-1) du,
+// but with quadrature sized to the integrands instead of the published fixed 12/16-point
+// panels and e^-30 cut-offs (which hold only 4-10 digits, and fail for v = 1): the outer
+// integral is taken in y = ln s (no end-point singularity for non-integer v), on 20-point
+// Gauss-Legendre panels that start at the scale density's width 1/sqrt(2v) around its
+// mode and double outwards until negligible; R(w) on 20-point panels of width
+// min(2, 6/sqrt(r)) up to u = 9.5. No large-v shortcut is needed.
 // The deviate starts from the Odeh-Evans / AS 190.2 approximation and the published
 // secant search (to 1e-4), then is refined by TOMS 748 root finding on the probability
 // to a few ulps of q, so that the deviate reproduces the probability it was given.
 //
-// Accuracy: the quadrature's thresholds (terms below e^-30 dropped, panels stopped at
-// 1e-14) make this an absolute accuracy of about 1e-12 on the probability, not a relative
-// one; the worst errors against an mpmath reference are recorded with the tests.
+// Accuracy against a 20-digit mpmath quadrature (tests/reference): about 1e-15 relative
+// over the grid, see the test output for the worst case.
 //
 // Failures: NE_REAL for NaN; NE_INT_ARG_LT for ir < 2; NE_REAL_ARG_LT for v < 1;
-// NE_REAL_ARG_LE / NE_REAL_ARG_GE for p outside (0, 1). g01emc returns 0 for q <= 0 and
-// 1 for q = +infinity. NE_ACCURACY_WARNING (value kept) when the outer integral's last
-// panel still added more than 1e-14; NE_CONV when the deviate cannot be found.
+// NE_REAL_ARG_LE / NE_REAL_ARG_GE for p outside (0, 1); NE_CONV when the deviate cannot
+// be bracketed or the root finder does not converge. g01emc returns 0 for q <= 0 and 1
+// for q = +infinity; v = +infinity is the range of r normals itself.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -32,114 +34,62 @@
 #include <boost/math/tools/roots.hpp>
 
 #include "platform/nag/g01.hpp"
+#include "platform/nag/log_concave_quadrature.hpp"
 
 namespace zemath::nag {
 
 namespace {
 
-double phi_lower(double z) { return 0.5 * std::erfc(-z * std::numbers::sqrt2 / 2.0); }
+double phi_upper(double z) { return 0.5 * std::erfc(z * std::numbers::sqrt2 / 2.0); }
 
-// 12-point Gauss-Legendre, positive half (nodes, weights).
-constexpr std::array<double, 6> kInnerNode = {
-    0.981560634246719250690549090149, 0.904117256370474856678465866119,
-    0.769902674194304687036893833213, 0.587317954286617447296702418941,
-    0.367831498998180193752691536644, 0.125233408511468915472441369464};
-constexpr std::array<double, 6> kInnerWeight = {
-    0.047175336386511827194615961485, 0.106939325995318430960254718194,
-    0.160078328543346226334652529543, 0.203167426723065921749064455810,
-    0.233492536538354808760849898925, 0.249147045813402785000562436043};
-// 16-point Gauss-Legendre, positive half.
-constexpr std::array<double, 8> kOuterNode = {
-    0.989400934991649932596154173450, 0.944575023073232576077988415535,
-    0.865631202387831743880467897712, 0.755404408355003033895101194847,
-    0.617876244402643748446671764049, 0.458016777657227386342419442984,
-    0.281603550779258913230460501460, 0.0950125098376374401853193354250};
-constexpr std::array<double, 8> kOuterWeight = {
-    0.0271524594117540948517805724560, 0.0622535239386478928628438369944,
-    0.0951585116824927848099251076022, 0.124628971255533872052476282192,
-    0.149595988816576732081501730547, 0.169156519395002538189312079030,
-    0.182603415044923588866763667969, 0.189450610455068496285396723208};
-
-// P(range of cc independent standard normals <= w).
-double range_probability(double w, double cc) {
-    constexpr double kUpper = 8.0;        // u beyond 8: phi(u) below 1e-14
-    constexpr double kDropExponent = -30.0;  // terms below e^-30 of the leading one
-    constexpr double kLeadExponent = -50.0;
-    constexpr double kMaxSquare = 60.0;   // u^2 > 60: phi(u) negligible
-    const double half = w * 0.5;
+// P(range of r independent standard normals <= w): by symmetry
+//     (2 Phi(w/2) - 1)^r + 2 r integral_{w/2}^{inf} phi(u) [Phi(u) - Phi(u - w)]^(r-1) du,
+// by 20-point Gauss-Legendre on panels of width min(2, 6/sqrt(r)) (the power sharpens the
+// integrand as r grows). phi(u) is below 1e-20 beyond u = 9.5, which ends the integral.
+double range_probability(double w, double r) {
+    constexpr double kUpper = 9.5;
+    const double half = 0.5 * w;
+    const double lead = std::pow(std::erf(half / std::numbers::sqrt2), r);
     if (half >= kUpper) return 1.0;
-    // (2 Phi(w/2) - 1)^cc: all points within [-w/2, w/2].
-    double lead = std::erf(half / std::numbers::sqrt2);
-    lead = lead >= std::exp(kLeadExponent / cc) ? std::pow(lead, cc) : 0.0;
-
-    const int panels = w > 3.0 ? 2 : 3;
-    const double panel_width = (kUpper - half) / panels;
-    const double cc1 = cc - 1.0;
-    const double drop = std::exp(kDropExponent / cc1);
-    double lower = half;
+    const auto integrand = [=](double u) {
+        // Phi(u) - Phi(u - w), taken between upper tails when both lie above the median.
+        const double inside = u - w >= 0.0 ? phi_upper(u - w) - phi_upper(u)
+                                           : 1.0 - phi_upper(u) - phi_upper(w - u);
+        if (inside <= 0.0) return 0.0;
+        return std::exp(-0.5 * u * u) * std::pow(inside, r - 1.0);
+    };
+    const double panel = std::min(2.0, 6.0 / std::sqrt(r));
+    const int panels = std::max(1, static_cast<int>(std::ceil((kUpper - half) / panel)));
+    const double step = (kUpper - half) / panels;
     double integral = 0.0;
-    for (int panel = 0; panel < panels; ++panel) {
-        const double upper = lower + panel_width;
-        const double mid = 0.5 * (upper + lower);
-        const double half_width = 0.5 * (upper - lower);
-        double panel_sum = 0.0;
-        // Nodes from the left end to the right end, so that the u^2 cut ends the panel.
-        for (int jj = 0; jj < 12; ++jj) {
-            const int j = jj < 6 ? jj : 11 - jj;
-            const double node = jj < 6 ? -kInnerNode[j] : kInnerNode[j];
-            const double u = mid + half_width * node;
-            const double u2 = u * u;
-            if (u2 > kMaxSquare) break;
-            const double inside = phi_lower(u) - phi_lower(u - w);
-            if (inside >= drop)
-                panel_sum += kInnerWeight[j] * std::exp(-0.5 * u2) * std::pow(inside, cc1);
-        }
-        integral += panel_sum * (2.0 * half_width) * cc / std::sqrt(2.0 * std::numbers::pi);
-        lower = upper;
-    }
-    const double total = lead + integral;
-    if (total <= std::exp(kDropExponent)) return 0.0;
+    for (int i = 0; i < panels; ++i)
+        integral += detail::gauss20(integrand, half + i * step, half + (i + 1) * step);
+    const double total = lead + 2.0 * r / std::sqrt(2.0 * std::numbers::pi) * integral;
     return std::min(total, 1.0);
 }
 
-struct TukeyResult {
-    double value;
-    bool accurate;
-};
-
-TukeyResult tukey_lower(double q, double v, double r) {
-    if (q <= 0.0) return {0.0, true};
-    if (std::isinf(q)) return {1.0, true};
-    constexpr double kLargeDf = 25000.0;
-    if (v > kLargeDf) return {range_probability(q, r), true};
-    constexpr double kDropExponent = -30.0;
-    constexpr double kPanelNegligible = 1e-14;
-    constexpr int kMaxPanels = 50;
-    const double f2 = v * 0.5;
-    // Panel length: longer panels for small v, where the scale density is wide.
-    const double ulen = v <= 100.0 ? 1.0 : v <= 800.0 ? 0.5 : v <= 5000.0 ? 0.25 : 0.125;
-    const double log_const = f2 * std::log(v) - v * std::numbers::ln2 -
-                             boost::math::lgamma(f2, detail::QuietPolicy()) + std::log(ulen);
-    const double f21 = f2 - 1.0;
-    const double ff4 = v * 0.25;
-    double total = 0.0;
-    double panel_sum = 0.0;
-    for (int i = 1; i <= kMaxPanels; ++i) {
-        panel_sum = 0.0;
-        const double centre = (2.0 * i - 1.0) * ulen;
-        for (int jj = 0; jj < 16; ++jj) {
-            const int j = jj < 8 ? jj : jj - 8;
-            const double offset = (jj < 8 ? -kOuterNode[j] : kOuterNode[j]) * ulen;
-            const double u = centre + offset;
-            const double exponent = log_const + f21 * std::log(u) - u * ff4;
-            if (exponent < kDropExponent) continue;
-            const double scaled = q * std::sqrt(u * 0.5);
-            panel_sum += range_probability(scaled, r) * kOuterWeight[j] * std::exp(exponent);
-        }
-        if (i * ulen >= 1.0 && panel_sum <= kPanelNegligible) break;
-        total += panel_sum;
-    }
-    return {std::min(total, 1.0), panel_sum <= kPanelNegligible};
+// P(q; v, r) = integral_0^inf f_S(s) P(range <= q s) ds, S = sqrt(chi2_v / v), taken in
+// y = ln s (no end-point singularity for any v): the integrand is
+// v s^2 gamma_p_derivative(v/2, v s^2/2) P(range <= q s), whose density part is
+// log-concave in y with its mode at y = 0 and width 1/sqrt(2v); panels double outwards
+// from there until the integrand is negligible.
+double tukey_lower(double q, double v, double r) {
+    if (q <= 0.0) return 0.0;
+    if (std::isinf(q)) return 1.0;
+    if (std::isinf(v)) return range_probability(q, r);
+    const double half_v = 0.5 * v;
+    const auto integrand = [=](double y) {
+        const double s = std::exp(y);
+        const double s2 = s * s;
+        if (s2 == 0.0 || !std::isfinite(s2)) return 0.0;
+        const double density =
+            v * s2 * boost::math::gamma_p_derivative(half_v, half_v * s2, detail::QuietPolicy());
+        if (density == 0.0) return 0.0;
+        return density * range_probability(q * s, r);
+    };
+    const auto d1 = [=](double y) { return v - v * std::exp(2.0 * y); };
+    const auto d2 = [=](double y) { return -2.0 * v * std::exp(2.0 * y); };
+    return std::min(detail::integrate_log_concave(integrand, d1, d2, -INFINITY, INFINITY, 0.0), 1.0);
 }
 
 // Starting deviate (Odeh and Evans; AS 190.2).
@@ -174,9 +124,7 @@ double g01emc(double q, double v, int ir, NagError* fail) {
     if (std::isnan(q)) return fail->set(NE_REAL), 0.0;
     if (bad_arguments(v, ir, fail)) return 0.0;
     fail->set(NE_NOERROR);
-    const TukeyResult result = tukey_lower(q, v, ir);
-    if (!result.accurate) fail->set(NE_ACCURACY_WARNING);
-    return result.value;
+    return tukey_lower(q, v, ir);
 }
 
 double g01fmc(double p, double v, int ir, NagError* fail) {
@@ -186,7 +134,7 @@ double g01fmc(double p, double v, int ir, NagError* fail) {
     if (p >= 1.0) return fail->set(NE_REAL_ARG_GE), 0.0;
     fail->set(NE_NOERROR);
     const double r = ir;
-    const auto excess = [&](double x) { return tukey_lower(x, v, r).value - p; };
+    const auto excess = [&](double x) { return tukey_lower(x, v, r) - p; };
 
     // Published secant search to 1e-4.
     constexpr double kSecantTolerance = 1e-4;
