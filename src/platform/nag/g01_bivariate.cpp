@@ -24,14 +24,15 @@
 
 #include "platform/nag/g01.hpp"
 #include "platform/nag/log_concave_quadrature.hpp"
+#include "platform/nag/normal_tail.hpp"
 
 namespace zemath::nag {
 
 namespace {
 
 // Lower and upper standard normal tails, each computed directly.
-double phi_lower(double z) { return 0.5 * std::erfc(-z * std::numbers::sqrt2 / 2.0); }
-double phi_upper(double z) { return 0.5 * std::erfc(z * std::numbers::sqrt2 / 2.0); }
+double phi_lower(double z) { return detail::normal_lower(z); }
+double phi_upper(double z) { return detail::normal_upper(z); }
 
 struct Pair {
     double weight;
@@ -129,37 +130,75 @@ double bvnd(double h, double k, double r) {
     return bvn;
 }
 
-// phi(c) / Phi(c), the inverse Mills ratio; for c far below 0 (where Phi underflows)
-// from the continued fraction Phi(-t)/phi(t) = 1/(t+ 1/(t+ 2/(t+ 3/(t+ ...)))).
-double inverse_mills(double c) {
-    constexpr double kDirectLimit = -8.0;
-    if (c > kDirectLimit)
-        return std::exp(-0.5 * c * c) / std::sqrt(2.0 * std::numbers::pi) / phi_lower(c);
-    const double t = -c;
-    double fraction = t;
-    for (int k = 40; k >= 1; --k) fraction = t + k / fraction;
-    return fraction;
-}
-
-// P(X <= x, Y <= y) = integral_{-inf}^{a} phi(s) Phi(c(s)) ds, c(s) = (b - rho s)/sigma.
-// Its logarithm L(s) = -s^2/2 + ln Phi(c(s)) is concave, with L' = -s - (rho/sigma) m(c)
-// and L'' = -1 - (rho/sigma)^2 m (m + c), m the inverse Mills ratio.
+// P(X <= x, Y <= y) = integral_{-inf}^{a} phi(s) Phi(c(s)) ds, c(s) = (b - rho s)/sigma,
+// a = min(x, y), b = max(x, y), sigma = sqrt(1 - rho^2). The positive integrand changes
+// on several scales at once: phi around s = 0 (scale 1), the inner Phi around its
+// turning point s0 = b/rho (scale sigma/|rho|, a near-step as |rho| -> 1), the end point
+// a (scale 1/|L'(a)|, L = ln of the integrand, L' = -s - (rho/sigma) m(c) with m the
+// inverse Mills ratio) and the interior mode when there is one. Panels are laid around
+// each of these on its own scale, out to 40 units (phi below e^-800 of its peak beyond).
+// Far in the tail the integrand's logarithm has slopes of tens, so it is evaluated in the
+// offset t = s - a from exact parts: phi(a + t) = phi(a) e^(-t (a + t/2)) and
+// c(a + t) = c(a) - (rho/sigma) t, with c(a) carried to twice the precision.
 double lower_orthant_by_quadrature(double x, double y, double rho) {
+    using detail::Feature;
+    using detail::inverse_mills;
     const double a = std::min(x, y);
     const double b = std::max(x, y);
-    const double sigma = std::sqrt((1.0 - rho) * (1.0 + rho));
+    // sigma^2 = 1 - rho^2 and c(a) = (b - rho a)/sigma as two-part values.
+    // (1 - rho)(1 + rho) from exact two-part factors (Fast2Sum: |1| >= |rho|).
+    const double minus = 1.0 - rho;
+    const double minus_low = (1.0 - minus) - rho;
+    const double plus = 1.0 + rho;
+    const double plus_low = (1.0 - plus) + rho;
+    const double sigma2 = minus * plus;
+    const double sigma2_low = std::fma(minus, plus, -sigma2) + minus * plus_low + plus * minus_low;
+    const double sigma = std::sqrt(sigma2);
+    const double sigma_low = (std::fma(-sigma, sigma, sigma2) + sigma2_low) / (2.0 * sigma);
+    const double product = rho * a;
+    const double product_low = std::fma(rho, a, -product);
+    const double numerator = b - product;
+    const double numerator_low = ((b - numerator) - product) - product_low;
+    const double c_end = numerator / sigma;
+    const double c_end_low =
+        (std::fma(-c_end, sigma, numerator) + numerator_low - c_end * sigma_low) / sigma;
     const double slope_ratio = rho / sigma;
-    const auto c_of = [=](double s) { return (b - rho * s) / sigma; };
-    const auto d1 = [=](double s) { return -s - slope_ratio * inverse_mills(c_of(s)); };
-    const auto d2 = [=](double s) {
-        const double c = c_of(s);
+    const double density_end = detail::normal_density(a);
+
+    const auto c_at = [=](double t) { return c_end - slope_ratio * t; };
+    const auto d1 = [=](double t) { return -(a + t) - slope_ratio * inverse_mills(c_at(t)); };
+    const auto d2 = [=](double t) {
+        const double c = c_at(t);
         const double m = inverse_mills(c);
         return -1.0 - slope_ratio * slope_ratio * std::clamp(m * (m + c), 0.0, 1.0);
     };
-    const auto integrand = [=](double s) {
-        return std::exp(-0.5 * s * s) / std::sqrt(2.0 * std::numbers::pi) * phi_lower(c_of(s));
+    const auto integrand = [=](double t) {
+        const double density = density_end * std::exp(-t * (a + 0.5 * t));
+        if (density == 0.0) return 0.0;
+        return density * detail::normal_upper(-c_at(t), -c_end_low);
     };
-    return detail::integrate_log_concave(integrand, d1, d2, -INFINITY, a, a - 1.0);
+
+    // The end point's scale, and the interior mode (L concave: L' decreasing) if L' < 0 at a.
+    const double end_slope = d1(0.0);
+    const double end_width =
+        std::min(1.0 / std::sqrt(-d2(0.0)), end_slope > 0.0 ? 1.0 / end_slope : INFINITY);
+    Feature mode{0.0, end_width};
+    if (end_slope < 0.0) {
+        double lo = -1.0;
+        for (int i = 0; i < 60 && d1(lo) < 0.0; ++i) lo *= 2.0;
+        double hi = 0.0;
+        for (int i = 0; i < 100 && hi - lo > 1e-12 * (1.0 + std::fabs(a + hi)); ++i) {
+            const double mid = 0.5 * (lo + hi);
+            (d1(mid) > 0.0 ? lo : hi) = mid;
+        }
+        mode = {0.5 * (lo + hi), 1.0 / std::sqrt(-d2(0.5 * (lo + hi)))};
+    }
+    const double step_point = rho != 0.0 ? b / rho - a : 0.0;
+    const double step_width = rho != 0.0 ? sigma / std::fabs(rho) : 1.0;
+    constexpr double kReach = 40.0;
+    const std::array<Feature, 4> features = {
+        Feature{0.0, end_width}, mode, Feature{step_point, step_width}, Feature{-a, 1.0}};
+    return detail::integrate_with_features(integrand, -INFINITY, 0.0, features, kReach);
 }
 
 }  // namespace

@@ -33,6 +33,7 @@
 
 #include "platform/nag/g01.hpp"
 #include "platform/nag/log_concave_quadrature.hpp"
+#include "platform/nag/normal_tail.hpp"
 
 namespace zemath::nag {
 
@@ -64,15 +65,8 @@ bool bad_positive(double value, NagError* fail) {
     return false;
 }
 
-double phi_lower(double z) { return 0.5 * std::erfc(-z * std::numbers::sqrt2 / 2.0); }
-
-// phi(c) / Phi(c); the continued fraction of Phi(-t)/phi(t) where Phi underflows.
-double inverse_mills(double c) {
-    if (c > -8.0) return std::exp(-0.5 * c * c) / std::sqrt(2.0 * std::numbers::pi) / phi_lower(c);
-    double fraction = -c;
-    for (int k = 40; k >= 1; --k) fraction = -c + k / fraction;
-    return fraction;
-}
+using detail::inverse_mills;
+double phi_lower(double z) { return detail::normal_lower(z); }
 
 // P(T <= t) for t < 0 < delta, where the series' terms cancel down to a tiny result:
 //     P = E[Phi(t S - delta)] = integral_0^inf Phi(t s - delta) f_S(s) ds,

@@ -35,12 +35,13 @@
 
 #include "platform/nag/g01.hpp"
 #include "platform/nag/log_concave_quadrature.hpp"
+#include "platform/nag/normal_tail.hpp"
 
 namespace zemath::nag {
 
 namespace {
 
-double phi_upper(double z) { return 0.5 * std::erfc(z * std::numbers::sqrt2 / 2.0); }
+double phi_upper(double z) { return detail::normal_upper(z); }
 
 // P(range of r independent standard normals <= w): by symmetry
 //     (2 Phi(w/2) - 1)^r + 2 r integral_{w/2}^{inf} phi(u) [Phi(u) - Phi(u - w)]^(r-1) du,
@@ -143,7 +144,6 @@ double g01fmc(double p, double v, int ir, NagError* fail) {
     double f0 = excess(x0);
     double x1 = f0 > 0.0 ? std::max(0.0, x0 - 1.0) : x0 + 1.0;
     double f1 = excess(x1);
-    double estimate = x1;
     for (int iter = 0; iter < kSecantIterations && f1 != f0; ++iter) {
         double next = x1 - f1 * (x1 - x0) / (f1 - f0);
         x0 = x1;
@@ -151,34 +151,41 @@ double g01fmc(double p, double v, int ir, NagError* fail) {
         if (!(next > 0.0)) next = 0.0;
         f1 = excess(next);
         x1 = next;
-        estimate = next;
         if (std::fabs(x1 - x0) < kSecantTolerance) break;
     }
-    if (!(estimate > 0.0) || !std::isfinite(estimate)) estimate = std::max(tukey_start(p, r, v), 0.1);
+    if (f1 == 0.0 && x1 > 0.0) return x1;
 
-    // Refinement: bracket the root around the estimate, then TOMS 748 to a few ulps.
-    double lo = estimate;
-    double hi = estimate;
-    double flo = excess(lo);
-    double fhi = flo;
-    constexpr int kBracketSteps = 200;
-    double step = std::max(1e-6 * estimate, 1e-12);
-    int steps = 0;
-    if (flo > 0.0) {
-        while (flo > 0.0 && steps++ < kBracketSteps) {
-            hi = lo;
-            fhi = flo;
-            lo = std::max(0.0, lo - step);
-            step *= 2.0;
-            flo = lo > 0.0 ? excess(lo) : -p;
-        }
-    } else {
-        while (fhi < 0.0 && steps++ < kBracketSteps) {
-            lo = hi;
-            flo = fhi;
-            hi += step;
-            step *= 2.0;
-            fhi = excess(hi);
+    // Refinement: TOMS 748 to a few ulps, in a bracket taken from the secant's last two
+    // points when they straddle the root, else grown from the last point by steps that
+    // start at twice the secant's last move.
+    double lo = x0, flo = f0, hi = x1, fhi = f1;
+    if (lo > hi) {
+        std::swap(lo, hi);
+        std::swap(flo, fhi);
+    }
+    if (!(flo < 0.0 && fhi > 0.0)) {
+        if (!(x1 > 0.0) || !std::isfinite(x1)) x1 = std::max(tukey_start(p, r, v), 0.1);
+        lo = hi = x1;
+        flo = fhi = excess(x1);
+        constexpr int kBracketSteps = 200;
+        double step = std::max(2.0 * std::fabs(x1 - x0), 1e-9 * x1);
+        int steps = 0;
+        if (flo > 0.0) {
+            while (flo > 0.0 && steps++ < kBracketSteps) {
+                hi = lo;
+                fhi = flo;
+                lo = std::max(0.0, lo - step);
+                step *= 2.0;
+                flo = lo > 0.0 ? excess(lo) : -p;
+            }
+        } else {
+            while (fhi < 0.0 && steps++ < kBracketSteps) {
+                lo = hi;
+                flo = fhi;
+                hi += step;
+                step *= 2.0;
+                fhi = excess(hi);
+            }
         }
     }
     if (flo == 0.0) return lo;

@@ -92,3 +92,44 @@ double integrate_log_concave(const F& f, const D1& dlog, const D2& d2log, double
 }
 
 }  // namespace zemath::nag::detail
+
+namespace zemath::nag::detail {
+
+// A place where the integrand changes on a given scale (a mode, a near-step, an end).
+struct Feature {
+    double point;
+    double width;
+};
+
+// Integral of f over [lo, hi] (lo may be -inf: then the range starts `reach` below the
+// lowest feature) on 20-point Gauss-Legendre panels whose breaks lie at each feature
+// point +- width * 2^k, k = 0, 1, ..., out to `reach`: every feature is resolved on its
+// own scale and panels widen geometrically away from it.
+template <class F, std::size_t N>
+double integrate_with_features(const F& f, double lo, double hi, const std::array<Feature, N>& features,
+                               double reach) {
+    constexpr int kLevels = 60;
+    double lowest = hi;
+    for (const Feature& ft : features) lowest = std::min(lowest, ft.point);
+    const double start = std::isfinite(lo) ? lo : lowest - reach;
+    std::array<double, 2 + N * (2 * kLevels + 1)> breaks{};
+    std::size_t count = 0;
+    breaks[count++] = start;
+    breaks[count++] = hi;
+    for (const Feature& ft : features) {
+        if (!(ft.width > 0.0) || !std::isfinite(ft.point)) continue;
+        if (ft.point > start && ft.point < hi) breaks[count++] = ft.point;
+        double offset = ft.width;
+        for (int k = 0; k < kLevels && offset <= reach; ++k, offset *= 2.0) {
+            for (double p : {ft.point - offset, ft.point + offset})
+                if (p > start && p < hi) breaks[count++] = p;
+        }
+    }
+    std::sort(breaks.begin(), breaks.begin() + count);
+    double total = 0.0;
+    for (std::size_t i = 0; i + 1 < count; ++i)
+        if (breaks[i + 1] > breaks[i]) total += gauss20(f, breaks[i], breaks[i + 1]);
+    return total;
+}
+
+}  // namespace zemath::nag::detail
