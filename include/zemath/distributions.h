@@ -57,7 +57,8 @@ ZEMATH_API double ncbetacdf(double x, double a, double b, double lambda, int* st
 ZEMATH_API double bivarnormcdf(double x, double y, double corre, int* status);
 /* Studentized range lower tail P(Q <= q) for v >= 1 (else 5) degrees of freedom and
  * group >= 2 (else 11) groups (the range of group normal means over an independent
- * chi_v / sqrt(v) scale); 0 for q <= 0, 1 for q = +infinity. */
+ * chi_v / sqrt(v) scale); 0 for q <= 0, 1 for q = +infinity; v = +infinity is the
+ * limit (the range of group standard normals). */
 ZEMATH_API double srangecdf(double q, double v, int group, int* status);
 /* Studentized range deviate q with P(Q <= q) = p, 0 < p < 1 (else 6 / 8), v >= 1,
  * ir >= 2; 300 when no deviate is found. */
@@ -65,7 +66,8 @@ ZEMATH_API double srangeinv(double p, double v, int ir, int* status);
 /* Real Lambert W: w with w e^w = x on branch 0 (principal, w >= -1) or -1 (lower,
  * w <= -1). offset != 0: x is the distance from the branch point, W(-1/e + x), accurate
  * near the branch point. NANUM and -110 for another branch, or outside the domain: branch
- * 0 x < -1/e (offset: x < 0); branch -1 x >= 0 (offset: x >= 1/e). NaN: 15. */
+ * 0 x < -1/e (offset: x < 0); branch -1 x >= 0 (offset: x >= 1/e). NaN, and +infinity
+ * on branch 0: NANUM and 15. */
 ZEMATH_API double lambertW(double x, int branch, int offset, int* status);
 
 

@@ -234,7 +234,7 @@ TEST(G01NonCentral, AgainstReference) {
             ASSERT_EQ(fail.code, 0) << at({r.x, r.a, r.b});
             w.add(v, r.value, at({r.x, r.a, r.b}));
         }
-        EXPECT_LE(w.error, 1e-9);
+        EXPECT_LE(w.error, kTarget);
     }
     {
         Worst w{"g01gcc non-central chi2"};
@@ -244,7 +244,7 @@ TEST(G01NonCentral, AgainstReference) {
             ASSERT_EQ(fail.code, 0) << at({r.x, r.a, r.b});
             w.add(v, r.value, at({r.x, r.a, r.b}));
         }
-        EXPECT_LE(w.error, 1e-9);
+        EXPECT_LE(w.error, kTarget);
     }
     {
         Worst w{"g01gec non-central beta"};
@@ -254,7 +254,7 @@ TEST(G01NonCentral, AgainstReference) {
             ASSERT_EQ(fail.code, 0) << at({r.x, r.a, r.b, r.c});
             w.add(v, r.value, at({r.x, r.a, r.b, r.c}));
         }
-        EXPECT_LE(w.error, 1e-9);
+        EXPECT_LE(w.error, kTarget);
     }
     {
         Worst w{"g01gdc non-central F"};
@@ -264,7 +264,7 @@ TEST(G01NonCentral, AgainstReference) {
             ASSERT_EQ(fail.code, 0) << at({r.x, r.a, r.b, r.c});
             w.add(v, r.value, at({r.x, r.a, r.b, r.c}));
         }
-        EXPECT_LE(w.error, 1e-9);
+        EXPECT_LE(w.error, kTarget);
     }
 }
 
@@ -355,7 +355,7 @@ TEST(G01Srange, AgainstReference) {
         worst_abs = std::max(worst_abs, std::fabs(v - r.value));
     }
     std::printf("[accuracy] g01emc worst absolute error %.2e\n", worst_abs);
-    EXPECT_LE(worst_abs, 1e-9);
+    EXPECT_LE(rel.error, kTarget);
 }
 
 TEST(G01Srange, ChecksRoundTripAndCodes) {
@@ -375,7 +375,7 @@ TEST(G01Srange, ChecksRoundTripAndCodes) {
                 ASSERT_EQ(fail.code, 0) << p << " " << v << " " << r;
                 EXPECT_NEAR(g01emc(q, v, r, &fail), p, 1e-13 + 1e-12 * p) << p << " " << v << " " << r;
                 const double back = g01fmc(g01emc(q, v, r, &fail), v, r, &fail);
-                EXPECT_NEAR(back, q, 1e-9 * q) << p << " " << v << " " << r;
+                EXPECT_NEAR(back, q, 1e-11 * q) << p << " " << v << " " << r;
             }
         }
     }

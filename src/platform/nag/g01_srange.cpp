@@ -71,9 +71,11 @@ double range_probability(double w, double r) {
 
 // P(q; v, r) = integral_0^inf f_S(s) P(range <= q s) ds, S = sqrt(chi2_v / v), taken in
 // y = ln s (no end-point singularity for any v): the integrand is
-// v s^2 gamma_p_derivative(v/2, v s^2/2) P(range <= q s), whose density part is
-// log-concave in y with its mode at y = 0 and width 1/sqrt(2v); panels double outwards
-// from there until the integrand is negligible.
+// v s^2 gamma_p_derivative(v/2, v s^2/2) P(range <= q s). Its density part has its mode
+// at y = 0 and width 1/sqrt(2v); the range probability, which grows at most like
+// s^(r-1) (its small-q form), can move the mass up to y* = ln(1 + (r-1)/v) / 2 with
+// width 1/sqrt(2(v + r - 1)). Panels are laid around both places on their own scales,
+// out to where e^(v y) (left) and the density (right) are below e^-45 of the peak.
 double tukey_lower(double q, double v, double r) {
     if (q <= 0.0) return 0.0;
     if (std::isinf(q)) return 1.0;
@@ -88,9 +90,15 @@ double tukey_lower(double q, double v, double r) {
         if (density == 0.0) return 0.0;
         return density * range_probability(q * s, r);
     };
-    const auto d1 = [=](double y) { return v - v * std::exp(2.0 * y); };
-    const auto d2 = [=](double y) { return -2.0 * v * std::exp(2.0 * y); };
-    return std::min(detail::integrate_log_concave(integrand, d1, d2, -INFINITY, INFINITY, 0.0), 1.0);
+    constexpr double kDrop = 45.0;
+    const double shifted = 0.5 * std::log1p((r - 1.0) / v);
+    const std::array<detail::Feature, 2> features = {
+        detail::Feature{0.0, 1.0 / std::sqrt(2.0 * v)},
+        detail::Feature{shifted, 1.0 / std::sqrt(2.0 * (v + r - 1.0))}};
+    const double reach = kDrop / v + 2.0;
+    const double total =
+        detail::integrate_with_features(integrand, -INFINITY, shifted + reach, features, reach);
+    return std::min(total, 1.0);
 }
 
 // Starting deviate (Odeh and Evans; AS 190.2).
