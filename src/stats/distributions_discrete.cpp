@@ -42,8 +42,9 @@ ZEMATH_API double binocdf(int k, int n, double p, int tail, int* status) {
         if (refuse_tail(tail, status)) return kNanum;
         if (is_missing(p)) return reject(status);
         nag::NagError fail;
-        double lower = 0.0, upper = 0.0, point = 0.0;
-        nag::g01bjc(n, p, k, &lower, &upper, &point, &fail);
+        double lower = 0.0, upper = 0.0;
+        nag::g01bjc(n, p, k, tail == 2 ? &lower : nullptr, tail == 1 ? &upper : nullptr, nullptr,
+                    &fail);
         return pick(tail, lower, upper, fail, status);
     });
 }
@@ -61,8 +62,9 @@ ZEMATH_API double poisscdf(int k, double lambda, int tail, int* status) {
         if (refuse_tail(tail, status)) return kNanum;
         if (is_missing(lambda)) return reject(status);
         nag::NagError fail;
-        double lower = 0.0, upper = 0.0, point = 0.0;
-        nag::g01bkc(lambda, k, &lower, &upper, &point, &fail);
+        double lower = 0.0, upper = 0.0;
+        nag::g01bkc(lambda, k, tail == 2 ? &lower : nullptr, tail == 1 ? &upper : nullptr, nullptr,
+                    &fail);
         return pick(tail, lower, upper, fail, status);
     });
 }

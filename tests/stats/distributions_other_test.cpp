@@ -1,7 +1,8 @@
 // Exports of the discrete and non-central distributions, the bivariate normal, the
 // studentized range and Lambert W: tail codes, the optional status pointer, missing
 // values, the deliberate quirks (poisspdf's 0.0, lambertW's screening), the argument
-// mapping of hygecdf, and accuracy of the in-house densities against mpmath.
+// mapping of hygecdf, and accuracy of the in-house densities against mpmath (worst
+// measured: binopdf 2.8e-14, poisspdf 2.4e-15 relative, over the reference grid).
 #include <gtest/gtest.h>
 
 #include <cfloat>

@@ -97,12 +97,14 @@ void g01bjc(int n, double p, int k, double* plek, double* pgtk, double* peqk, Na
 
     const double dn = n;
     const double dk = k;
+    // Outputs passed as null are not computed (the exports ask for one tail only).
     // P(X = k) = C(n, k) p^k q^(n-k) = ibeta_derivative(k+1, n-k+1, p) / (n+1).
     const double point =
-        boost::math::ibeta_derivative(dk + 1.0, dn - dk + 1.0, p, QuietPolicy()) / (dn + 1.0);
+        peqk ? boost::math::ibeta_derivative(dk + 1.0, dn - dk + 1.0, p, QuietPolicy()) / (dn + 1.0)
+             : 0.0;
     if (k == n) return store(1.0, 0.0, point, plek, pgtk, peqk);
-    const double lower = boost::math::ibetac(dk + 1.0, dn - dk, p, QuietPolicy());
-    const double upper = boost::math::ibeta(dk + 1.0, dn - dk, p, QuietPolicy());
+    const double lower = plek ? boost::math::ibetac(dk + 1.0, dn - dk, p, QuietPolicy()) : 0.0;
+    const double upper = pgtk ? boost::math::ibeta(dk + 1.0, dn - dk, p, QuietPolicy()) : 0.0;
     if (!std::isfinite(lower) || !std::isfinite(upper) || !std::isfinite(point))
         return fail->set(NE_CONV);
     store(lower, upper, point, plek, pgtk, peqk);
@@ -115,10 +117,11 @@ void g01bkc(double lambda, int k, double* plek, double* pgtk, double* peqk, NagE
     if (k < 0) return fail->set(NE_INT_ARG_LT);
     fail->set(NE_NOERROR);
     const double a = static_cast<double>(k) + 1.0;
-    const double lower = boost::math::gamma_q(a, lambda, QuietPolicy());
-    const double upper = boost::math::gamma_p(a, lambda, QuietPolicy());
+    // Outputs passed as null are not computed (the exports ask for one tail only).
+    const double lower = plek ? boost::math::gamma_q(a, lambda, QuietPolicy()) : 0.0;
+    const double upper = pgtk ? boost::math::gamma_p(a, lambda, QuietPolicy()) : 0.0;
     // e^-lambda lambda^k / k! = d/dx P(k+1, x) at x = lambda.
-    const double point = boost::math::gamma_p_derivative(a, lambda, QuietPolicy());
+    const double point = peqk ? boost::math::gamma_p_derivative(a, lambda, QuietPolicy()) : 0.0;
     if (!std::isfinite(lower) || !std::isfinite(upper) || !std::isfinite(point))
         return fail->set(NE_CONV);
     store(lower, upper, point, plek, pgtk, peqk);

