@@ -20,7 +20,8 @@ ZEMATH_EXTERN_C_BEGIN
  * NaN arguments give NANUM and ZEMATH_NAG_REAL (15); +-infinity in the variable gives the
  * limit 0 or 1, infinite parameters are refused (ZEMATH_NAG_REAL_ARG_GT, 7).
  * tail: 1 upper P(X > k), 2 lower P(X <= k); every other tail code (0 and 5 included) is
- * refused with NANUM and status 70 (ZEMATH_NAG_BAD_PARAM), for these discrete cdfs. */
+ * refused with NANUM and status 70 (ZEMATH_NAG_BAD_PARAM), for these discrete cdfs.
+ * Checks run in this order: tail code, missing values, then the computation's own. */
 
 /* Binomial cdf of k successes in n trials with success probability p (0 <= p <= 1;
  * 0 <= k <= n). Back-end codes: 11 (n or k < 0), 12 (k > n), 5/7 (p < 0 / p > 1). */
