@@ -54,7 +54,8 @@ double g01ffc(double p, double a, double b, double tol, NagError* fail);
 // Gamma density (a shape, b scale); 0 for x < 0.
 double g01kfc(double x, double a, double b, NagError* fail);
 
-// Binomial(n, p): P(X <= k), P(X > k), P(X = k).
+// Binomial(n, p): P(X <= k), P(X > k), P(X = k). For these three routines an output
+// pointer may be null; that output is then neither computed nor written.
 void g01bjc(int n, double p, int k, double* plek, double* pgtk, double* peqk, NagError* fail);
 // Poisson(lambda): P(X <= k), P(X > k), P(X = k).
 void g01bkc(double lambda, int k, double* plek, double* pgtk, double* peqk, NagError* fail);

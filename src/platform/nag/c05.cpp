@@ -1,0 +1,126 @@
+// c05bac: the real Lambert W function, w e^w = x, on the principal branch (W >= -1,
+// x >= -1/e) or the lower branch (W <= -1, -1/e <= x < 0).
+//
+// Method: Boost.Math's lambert_w0 / lambert_wm1 (rational approximations and Halley
+// refinement, about 1 ulp) for an argument given directly. With offset the argument is
+// dx = x + 1/e, and near the branch point the answer is found from dx itself, since
+// forming -1/e + dx would already cost the digits that matter there: with W = u - 1,
+//     g(u) = (u - 1) e^u + 1 = e dx,   g(u) = sum_{n>=2} (n-1) u^n / n!,
+// solved by Newton's method (u >= 0 on the principal branch, u <= 0 on the lower one)
+// from the branch-point series W = -1 + p - p^2/3 + 11 p^3/72 - ..., p = +-sqrt(2 e dx);
+// below |p| = 1e-4 the series alone is exact to double precision. Away from the branch
+// point (e dx > 1/2) x is formed as (dx - hi) - lo with 1/e split in two parts, exact
+// enough that W keeps its relative accuracy up to x = 0.
+// Reference: Corless, Gonnet, Hare, Jeffrey and Knuth (1996), Adv. Comput. Math. 5,
+// 329-359 (the series); Barry, Culligan-Hensley and Barry (1995), ACM TOMS 21, 161-171.
+//
+// Failures: NE_INT for a branch other than 0 or -1; NE_REAL for NaN, infinity, or x
+// outside the branch's domain (x < -1/e; x >= 0 on the lower branch); NE_CONV if the
+// Newton iteration fails (not expected).
+#include <cmath>
+#include <numbers>
+
+#include "platform/nag/quiet_policy.hpp"  // first: configures Boost
+#include <boost/math/special_functions/lambert_w.hpp>
+
+#include "platform/nag/c05.hpp"
+
+namespace zemath::nag {
+
+namespace {
+
+// 1/e = kInvEHi + kInvELo to about 107 bits.
+constexpr double kInvEHi = 0.36787944117144233;
+constexpr double kInvELo = -1.2428753672788363e-17;
+
+// g(u) = (u - 1) e^u + 1, accurate near u = 0 where it behaves like u^2 / 2.
+double branch_offset_g(double u) {
+    if (std::fabs(u) < 1.0) {
+        double term = u;  // u^n / n!
+        double sum = 0.0;
+        for (int n = 2; n < 40; ++n) {
+            term *= u / n;
+            const double add = (n - 1) * term;
+            sum += add;
+            if (std::fabs(add) <= 1e-17 * std::fabs(sum)) break;
+        }
+        return sum;
+    }
+    return (u - 1.0) * std::exp(u) + 1.0;
+}
+
+// W(-1/e + dx) for e dx <= 1/2, from dx alone; sign +1 principal, -1 lower branch.
+bool near_branch_point(double dx, double sign, double* w) {
+    const double c = std::numbers::e * dx;
+    const double p = sign * std::sqrt(2.0 * c);
+    // Branch-point series coefficients of W in p.
+    constexpr double m2 = -1.0 / 3.0, m3 = 11.0 / 72.0, m4 = -43.0 / 540.0,
+                     m5 = 769.0 / 17280.0, m6 = -221.0 / 8505.0;
+    const double series_u = p * (1.0 + p * (m2 + p * (m3 + p * (m4 + p * (m5 + p * m6)))));
+    constexpr double kSeriesOnly = 1e-4;  // |p|^6 * 0.026 below 1e-25
+    if (std::fabs(p) < kSeriesOnly) {
+        *w = series_u - 1.0;
+        return true;
+    }
+    double u = series_u;
+    // Beyond the series' comfortable range start from Boost on the formed argument.
+    if (std::fabs(p) > 0.5) {
+        const double x = (dx - kInvEHi) - kInvELo;
+        u = 1.0 + (sign > 0 ? boost::math::lambert_w0(x, detail::QuietPolicy())
+                            : boost::math::lambert_wm1(x, detail::QuietPolicy()));
+    }
+    constexpr int kMaxNewton = 20;
+    for (int iter = 0; iter < kMaxNewton; ++iter) {
+        const double slope = u * std::exp(u);
+        if (slope == 0.0 || !std::isfinite(slope)) break;
+        const double step = (branch_offset_g(u) - c) / slope;
+        u -= step;
+        if (std::fabs(step) <= 2e-16 * std::fabs(u)) {
+            *w = u - 1.0;
+            return std::isfinite(u);
+        }
+    }
+    *w = u - 1.0;
+    return false;
+}
+
+}  // namespace
+
+double c05bac(double x, int branch, bool offset, NagError* fail) {
+    if (branch != 0 && branch != -1) return fail->set(NE_INT), 0.0;
+    if (!std::isfinite(x)) return fail->set(NE_REAL), 0.0;
+    const bool principal = branch == 0;
+    fail->set(NE_NOERROR);
+    if (offset) {
+        if (x < 0.0 || (!principal && x >= kInvEHi + kInvELo)) return fail->set(NE_REAL), 0.0;
+        constexpr double kBranchZone = 0.5;  // e dx below this: solve from dx
+        if (std::numbers::e * x <= kBranchZone) {
+            double w = 0.0;
+            if (!near_branch_point(x, principal ? 1.0 : -1.0, &w)) fail->set(NE_CONV);
+            return w;
+        }
+        const double z = (x - kInvEHi) - kInvELo;
+        if (!principal && z >= 0.0) return fail->set(NE_REAL), 0.0;
+        return principal ? boost::math::lambert_w0(z, detail::QuietPolicy())
+                         : boost::math::lambert_wm1(z, detail::QuietPolicy());
+    }
+    const double branch_point = -kInvEHi;  // the double nearest -1/e
+    if (x < branch_point) return fail->set(NE_REAL), 0.0;
+    if (x == branch_point) return -1.0;
+    // Near the branch point the distance x + 1/e is formed exactly (x + hi is exact there)
+    // and the offset method used, which keeps the digits W loses to x's closeness to -1/e.
+    constexpr double kNearBranch = -0.2;  // e dx below about 1/2
+    if (x < kNearBranch) {
+        const double dx = (x + kInvEHi) + kInvELo;
+        double w = 0.0;
+        if (!near_branch_point(dx, principal ? 1.0 : -1.0, &w)) fail->set(NE_CONV);
+        return w;
+    }
+    if (principal) return boost::math::lambert_w0(x, detail::QuietPolicy());
+    if (x >= 0.0) return fail->set(NE_REAL), 0.0;
+    const double w = boost::math::lambert_wm1(x, detail::QuietPolicy());
+    if (!std::isfinite(w)) return fail->set(NE_CONV), 0.0;
+    return w;
+}
+
+}  // namespace zemath::nag
