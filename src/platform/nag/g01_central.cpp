@@ -52,7 +52,7 @@
 //
 // References: DLMF 7 (error functions), 8.17 (incomplete beta), 8.2 (incomplete gamma);
 // Abramowitz and Stegun 26.5-26.7 for the t, chi-square and F relations.
-#include "platform/nag/boost_math_config.hpp"  // first: sets Boost.Math's defaults
+#include "platform/nag/quiet_policy.hpp"  // first: checks Boost.Math's defaults
 
 #include <boost/math/special_functions/beta.hpp>
 #include <boost/math/special_functions/erf.hpp>

@@ -5,16 +5,16 @@
 // continued fraction that did not converge, which shows up as a non-finite value.
 // Internal to src/platform/nag: Boost types never leave it.
 //
-// Include this before any other Boost header. Some Boost internals still instantiate
-// the default (throwing) policy; their exception classes carry default visibility, which
-// would export their type information from the library. Nothing is thrown across the
-// library's boundary, so they are declared without it here: the linker keeps the most
-// constraining visibility, and the names stay inside the library.
+// Some Boost internals ignore an explicitly passed policy and use the default one; the
+// build (CMakeLists.txt) makes that default non-throwing for every translation unit, and
+// this header checks that it did. With nothing thrown, no Boost exception type
+// information is exported from the library either.
 #pragma once
 
-#include <boost/config.hpp>
-#undef BOOST_SYMBOL_VISIBLE
-#define BOOST_SYMBOL_VISIBLE
+#if !defined(BOOST_MATH_DOMAIN_ERROR_POLICY) || !defined(BOOST_MATH_EVALUATION_ERROR_POLICY) || \
+    !defined(BOOST_DISABLE_ASSERTS)
+#error "build zeMath through its CMakeLists.txt: Boost.Math's error policy must be set"
+#endif
 
 #include <boost/math/policies/policy.hpp>
 
