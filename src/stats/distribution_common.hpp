@@ -24,6 +24,12 @@ inline Nag_TailProbability translate_tail(int tail) {
     }
 }
 
+// Missing (NANUM) arguments: every distribution function refuses them with -110.
+template <class... T>
+inline bool any_missing(T... values) {
+    return (is_missing(values) || ...);
+}
+
 inline void set_status(int* status, int code) {
     if (status) *status = code;
 }

@@ -44,12 +44,6 @@ constexpr Real kPi = 3.14159265358979323846264338327950288L;
 constexpr Real kSqrt2Pi = 2.50662827463100050241576528481104525L;
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-// Missing (NANUM) arguments: every function here refuses them with -110.
-template <class... T>
-bool any_missing(T... values) {
-    return (is_missing(values) || ...);
-}
-
 // The in-house functions refuse NaN as well as NANUM.
 template <class... T>
 bool any_unusable(T... values) {

@@ -17,12 +17,6 @@ namespace zemath::stats {
 
 namespace {
 
-bool any_missing(std::initializer_list<double> values) {
-    for (double v : values)
-        if (is_missing(v)) return true;
-    return false;
-}
-
 // The non-central series take no caller cap here; the back end sums them to convergence.
 constexpr int kSeriesTerms = 10000;
 
@@ -37,7 +31,7 @@ extern "C" {
 
 ZEMATH_API double nctcdf(double t, double df, double delta, int maxiter, int* status) {
     return guard_value([&] {
-        if (any_missing({t, df, delta})) return reject(status);
+        if (any_missing(t, df, delta)) return reject(status);
         nag::NagError fail;
         const double value = nag::g01gbc(t, df, delta, 0.0, maxiter, &fail);
         return finish(value, fail, status);
@@ -46,7 +40,7 @@ ZEMATH_API double nctcdf(double t, double df, double delta, int maxiter, int* st
 
 ZEMATH_API double ncchi2cdf(double x, double f, double lambda, int* status) {
     return guard_value([&] {
-        if (any_missing({x, f, lambda})) return reject(status);
+        if (any_missing(x, f, lambda)) return reject(status);
         nag::NagError fail;
         const double value = nag::g01gcc(x, f, lambda, 0.0, kSeriesTerms, &fail);
         return finish(value, fail, status);
@@ -55,7 +49,7 @@ ZEMATH_API double ncchi2cdf(double x, double f, double lambda, int* status) {
 
 ZEMATH_API double ncfcdf(double f, double df1, double df2, double lambda, int* status) {
     return guard_value([&] {
-        if (any_missing({f, df1, df2, lambda})) return reject(status);
+        if (any_missing(f, df1, df2, lambda)) return reject(status);
         nag::NagError fail;
         const double value = nag::g01gdc(f, df1, df2, lambda, 0.0, kSeriesTerms, &fail);
         return finish(value, fail, status);
@@ -64,7 +58,7 @@ ZEMATH_API double ncfcdf(double f, double df1, double df2, double lambda, int* s
 
 ZEMATH_API double ncbetacdf(double x, double a, double b, double lambda, int* status) {
     return guard_value([&] {
-        if (any_missing({x, a, b, lambda})) return reject(status);
+        if (any_missing(x, a, b, lambda)) return reject(status);
         nag::NagError fail;
         const double value = nag::g01gec(x, a, b, lambda, 0.0, kSeriesTerms, &fail);
         return finish(value, fail, status);
@@ -73,7 +67,7 @@ ZEMATH_API double ncbetacdf(double x, double a, double b, double lambda, int* st
 
 ZEMATH_API double bivarnormcdf(double x, double y, double corre, int* status) {
     return guard_value([&] {
-        if (any_missing({x, y, corre})) return reject(status);
+        if (any_missing(x, y, corre)) return reject(status);
         nag::NagError fail;
         const double value = nag::g01hac(x, y, corre, &fail);
         return finish(value, fail, status);
@@ -82,7 +76,7 @@ ZEMATH_API double bivarnormcdf(double x, double y, double corre, int* status) {
 
 ZEMATH_API double srangecdf(double q, double v, int group, int* status) {
     return guard_value([&] {
-        if (any_missing({q, v})) return reject(status);
+        if (any_missing(q, v)) return reject(status);
         nag::NagError fail;
         const double value = nag::g01emc(q, v, group, &fail);
         return finish(value, fail, status);
@@ -91,7 +85,7 @@ ZEMATH_API double srangecdf(double q, double v, int group, int* status) {
 
 ZEMATH_API double srangeinv(double p, double v, int ir, int* status) {
     return guard_value([&] {
-        if (any_missing({p, v})) return reject(status);
+        if (any_missing(p, v)) return reject(status);
         nag::NagError fail;
         const double value = nag::g01fmc(p, v, ir, &fail);
         return finish(value, fail, status);
