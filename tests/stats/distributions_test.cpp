@@ -190,6 +190,7 @@ TEST(DistributionValues, CheckValuesLimitsAndPoles) {
         {Fn::lambertW, {1e-4, 0, 1}, 0, -0.97686286557442, 1e-14},
         // Limits in the variable (+-infinity) and in the parameters.
         {Fn::normcdf, {-kInf}, 2, 0, 0}, {Fn::normcdf, {kInf}, 3, 0, 0},
+        {Fn::bivarnormcdf, {kInf, kInf, 0.3}, 0, 1, 0},
         {Fn::normcdf, {-kInf}, 4, 1, 0}, {Fn::tcdf, {kInf, 3}, 1, 0, 0},
         {Fn::chi2cdf, {kInf, 3}, 2, 1, 0}, {Fn::fcdf, {kInf, 3, 4}, 2, 1, 0},
         {Fn::gamcdf, {kInf, 3, 4}, 1, 0, 0}, {Fn::gampdf, {kInf, 3, 4}, 0, 0, 0},

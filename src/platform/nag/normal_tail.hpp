@@ -17,6 +17,7 @@ inline constexpr double kInvSqrtTwoPi = 0.3989422804014327;    // 1/sqrt(2 pi)
 
 // Phi(-(z + z_low)) = P(Z > z + z_low), z_low a correction far below an ulp of z.
 inline double normal_upper(double z, double z_low = 0.0) {
+    if (std::isinf(z)) return z > 0.0 ? 0.0 : 1.0;  // the correction below would be inf - inf
     const double t = z * kRsqrt2Hi;
     const double tail = std::erfc(t);
     constexpr double kExactEnough = 2.0;  // below this the argument's rounding costs < 4 ulps
