@@ -322,3 +322,37 @@ TEST(PrimitivesBadInput, RefusalsLeaveOutputsUntouched) {
 }
 
 }  // namespace
+
+#if ZEMATH_SCAN_AVX2
+// Every processor form of the block scan gives the same sum and indices bit for bit: the
+// lanes, not the instruction set, fix the rounding. The machine picks one form at run
+// time, so the others are run here directly.
+TEST(PrimitivesScan, ProcessorFormsAgreeBitForBit) {
+    using namespace zemath::scan_detail;
+    std::mt19937 gen(11);
+    std::normal_distribution<double> normal(0.0, 1e3);
+    std::vector<double> v(512 * 3 + 40);
+    for (double& x : v) x = normal(gen);
+    v[100] = NANUM;
+    const double nanum = NANUM;
+    const Running<double, double> start{v[0], v[0], 0, 0, 1, 0, v[0]};
+    Running<double, double> base = start;
+    int i_base = 1;
+    scan_blocks<16, double, double, true, true, true>(v.data(), i_base, int(v.size()), nanum, base);
+    const auto same_as_base = [&](auto form) {
+        Running<double, double> wide = start;
+        int i_wide = 1;
+        form(wide, i_wide);
+        EXPECT_EQ(std::tie(wide.sum, wide.index_of_min, wide.index_of_max, wide.missing, i_wide),
+                  std::tie(base.sum, base.index_of_min, base.index_of_max, base.missing, i_base));
+    };
+    if (processor_has_avx2())
+        same_as_base([&](auto& r, int& i) {
+            scan_blocks_avx2<double, double, true, true, true>(v.data(), i, int(v.size()), nanum, r);
+        });
+    if (processor_has_avx512())
+        same_as_base([&](auto& r, int& i) {
+            scan_blocks_avx512<double, double, true, true, true>(v.data(), i, int(v.size()), nanum, r);
+        });
+}
+#endif
