@@ -34,6 +34,14 @@ inline void set_status(int* status, int code) {
     if (status) *status = code;
 }
 
+// The routines that return both tails at once offer only upper (1) and lower (2); any
+// other tail is refused with 70 (the status is written, the caller returns NANUM).
+inline bool refuse_two_output_tail(int tail, int* status) {
+    if (tail == 1 || tail == 2) return false;
+    set_status(status, nag::NE_BAD_PARAM);
+    return true;
+}
+
 // The value of a back-end call: on failure NANUM with the back end's code.
 inline double finish(double value, const nag::NagError& fail, int* status) {
     set_status(status, fail.code);

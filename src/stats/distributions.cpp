@@ -208,10 +208,7 @@ ZEMATH_API double finv(double p, double df1, double df2, int* status) {
 ZEMATH_API double betacdf(double x, double a, double b, int tail, int* status) {
     return backend_export(status, [&] {
         if (any_missing(x, a, b)) return reject(status);
-        if (tail != 1 && tail != 2) {  // the routine returns both tails; only they are offered
-            set_status(status, nag::NE_BAD_PARAM);
-            return kNanum;
-        }
+        if (refuse_two_output_tail(tail, status)) return kNanum;
         NagError fail;
         double v = 0.0;
         if (tail == 2) {

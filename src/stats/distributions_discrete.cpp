@@ -17,13 +17,6 @@ namespace zemath::stats {
 
 namespace {
 
-// Only upper (1) and lower (2) exist for the two-output routines.
-bool refuse_tail(int tail, int* status) {
-    if (tail == 1 || tail == 2) return false;
-    set_status(status, nag::NE_BAD_PARAM);
-    return true;
-}
-
 double pick(int tail, double lower, double upper, const nag::NagError& fail, int* status) {
     return finish(tail == 2 ? lower : upper, fail, status);
 }
@@ -39,7 +32,7 @@ extern "C" {
 
 ZEMATH_API double binocdf(int k, int n, double p, int tail, int* status) {
     return guard_value([&] {
-        if (refuse_tail(tail, status)) return kNanum;
+        if (refuse_two_output_tail(tail, status)) return kNanum;
         if (is_missing(p)) return reject(status);
         nag::NagError fail;
         double lower = 0.0, upper = 0.0;
@@ -59,7 +52,7 @@ ZEMATH_API double binopdf(int x, int nt, double p, int* status) {
 
 ZEMATH_API double poisscdf(int k, double lambda, int tail, int* status) {
     return guard_value([&] {
-        if (refuse_tail(tail, status)) return kNanum;
+        if (refuse_two_output_tail(tail, status)) return kNanum;
         if (is_missing(lambda)) return reject(status);
         nag::NagError fail;
         double lower = 0.0, upper = 0.0;
@@ -84,7 +77,7 @@ ZEMATH_API double poisspdf(int x, double lambda, int* status) {
 
 ZEMATH_API double hygecdf(int k, int m, int n, int l, int tail, int* status) {
     return guard_value([&] {
-        if (refuse_tail(tail, status)) return kNanum;
+        if (refuse_two_output_tail(tail, status)) return kNanum;
         nag::NagError fail;
         double lower = 0.0, upper = 0.0, point = 0.0;
         nag::g01blc(n, l, m, k, &lower, &upper, &point, &fail);

@@ -306,10 +306,7 @@ void set_up_factor(int m, const double c[], int tdc, double r[], NagError* fail)
 void g05lzc(Nag_ModeRNG mode, int m, const double xmu[], const double c[], int tdc, double x[],
             G05State& state, double r[], int nr, NagError* fail) {
     fail->set(NE_NOERROR);
-    const bool set_up = mode == Nag_ModeRNG::Nag_InitializeReference ||
-                        mode == Nag_ModeRNG::Nag_InitializeAndGenerate;
-    const bool generate = mode == Nag_ModeRNG::Nag_GenerateFromReference ||
-                          mode == Nag_ModeRNG::Nag_InitializeAndGenerate;
+    const auto [set_up, generate] = mode_steps(mode);
     if (!set_up && !generate && refuse(fail, NE_BAD_PARAM)) return;
     if (m < 1 && refuse(fail, NE_INT_ARG_LT)) return;
     if (m > g05lzc_max_dimension && refuse(fail, NE_INT_ARG_GT)) return;

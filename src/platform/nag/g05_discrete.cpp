@@ -310,13 +310,23 @@ void g05mac(int a, int b, int n, int x[], G05State& state, NagError* fail) {
     }
 }
 
+namespace {
+
+// The success probability of the failure-counting laws: finite, 0 < p <= 1.
+bool refuse_success_probability(double p, NagError* fail) {
+    if (!std::isfinite(p)) return refuse(fail, NE_REAL);
+    if (p <= 0.0) return refuse(fail, NE_REAL_ARG_LE);
+    if (p > 1.0) return refuse(fail, NE_REAL_ARG_GT);
+    return false;
+}
+
+}  // namespace
+
 void g05mbc(double p, int n, int x[], G05State& state, NagError* fail) {
     fail->set(NE_NOERROR);
     if (bad_count(n, x, fail)) return;
-    if (!std::isfinite(p) && refuse(fail, NE_REAL)) return;
-    if (p <= 0.0 && refuse(fail, NE_REAL_ARG_LE)) return;
-    if (p > 1.0 && refuse(fail, NE_REAL_ARG_GT)) return;
-    if (p == 1.0) {
+    if (refuse_success_probability(p, fail)) return;
+    if (p == 1.0) {  // every trial succeeds: no failures
         std::fill(x, x + n, 0);
         return;
     }
@@ -333,10 +343,8 @@ void g05mcc(int m, double p, int n, int x[], G05State& state, NagError* fail) {
     fail->set(NE_NOERROR);
     if (bad_count(n, x, fail)) return;
     if (m < 1 && refuse(fail, NE_INT_ARG_LT)) return;
-    if (!std::isfinite(p) && refuse(fail, NE_REAL)) return;
-    if (p <= 0.0 && refuse(fail, NE_REAL_ARG_LE)) return;
-    if (p > 1.0 && refuse(fail, NE_REAL_ARG_GT)) return;
-    if (p == 1.0) {
+    if (refuse_success_probability(p, fail)) return;
+    if (p == 1.0) {  // every trial succeeds: no failures
         std::fill(x, x + n, 0);
         return;
     }
@@ -464,10 +472,7 @@ void set_up_table(int ip1, const double p[], int np, Nag_TableType itype, double
 void g05mzc(Nag_ModeRNG mode, int ip1, const double p[], int np, Nag_TableType itype, int n,
             int x[], G05State& state, double r[], int nr, NagError* fail) {
     fail->set(NE_NOERROR);
-    const bool set_up = mode == Nag_ModeRNG::Nag_InitializeReference ||
-                        mode == Nag_ModeRNG::Nag_InitializeAndGenerate;
-    const bool generate = mode == Nag_ModeRNG::Nag_GenerateFromReference ||
-                          mode == Nag_ModeRNG::Nag_InitializeAndGenerate;
+    const auto [set_up, generate] = mode_steps(mode);
     if (!set_up && !generate && refuse(fail, NE_BAD_PARAM)) return;
     if (set_up && itype != Nag_TableType::Nag_PDF && itype != Nag_TableType::Nag_CDF &&
         refuse(fail, NE_BAD_PARAM))

@@ -183,6 +183,19 @@ inline bool bad_count(int n, T x[], NagError* fail) {
     return false;
 }
 
+// What a mode asks for: building the reference vector, generating from it, or both.
+struct ModeSteps {
+    bool set_up;
+    bool generate;
+};
+
+inline ModeSteps mode_steps(Nag_ModeRNG mode) {
+    return {mode == Nag_ModeRNG::Nag_InitializeReference ||
+                mode == Nag_ModeRNG::Nag_InitializeAndGenerate,
+            mode == Nag_ModeRNG::Nag_GenerateFromReference ||
+                mode == Nag_ModeRNG::Nag_InitializeAndGenerate};
+}
+
 // Sets the error code; true, so that a check reads `if (bad && refuse(fail, code)) return;`.
 inline bool refuse(NagError* fail, int code) {
     fail->set(code);
