@@ -18,6 +18,14 @@
 #  define ZEMATH_API __attribute__((visibility("default")))
 #endif
 
+/* Every export is declared non-throwing for C++ callers: an export that let an exception
+ * out would terminate instead of unwinding into C frames. Empty in C. */
+#ifdef __cplusplus
+#  define ZEMATH_NOEXCEPT noexcept
+#else
+#  define ZEMATH_NOEXCEPT
+#endif
+
 #ifdef __cplusplus
 #  define ZEMATH_EXTERN_C_BEGIN extern "C" {
 #  define ZEMATH_EXTERN_C_END }

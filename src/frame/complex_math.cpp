@@ -2,7 +2,7 @@
 // value before computing anything; NaN is not caught by the guard.
 #include "zemath/complex.h"
 
-#include "frame/missing.hpp"
+#include "core/missing.hpp"
 #include "platform/nag/a02.hpp"
 
 using namespace zemath;

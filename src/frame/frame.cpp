@@ -3,8 +3,8 @@
 // typed primitives in primitives.cpp.
 #include "zemath/frame.h"
 
-#include "frame/guard.hpp"
-#include "frame/missing.hpp"
+#include "core/guard.hpp"
+#include "core/missing.hpp"
 #include "platform/nag/nag.hpp"
 
 using namespace zemath;

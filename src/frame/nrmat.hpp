@@ -8,7 +8,7 @@
 #include <new>
 #include <type_traits>
 
-#include "frame/guard.hpp"
+#include "core/guard.hpp"
 #include "zemath/types.h"
 
 namespace zemath {

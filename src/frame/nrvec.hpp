@@ -10,8 +10,8 @@
 #include <span>
 #include <type_traits>
 
-#include "frame/guard.hpp"
-#include "frame/missing.hpp"
+#include "core/guard.hpp"
+#include "core/missing.hpp"
 #include "zemath/types.h"
 
 namespace zemath {

@@ -5,7 +5,7 @@
 #include "zemath/primitives.h"
 #include "zemath/frame.h"
 
-#include "frame/guard.hpp"
+#include "core/guard.hpp"
 #include "frame/primitives.hpp"
 
 namespace zemath {

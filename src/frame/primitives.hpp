@@ -24,7 +24,7 @@
 #include <span>
 #include <type_traits>
 
-#include "frame/missing.hpp"
+#include "core/missing.hpp"
 #include "frame/nrvec.hpp"
 #include "frame/scan.hpp"
 #include "platform/util/bins.hpp"

@@ -30,7 +30,7 @@
 #include <limits>
 #include <type_traits>
 
-#include "frame/missing.hpp"
+#include "core/missing.hpp"
 #include "zemath/types.h"
 
 #if defined(__GNUC__) && !defined(ZEMATH_SCAN_PORTABLE)

@@ -24,7 +24,7 @@
 #include <memory>
 #include <new>
 
-#include "frame/missing.hpp"
+#include "core/missing.hpp"
 #include "frame/nrvec.hpp"
 #include "frame/search.hpp"
 #include "platform/util/sort_kernels.hpp"

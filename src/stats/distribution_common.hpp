@@ -2,7 +2,7 @@
 // way a scalar function reports its value and status.
 #pragma once
 
-#include "frame/missing.hpp"
+#include "core/missing.hpp"
 #include "platform/nag/nag.hpp"
 #include "zemath/status.h"
 

@@ -25,8 +25,8 @@
 #include <limits>
 #include <utility>
 
-#include "frame/guard.hpp"
-#include "frame/missing.hpp"
+#include "core/guard.hpp"
+#include "core/missing.hpp"
 #include "platform/nag/g01.hpp"
 #include "platform/nag/g01_extended.hpp"
 #include "platform/util/probability.hpp"

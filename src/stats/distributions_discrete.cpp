@@ -6,8 +6,8 @@
 // selector error 70. The two densities are computed in-house (stats/discrete_terms).
 #include <cmath>
 
-#include "frame/guard.hpp"
-#include "frame/missing.hpp"
+#include "core/guard.hpp"
+#include "core/missing.hpp"
 #include "platform/nag/g01.hpp"
 #include "stats/discrete_terms.hpp"
 #include "stats/distribution_common.hpp"

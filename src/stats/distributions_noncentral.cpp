@@ -6,8 +6,8 @@
 #include <cmath>
 #include <initializer_list>
 
-#include "frame/guard.hpp"
-#include "frame/missing.hpp"
+#include "core/guard.hpp"
+#include "core/missing.hpp"
 #include "platform/nag/c05.hpp"
 #include "platform/nag/g01.hpp"
 #include "stats/distribution_common.hpp"

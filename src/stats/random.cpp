@@ -12,8 +12,8 @@
 #include <cstddef>
 #include <initializer_list>
 
-#include "frame/guard.hpp"
-#include "frame/missing.hpp"
+#include "core/guard.hpp"
+#include "core/missing.hpp"
 #include "frame/nrvec.hpp"
 #include "platform/nag/g05.hpp"
 

@@ -10,8 +10,8 @@
 #include <new>
 #include <vector>
 
-#include "frame/guard.hpp"
-#include "frame/missing.hpp"
+#include "core/guard.hpp"
+#include "core/missing.hpp"
 #include "platform/nag/nag.hpp"
 #include "zemath.h"
 

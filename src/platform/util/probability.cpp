@@ -13,7 +13,7 @@
 
 #include <cmath>
 
-#include "frame/missing.hpp"
+#include "core/missing.hpp"
 #include "platform/nag/g01.hpp"
 
 namespace zemath::util {
