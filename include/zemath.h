@@ -6,6 +6,7 @@
 #include "zemath/status.h"
 #include "zemath/frame.h"
 #include "zemath/complex.h"
+#include "zemath/geometry.h"
 #include "zemath/primitives.h"
 #include "zemath/search.h"
 #include "zemath/sort.h"
