@@ -7,6 +7,8 @@
 #include "zemath/frame.h"
 #include "zemath/complex.h"
 #include "zemath/geometry.h"
+#include "zemath/reduction.h"
+#include "zemath/image.h"
 #include "zemath/primitives.h"
 #include "zemath/search.h"
 #include "zemath/sort.h"
