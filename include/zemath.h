@@ -14,5 +14,6 @@
 #include "zemath/sort.h"
 #include "zemath/distributions.h"
 #include "zemath/random.h"
+#include "zemath/statistics.h"
 
 #endif /* ZEMATH_H */
