@@ -86,14 +86,30 @@ void filter_generic(std::uint16_t* image, const std::uint16_t* copy, int n_rows,
                     const std::vector<WindowCell>& cells, MathOperatorBase<std::uint16_t>& op,
                     const Threshold& threshold, const FilterRegion& region) {
     std::vector<std::uint16_t> values(cells.size());
+    std::vector<std::ptrdiff_t> linear(cells.size());
+    int row_low = 0, row_high = 0, col_low = 0, col_high = 0;  // extent of the cells
+    for (std::size_t k = 0; k < cells.size(); ++k) {
+        linear[k] = cells[k].linear;
+        row_low = std::min(row_low, cells[k].row);
+        row_high = std::max(row_high, cells[k].row);
+        col_low = std::min(col_low, cells[k].col);
+        col_high = std::max(col_high, cells[k].col);
+    }
     for (int r = region.row_from; r <= region.row_to; ++r) {
+        const bool rows_inside = r + row_low >= 0 && r + row_high < n_rows;
         for (int c = region.col_from; c <= region.col_to; ++c) {
             const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(r) * n_cols + c;
             int count = 0;
-            for (const WindowCell& cell : cells) {
-                const int rr = r + cell.row, cc = c + cell.col;
-                if (rr < 0 || rr >= n_rows || cc < 0 || cc >= n_cols) continue;
-                values[static_cast<std::size_t>(count++)] = copy[at + cell.linear];
+            if (rows_inside && c + col_low >= 0 && c + col_high < n_cols) {
+                // Whole window inside: no per-cell test.
+                for (const std::ptrdiff_t offset : linear)
+                    values[static_cast<std::size_t>(count++)] = copy[at + offset];
+            } else {
+                for (const WindowCell& cell : cells) {
+                    const int rr = r + cell.row, cc = c + cell.col;
+                    if (rr < 0 || rr >= n_rows || cc < 0 || cc >= n_cols) continue;
+                    values[static_cast<std::size_t>(count++)] = copy[at + cell.linear];
+                }
             }
             const std::uint16_t result = op.operate(values.data(), count, copy + at);
             if (threshold.accepts(copy[at], result)) image[at] = result;

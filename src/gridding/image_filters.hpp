@@ -73,7 +73,7 @@ class FilterOrder : public MathOperatorBase<T> {
         sorted_.reserve(static_cast<std::size_t>(window_size));
     }
     T operate(const T* values, int count, const T*) override {
-        sorted_.assign(values, values + count);
+        sorted_.assign(values, values + count);  // capacity reserved: no allocation
         const int rank = clipped_rank(index_, window_size_, percent_, count);
         // A selection gives the value the full ascending sort would hold at that rank.
         std::nth_element(sorted_.begin(), sorted_.begin() + rank, sorted_.end());
