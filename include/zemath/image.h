@@ -47,6 +47,66 @@ ZEMATH_API int zemath_us_conserve_filter(unsigned short* image, int nRows, int n
                                          int nHeight, int nShape, double dThreshold, int nRowFrom,
                                          int nColFrom, int nRowTo, int nColTo) ZEMATH_NOEXCEPT;
 
+/* Structuring element: fills strel (nRows x nCols, row-major) with 1 for the cells of
+ * the element and 0 elsewhere, the centre being cell (nRows / 2, nCols / 2). kind:
+ * 0 rectangle; 1 ellipse inscribed in it; 2 diamond inscribed in it; 3 cross (centre row
+ * and column); 4 horizontal line (centre row); 5 vertical line (centre column); 6 line
+ * through the centre at params[0] degrees counterclockwise from the +column direction
+ * (rows drawn downwards; cells within half a cell of it); 7 octagon: the rectangle with
+ * the corner triangles of params[0] cells cut (cells whose row and column distances to
+ * the nearest corner sum to at least params[0]). Returns the number of cells set; -52
+ * strel NULL or nRows or nCols below 1 (an empty target); -10 kind outside 0..7; -18
+ * kinds 6 and 7 without their parameter (params NULL, n_params < 1, NaN or NANUM). */
+ZEMATH_API int zemath_make_strel(int kind, const double* params, int n_params, unsigned char* strel,
+                                 int nRows, int nCols) ZEMATH_NOEXCEPT;
+
+/* Grey dilation (maximum) and erosion (minimum) of matrix (nRows x nCols, row-major)
+ * with the element strel (sRows x sCols, non-zero cells set, centre (sRows / 2,
+ * sCols / 2), not reflected: equal for symmetric elements): out[r][c] is the maximum /
+ * minimum of matrix over the set cells around (r, c), cells outside the matrix and values
+ * equal to NANUM skipped (NANUM when none is left; a NaN met is the result). out needs
+ * nRows x nCols slots and may be matrix itself. Returns 0; -11 matrix or out NULL; -15 a
+ * size below 1; -52 strel NULL or without a set cell; -54 the matrix smaller than the
+ * element; -19 no storage. */
+ZEMATH_API int zemath_dilate_matrix_with_strel(const double* matrix, int nRows, int nCols,
+                                               const unsigned char* strel, int sRows, int sCols,
+                                               double* out) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_erode_matrix_with_strel(const double* matrix, int nRows, int nCols,
+                                              const unsigned char* strel, int sRows, int sCols,
+                                              double* out) ZEMATH_NOEXCEPT;
+
+/* Profile of image (nRows x nCols, row-major) along the polyline through the vertices
+ * (vx[k], vy[k]), k < nVertices, in pixel coordinates (vx column, vy row): nPoints
+ * samples at equal arc-length steps from the first vertex to the last, each the
+ * bilinear interpolation of the four surrounding pixels (NANUM outside the image or next
+ * to a missing pixel). distance (optional) and values need nPoints slots; distance[i] is
+ * the arc length of sample i. Returns nPoints; -11 image, vx, vy or values NULL; -15
+ * nRows or nCols below 1; -18 nVertices < 2 or nPoints < 2; -1 a non-finite length. */
+ZEMATH_API int zemath_image_lines_profile(const double* image, int nRows, int nCols,
+                                          const double* vx, const double* vy, int nVertices,
+                                          int nPoints, double* distance,
+                                          double* values) ZEMATH_NOEXCEPT;
+
+/* XYZ triples of an image: for each pixel (row r, column c) not equal to NANUM, in
+ * row-major order, x = x_first + c x_step, y = y_first + r y_step, z = the pixel. x, y
+ * and z need up to nRows x nCols slots. Returns the number of triples; -11 a NULL
+ * pointer; -15 nRows or nCols below 1. */
+ZEMATH_API int zemath_image_xyz_profile(const double* image, int nRows, int nCols, double x_first,
+                                        double x_step, double y_first, double y_step, double* x,
+                                        double* y, double* z) ZEMATH_NOEXCEPT;
+
+/* Natural axes of a 16-bit image: with pixel weights w = value - threshold for values
+ * above threshold (0 otherwise), the weighted centroid (centre_x column, centre_y row),
+ * the angle in degrees of the major axis from the +column direction towards +row in
+ * (-90, 90], and the standard deviations of the weight along the major and minor axes
+ * (square roots of the eigenvalues of the weighted covariance of the pixel positions).
+ * Returns 0; -11 a NULL pointer; -15 nRows or nCols below 1; -18 no pixel above the
+ * threshold. */
+ZEMATH_API int zemath_us_find_natural_axes(const unsigned short* image, int nRows, int nCols,
+                                           unsigned short threshold, double* centre_x,
+                                           double* centre_y, double* angle, double* major,
+                                           double* minor) ZEMATH_NOEXCEPT;
+
 ZEMATH_EXTERN_C_END
 
 #endif /* ZEMATH_IMAGE_H */
