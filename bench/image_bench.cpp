@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "zemath/image.h"
+#include "zemath/reduction.h"
 
 namespace {
 
@@ -34,6 +35,25 @@ void BM_percentile_filter(benchmark::State& state) {
 }
 BENCHMARK(BM_percentile_filter)->Arg(3)->Arg(15)->Arg(51)->Unit(benchmark::kMillisecond)
     ->Repetitions(3)->ReportAggregatesOnly(true);
+
+// Reduction of 1e7 standard normal points by groups of 10 and 1000 points: mean (0),
+// maximum (2), median (3).
+void BM_reduce_n_points(benchmark::State& state) {
+    const unsigned n = 10000000, group = static_cast<unsigned>(state.range(0));
+    const int method = static_cast<int>(state.range(1));
+    std::mt19937_64 gen(20241123);
+    std::normal_distribution<double> normal;
+    std::vector<double> y(n), out(n / group + 1);
+    for (auto& v : y) v = normal(gen);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(zemath_reducexy_n_points(y.data(), out.data(), n, group, method));
+    state.SetItemsProcessed(state.iterations() * n);
+}
+BENCHMARK(BM_reduce_n_points)
+    ->ArgsProduct({{10, 1000}, {0, 2, 3}})
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(3)
+    ->ReportAggregatesOnly(true);
 
 }  // namespace
 

@@ -2,7 +2,8 @@
 """SciPy peer of bench/image_bench.cpp: scipy.ndimage.percentile_filter (50%) and
 scipy.ndimage.median_filter on the same 2048 x 2048 uint16 image sizes (uniform random
 pixels) with square windows of side 3, 15 and 51; median of 3 runs (51: 1 run, SciPy
-takes seconds there).
+takes seconds there). Reduction of 1e7 standard normal points by groups of 10 and 1000:
+y.reshape(-1, g).mean / max / numpy.median along axis 1 (no missing-value handling).
 """
 import statistics
 import time
@@ -21,8 +22,19 @@ def timed(fn, repeat):
     return statistics.median(times) * 1e3
 
 
+def reductions(rng):
+    y = rng.standard_normal(10_000_000)
+    for group in (10, 1000):
+        r = y.reshape(-1, group)
+        for name, fn in (("mean", lambda: r.mean(axis=1)), ("max", lambda: r.max(axis=1)),
+                         ("median", lambda: np.median(r, axis=1))):
+            ms = timed(fn, 3)
+            print(f"numpy_reduce_{name}/{group:<8}{ms:>12.1f} ms")
+
+
 def main():
     rng = np.random.default_rng(20241123)
+    reductions(rng)
     image = rng.integers(0, 65536, size=(2048, 2048), dtype=np.uint16)
     print(f"SciPy {scipy.__version__}")
     for side in (3, 15, 51):
