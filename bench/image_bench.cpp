@@ -27,14 +27,18 @@ void BM_percentile_filter(benchmark::State& state) {
         state.PauseTiming();
         image = original;
         state.ResumeTiming();
-        benchmark::DoNotOptimize(zemath_us_percentile_filter(image.data(), side, side, 50.0,
-                                                             window, window, 0, 0.0, 0, 0, -1,
-                                                             -1));
+        benchmark::DoNotOptimize(zemath_us_percentile_filter(image.data(), side, side, 50.0, window,
+                                                             window, 0, 0.0, 0, 0, -1, -1));
     }
     state.SetItemsProcessed(state.iterations() * side * side);
 }
-BENCHMARK(BM_percentile_filter)->Arg(3)->Arg(15)->Arg(51)->Unit(benchmark::kMillisecond)
-    ->Repetitions(3)->ReportAggregatesOnly(true);
+BENCHMARK(BM_percentile_filter)
+    ->Arg(3)
+    ->Arg(15)
+    ->Arg(51)
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(3)
+    ->ReportAggregatesOnly(true);
 
 // Reduction of 1e7 standard normal points by groups of 10 and 1000 points: mean (0),
 // maximum (2), median (3).

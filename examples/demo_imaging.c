@@ -30,8 +30,7 @@ void demo_imaging(const double* x, const double* y, int n) {
     if (zemath_us_percentile_filter(image, 5, 6, 50.0, 3, 3, 0, 0.0, 0, 0, -1, -1) == 0)
         printf("hot pixel after 3x3 50%% filter: %u (row 2: %u %u %u %u %u %u)\n",
                (unsigned)image[2 * 6 + 3], (unsigned)image[12], (unsigned)image[13],
-               (unsigned)image[14], (unsigned)image[15], (unsigned)image[16],
-               (unsigned)image[17]);
+               (unsigned)image[14], (unsigned)image[15], (unsigned)image[16], (unsigned)image[17]);
 
     w = sqrtz(z);
     printf("sqrt(1 + 2i)   = %.15f %+.15fi\n", w.re, w.im);
