@@ -17,16 +17,19 @@ namespace {
 
 // Counts of 16-bit values in a four-level radix-16 tree: level L holds the counts of
 // the values' top 4 (L + 1) bits, so a rank is found by four scans of 16 counters.
+// Counter is 16 bits wide when a window holds fewer than 65536 cells: half the memory,
+// so the 65536 finest counters stay in the processor's second-level cache.
+template <class Counter>
 class HistogramTree {
   public:
-    HistogramTree() : counts_(16 + 256 + 4096 + 65536, 0u) {}
-    void add(std::uint16_t v) { change(v, 1u); }
-    void remove(std::uint16_t v) { change(v, ~0u); }  // -1 in modular arithmetic
+    HistogramTree() : counts_(16 + 256 + 4096 + 65536, Counter{0}) {}
+    void add(std::uint16_t v) { change(v, Counter{1}); }
+    void remove(std::uint16_t v) { change(v, static_cast<Counter>(~Counter{0})); }  // -1 mod 2^k
     // The value of 0-based rank `rank` (ascending) among the values held.
     std::uint16_t select(unsigned rank) const {
         unsigned prefix = 0;
         for (int level = 0; level < 4; ++level) {
-            const std::uint32_t* row = counts_.data() + kOffset[level] + prefix * 16;
+            const Counter* row = counts_.data() + kOffset[level] + prefix * 16;
             unsigned digit = 0;
             while (digit < 15 && rank >= row[digit]) rank -= row[digit++];
             prefix = prefix * 16 + digit;
@@ -36,13 +39,13 @@ class HistogramTree {
 
   private:
     static constexpr std::array<unsigned, 4> kOffset{0, 16, 16 + 256, 16 + 256 + 4096};
-    void change(std::uint16_t v, std::uint32_t delta) {
+    void change(std::uint16_t v, Counter delta) {
         counts_[kOffset[0] + (v >> 12)] += delta;
         counts_[kOffset[1] + (v >> 8)] += delta;
         counts_[kOffset[2] + (v >> 4)] += delta;
         counts_[kOffset[3] + v] += delta;
     }
-    std::vector<std::uint32_t> counts_;
+    std::vector<Counter> counts_;
 };
 
 // The threshold rule: a result replaces the pixel only when (|before - result| - T) s
@@ -118,6 +121,7 @@ void filter_generic(std::uint16_t* image, const std::uint16_t* copy, int n_rows,
 }
 
 // Fast path of the percentile filter on the full rectangle: a sliding histogram per row.
+template <class Counter>
 void filter_rectangle_rank(std::uint16_t* image, const std::uint16_t* copy, int n_rows, int n_cols,
                            int width, int height, const MathOperatorBase<std::uint16_t>& op,
                            double percent, const Threshold& threshold, const FilterRegion& region) {
@@ -126,7 +130,7 @@ void filter_rectangle_rank(std::uint16_t* image, const std::uint16_t* copy, int 
     const int col_before = width / 2, col_after = (width - 1) / 2;
     const auto* order = dynamic_cast<const FilterOrder<std::uint16_t>*>(&op);
     const bool is_min = dynamic_cast<const FilterMin<std::uint16_t>*>(&op) != nullptr;
-    HistogramTree tree;
+    HistogramTree<Counter> tree;
     for (int r = region.row_from; r <= region.row_to; ++r) {
         const int top = std::max(0, r - row_before), bottom = std::min(n_rows - 1, r + row_after);
         const int rows_in = bottom - top + 1;
@@ -181,10 +185,14 @@ int run_image_filter(std::uint16_t* image, int n_rows, int n_cols, FilterKind ki
     const std::vector<std::uint16_t> copy(image, image + pixels);
     // The histogram beats a per-window selection from a 3 x 3 window up (measured); a
     // single cell is the pixel itself.
-    if (kind == FilterKind::percentile && shape == kWindowRectangle && m > 1)
-        filter_rectangle_rank(image, copy.data(), n_rows, n_cols, width, height, *op, percent,
-                              threshold, region);
-    else
+    if (kind == FilterKind::percentile && shape == kWindowRectangle && m > 1) {
+        if (m < 65536)
+            filter_rectangle_rank<std::uint16_t>(image, copy.data(), n_rows, n_cols, width, height,
+                                                 *op, percent, threshold, region);
+        else
+            filter_rectangle_rank<std::uint32_t>(image, copy.data(), n_rows, n_cols, width, height,
+                                                 *op, percent, threshold, region);
+    } else
         filter_generic(image, copy.data(), n_rows, n_cols, cells, *op, threshold, region);
     return ZEMATH_OK;
 }

@@ -3,6 +3,7 @@
 // table of refused calls that must leave the image untouched.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <limits>
@@ -39,6 +40,20 @@ TEST(ImageFilters, MatchScipyInsideAndClippedRuleAtBorders) {
         ASSERT_EQ(run(c, image), 0) << c.what;
         EXPECT_EQ(image, c.expected) << c.what;
     }
+}
+
+// A window of 65536 cells or more (wider counters): pixels equal to their column index,
+// a 256 x 256 window at 100% gives the largest column in the clipped window.
+TEST(ImageFilters, WindowOfAtLeast65536Cells) {
+    const int rows = 256, cols = 260;
+    std::vector<unsigned short> image(rows * cols);
+    for (int k = 0; k < rows * cols; ++k) image[k] = static_cast<unsigned short>(k % cols);
+    ASSERT_EQ(zemath_us_percentile_filter(image.data(), rows, cols, 100.0, 256, 256, 0, 0.0, 0, 0,
+                                          -1, -1),
+              0);
+    for (int r = 0; r < rows; r += 51)
+        for (int c = 0; c < cols; ++c)
+            ASSERT_EQ(image[r * cols + c], std::min(c + 127, cols - 1)) << r << "," << c;
 }
 
 TEST(ImageFilters, RefusalsLeaveTheImageUntouched) {
