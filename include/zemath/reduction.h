@@ -42,7 +42,8 @@ ZEMATH_API int get_sampling_window_offset(int nCols, int nWidth, int nHeight, in
 /* Reduces y[0..n-1] by groups of points_per_group consecutive points (the last group
  * holds the rest) with method; out needs ceil(n / points_per_group) slots. Methods 12-14
  * see x start = x end = 0. Returns the group count; -11 y or out NULL; -18 n = 0 or
- * points_per_group = 0. */
+ * points_per_group = 0 (a group size of 0 is refused rather than divided by); -19 when
+ * the median's working storage could not be allocated. */
 ZEMATH_API int zemath_reducexy_n_points(const double* y, double* out, unsigned int n,
                                         unsigned int points_per_group, int method) ZEMATH_NOEXCEPT;
 
@@ -55,7 +56,8 @@ ZEMATH_API int zemath_reducexy_n_points(const double* y, double* out, unsigned i
  * argument, not from low: kept deliberately). Points are grouped by
  * zemath_group_xy_by_x_new. Returns the number of bins, or -1 when x, y or out is NULL,
  * n is 0, the range is empty (no usable x), x_increment is not positive, is NaN or
- * exceeds high - low, or more than 1e8 bins would result. */
+ * exceeds high - low, or more than 1e8 bins would result; -19 when working storage could
+ * not be allocated. */
 ZEMATH_API int zemath_reducexy_fixing_increbin(const double* x, const double* y, unsigned int n,
                                                double x_start, double x_end, int method,
                                                double* out, double x_increment) ZEMATH_NOEXCEPT;
@@ -64,7 +66,7 @@ ZEMATH_API int zemath_reducexy_fixing_increbin(const double* x, const double* y,
  * (high - low) / number_of_groups (upper edges (k + 1) width + low; points at or beyond
  * the last edge join the last bin), without the span test; out needs number_of_groups
  * slots. Returns number_of_groups, or -1 when x, y or out is NULL, n < 1,
- * number_of_groups < 1 or above 1e8, or the range is empty or not finite. */
+ * number_of_groups < 1 or above 1e8, or the range is empty or not finite; -19 no storage. */
 ZEMATH_API int zemath_reducexy_n_groups(const double* x, const double* y, int n, double x_start,
                                         double x_end, int method, double* out,
                                         int number_of_groups) ZEMATH_NOEXCEPT;
@@ -107,7 +109,7 @@ ZEMATH_API int zemath_reduce_2D_data(const double* z, int nRows, int nCols, int 
  * rest): y_out[k] is the group's value by method (x start and end being the group's
  * first and last x), x_out[k] its x centre (first x + last x) / 2. x_out and y_out need
  * ceil(n / sampling_size) slots and may be x and y themselves. Returns the group count;
- * -11 a NULL pointer; -18 n < 1 or sampling_size < 1. */
+ * -11 a NULL pointer; -18 n < 1 or sampling_size < 1; -19 no storage. */
 ZEMATH_API int reduce_xy_get_sampling_data(const double* x, const double* y, int n,
                                            int sampling_size, int method, double* x_out,
                                            double* y_out) ZEMATH_NOEXCEPT;
