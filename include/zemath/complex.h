@@ -8,8 +8,9 @@
  * NANUM) and nothing is computed. NaN is not caught by this check and propagates.
  * No function reports a status; a pole gives NANUM in both parts (atanz, atanhz, tanz,
  * tanhz as documented below) or the IEEE result (+-inf or NaN) for the others.
- * Branch cuts are the principal ones (arg in (-pi, pi]); a signed zero imaginary part
- * selects the side of a cut. */
+ * Branch cuts are the principal ones (arg in (-pi, pi]); for sqrtz, logz and the powers
+ * a signed zero imaginary part selects the side of a cut. atanz and atanhz (closed form,
+ * below) give one value on their cuts whatever the sign of the zero. */
 #ifndef ZEMATH_COMPLEX_H
 #define ZEMATH_COMPLEX_H
 
@@ -54,13 +55,15 @@ ZEMATH_API d_complex tanhz(d_complex z) ZEMATH_NOEXCEPT;
  * two angles folded into [-pi/2, pi/2]: principal branch (cuts on the imaginary axis
  * beyond +-i). NANUM in both parts at the poles z = i and z = -i. The real-part
  * difference of logarithms cancels near the real axis: the imaginary part there has an
- * absolute, not relative, error of a few ulps. Infinite parts give NaN. */
+ * absolute, not relative, error of a few ulps. On the cut itself (x = +-0, |y| > 1) the
+ * real part is -pi/2 for both signs of zero. Infinite parts give NaN. */
 ZEMATH_API d_complex atanz(d_complex z) ZEMATH_NOEXCEPT;
 
 /* Inverse hyperbolic tangent in the same closed form, 0.5 (log|1 + z| - log|1 - z|) +
  * 0.5 i (angle difference folded into [-pi/2, pi/2]): principal branch (cuts on the real
  * axis beyond +-1). NANUM in both parts at z = 1 and z = -1. Near the imaginary axis the
- * real part has an absolute error of a few ulps. Infinite parts give NaN. */
+ * real part has an absolute error of a few ulps. On the cut itself (y = +-0, |x| > 1)
+ * the imaginary part is +pi/2 for both signs of zero. Infinite parts give NaN. */
 ZEMATH_API d_complex atanhz(d_complex z) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END
