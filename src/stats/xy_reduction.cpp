@@ -40,11 +40,27 @@ double reduce_group(std::span<const double> y, int method, double x_start, doubl
             break;
     }
     if (n == 0) return kNanum;
+    // Long groups that fit an int go through the frame's block scan (16-lane sums, first
+    // occurrence on ties, NaN not missing); short groups, where its set-up costs more
+    // than it saves (measured), and huge ones through the plain loops below.
+    constexpr std::size_t kScanFrom = 64;
+    const bool scannable = n >= kScanFrom && n <= static_cast<std::size_t>(INT_MAX);
     switch (method) {
         case 0:
-            return sum_and_count(false).first / static_cast<double>(n);
+        case 8: {
+            const double sum = scannable
+                                   ? scan_sum<double>(y.data(), 0, static_cast<int>(n), &marker).sum
+                                   : sum_and_count(false).first;
+            return method == 0 ? sum / static_cast<double>(n) : sum;
+        }
         case 1:
         case 2: {
+            if (scannable) {
+                const auto r = scan_min_max<double, double, false>(y.data(), 0, static_cast<int>(n),
+                                                                   &marker);
+                if (r.count == 0) return kNanum;
+                return method == 1 ? r.min : r.max;
+            }
             double best = kNanum;
             bool any = false;
             for (const double v : y) {
@@ -72,8 +88,6 @@ double reduce_group(std::span<const double> y, int method, double x_start, doubl
         }
         case 7:
             return y[n - 1];
-        case 8:
-            return sum_and_count(false).first;
         case 9:
         case 10: {
             const MeanVariance mv = mean_variance(y, &marker);
