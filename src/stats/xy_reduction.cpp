@@ -16,7 +16,24 @@
 
 namespace zemath {
 
-double reduce_group(std::span<const double> y, int method, double x_start, double x_end) {
+// Median of the values not equal to NANUM by the percentile engine's pick (rule 0 at
+// 50%) and its selection, in a scratch buffer reused from group to group.
+double group_median(std::span<const double> y, std::vector<double>& scratch) {
+    scratch.clear();
+    for (const double v : y) {
+        if (std::isnan(v)) return v;  // as the engine: a usable NaN makes the result NaN
+        if (!is_missing(v)) scratch.push_back(v);
+    }
+    if (scratch.empty()) return kNanum;
+    const OrderStatisticPick pick = percentile_pick(scratch.size(), 50.0, kEdfAverage);
+    const std::size_t positions[2] = {pick.lower, pick.upper};
+    select_order_statistics(
+        scratch, std::span<const std::size_t>(positions, pick.upper > pick.lower ? 2 : 1));
+    return pick_value(scratch, pick);
+}
+
+double reduce_group(std::span<const double> y, int method, double x_start, double x_end,
+                    std::vector<double>& scratch) {
     const std::size_t n = y.size();
     const double marker = kNanum;
     auto sum_and_count = [&](bool squares) {
@@ -56,8 +73,8 @@ double reduce_group(std::span<const double> y, int method, double x_start, doubl
         case 1:
         case 2: {
             if (scannable) {
-                const auto r = scan_min_max<double, double, false>(y.data(), 0, static_cast<int>(n),
-                                                                   &marker);
+                const auto r =
+                    scan_min_max<double, double, false>(y.data(), 0, static_cast<int>(n), &marker);
                 if (r.count == 0) return kNanum;
                 return method == 1 ? r.min : r.max;
             }
@@ -70,13 +87,8 @@ double reduce_group(std::span<const double> y, int method, double x_start, doubl
             }
             return best;
         }
-        case 3: {
-            const double half = 50.0;
-            double median = kNanum;
-            percentiles(y, std::span<const double>(&half, 1), std::span<double>(&median, 1),
-                        kEdfAverage, nullptr);
-            return median;
-        }
+        case 3:
+            return group_median(y, scratch);
         case 4:
             return y[0];
         case 5:
@@ -154,6 +166,7 @@ bool grouping_range(std::span<const double> x, int method, double x_start, doubl
 int reduce_binned(std::span<const double> x, const double* y, const std::vector<double>& edges,
                   int method, double x_start, double width, double* out) {
     std::vector<int> last(edges.size());
+    std::vector<double> scratch;
     const int groups = group_by_x(x, edges, last);
     int first = 0;
     for (int k = 0; k < groups; ++k) {
@@ -161,7 +174,7 @@ int reduce_binned(std::span<const double> x, const double* y, const std::vector<
         const double start = x_start + k * width;
         out[k] =
             reduce_group(std::span<const double>(y + first, static_cast<std::size_t>(end - first)),
-                         method, start, start + width);
+                         method, start, start + width, scratch);
         first = end;
     }
     return groups;
@@ -182,10 +195,12 @@ ZEMATH_API int zemath_reducexy_n_points(const double* y, double* out, unsigned i
     if (n == 0 || points_per_group == 0) return ZEMATH_ERR_TOO_FEW_POINTS;
     return guard_status([&] {
         const unsigned groups = n / points_per_group + (n % points_per_group != 0);
+        std::vector<double> scratch;
         for (unsigned k = 0; k < groups; ++k) {
             const std::size_t first = static_cast<std::size_t>(k) * points_per_group;
             const std::size_t count = k + 1 < groups ? points_per_group : n - first;
-            out[k] = reduce_group(std::span<const double>(y + first, count), method, 0.0, 0.0);
+            out[k] =
+                reduce_group(std::span<const double>(y + first, count), method, 0.0, 0.0, scratch);
         }
         return static_cast<int>(groups);
     });
@@ -286,7 +301,7 @@ ZEMATH_API int zemath_reduce_2D_data(const double* z, int nRows, int nCols, int 
         if (count < 0) return count;
         const int block_rows = nRows / nHeight + (nRows % nHeight != 0);
         const int block_cols = nCols / nWidth + (nCols % nWidth != 0);
-        std::vector<double> values(cells.size());
+        std::vector<double> values(cells.size()), scratch;
         for (int bi = 0; bi < block_rows; ++bi) {
             for (int bj = 0; bj < block_cols; ++bj) {
                 // The window centred so that its cells cover exactly this block.
@@ -299,8 +314,9 @@ ZEMATH_API int zemath_reduce_2D_data(const double* z, int nRows, int nCols, int 
                 }
                 const double col_first = bj * static_cast<double>(nWidth);
                 const double col_last = std::min<double>(col_first + nWidth - 1, nCols - 1);
-                out[static_cast<std::ptrdiff_t>(bi) * block_cols + bj] = reduce_group(
-                    std::span<const double>(values.data(), used), method, col_first, col_last);
+                out[static_cast<std::ptrdiff_t>(bi) * block_cols + bj] =
+                    reduce_group(std::span<const double>(values.data(), used), method, col_first,
+                                 col_last, scratch);
             }
         }
         if (out_rows) *out_rows = block_rows;
@@ -316,6 +332,7 @@ ZEMATH_API int reduce_xy_get_sampling_data(const double* x, const double* y, int
     if (n < 1 || sampling_size < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
     return guard_status([&] {
         const int groups = n / sampling_size + (n % sampling_size != 0);
+        std::vector<double> scratch;
         for (int k = 0; k < groups; ++k) {
             const int first = k * sampling_size;
             const int count = std::min(sampling_size, n - first);
@@ -323,7 +340,7 @@ ZEMATH_API int reduce_xy_get_sampling_data(const double* x, const double* y, int
             // y first: y_out may be y itself, and group k is written after it is read.
             const double value =
                 reduce_group(std::span<const double>(y + first, static_cast<std::size_t>(count)),
-                             method, x_first, x_last);
+                             method, x_first, x_last, scratch);
             x_out[k] = (x_first + x_last) * 0.5;
             y_out[k] = value;
         }

@@ -28,7 +28,10 @@ namespace zemath {
 
 inline constexpr double kReducerFraction = 0.5;  // p of method 6
 
-double reduce_group(std::span<const double> y, int method, double x_start, double x_end);
+// The representative value of one group; scratch is working storage for the median,
+// reused from call to call.
+double reduce_group(std::span<const double> y, int method, double x_start, double x_end,
+                    std::vector<double>& scratch);
 
 // Groups points i = 0..n-1, x ascending, against ascending upper edges: point i joins the
 // first bin k whose edge exceeds x[i] (bins [e(k-1), e(k)), the first open below); points

@@ -79,7 +79,12 @@ TEST(XYReduction, DocumentedExamples) {
     EXPECT_EQ(out[3], 10.0);  // the last group holds one point
     const double with_missing[3] = {2, NANUM, 4};
     ASSERT_EQ(zemath_reducexy_n_points(with_missing, out, 3, 3, 0), 1);
-    EXPECT_EQ(out[0], 2.0);  // full count: 6 / 3
+    EXPECT_EQ(out[0], 2.0);                       // full count: 6 / 3
+    const double with_nan[3] = {1.0, kNaN, 3.0};  // NaN is not missing: it propagates
+    for (const int method : {0, 3, 8, 9, 11}) {
+        ASSERT_EQ(zemath_reducexy_n_points(with_nan, out, 3, 3, method), 1);
+        EXPECT_TRUE(std::isnan(out[0])) << method;
+    }
     // Method 13 of bin k reports x_start + (k + 0.5) increment, from the x start argument.
     const double x[4] = {0.0, 1.0, 2.0, 3.0}, v[4] = {5, 6, 7, 8};
     double centre[6];
