@@ -152,15 +152,23 @@ void filter_rectangle_rank(std::uint16_t* image, const std::uint16_t* copy, int 
             const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(r) * n_cols + c;
             if (threshold.accepts(copy[at], result)) image[at] = result;
             if (c == region.col_to) break;
-            // Slide one column right.
-            if (c - col_before >= 0) {
-                column(c - col_before, false);
-                ++left;
+            // Slide one column right; inside the image one pass removes the leaving
+            // column and adds the entering one (independent updates, overlapped).
+            const bool leaves = c - col_before >= 0, enters = c + 1 + col_after < n_cols;
+            if (leaves && enters) {
+                const std::uint16_t* out = copy + static_cast<std::ptrdiff_t>(top) * n_cols + left;
+                const std::uint16_t* in = out + (right + 1 - left);
+                for (int k = 0; k < rows_in; ++k, out += n_cols, in += n_cols) {
+                    tree.remove(*out);
+                    tree.add(*in);
+                }
+            } else if (leaves) {
+                column(left, false);
+            } else if (enters) {
+                column(right + 1, true);
             }
-            if (c + 1 + col_after < n_cols) {
-                column(c + 1 + col_after, true);
-                ++right;
-            }
+            left += leaves;
+            right += enters;
         }
         for (int c = left; c <= right; ++c) column(c, false);  // empty for the next row
     }
