@@ -76,6 +76,7 @@ enum zemath_backend_status {
     ZEMATH_NAG_INCOMPAT_PARAM = 88,   /* mutually incompatible arguments */
     ZEMATH_NAG_CONV = 300,            /* an iteration did not converge; approximate result */
     ZEMATH_NAG_PROB_LIMIT = 301,      /* probability too close to 0 or 1 for the result */
+    ZEMATH_NAG_NOT_SORTED = 302,      /* data that must be sorted are not */
     ZEMATH_NAG_TOO_MANY_ITER = 357,   /* iteration limit reached */
     ZEMATH_NAG_DEVIATE_FAILED = 422,  /* a deviate could not be computed to accuracy */
     ZEMATH_NAG_ACCURACY_WARNING = 424 /* probability returned, full accuracy may not be reached */

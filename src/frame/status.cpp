@@ -65,6 +65,7 @@ extern "C" ZEMATH_API const char* zemath_status_string(int status) {
         case ZEMATH_NAG_ALLOC_FAIL: return "back end: allocation failed";
         case ZEMATH_NAG_CONV: return "back end: iteration did not converge";
         case ZEMATH_NAG_PROB_LIMIT: return "back end: probability too close to 0 or 1";
+        case ZEMATH_NAG_NOT_SORTED: return "back end: data not sorted";
         case ZEMATH_NAG_BAD_PARAM: return "back end: argument selector out of range";
         case ZEMATH_NAG_INCOMPAT_PARAM: return "back end: incompatible arguments";
         case ZEMATH_NAG_TOO_MANY_ITER: return "back end: iteration limit reached";
