@@ -12,5 +12,6 @@
 #include "zemath/distributions.h"
 #include "zemath/random.h"
 #include "zemath/statistics.h"
+#include "zemath/calculus.h"
 
 #endif /* ZEMATH_H */
