@@ -282,6 +282,20 @@ ZEMATH_API int zemath_get_percentiles_data(const double* data, unsigned int n, c
  * NULL data, n <= 0, another method, or when the ingredients are not available. */
 ZEMATH_API double zemath_bin_width(const double* data, int n, int method, int nInterpolate) ZEMATH_NOEXCEPT;
 
+/* Percentiles of a distribution curve: (x, y) with x non-decreasing is a density curve;
+ * its cumulative area (trapezoid rule; points whose y is NANUM are skipped) is searched
+ * for each probability q in probabilities[0..nProb-1]: percentiles[k] is the abscissa
+ * where the area reaches q times the total, linear between the bracketing points (the
+ * lower point itself when the area there equals the target to 1e-11 relative); indices[k]
+ * (optional) receives the lower bracketing point. q = 0 gives x[0] (index 0), q = 1
+ * x[n-1] (index n-1), any other q outside (0, 1) NANUM (index 0). y should be >= 0.
+ * Returns 0; -156 when x, y, probabilities or percentiles is NULL; -110 when n < 3;
+ * -220 when x holds a non-finite or NANUM value, decreases, or has x[n-1] == x[0];
+ * -166 when working storage cannot be had. */
+ZEMATH_API int zemath_percentiles_distribution(int n, const double* x, const double* y,
+                                               const double* probabilities, int nProb,
+                                               double* percentiles, int* indices) ZEMATH_NOEXCEPT;
+
 ZEMATH_EXTERN_C_END
 
 #endif /* ZEMATH_STATISTICS_H */

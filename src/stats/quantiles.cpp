@@ -14,6 +14,7 @@
 #include "platform/nag/g01_summary.hpp"
 #include "platform/util/approx.hpp"
 #include "platform/util/messages.hpp"
+#include "signal/integration.hpp"
 #include "stats/moments.hpp"
 #include "stats/percentiles.hpp"
 #include "zemath/statistics.h"
@@ -444,5 +445,56 @@ ZEMATH_API double zemath_bin_width(const double* data, int n, int method,
             default:
                 return kNanum;
         }
+    });
+}
+
+// ---- Percentiles of a distribution curve ------------------------------------------------
+
+ZEMATH_API int zemath_percentiles_distribution(int n, const double* x, const double* y,
+                                               const double* probabilities, int nProb,
+                                               double* percentiles, int* indices) noexcept {
+    if (x == nullptr || y == nullptr || probabilities == nullptr || percentiles == nullptr)
+        return ZEMATH_ERR_NULL_STATS;
+    if (n < 3) return ZEMATH_ERR_STATS_INPUT;
+    for (int i = 0; i < n; ++i)
+        if (!std::isfinite(x[i]) || is_missing(x[i]) || (i > 0 && x[i] < x[i - 1]))
+            return ZEMATH_ERR_BAD_ABSCISSA;
+    if (!(x[n - 1] > x[0])) return ZEMATH_ERR_BAD_ABSCISSA;
+    // Working storage failing is reported as -166 by this function.
+    return zemath::guarded<int>(ZEMATH_ERR_TOO_MANY_DATA, [&]() -> int {
+        const auto count = static_cast<std::size_t>(n);
+        std::vector<double> cumulative(count);
+        zemath::cumulative_trapezoid(std::span<const double>(x, count),
+                                     std::span<const double>(y, count), cumulative);
+        const double total = cumulative.back();
+        for (int k = 0; k < nProb; ++k) {
+            const double q = probabilities[k];
+            double value = kNanum;
+            int lo = 0;
+            if (q == 0.0) {
+                value = x[0];
+            } else if (q == 1.0) {
+                value = x[n - 1];
+                lo = n - 1;
+            } else if (q > 0.0 && q < 1.0) {
+                const double target = q * total;
+                int hi = n - 1;
+                while (hi - lo > 1) {  // cumulative(lo) <= target < cumulative(hi)
+                    const int mid = lo + (hi - lo) / 2;
+                    if (cumulative[mid] <= target)
+                        lo = mid;
+                    else
+                        hi = mid;
+                }
+                const double below = cumulative[lo], above = cumulative[hi];
+                if (zemath::util::approx_equal(target, below) || !(above > below))
+                    value = x[lo];
+                else
+                    value = x[lo] + (target - below) / (above - below) * (x[hi] - x[lo]);
+            }
+            percentiles[k] = value;
+            if (indices != nullptr) indices[k] = lo;
+        }
+        return ZEMATH_OK;
     });
 }

@@ -428,6 +428,33 @@ TEST(Quantiles, RangeMedianFrequenciesAndBinWidth) {
     EXPECT_EQ(zemath_bin_width(eight, 8, 3, 0), kNA);
 }
 
+TEST(Quantiles, PercentilesOfADistributionCurve) {
+    // Density y = x on [0, 2]: the trapezoid areas are exact (x^2 / 2, total 2), and
+    // between samples the abscissa is interpolated linearly in the cumulative area.
+    const double x[] = {0, 0.5, 1, 1.5, 2};
+    const double y[] = {0, 0.5, 1, 1.5, 2};
+    const double q[] = {0, 0.0625, 0.125, 0.5, 1, 1.5, -0.1};
+    double p[7];
+    int index[7];
+    ASSERT_EQ(zemath_percentiles_distribution(5, x, y, q, 7, p, index), 0);
+    const double want[] = {0,   0.5, 0.5 + 0.5 * (0.25 - 0.125) / 0.375, 1 + 0.5 * 0.5 / 0.625, 2,
+                           kNA, kNA};
+    const int want_index[] = {0, 1, 1, 2, 4, 0, 0};
+    for (int k = 0; k < 7; ++k) {
+        EXPECT_NEAR(p[k], want[k], 1e-15) << k;
+        EXPECT_EQ(index[k], want_index[k]) << k;
+    }
+    const double descending[] = {2, 1, 0};
+    EXPECT_EQ(zemath_percentiles_distribution(3, descending, y, q, 1, p, nullptr),
+              ZEMATH_ERR_BAD_ABSCISSA);
+    const double with_missing[] = {0, kNA, 1};
+    EXPECT_EQ(zemath_percentiles_distribution(3, with_missing, y, q, 1, p, nullptr),
+              ZEMATH_ERR_BAD_ABSCISSA);
+    EXPECT_EQ(zemath_percentiles_distribution(2, x, y, q, 1, p, nullptr), ZEMATH_ERR_STATS_INPUT);
+    EXPECT_EQ(zemath_percentiles_distribution(5, x, nullptr, q, 1, p, nullptr),
+              ZEMATH_ERR_NULL_STATS);
+}
+
 TEST(Quantiles, StatusCodes) {
     const double d[] = {1, 2, 3};
     QuantileOptions opt{};
