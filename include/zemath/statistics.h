@@ -82,6 +82,59 @@ typedef struct RangeResults {
     double Range;
 } RangeResults;
 
+/* ---- Records of the parametric tests ------------------------------------------------ */
+
+/* A sample summary (input of the summarized tests). */
+typedef struct TTestSummary {
+    int N;
+    double Mean;
+    double SD;
+} TTestSummary;
+
+/* The hypothesis: a leading word not read, the hypothesised value (the mean, or the mean
+ * difference), the tail: 0 two-tailed, 1 upper (the alternative is a mean above the
+ * value), 2 lower. */
+typedef struct TTestHypothesis {
+    int Reserved;
+    double Value;
+    int TailType;
+} TTestHypothesis;
+
+/* One-sample result. SE (standard error of the mean) is filled by the raw-data tests
+ * and NANUM from the summarized test. */
+typedef struct OneSampleTTestResults {
+    int N;
+    double Mean;
+    double SD;
+    double SE;
+    int DOF;
+    double t;
+    double P;
+} OneSampleTTestResults;
+
+/* Two-sample result (the paired tests put the difference sample in both sample slots).
+ * SE1/SE2 (standard errors of the means) and SEDiff (standard error of the difference
+ * used by t) are filled by the raw-data tests and NANUM from the summarized tests. */
+typedef struct TwoSampleTTestResults {
+    int N1;
+    double Mean1, SD1, SE1;
+    int N2;
+    double Mean2, SD2, SE2;
+    double MeanDiff;
+    double SEDiff;
+    double DOF;
+    double t;
+    double P;
+} TwoSampleTTestResults;
+
+/* Shapiro-Wilk result: the sample size as given, W and its p-value (NANUM until
+ * computed). */
+typedef struct ShapiroWilkResults {
+    int N;
+    double W;
+    double P;
+} ShapiroWilkResults;
+
 /* ---- Message codes ---------------------------------------------------------------- */
 
 /* A message sink receives each posted code (a static string) and the registered context,
@@ -295,6 +348,140 @@ ZEMATH_API double zemath_bin_width(const double* data, int n, int method, int nI
 ZEMATH_API int zemath_percentiles_distribution(int n, const double* x, const double* y,
                                                const double* probabilities, int nProb,
                                                double* percentiles, int* indices) ZEMATH_NOEXCEPT;
+
+/* ---- Parametric tests ------------------------------------------------------------------
+ * Common to this section: TailType 0 two-tailed, 1 upper, 2 lower. P values use Student's t
+ * through the regularised incomplete beta (one-sample and paired tests) or the two-sample
+ * back-end routine (pooled variance; Satterthwaite's degrees of freedom for the unequal-
+ * variance output). Raw-data tests skip NANUM (pairs with a missing member for the paired
+ * test) and need 2 usable points per sample (-165). */
+
+/* One-sample t test from a summary: res gets N, Mean, SD, SE = NANUM, DOF = N - 1,
+ * t = sqrt(N) (Mean - Value) / SD and its P (NANUM for N = 1). Returns 0; -151 when a
+ * pointer is NULL, TailType is outside 0..2, or Mean, SD or t is NANUM; -155 when N < 1. */
+ZEMATH_API int zemath_one_sample_t_test_with_summarized_data(const TTestSummary* summary,
+                                                             const TTestHypothesis* hyp,
+                                                             OneSampleTTestResults* res) ZEMATH_NOEXCEPT;
+/* Paired t test from the summary of the differences, which fills both sample slots and
+ * MeanDiff; DOF = N - 1 and, when SD != 0, t = (Mean - Value) / (SD / sqrt(N)) and P (other
+ * statistics NANUM). N = 1: DOF 0, statistics NANUM, returns 0. Returns 0; -151 when a
+ * pointer is NULL or TailType is outside 0..2; -165 when N < 1. */
+ZEMATH_API int zemath_two_sample_t_test_pair_with_summarized_data(const TTestSummary* diff,
+                                                                  const TTestHypothesis* hyp,
+                                                                  TwoSampleTTestResults* res) ZEMATH_NOEXCEPT;
+/* Two-sample t test (equal variances) of mean1 - mean2 = Value from summaries: DOF =
+ * N1 + N2 - 2, t and P (NANUM when N < 2 or SD <= 0 in either sample). unequal (optional,
+ * 3 doubles) receives t, DOF and P of the unequal-variance test. Returns 0; -151 when a
+ * pointer other than unequal is NULL or TailType is outside 0..2. */
+ZEMATH_API int zemath_two_sample_t_test_with_summarized_data(const TTestSummary* s1, const TTestSummary* s2,
+                                                             const TTestHypothesis* hyp,
+                                                             TwoSampleTTestResults* res,
+                                                             double* unequal) ZEMATH_NOEXCEPT;
+
+/* One-sample t test of data[0..n-1] (SE filled). Returns 0; -156 when a pointer is NULL;
+ * -151 (tail); -155 when n > INT_MAX; -165 with fewer than 2 usable points; -151 as the
+ * summarized test. */
+ZEMATH_API int zemath_one_sample_t_test(const double* data, unsigned int n, const TTestHypothesis* hyp,
+                                        OneSampleTTestResults* res) ZEMATH_NOEXCEPT;
+/* The same with scalar outputs (each optional): t, P and DOF for the hypothesised mean. */
+ZEMATH_API int zemath_t_test_one_sample(const double* data, unsigned int n, double mean, int tail,
+                                        double* t, double* P, int* DOF) ZEMATH_NOEXCEPT;
+/* Two-sample t test of x[0..nx-1] against y[0..ny-1] (SE1, SE2 and the pooled SEDiff
+ * filled); unequal as the summarized form. Returns 0, -156, -151, -155 or -165. */
+ZEMATH_API int zemath_two_sample_t_test(const double* x, unsigned int nx, const double* y, unsigned int ny,
+                                        const TTestHypothesis* hyp, TwoSampleTTestResults* res,
+                                        double* unequal) ZEMATH_NOEXCEPT;
+/* Paired t test of x[i] - y[i], i < n (SE slots hold the SE of the mean difference).
+ * Returns 0, -156, -151, -155 or -165 (fewer than 2 complete pairs). */
+ZEMATH_API int zemath_two_sample_t_test_pair(const double* x, const double* y, unsigned int n,
+                                             const TTestHypothesis* hyp, TwoSampleTTestResults* res) ZEMATH_NOEXCEPT;
+/* Row-wise two-sample t tests (equal variances, hypothesised difference 0) of row r of
+ * m1 (rows x columns1, row-major) against row r of m2 (rows x columns2): t[r], P[r],
+ * DOF[r] (each array optional, rows values; NANUM for a failing row). Returns the first
+ * failing row's status, or -156 (m1 or m2 NULL), -155 (a size < 1), -151 (tail). */
+ZEMATH_API int zemath_row_ttest2(int rows, const double* m1, int columns1, const double* m2, int columns2,
+                                 int tail, double* t, double* P, double* DOF) ZEMATH_NOEXCEPT;
+/* One-sample z test of the mean of data[0..n-1] against mean with known sigma: z and P
+ * (optional). Returns 0; -156 (data NULL); -151 (tail, sigma <= 0 or not finite, mean not
+ * finite); -155 (n > INT_MAX); -165 (no usable point). */
+ZEMATH_API int zemath_one_sample_z_test(const double* data, unsigned int n, double mean, double sigma,
+                                        int tail, double* z, double* P) ZEMATH_NOEXCEPT;
+/* F test of equal variances: F = var(x) / var(y) with df1 = Nx - 1, df2 = Ny - 1; P upper
+ * (tail 1), lower (2) or twice the smaller tail, at most 1 (0). Outputs optional; F and P
+ * NANUM when var(y) = 0. Returns 0, -156, -151, -155 or -165. */
+ZEMATH_API int zemath_f_test(const double* x, unsigned int nx, const double* y, unsigned int ny, int tail,
+                             double* F, double* P, double* df1, double* df2) ZEMATH_NOEXCEPT;
+/* One-sample chi-square variance test: chi2 = (N - 1) s^2 / variance, DOF = N - 1, P by
+ * the tail as zemath_f_test. Returns 0, -156, -151 (tail, variance <= 0), -155 or -165. */
+ZEMATH_API int zemath_chi_square_test(const double* data, unsigned int n, double variance, int tail,
+                                      double* chi2, double* P, double* DOF) ZEMATH_NOEXCEPT;
+/* Two-sample chi-square variance test (Bartlett's statistic, 1 degree of freedom, upper
+ * tail): chi2 and P (optional; NANUM when a variance is 0). Returns 0, -156, -155 or -165. */
+ZEMATH_API int zemath_two_sample_chi_square_test(const double* x, unsigned int nx, const double* y,
+                                                 unsigned int ny, double* chi2, double* P) ZEMATH_NOEXCEPT;
+
+/* ---- Confidence intervals ------------------------------------------------------------
+ * A level c in (0, 1) becomes p = 1 - (1 - c) / 2 (two-sided, one_sided = 0) or p = c.
+ * lower and upper hold count values and are set to NANUM first. */
+
+/* Interval for a variance: S = SD^2 DOF; lower = S / chi2inv(p, DOF), upper =
+ * S / chi2inv(1 - p, DOF); NANUM for DOF 0 or -1. Returns 0; -151 when count is 0, a
+ * pointer is NULL, or a level is outside (0, 1) (at once: that and later entries NANUM). */
+ZEMATH_API int zemath_confidence_levels_for_variance(unsigned int count, const double* levels, double SD,
+                                                     double DOF, double* lower, double* upper,
+                                                     int one_sided) ZEMATH_NOEXCEPT;
+/* Interval for the ratio of two variances: R = SD1^2 / SD2^2 from SDs[2] and sizes[2];
+ * lower = R / finv(p, N1 - 1, N2 - 1), upper = R / finv(1 - p, ...); everything NANUM
+ * when N1 + N2 < 3. Levels are not range-checked (a bad level leaves NANUM). Returns 0;
+ * -151 when count is 0 or a pointer is NULL. */
+ZEMATH_API int zemath_two_sample_confidence_levels_for_variance(unsigned int count, const double* levels,
+                                                                const double* SDs, const int* sizes,
+                                                                double* lower, double* upper,
+                                                                int one_sided) ZEMATH_NOEXCEPT;
+/* Interval for a mean: mean -+ tinv(p, N - 1) SD / sqrt(N) (NANUM for N < 2). Returns 0;
+ * -151 as zemath_confidence_levels_for_variance. */
+ZEMATH_API int zemath_confidence_levels_for_mean(unsigned int count, const double* levels, double mean,
+                                                 double SD, int N, double* lower, double* upper,
+                                                 int one_sided) ZEMATH_NOEXCEPT;
+/* Interval for mean1 - mean2 from two summaries: pooled (equal_variances non-zero) or
+ * Satterthwaite standard error and degrees of freedom (NANUM when a size is below 2).
+ * Returns 0; -151 as above (also for a NULL summary). */
+ZEMATH_API int zemath_two_sample_confidence_levels_for_mean(unsigned int count, const double* levels,
+                                                            const TTestSummary* s1, const TTestSummary* s2,
+                                                            int equal_variances, double* lower,
+                                                            double* upper, int one_sided) ZEMATH_NOEXCEPT;
+
+/* ---- Power and sample size of t tests ---------------------------------------------------
+ * alpha the significance level in (0, 1); difference the true mean difference (to the
+ * hypothesised value); SD the standard deviation (of the differences for the paired
+ * forms), > 0; tail as the tests. Power is P(reject) under the non-central t law with
+ * non-centrality sqrt(n) difference / SD (two samples of n each: difference /
+ * (SD sqrt(2 / n)), 2n - 2 degrees of freedom); the two-tailed power counts both
+ * rejection regions. A size below 2 gives NANUM. Sample sizes: the smallest n >= 2 (per
+ * group) whose power reaches each target, -1 for a target outside (0, 1) or beyond 2^30.
+ * Each returns 0; -156 when an array is NULL; -151 for alpha, SD, tail or a non-finite
+ * difference. */
+ZEMATH_API int zemath_tTest_powers(double alpha, double difference, double SD, int tail, unsigned int count,
+                                   const int* sizes, double* powers) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_tTest_powers1(double alpha, double difference, double SD, int tail, int size,
+                                    double* power) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_tTest_samplesize(double alpha, double difference, double SD, int tail,
+                                       unsigned int count, const double* targets, int* sizes) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_two_sample_tTest_powers(double alpha, double difference, double SD, int tail,
+                                              unsigned int count, const int* sizes, double* powers) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_two_sample_tTest_powers1(double alpha, double difference, double SD, int tail, int size,
+                                               double* power) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_two_sample_tTest_samplesize(double alpha, double difference, double SD, int tail,
+                                                  unsigned int count, const double* targets,
+                                                  int* sizes) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_two_sample_tTest_powers_pair(double alpha, double difference, double SD, int tail,
+                                                   unsigned int count, const int* sizes,
+                                                   double* powers) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_two_sample_tTest_powers_pair1(double alpha, double difference, double SD, int tail,
+                                                    int size, double* power) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_two_sample_tTest_samplesize_pair(double alpha, double difference, double SD, int tail,
+                                                       unsigned int count, const double* targets,
+                                                       int* sizes) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END
 
