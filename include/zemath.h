@@ -12,5 +12,7 @@
 #include "zemath/distributions.h"
 #include "zemath/random.h"
 #include "zemath/calculus.h"
+#include "zemath/smoothing.h"
+#include "zemath/progress.h"
 
 #endif /* ZEMATH_H */
