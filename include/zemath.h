@@ -11,6 +11,7 @@
 #include "zemath/sort.h"
 #include "zemath/distributions.h"
 #include "zemath/random.h"
+#include "zemath/statistics.h"
 #include "zemath/calculus.h"
 #include "zemath/smoothing.h"
 #include "zemath/progress.h"

@@ -50,7 +50,13 @@ enum zemath_status {
     ZEMATH_ERR_SIZES_DIFFER_A = -174, /* sizes that must agree differ */
     ZEMATH_ERR_SIZES_DIFFER_B = -175, /* sizes that must agree differ */
     ZEMATH_ERR_RESULT_RANGE = -187,   /* a result exceeds its range */
-    ZEMATH_ERR_TOO_MANY_GROUPS = -198 /* more than 20 groups */
+    ZEMATH_ERR_TOO_MANY_GROUPS = -198,/* more than 20 groups */
+    ZEMATH_ERR_MEDIAN = -65,          /* the median cannot be formed */
+    ZEMATH_ERR_NEGATIVE_WEIGHT = -108,/* a weight is negative */
+    ZEMATH_ERR_NO_USABLE_VALUE = -158,/* no usable (non-missing) value */
+    ZEMATH_ERR_CONSTANT_DATA = -185,  /* all values are equal */
+    ZEMATH_ERR_CONFIDENCE_LEVEL = -196, /* confidence level not strictly between 0 and 1 */
+    ZEMATH_ERR_BAD_ABSCISSA = -220    /* abscissas not acceptable (not increasing, not finite) */
 };
 
 /* Error numbers handed on from the numerical back end (positive). The distribution

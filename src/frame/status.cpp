@@ -47,6 +47,12 @@ extern "C" ZEMATH_API const char* zemath_status_string(int status) {
         case ZEMATH_ERR_SIZES_DIFFER_B: return "sizes differ";
         case ZEMATH_ERR_RESULT_RANGE: return "result exceeds its range";
         case ZEMATH_ERR_TOO_MANY_GROUPS: return "too many groups";
+        case ZEMATH_ERR_MEDIAN: return "the median cannot be formed";
+        case ZEMATH_ERR_NEGATIVE_WEIGHT: return "negative weight";
+        case ZEMATH_ERR_NO_USABLE_VALUE: return "no usable value";
+        case ZEMATH_ERR_CONSTANT_DATA: return "all values are equal";
+        case ZEMATH_ERR_CONFIDENCE_LEVEL: return "confidence level not strictly between 0 and 1";
+        case ZEMATH_ERR_BAD_ABSCISSA: return "abscissas not acceptable";
         case ZEMATH_NAG_REAL_ARG_LT: return "back end: real argument below its limit";
         case ZEMATH_NAG_REAL_ARG_LE: return "back end: real argument at or below its limit";
         case ZEMATH_NAG_REAL_ARG_GT: return "back end: real argument above its limit";
