@@ -97,7 +97,7 @@ ZEMATH_API int zemath_adj_average(double* pOut, const double* pIn, int nSize, in
  * window holding only NANUM gives NANUM. Returns 0; -11 when a pointer is NULL; -151 when
  * dPercent is outside [0, 100] (or NaN), nHalf < 0, 2*nHalf+1 > nSize or nEndMode > 5;
  * -155 in modes 1..5 when every window was entirely missing (kept as callers expect);
- * -155 in mode 0 when nSize < 1; -19 on allocation failure. */
+ * -19 on allocation failure. */
 ZEMATH_API int zemath_median_filter(int nSize, const double* pIn, double* pOut, int nHalf,
                                     double dPercent, int nEndMode,
                                     bool bPercentileMethod) ZEMATH_NOEXCEPT;

@@ -8,6 +8,7 @@
 // large windows (treap), a sorted array for small ones.
 // Failure codes: see zemath/smoothing.h.
 #include <cmath>
+#include <limits>
 #include <vector>
 
 #include "core/guard.hpp"
@@ -16,10 +17,7 @@
 #include "signal/smoothing.hpp"
 #include "zemath/smoothing.h"
 
-#if __has_include("stats/percentiles.hpp")
 #include "stats/percentiles.hpp"
-#define ZEMATH_HAVE_PERCENTILE_ENGINE 1
-#endif
 
 namespace zemath {
 namespace {
@@ -27,50 +25,62 @@ namespace {
 // Windows up to this length use the sorted array.
 constexpr std::size_t kSortedWindowLimit = 96;
 
-#ifdef ZEMATH_HAVE_PERCENTILE_ENGINE
+// The engine's value for the window: its pick of order statistics, combined by its own
+// arithmetic (pick_value over the two statistics picked).
 template <class Window>
 double window_percentile(const Window& window, double percent, int rule) {
     const OrderStatisticPick pick = percentile_pick(window.size(), percent, rule);
-    const double lower = window.kth(pick.lower);
-    if (pick.upper_weight == 0.0) return lower;
-    return (1.0 - pick.upper_weight) * lower + pick.upper_weight * window.kth(pick.upper);
+    if (!pick.defined) return kNanum;
+    const double picked[2] = {window.kth(pick.lower), window.kth(pick.upper)};
+    const OrderStatisticPick local{0, pick.upper == pick.lower ? 0u : 1u, pick.upper_weight, true};
+    return pick_value(picked, local);
 }
-#endif
 
 template <class Window>
 int run_filter(std::span<const double> x, double* out, std::size_t h, double percent, int end_mode,
                int rule) {
-#ifndef ZEMATH_HAVE_PERCENTILE_ENGINE
-    (void)x, (void)out, (void)h, (void)percent, (void)end_mode, (void)rule;
-    return ZEMATH_ERR_GENERAL;
-#else
     const std::size_t n = x.size();
     Window window(2 * h + 1);
     std::vector<double> result(n);
+    // NaN has no place in the order: the engine answers NaN for a window holding one, so
+    // NaNs are only counted.
+    std::size_t nans = 0;
     auto enter = [&](double v) {
-        if (!is_missing(v)) window.insert(v);
+        if (std::isnan(v)) {
+            ++nans;
+        } else if (!is_missing(v)) {
+            window.insert(v);
+        }
     };
     auto leave = [&](double v) {
-        if (!is_missing(v)) window.erase(v);
+        if (std::isnan(v)) {
+            --nans;
+        } else if (!is_missing(v)) {
+            window.erase(v);
+        }
+    };
+    auto value = [&] {
+        return nans > 0 ? std::numeric_limits<double>::quiet_NaN()
+                        : window_percentile(window, percent, rule);
     };
     if (end_mode == 0) {
         // Symmetric windows shrinking at the ends: [i - r, i + r], r = min(i, n-1-i, h).
         std::size_t lo = 0, hi = 0;  // current window [lo, hi)
         for (std::size_t i = 0; i < n; ++i) {
             const std::size_t r = std::min({i, n - 1 - i, h});
+            while (lo < i - r) leave(x[lo++]);  // leave first: the pool holds one window
             while (hi <= i + r) enter(x[hi++]);
-            while (lo < i - r) leave(x[lo++]);
-            if (window.size() == 0) {
-                // Every value missing: the engine decides (its whole-array form).
-                const int status =
-                    percentile_of_values(x.subspan(i - r, 2 * r + 1), percent, rule, result[i]);
+            if (window.size() == 0 && nans == 0) {
+                // Every value missing: left to the engine (its whole-array form).
+                const int status = percentiles(x.subspan(i - r, 2 * r + 1), {&percent, 1},
+                                               {&result[i], 1}, rule, nullptr);
                 if (status != ZEMATH_OK) {
                     std::copy(result.begin(), result.begin() + static_cast<std::ptrdiff_t>(i), out);
                     return status;
                 }
                 continue;
             }
-            result[i] = window_percentile(window, percent, rule);
+            result[i] = value();
         }
         std::copy(result.begin(), result.end(), out);
         return ZEMATH_OK;
@@ -87,18 +97,17 @@ int run_filter(std::span<const double> x, double* out, std::size_t h, double per
     for (std::size_t k = 0; k < 2 * h; ++k) enter(padded[k]);
     for (std::size_t i = 0; i < n; ++i) {
         enter(padded[i + 2 * h]);
-        if (window.size() == 0) {
+        if (window.size() == 0 && nans == 0) {
             result[i] = kNanum;
             ++empty_windows;
         } else {
-            result[i] = window_percentile(window, percent, rule);
+            result[i] = value();
         }
         leave(padded[i]);
     }
     std::copy(result.begin(), result.end(), out);
     // Every window missing: -155, kept as callers expect.
     return empty_windows == n ? ZEMATH_ERR_SIZES_DIFFER : ZEMATH_OK;
-#endif
 }
 
 }  // namespace
