@@ -15,5 +15,6 @@
 #include "zemath/calculus.h"
 #include "zemath/smoothing.h"
 #include "zemath/progress.h"
+#include "zemath/moving.h"
 
 #endif /* ZEMATH_H */
