@@ -13,5 +13,8 @@
 #include "zemath/random.h"
 #include "zemath/statistics.h"
 #include "zemath/calculus.h"
+#include "zemath/smoothing.h"
+#include "zemath/progress.h"
+#include "zemath/moving.h"
 
 #endif /* ZEMATH_H */

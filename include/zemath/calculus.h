@@ -1,7 +1,7 @@
 /* zeMath: calculus family. Derivative of a sampled curve by finite differences, areas
  * under sampled curves (trapezoid and piecewise-quadratic rules, cumulative integral,
  * area between two abscissae), integrals of a caller's function (adaptive Simpson,
- * Romberg), and the continuous wavelet transform.
+ * Romberg), and the continuous wavelet transform (Mexican hat, Morlet).
  *
  * Missing values: a point whose X or Y equals NANUM is skipped (and NaN too in the
  * integrals): the curve joins the neighbouring usable points. Inputs are never modified
@@ -112,6 +112,25 @@ ZEMATH_API int zemath_function_integral_on_new_romberg(zemath_integrand f, void*
                                                        double dFrom, double dTo, double dTolerance,
                                                        int nMaxLevels, double* pResult,
                                                        double* pError) ZEMATH_NOEXCEPT;
+
+/* Wavelets of zemath_cwt. */
+enum zemath_wavelet {
+    ZEMATH_WAVELET_MEXICAN_HAT = 0, /* 2/(sqrt(3) pi^(1/4)) (1 - t^2) exp(-t^2/2), real */
+    ZEMATH_WAVELET_MORLET = 1       /* pi^(-1/4) exp(i w0 t) exp(-t^2/2), w0 = dParam */
+};
+
+/* Continuous wavelet transform of pIn (nSize samples, unit spacing) at the nScales scales
+ * pScales (in samples): W(a, b) = sum_n x[n] conj(psi((n - b) / a)) / sqrt(a), summed over
+ * the samples only (no periodic continuation, wavelet not truncated; NANUM samples count
+ * as 0), computed by FFT in O(n log n) per scale. pOutRe (and pOutIm) receive nScales rows
+ * of nSize values, row s for pScales[s]. The Mexican hat is real: pOutIm may be NULL (zeros
+ * are written when it is given). Morlet: dParam is w0 (5 or 6 are usual) and pOutIm is
+ * required. Returns 0; -11 when pIn, pScales or pOutRe is NULL, or pOutIm for Morlet; -7
+ * when nSize < 1 or nScales < 1; -10 for an unknown wavelet; -151 when a scale or w0 is
+ * not positive and finite; -19 on allocation failure. */
+ZEMATH_API int zemath_cwt(const double* pIn, int nSize, const double* pScales, int nScales,
+                          int nWavelet, double dParam, double* pOutRe,
+                          double* pOutIm) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END
 

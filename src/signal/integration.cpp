@@ -405,7 +405,7 @@ ZEMATH_API int zemath_integrate(const double* pX, const double* pY, int nFirst, 
         return ZEMATH_ERR_BAD_INTERVAL;
     if (nFirst == nLast) return ZEMATH_ERR_TOO_FEW_DERIV;
     if (nMethod < 0 || nMethod > 1) return ZEMATH_ERR_BAD_OPTION;
-    return guard_status([&] {
+    return guard_status([&]() -> int {
         zemath_IntegrationResult r{};
         const int status =
             integrate_range(pX, pY, nFirst, nLast, r, nMethod, bSort != 0, pBaseline);
@@ -420,7 +420,7 @@ ZEMATH_API int zemath_integrate_with_bounds(const double* pX, const double* pY, 
     if (nSize < 2) return ZEMATH_ERR_TOO_FEW_DERIV;
     if (std::isnan(dFrom) || std::isnan(dTo) || is_missing(dFrom) || is_missing(dTo))
         return ZEMATH_ERR_BAD_INTERVAL;
-    return guard_status([&] {
+    return guard_status([&]() -> int {
         const auto n = static_cast<std::size_t>(nSize);
         double area = 0.0;
         const int status = integrate_between({pX, n}, {pY, n}, dFrom, dTo, area);
@@ -460,7 +460,7 @@ ZEMATH_API int zemath_function_integral_on_new_romberg(zemath_integrand f, void*
     if (f == nullptr || pResult == nullptr) return ZEMATH_ERR_NULL_POINTER;
     if (bad_bound(dFrom) || bad_bound(dTo)) return ZEMATH_ERR_BAD_INTERVAL;
     if (!(dTolerance > 0.0)) return ZEMATH_ERR_PARAM_RANGE;
-    return guard_status([&] {
+    return guard_status([&]() -> int {
         double result = 0.0, error = 0.0;
         const int status = dFrom == dTo ? ZEMATH_OK
                                         : romberg_integral(f, pContext, dFrom, dTo, dTolerance,

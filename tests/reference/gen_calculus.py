@@ -9,11 +9,13 @@ Oracles: NumPy and SciPy, independent of the library.
   - piecewise-quadratic area on an odd number of unevenly spaced points:
     scipy.integrate.simpson (composite Simpson for irregular spacing);
   - area between two abscissae: numpy.interp at the bounds, then scipy trapezoid over the
-    clipped, augmented points.
+    clipped, augmented points;
+  - continuous wavelet transform: scipy.signal.ricker / morlet2 sampled over every offset
+    the signal can meet, correlated with the signal by direct scipy.signal.convolve.
 Run: /usr/bin/python3 tests/reference/gen_calculus.py > tests/reference/calculus_ref.inc
 """
 import numpy as np
-from scipy import integrate
+from scipy import integrate, signal
 
 rng = np.random.default_rng(20261123)
 
@@ -44,4 +46,23 @@ for n in [3, 5, 9, 31]:
     ys = np.interp(xs, x, y)
     between = integrate.trapezoid(ys, xs)
     print(f"    {{{arr(x)}, {arr(y)}, {trap!r}, {simp!r}, {arr(cum)}, {a!r}, {b!r}, {between!r}}},")
+print("};")
+
+# Continuous wavelet transform: scipy.signal's ricker and morlet2 sampled over offsets
+# -(n-1)..(n-1) (the whole wavelet the signal can meet), correlated with the signal by
+# direct scipy.signal.convolve(mode='same'), as scipy.signal.cwt does with its kernels.
+print("const CwtReference kCwtReference[] = {")
+for n, kind, w0, scales in [(16, 0, 0.0, [1.0, 2.5, 6.0]), (41, 0, 0.0, [0.7, 3.0, 20.0]),
+                            (16, 1, 5.0, [1.0, 2.5, 6.0]), (33, 1, 6.0, [1.5, 4.0, 12.0])]:
+    x = rng.normal(0.0, 1.0, n)
+    re, im = [], []
+    for a in scales:
+        if kind == 0:
+            w = signal.ricker(2 * n - 1, a).astype(complex)
+        else:
+            w = signal.morlet2(2 * n - 1, a, w=w0)
+        out = signal.convolve(x.astype(complex), np.conj(w[::-1]), mode="same", method="direct")
+        re.extend(out.real)
+        im.extend(out.imag)
+    print(f"    {{{kind}, {w0!r}, {arr(scales)}, {arr(x)}, {arr(re)}, {arr(im)}}},")
 print("};")

@@ -22,6 +22,11 @@ struct AreaReference {
     std::vector<double> cumulative;
     double from, to, between;
 };
+struct CwtReference {
+    int wavelet;
+    double w0;
+    std::vector<double> scales, x, re, im;
+};
 #include "reference/calculus_ref.inc"
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -189,6 +194,32 @@ TEST(FunctionIntegral, ClosedForms) {
         zemath_function_integral_on_new_romberg(gaussian, nullptr, 0, 1, 0.0, 9, &result, nullptr),
         -151);
     EXPECT_EQ(result, 777.0);
+}
+
+TEST(Cwt, MatchesScipyWavelets) {
+    for (const auto& c : kCwtReference) {
+        const int n = static_cast<int>(c.x.size()), m = static_cast<int>(c.scales.size());
+        std::vector<double> re(n * m), im(n * m, 777.0);
+        ASSERT_EQ(
+            zemath_cwt(c.x.data(), n, c.scales.data(), m, c.wavelet, c.w0, re.data(), im.data()),
+            0);
+        double scale = 1.0;
+        for (double v : c.re) scale = std::max(scale, std::fabs(v));
+        for (int k = 0; k < n * m; ++k) {
+            EXPECT_NEAR(re[k], c.re[k], 1e-13 * scale) << k;
+            EXPECT_NEAR(im[k], c.im[k], 1e-13 * scale) << k;
+        }
+    }
+    const double x[] = {1, 2, 3}, scales[] = {1.0, -1.0};
+    double re[6] = {777, 777, 777, 777, 777, 777};
+    EXPECT_EQ(zemath_cwt(nullptr, 3, scales, 1, 0, 0, re, nullptr), -11);
+    EXPECT_EQ(zemath_cwt(x, 3, scales, 1, 1, 5.0, re, nullptr), -11);  // Morlet needs im
+    EXPECT_EQ(zemath_cwt(x, 0, scales, 1, 0, 0, re, nullptr), -7);
+    EXPECT_EQ(zemath_cwt(x, 3, scales, 1, 2, 0, re, nullptr), -10);
+    EXPECT_EQ(zemath_cwt(x, 3, scales, 2, 0, 0, re, nullptr), -151);
+    EXPECT_EQ(zemath_cwt(x, 3, scales, 1, 1, 0.0, re, re), -151);
+    for (double v : re) EXPECT_EQ(v, 777.0);
+    EXPECT_EQ(zemath_cwt(x, 3, scales, 1, 0, 0, re, nullptr), 0);
 }
 
 }  // namespace
