@@ -211,31 +211,59 @@ void range_mean_to_min_to_max(int* matrix, int bins) {
 }
 
 int analyse_cycles(std::span<const double> load, double h, int residue_mode, CycleList& out) {
-    std::vector<int> kept(load.size());
-    const int count = filter_turning_points(load, h, kept.data());
+    // One pass: each turning point the filter keeps is pushed on the four-point stack at
+    // once, so no intermediate arrays are formed.
+    struct Entry {
+        double value;
+        int index;
+    };
+    std::vector<Entry> stack;
+    stack.reserve(1024);
+    out.from.clear();
+    out.to.clear();
+    out.from.reserve(load.size() / 2 + 1);
+    out.to.reserve(load.size() / 2 + 1);
+    const auto push = [&](int i) {
+        stack.push_back({load[i], i});
+        std::size_t s = stack.size();
+        while (s >= 4) {
+            const double a = stack[s - 4].value, b = stack[s - 3].value;
+            const double c = stack[s - 2].value, d = stack[s - 1].value;
+            if (std::min(b, c) >= std::min(a, d) && std::max(b, c) <= std::max(a, d)) {
+                out.from.push_back(stack[s - 3].index);
+                out.to.push_back(stack[s - 2].index);
+                stack[s - 3] = stack[s - 1];
+                s -= 2;
+                stack.resize(s);
+            } else {
+                break;
+            }
+        }
+    };
+    const int count = filter_core(
+        static_cast<int>(load.size()), h, [&](int i) { return load[i]; }, push);
     if (count < 0) return count;
-    kept.resize(static_cast<std::size_t>(count));
-    std::vector<double> value(kept.size());
-    for (std::size_t k = 0; k < kept.size(); ++k) value[k] = load[kept[k]];
-    std::vector<CyclePositions> cycles;
-    std::vector<int> residue;
-    count_four_point(value, cycles, residue);
-    const std::size_t closed = cycles.size();
+    out.closed = out.from.size();
     if (residue_mode == 0) {
-        for (std::size_t k = 0; k + 1 < residue.size(); ++k)
-            cycles.push_back({residue[k], residue[k + 1]});
+        for (std::size_t k = 0; k + 1 < stack.size(); ++k) {
+            out.from.push_back(stack[k].index);
+            out.to.push_back(stack[k + 1].index);
+        }
+        out.residue_weight = 0.5;
     } else {
-        residue_cycles(value, residue, 2, cycles);
-    }
-    const double residue_weight = residue_mode == 0 ? 0.5 : 1.0;
-    out.closed = closed;
-    out.from.resize(cycles.size());
-    out.to.resize(cycles.size());
-    out.weight.resize(cycles.size());
-    for (std::size_t k = 0; k < cycles.size(); ++k) {
-        out.from[k] = kept[cycles[k].from];
-        out.to[k] = kept[cycles[k].to];
-        out.weight[k] = k < closed ? 1.0 : residue_weight;
+        std::vector<double> value(stack.size());
+        std::vector<int> positions(stack.size());
+        for (std::size_t k = 0; k < stack.size(); ++k) {
+            value[k] = stack[k].value;
+            positions[k] = static_cast<int>(k);
+        }
+        std::vector<CyclePositions> cycles;
+        residue_cycles(value, positions, 2, cycles);
+        for (const CyclePositions& c : cycles) {
+            out.from.push_back(stack[c.from].index);
+            out.to.push_back(stack[c.to].index);
+        }
+        out.residue_weight = 1.0;
     }
     return 0;
 }
@@ -461,7 +489,7 @@ ZEMATH_API int zemath_rainflow_cycles(const double* load, int n, double hysteres
             if (to_index != nullptr) to_index[k] = list.to[k];
             if (range != nullptr) range[k] = std::fabs(b - a);
             if (mean != nullptr) mean[k] = 0.5 * a + 0.5 * b;
-            if (count != nullptr) count[k] = list.weight[k];
+            if (count != nullptr) count[k] = k < list.closed ? 1.0 : list.residue_weight;
         }
         return 0;
     });

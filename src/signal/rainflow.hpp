@@ -65,8 +65,8 @@ void range_mean_to_min_to_max(int* matrix, int bins);
 struct CycleList {
     std::vector<int> from;
     std::vector<int> to;
-    std::vector<double> weight;
-    std::size_t closed = 0;
+    std::size_t closed = 0;       // cycles [0, closed) are closed, weight 1
+    double residue_weight = 0.5;  // weight of the residue cycles after them
 };
 // Returns 0, or kNanAfterMove when the filter refuses the history.
 int analyse_cycles(std::span<const double> load, double h, int residue_mode, CycleList& out);
