@@ -9,7 +9,7 @@ void demo_rainflow(void);
 
 void demo_rainflow(void) {
     enum { N = 16, BINS = 5 };
-    const double history[N] = {0.0, 2.1, 1.8, 4.0, 1.0, 3.2, 0.2, 0.4,
+    const double history[N] = {0.0,  2.1, 1.8, 4.0, 1.0, 3.2, 0.2,  0.4,
                                -2.0, 3.6, 2.9, 5.0, 1.5, 2.5, -1.0, 0.0};
     double time[N], load[N], range[N], count[N];
     int from[N], to[N], total[BINS * BINS], closed[BINS * BINS];
@@ -28,8 +28,8 @@ void demo_rainflow(void) {
     printf("  %d closed cycles, %d residue half cycles\n", nclosed, ncycles - nclosed);
     for (i = 0; i < ncycles; ++i)
         printf("  %-6s %5.1f -> %5.1f (t = %2d..%2d) range %.1f\n",
-               count[i] == 1.0 ? "cycle" : "half", history[from[i]], history[to[i]], from[i],
-               to[i], range[i]);
+               count[i] == 1.0 ? "cycle" : "half", history[from[i]], history[to[i]], from[i], to[i],
+               range[i]);
     if (Rainflow_Matrix(N, time, (double*)history, BINS, total, closed, 0.5, 0, 0, 0, 0) != 0)
         return;
     printf("  rainflow matrix (from-to classes, all cycles, folded):\n       ");

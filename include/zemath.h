@@ -12,5 +12,6 @@
 #include "zemath/distributions.h"
 #include "zemath/random.h"
 #include "zemath/rainflow.h"
+#include "zemath/interpolation.h"
 
 #endif /* ZEMATH_H */
