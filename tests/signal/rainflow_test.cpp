@@ -254,64 +254,52 @@ TEST(Rainflow, RefusedCallsWriteNothing) {
     std::vector<double> inf_load{0, 4, kInf, 3, 0};
     std::vector<int> total(16, -7), closed(16, -7);
     const std::vector<int> untouched(16, -7);
-    double* v = load.data();
-    double* t = time.data();
-    int* mt = total.data();
-    int* mc = closed.data();
+    double *v = load.data(), *t = time.data(), *z = nan_load.data(), *w = inf_load.data();
+    int *mt = total.data(), *mc = closed.data();
+    // Rainflow_Matrix: { n, time, load, bins, total, residue, class, lower, upper, status }
     const struct {
+        int n;
+        double *time, *load;
+        int bins;
+        int* total;
+        int residue, cls;
+        double lower, upper;
         int status;
-        int (*call)(double*, double*, double*, int*, int*);
     } matrix_cases[] = {
-        {-1, [](double* y, double* x, double*, int* a,
-                int* b) { return Rainflow_Matrix(1, x, y, 4, a, b, 0, 0, 0, 0, 0); }},
-        {-1, [](double* y, double* x, double*, int* a,
-                int* b) { return Rainflow_Matrix(5, x, y, 1, a, b, 0, 0, 0, 0, 0); }},
-        {-1, [](double* y, double*, double*, int* a,
-                int* b) { return Rainflow_Matrix(5, nullptr, y, 4, a, b, 0, 0, 0, 0, 0); }},
-        {-1, [](double* y, double* x, double*, int*,
-                int* b) { return Rainflow_Matrix(5, x, y, 4, nullptr, b, 0, 0, 0, 0, 0); }},
-        {-1, [](double* y, double* x, double*, int* a,
-                int* b) { return Rainflow_Matrix(5, x, y, 4, a, b, 0, 4, 0, 0, 0); }},
-        {-1, [](double* y, double* x, double*, int* a,
-                int* b) { return Rainflow_Matrix(5, x, y, 4, a, b, 0, -1, 0, 0, 0); }},
-        {-1, [](double* y, double* x, double*, int* a,
-                int* b) { return Rainflow_Matrix(5, x, y, 4, a, b, 0, 0, 3, 0, 0); }},
-        {-1, [](double* y, double* x, double*, int* a,
-                int* b) { return Rainflow_Matrix(5, x, y, 4, a, b, 0, 0, 1, 5, 5); }},
-        {-1, [](double* y, double* x, double*, int* a,
-                int* b) { return Rainflow_Matrix(5, x, y, 4, a, b, 0, 0, 2, 0, kNaN); }},
-        {-2, [](double* y, double* x, double*, int* a,
-                int* b) { return Rainflow_Matrix(5, x, y, 4, a, b, 0, 0, 1, 0, 3.5); }},
-        {-2, [](double*, double* x, double* z, int* a,
-                int* b) { return Rainflow_Matrix(5, x, z, 4, a, b, 0, 0, 0, 0, 0); }},
-        {-1, [](double* y, double* x, double*, int* a,
-                int*) { return Rainflow_Cycle_2_Rainflow_Matrix(0, x, y, 4, a, 0, 0, 0, 0); }},
-        {-1, [](double* y, double* x, double*, int* a,
-                int*) { return Rainflow_Cycle_2_Rainflow_Matrix(5, x, y, 1, a, 0, 0, 0, 0); }},
-        {-1,
-         [](double* y, double*, double*, int* a, int*) {
-             return Rainflow_Cycle_2_Rainflow_Matrix(5, nullptr, y, 4, a, 0, 0, 0, 0);
-         }},
-        {-1, [](double* y, double* x, double*, int* a,
-                int*) { return Rainflow_Cycle_2_Rainflow_Matrix(5, x, y, 4, a, 3, 0, 0, 0); }},
-        {-1, [](double* y, double* x, double*, int* a,
-                int*) { return Rainflow_Cycle_2_Rainflow_Matrix(5, x, y, 4, a, 0, 4, 0, 0); }},
-        {-1, [](double* y, double* x, double*, int* a,
-                int*) { return Rainflow_Cycle_2_Rainflow_Matrix(5, x, y, 4, a, 1, 0, 0, 3.5); }},
-        {-1, [](double* y, double*, double* z, int* a,
-                int*) { return Rainflow_Cycle_2_Rainflow_Matrix(5, z, y, 4, a, 0, 0, 0, 0); }},
-        {-1, [](double*, double*, double*, int* a,
-                int*) { return MinToMax_RFM_2_RangeMean_RFM(1, a); }},
-        {-1, [](double*, double*, double*, int*,
-                int*) { return RangeMean_RFM_2_MinToMax_RFM(4, nullptr); }},
+        {1, t, v, 4, mt, 0, 0, 0, 0, -1},       {5, t, v, 1, mt, 0, 0, 0, 0, -1},
+        {5, nullptr, v, 4, mt, 0, 0, 0, 0, -1}, {5, t, nullptr, 4, mt, 0, 0, 0, 0, -1},
+        {5, t, v, 4, nullptr, 0, 0, 0, 0, -1},  {5, t, v, 4, mt, 4, 0, 0, 0, -1},
+        {5, t, v, 4, mt, -1, 0, 0, 0, -1},      {5, t, v, 4, mt, 0, 3, 0, 0, -1},
+        {5, t, v, 4, mt, 0, -2, 0, 0, -1},      {5, t, v, 4, mt, 0, 1, 5, 5, -1},
+        {5, t, v, 4, mt, 0, 2, 0, kNaN, -1},    {5, t, v, 4, mt, 0, 1, 0, 3.5, -2},  // 4 outside
+        {5, t, z, 4, mt, 0, 0, 0, 0, -2},       {5, t, w, 4, mt, 0, 0, 0, 0, -2},
     };
-    for (auto& c : matrix_cases) {
-        EXPECT_EQ(c.call(v, t, nan_load.data(), mt, mc), c.status);
+    for (const auto& c : matrix_cases) {
+        EXPECT_EQ(Rainflow_Matrix(c.n, c.time, c.load, c.bins, c.total, mc, 0.0, c.residue, c.cls,
+                                  c.lower, c.upper),
+                  c.status);
         EXPECT_EQ(total, untouched);
         EXPECT_EQ(closed, untouched);
     }
-    // An infinite load cannot be classified over the loads' range.
-    EXPECT_EQ(Rainflow_Matrix(5, t, inf_load.data(), 4, mt, mc, 0, 0, 0, 0, 0), -2);
+    // Rainflow_Cycle_2_Rainflow_Matrix: { cycles, from, to, bins, class, residue, upper }
+    const struct {
+        int n;
+        double *from, *to;
+        int bins, cls, residue;
+        double upper;
+    } cycle_cases[] = {
+        {0, t, v, 4, 0, 0, 0}, {5, t, v, 1, 0, 0, 0}, {5, nullptr, v, 4, 0, 0, 0},
+        {5, t, v, 4, 3, 0, 0}, {5, t, v, 4, 0, 4, 0}, {5, t, v, 4, 1, 0, 3.5},
+        {5, z, v, 4, 0, 0, 0}, {5, w, v, 4, 0, 0, 0},
+    };
+    for (const auto& c : cycle_cases) {
+        EXPECT_EQ(Rainflow_Cycle_2_Rainflow_Matrix(c.n, c.from, c.to, c.bins, mt, c.cls, c.residue,
+                                                   0, c.upper),
+                  -1);
+        EXPECT_EQ(total, untouched);
+    }
+    EXPECT_EQ(MinToMax_RFM_2_RangeMean_RFM(1, mt), -1);
+    EXPECT_EQ(RangeMean_RFM_2_MinToMax_RFM(4, nullptr), -1);
     EXPECT_EQ(total, untouched);
 
     // Filtering: NaN after the first move refuses and leaves arrays and count alone.
@@ -360,24 +348,14 @@ TEST(Rainflow, RefusedCallsWriteNothing) {
 }
 
 TEST(Rainflow, DegenerateHistories) {
-    // Constant histories hold no cycle; two points make one residue half cycle.
-    std::vector<double> flat(7, 2.5), time(7), two{1, 3};
+    // A constant history holds no cycle; an all-missing one cannot be classified.
+    std::vector<double> flat(7, 2.5), time(7), missing(4, NANUM);
     std::vector<int> total(9, -7), closed(9, -7);
-    ASSERT_EQ(
-        Rainflow_Matrix(7, time.data(), flat.data(), 3, total.data(), closed.data(), 0, 0, 0, 0, 0),
-        0);
+    double* t = time.data();
+    ASSERT_EQ(Rainflow_Matrix(7, t, flat.data(), 3, total.data(), closed.data(), 0, 0, 0, 0, 0), 0);
     EXPECT_EQ(total, std::vector<int>(9, 0));
-    ASSERT_EQ(
-        Rainflow_Matrix(2, time.data(), two.data(), 3, total.data(), closed.data(), 0, 0, 0, 0, 0),
-        0);
-    EXPECT_EQ(total[2], 1);
-    EXPECT_EQ(total[6], 1);
-    const Cycles c = cycles_of(flat, 0, 0);
-    EXPECT_EQ(c.status, 0);
-    EXPECT_EQ(c.n, 0);
-    std::vector<double> missing(4, NANUM);
-    EXPECT_EQ(Rainflow_Matrix(4, time.data(), missing.data(), 3, total.data(), closed.data(), 0, 0,
-                              0, 0, 0),
+    EXPECT_EQ(cycles_of(flat, 0, 0).n, 0);
+    EXPECT_EQ(Rainflow_Matrix(4, t, missing.data(), 3, total.data(), closed.data(), 0, 0, 0, 0, 0),
               -2);
 }
 
