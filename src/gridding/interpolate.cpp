@@ -183,6 +183,75 @@ std::size_t locate(std::span<const double> x, double t) {
     return static_cast<std::size_t>(std::upper_bound(first, last, t) - first);
 }
 
+enum class PieceKind { linear, nearest, cubic };
+
+// The interpolant: the data, and for the cubic methods the slopes and the power-form
+// coefficients of each piece about its left node.
+struct Pieces {
+    std::span<const double> x, y;
+    const double *slope, *c2, *c3;
+    InterpOutside outside;
+};
+
+template <PieceKind Kind>
+double piece_value(const Pieces& p, std::size_t j, double t) {
+    const std::span<const double> x = p.x, y = p.y;
+    if constexpr (Kind == PieceKind::linear) {
+        const double slope_j = (y[j + 1] - y[j]) / (x[j + 1] - x[j]);
+        return slope_j * (t - x[j]) + y[j];
+    } else if constexpr (Kind == PieceKind::nearest) {
+        const double mid = 0.5 * x[j] + 0.5 * x[j + 1];
+        return t > mid ? y[j + 1] : y[j];  // exactly halfway goes to the lower point
+    } else {
+        const double u = t - x[j];
+        return y[j] + u * (p.slope[j] + u * (p.c2[j] + u * p.c3[j]));
+    }
+}
+
+template <PieceKind Kind>
+double value_at(const Pieces& p, std::size_t j, double t) {
+    const std::size_t n = p.x.size();
+    if (t < p.x[0] || t > p.x[n - 1]) {
+        if (p.outside == InterpOutside::missing) return kNanum;
+        if (p.outside == InterpOutside::hold || Kind == PieceKind::nearest)
+            return t < p.x[0] ? p.y[0] : p.y[n - 1];
+    }
+    return piece_value<Kind>(p, j, t);
+}
+
+template <PieceKind Kind>
+void evaluate_targets(const Pieces& p, std::span<const double> xnew, std::span<double> ynew) {
+    // Targets in ascending order (unusable ones aside) are located in one sweep.
+    bool sorted = true;
+    double previous = -std::numeric_limits<double>::infinity();
+    for (double t : xnew) {
+        if (!is_target_usable(t)) continue;
+        if (t < previous) {
+            sorted = false;
+            break;
+        }
+        previous = t;
+    }
+    const std::size_t m = xnew.size(), last = p.x.size() - 2;
+    if (sorted) {
+        std::size_t j = 0;
+        for (std::size_t k = 0; k < m; ++k) {
+            const double t = xnew[k];
+            if (!is_target_usable(t)) {
+                ynew[k] = kNanum;
+                continue;
+            }
+            j = advance(p.x.data(), last, j, t);
+            ynew[k] = value_at<Kind>(p, j, t);
+        }
+    } else {
+        for (std::size_t k = 0; k < m; ++k) {
+            const double t = xnew[k];
+            ynew[k] = is_target_usable(t) ? value_at<Kind>(p, locate(p.x, t), t) : kNanum;
+        }
+    }
+}
+
 }  // namespace
 
 void cubic_node_slopes(InterpMethod method, std::span<const double> x, std::span<const double> y,
@@ -212,7 +281,7 @@ void cubic_node_slopes(InterpMethod method, std::span<const double> x, std::span
 void interpolate_clean(std::span<const double> x, std::span<const double> y,
                        std::span<const double> xnew, std::span<double> ynew, InterpMethod method,
                        InterpOutside outside) {
-    const std::size_t n = x.size(), last = n - 2;
+    const std::size_t n = x.size();
     const bool cubic = method != InterpMethod::linear && method != InterpMethod::nearest;
     // Cubic pieces in power form about x[j]: y + u (s + u (c2 + u c3)), u = t - x[j].
     std::vector<double> slope, c2, c3;
@@ -222,65 +291,24 @@ void interpolate_clean(std::span<const double> x, std::span<const double> y,
         c3.resize(n - 1);
         cubic_node_slopes(method, x, y, slope);
         for (std::size_t j = 0; j + 1 < n; ++j) {
-            const double h = x[j + 1] - x[j], secant = (y[j + 1] - y[j]) / h;
-            const double t = (slope[j] + slope[j + 1] - 2 * secant) / h;
-            c3[j] = t / h;
-            c2[j] = (secant - slope[j]) / h - t;
+            // One division per piece: the reciprocal costs at most an ulp or two here.
+            const double h = x[j + 1] - x[j], secant = (y[j + 1] - y[j]) / h, inv_h = 1 / h;
+            const double t = (slope[j] + slope[j + 1] - 2 * secant) * inv_h;
+            c3[j] = t * inv_h;
+            c2[j] = (secant - slope[j]) * inv_h - t;
         }
     }
-    const auto evaluate = [&](std::size_t j, double t) {
-        switch (method) {
-            case InterpMethod::linear: {
-                const double slope_j = (y[j + 1] - y[j]) / (x[j + 1] - x[j]);
-                return slope_j * (t - x[j]) + y[j];
-            }
-            case InterpMethod::nearest: {
-                // Exactly halfway goes to the lower point.
-                const double mid = 0.5 * x[j] + 0.5 * x[j + 1];
-                return t > mid ? y[j + 1] : y[j];
-            }
-            default: {
-                const double u = t - x[j];
-                return y[j] + u * (slope[j] + u * (c2[j] + u * c3[j]));
-            }
-        }
-    };
-    const auto value_at = [&](std::size_t j, double t) {
-        if (t < x[0] || t > x[n - 1]) {
-            if (outside == InterpOutside::missing) return kNanum;
-            if (outside == InterpOutside::hold || method == InterpMethod::nearest)
-                return t < x[0] ? y[0] : y[n - 1];
-        }
-        return evaluate(j, t);
-    };
-    // Targets in ascending order (unusable ones aside) are located in one sweep.
-    bool sorted = true;
-    double previous = -std::numeric_limits<double>::infinity();
-    for (double t : xnew) {
-        if (!is_target_usable(t)) continue;
-        if (t < previous) {
-            sorted = false;
+    const Pieces pieces{x, y, slope.data(), c2.data(), c3.data(), outside};
+    switch (method) {
+        case InterpMethod::linear:
+            evaluate_targets<PieceKind::linear>(pieces, xnew, ynew);
             break;
-        }
-        previous = t;
-    }
-    const std::size_t m = xnew.size();
-    if (sorted) {
-        std::size_t j = 0;
-        for (std::size_t k = 0; k < m; ++k) {
-            const double t = xnew[k];
-            if (!is_target_usable(t)) {
-                ynew[k] = kNanum;
-                continue;
-            }
-            j = advance(x.data(), last, j, t);
-            ynew[k] = value_at(j, t);
-        }
-    } else {
-        for (std::size_t k = 0; k < m; ++k) {
-            const double t = xnew[k];
-            ynew[k] = is_target_usable(t) ? value_at(locate(x, t), t) : kNanum;
-        }
+        case InterpMethod::nearest:
+            evaluate_targets<PieceKind::nearest>(pieces, xnew, ynew);
+            break;
+        default:
+            evaluate_targets<PieceKind::cubic>(pieces, xnew, ynew);
+            break;
     }
 }
 
