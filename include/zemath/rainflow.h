@@ -63,9 +63,9 @@ ZEMATH_EXTERN_C_BEGIN
 /* Reduces the history (pTime[i], pValue[i]), i < *pnSize, to its turning points with
  * hysteresis dHysteresis, compacting both arrays in place (pTime may be NULL: then only
  * the loads are compacted) and storing the number kept in *pnSize.
- * Returns -1 when pnSize or pValue is NULL, when *pnSize < 1, or when a NaN load follows
- * the first move (nothing is then written); 0 without any change when dHysteresis is
- * negative or NaN or when *pnSize < 3; otherwise 0. */
+ * Returns -1 when pnSize or pValue is NULL or *pnSize < 1; 0 without any change when
+ * dHysteresis is negative or NaN or when *pnSize < 3; otherwise -1 when a NaN load follows
+ * the first move (nothing is then written), else 0. */
 ZEMATH_API int Rainflow_Filtering(int* pnSize, double* pTime, double* pValue,
                                   double dHysteresis) ZEMATH_NOEXCEPT;
 
@@ -79,9 +79,9 @@ ZEMATH_API int Rainflow_Filtering(int* pnSize, double* pTime, double* pValue,
  * NaN dHysteresis, or nSize < 3, counts the loads as they stand.
  * Returns -1 when nSize < 2, nBins < 2, any pointer is NULL, nResidueMode or nClassMode
  * (read as unsigned) exceeds 3 or 2, or the class bounds of modes 1 and 2 are invalid;
- * -2 when a NaN load follows the first move, when the loads to classify hold a NaN or
- * an infinity (mode 0) or no usable load, or when a load lies outside the bounds of
- * mode 1; -19; 0. */
+ * -2 when a NaN load follows the first move, when the loads to classify hold a NaN (any
+ * mode) or an infinity (mode 0) or are all missing, or when a load lies outside the
+ * bounds of mode 1; -19; 0. */
 ZEMATH_API int Rainflow_Matrix(int nSize, double* pTime, double* pValue, int nBins,
                                int* pTotalMatrix, int* pClosedMatrix, double dHysteresis,
                                int nResidueMode, int nClassMode, double dClassLower,
