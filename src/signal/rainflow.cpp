@@ -320,43 +320,63 @@ void add_cycles(int* matrix, int bins, std::span<const double> cls,
 int rainflow_matrix(std::span<const double> load, int bins, int* total, int* closed_matrix,
                     double h, unsigned residue_mode, unsigned class_mode, double lower,
                     double upper) {
-    // Usable points (NANUM dropped), then the hysteresis filter.
-    std::vector<int> kept;
-    kept.reserve(load.size());
-    for (std::size_t i = 0; i < load.size(); ++i)
-        if (!is_missing(load[i])) kept.push_back(static_cast<int>(i));
-    if (h >= 0 && kept.size() >= 3) {
-        const int count = filter_indexed(load, kept, h, kept.data());
+    // The usable loads (NANUM dropped), through the hysteresis filter when it applies.
+    std::size_t usable = 0;
+    for (double y : load) usable += !is_missing(y);
+    std::vector<double> value;
+    value.reserve(usable);
+    if (h >= 0 && usable >= 3) {
+        const int count = filter_core(
+            static_cast<int>(load.size()), h, [&](int i) { return load[i]; },
+            [&](int i) { value.push_back(load[i]); });
         if (count < 0) return kStepFailed;
-        kept.resize(static_cast<std::size_t>(count));
+    } else {
+        for (double y : load)
+            if (!is_missing(y)) value.push_back(y);
     }
-    std::vector<double> value(kept.size());
-    for (std::size_t k = 0; k < kept.size(); ++k) value[k] = load[kept[k]];
     Classes classes;
     if (!make_classes(value, class_mode, lower, upper, bins, classes)) return kStepFailed;
-    std::vector<double> cls(value.size());
-    for (std::size_t k = 0; k < value.size(); ++k) cls[k] = classes.index(value[k]);
+    for (double& y : value) y = classes.index(y);
 
-    // Turning points again in class space, counted, the residue treated.
-    std::vector<int> positions(cls.size());
-    for (std::size_t k = 0; k < positions.size(); ++k) positions[k] = static_cast<int>(k);
-    if (positions.size() >= 3) {
-        const int count = filter_indexed(cls, positions, 0.0, positions.data());
-        positions.resize(static_cast<std::size_t>(std::max(count, 0)));
+    // Turning points again in class space, pushed straight onto the four-point stack; the
+    // closed cycles are counted into a working matrix so that the caller's matrices are
+    // written only once nothing can fail any more.
+    const std::size_t b = static_cast<std::size_t>(bins), cells = b * b;
+    std::vector<int> closed_counts(cells, 0);
+    std::vector<double> stack;
+    stack.reserve(value.size());
+    const auto push = [&](int i) {
+        stack.push_back(value[i]);
+        std::size_t s = stack.size();
+        while (s >= 4) {
+            const double a1 = stack[s - 4], b1 = stack[s - 3], c1 = stack[s - 2], d1 = stack[s - 1];
+            if (std::min(b1, c1) >= std::min(a1, d1) && std::max(b1, c1) <= std::max(a1, d1)) {
+                // Classes are whole numbers held in double, rounded by adding 0.5.
+                ++closed_counts[static_cast<std::size_t>(b1 + 0.5) * b +
+                                static_cast<std::size_t>(c1 + 0.5)];
+                stack[s - 3] = d1;
+                s -= 2;
+                stack.resize(s);
+            } else {
+                break;
+            }
+        }
+    };
+    const int n = static_cast<int>(value.size());
+    if (n >= 3) {
+        filter_core(
+            n, 0.0, [&](int i) { return value[i]; }, push);
+    } else {
+        for (int i = 0; i < n; ++i) push(i);
     }
-    std::vector<double> turning(positions.size());
-    for (std::size_t k = 0; k < positions.size(); ++k) turning[k] = cls[positions[k]];
+    std::vector<int> residue(stack.size());
+    for (std::size_t k = 0; k < residue.size(); ++k) residue[k] = static_cast<int>(k);
     std::vector<CyclePositions> cycles;
-    std::vector<int> residue;
-    count_four_point(turning, cycles, residue);
-    const std::size_t closed = cycles.size();
-    residue_cycles(turning, residue, static_cast<int>(residue_mode), cycles);
+    residue_cycles(stack, residue, static_cast<int>(residue_mode), cycles);
 
-    const std::size_t cells = static_cast<std::size_t>(bins) * static_cast<std::size_t>(bins);
     std::fill(total, total + cells, 0);
-    std::fill(closed_matrix, closed_matrix + cells, 0);
-    add_cycles(closed_matrix, bins, turning, std::span(cycles).first(closed));
-    add_cycles(total, bins, turning, std::span(cycles).subspan(closed));
+    std::copy(closed_counts.begin(), closed_counts.end(), closed_matrix);
+    add_cycles(total, bins, stack, cycles);
     fold(closed_matrix, bins);
     fold(total, bins);
     for (std::size_t k = 0; k < cells; ++k) total[k] += closed_matrix[k];
