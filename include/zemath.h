@@ -16,5 +16,7 @@
 #include "zemath/smoothing.h"
 #include "zemath/progress.h"
 #include "zemath/moving.h"
+#include "zemath/rainflow.h"
+#include "zemath/interpolation.h"
 
 #endif /* ZEMATH_H */
