@@ -10,6 +10,7 @@ void demo_primitives(const double* x, const double* y, int n);
 void demo_search(const double* x, const double* y, int n);
 void demo_random(void);
 void demo_rainflow(void);
+void demo_imaging(const double* x, const double* y, int n);
 
 #ifndef ZEMATH_SAMPLE_DATA
 #define ZEMATH_SAMPLE_DATA "examples/data/sample_curve.dat"
@@ -70,5 +71,6 @@ int main(int argc, char** argv) {
     demo_distributions();
     demo_random();
     demo_rainflow();
+    demo_imaging(x, y, n);
     return 0;
 }
