@@ -50,7 +50,9 @@ enum zemath_status {
     ZEMATH_ERR_SIZES_DIFFER_A = -174, /* sizes that must agree differ */
     ZEMATH_ERR_SIZES_DIFFER_B = -175, /* sizes that must agree differ */
     ZEMATH_ERR_RESULT_RANGE = -187,   /* a result exceeds its range */
-    ZEMATH_ERR_TOO_MANY_GROUPS = -198 /* more than 20 groups */
+    ZEMATH_ERR_TOO_MANY_GROUPS = -198, /* more than 20 groups */
+    ZEMATH_ERR_KRIGING_SOLVE = -38,   /* a kriging system could not be factorised or solved */
+    ZEMATH_ERR_COLLINEAR = -130       /* all nodes of a triangulation are collinear */
 };
 
 /* Error numbers handed on from the numerical back end (positive). The distribution

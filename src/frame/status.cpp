@@ -47,6 +47,8 @@ extern "C" ZEMATH_API const char* zemath_status_string(int status) {
         case ZEMATH_ERR_SIZES_DIFFER_B: return "sizes differ";
         case ZEMATH_ERR_RESULT_RANGE: return "result exceeds its range";
         case ZEMATH_ERR_TOO_MANY_GROUPS: return "too many groups";
+        case ZEMATH_ERR_KRIGING_SOLVE: return "kriging system could not be solved";
+        case ZEMATH_ERR_COLLINEAR: return "all nodes are collinear";
         case ZEMATH_NAG_REAL_ARG_LT: return "back end: real argument below its limit";
         case ZEMATH_NAG_REAL_ARG_LE: return "back end: real argument at or below its limit";
         case ZEMATH_NAG_REAL_ARG_GT: return "back end: real argument above its limit";
