@@ -11,5 +11,6 @@
 #include "zemath/sort.h"
 #include "zemath/distributions.h"
 #include "zemath/random.h"
+#include "zemath/xyz.h"
 
 #endif /* ZEMATH_H */
