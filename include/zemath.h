@@ -12,5 +12,6 @@
 #include "zemath/distributions.h"
 #include "zemath/random.h"
 #include "zemath/xyz.h"
+#include "zemath/triangulation.h"
 
 #endif /* ZEMATH_H */
