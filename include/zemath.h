@@ -13,5 +13,6 @@
 #include "zemath/random.h"
 #include "zemath/xyz.h"
 #include "zemath/triangulation.h"
+#include "zemath/kriging.h"
 
 #endif /* ZEMATH_H */
