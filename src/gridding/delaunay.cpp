@@ -60,7 +60,8 @@ struct Sweep {
             while (k < 3 && m.nb[3 * n + k] != t) ++k;
             if (k == 3) continue;  // cannot happen in a consistent mesh
             const int d = m.v[3 * n + prv(k)];
-            if (incircle(x[a], y[a], x[b], y[b], x[c], y[c], x[d], y[d]) <= 0.0) continue;
+            // Flip only on a definite 'inside' (a NaN from overflowing input never flips).
+            if (!(incircle(x[a], y[a], x[b], y[b], x[c], y[c], x[d], y[d]) > 0.0)) continue;
             // Flip (a,b): t = (a,b,c), n = (b,a,d) become t = (c,a,d), n = (d,b,c).
             const int x1 = m.nb[3 * n + nxt(k)];  // across (a,d)
             const int x2 = m.nb[3 * n + prv(k)];  // across (d,b)

@@ -174,10 +174,24 @@ void Nodes::scale_back() {
 }
 
 int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh) {
+    // Coordinates whose squares would overflow or underflow are scaled by one power of 2
+    // on both axes: exact, so the triangulation is that of the given coordinates.
+    double largest = 0.0;
+    for (std::size_t i = 0; i < nodes.x.size(); ++i)
+        largest = std::max({largest, std::fabs(nodes.x[i]), std::fabs(nodes.y[i])});
+    Nodes scaled;
+    const Nodes* use = &nodes;
+    if (largest > 0.0 && (largest > 1e60 || largest < 1e-60)) {
+        const int e = std::ilogb(largest);
+        scaled = nodes;
+        for (double& v : scaled.x) v = std::ldexp(v, -e);
+        for (double& v : scaled.y) v = std::ldexp(v, -e);
+        use = &scaled;
+    }
     if ((options & (kEngine | kEngineScaled)) != 0 &&
-        build_engine(nodes, (options & kEngineScaled) != 0, mesh))
+        build_engine(*use, (options & kEngineScaled) != 0, mesh))
         return 0;
-    const int status = build_sweep(nodes.x, nodes.y, mesh);
+    const int status = build_sweep(use->x, use->y, mesh);
     if (status == 3) return ZEMATH_ERR_COLLINEAR;
     if (status != 0) return -2;
     return 0;
