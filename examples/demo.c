@@ -11,6 +11,7 @@ void demo_search(const double* x, const double* y, int n);
 void demo_random(void);
 void demo_rainflow(void);
 void demo_imaging(const double* x, const double* y, int n);
+void demo_gridding(void);
 
 #ifndef ZEMATH_SAMPLE_DATA
 #define ZEMATH_SAMPLE_DATA "examples/data/sample_curve.dat"
@@ -72,5 +73,6 @@ int main(int argc, char** argv) {
     demo_random();
     demo_rainflow();
     demo_imaging(x, y, n);
+    demo_gridding();
     return 0;
 }

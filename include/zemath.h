@@ -21,5 +21,8 @@
 #include "zemath/moving.h"
 #include "zemath/rainflow.h"
 #include "zemath/interpolation.h"
+#include "zemath/xyz.h"
+#include "zemath/triangulation.h"
+#include "zemath/kriging.h"
 
 #endif /* ZEMATH_H */

@@ -56,7 +56,9 @@ enum zemath_status {
     ZEMATH_ERR_NO_USABLE_VALUE = -158,/* no usable (non-missing) value */
     ZEMATH_ERR_CONSTANT_DATA = -185,  /* all values are equal */
     ZEMATH_ERR_CONFIDENCE_LEVEL = -196, /* confidence level not strictly between 0 and 1 */
-    ZEMATH_ERR_BAD_ABSCISSA = -220    /* abscissas not acceptable (not increasing, not finite) */
+    ZEMATH_ERR_BAD_ABSCISSA = -220,   /* abscissas not acceptable (not increasing, not finite) */
+    ZEMATH_ERR_KRIGING_SOLVE = -38,   /* a kriging system could not be factorised or solved */
+    ZEMATH_ERR_COLLINEAR = -130       /* all nodes of a triangulation are collinear */
 };
 
 /* Error numbers handed on from the numerical back end (positive). The distribution
