@@ -157,9 +157,13 @@ bool is_target_usable(double t) {
     return !is_nan(t) && !is_missing(t);
 }
 
-// Last index j in [j, last] with x[j] <= t, from a j that already satisfies it (or 0):
-// gallops forward, then bisects the last step.
+// Last index j in [j, last] with x[j] <= t, from a j that already satisfies it (or 0).
+// Two single steps without branches cover the common case of about as many targets as
+// nodes (a branch there would be mispredicted half the time); longer runs gallop, then
+// bisect the last step.
 std::size_t advance(const double* x, std::size_t last, std::size_t j, double t) {
+    j += static_cast<std::size_t>(j < last) & static_cast<std::size_t>(x[j + 1] <= t);
+    j += static_cast<std::size_t>(j < last) & static_cast<std::size_t>(x[j + 1] <= t);
     if (j >= last || !(x[j + 1] <= t)) return j;
     std::size_t low = j + 1, step = 1;
     while (low + step <= last && x[low + step] <= t) {
