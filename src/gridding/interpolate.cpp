@@ -12,7 +12,8 @@
 // within 1e-9 of the largest weight sum, the mean of the outer secants). PCHIP slopes are
 // weighted harmonic means of the neighbouring secants, 0 where the data turn, with
 // three-point end slopes limited to keep the shape. Sorted new abscissas are located in
-// one forward sweep that gallops over runs of nodes; unsorted ones by bisection.
+// one forward sweep that gallops over runs of nodes; unsorted ones by bisection, or, from
+// a thousand on, by the search family's radix sort of the targets and one sweep.
 //
 // Accuracy: a few units in the last place of the values for well-conditioned data; the
 // spline solve is backward stable for strictly ascending abscissas.
@@ -34,6 +35,7 @@
 
 #include "core/guard.hpp"
 #include "core/missing.hpp"
+#include "frame/search.hpp"
 #include "zemath/interpolation.h"
 #include "zemath/status.h"
 
@@ -157,9 +159,13 @@ bool is_target_usable(double t) {
     return !is_nan(t) && !is_missing(t);
 }
 
-// Last index j in [j, last] with x[j] <= t, from a j that already satisfies it (or 0):
-// gallops forward, then bisects the last step.
+// Last index j in [j, last] with x[j] <= t, from a j that already satisfies it (or 0).
+// Two single steps without branches cover the common case of about as many targets as
+// nodes (a branch there would be mispredicted half the time); longer runs gallop, then
+// bisect the last step.
 std::size_t advance(const double* x, std::size_t last, std::size_t j, double t) {
+    j += static_cast<std::size_t>(j < last) & static_cast<std::size_t>(x[j + 1] <= t);
+    j += static_cast<std::size_t>(j < last) & static_cast<std::size_t>(x[j + 1] <= t);
     if (j >= last || !(x[j + 1] <= t)) return j;
     std::size_t low = j + 1, step = 1;
     while (low + step <= last && x[low + step] <= t) {
@@ -184,6 +190,9 @@ std::size_t locate(std::span<const double> x, double t) {
 }
 
 enum class PieceKind { linear, nearest, cubic };
+
+// From this many unsorted targets on, sorting them pays for itself (as in the search family).
+constexpr std::size_t kManyTargets = 1024;
 
 // The interpolant: the data, and for the cubic methods the slopes and the power-form
 // coefficients of each piece about its left node.
@@ -244,10 +253,19 @@ void evaluate_targets(const Pieces& p, std::span<const double> xnew, std::span<d
             j = advance(p.x.data(), last, j, t);
             ynew[k] = value_at<Kind>(p, j, t);
         }
-    } else {
+    } else if (m < kManyTargets) {
         for (std::size_t k = 0; k < m; ++k) {
             const double t = xnew[k];
             ynew[k] = is_target_usable(t) ? value_at<Kind>(p, locate(p.x, t), t) : kNanum;
+        }
+    } else {
+        // Many targets in any order: the search family sorts them and sweeps once.
+        std::vector<int> position(m);
+        find_indices_ascending(p.x, xnew, position.data());
+        for (std::size_t k = 0; k < m; ++k) {
+            const double t = xnew[k];
+            const auto j = static_cast<std::size_t>(std::clamp(position[k], 0, int(last)));
+            ynew[k] = is_target_usable(t) ? value_at<Kind>(p, j, t) : kNanum;
         }
     }
 }
