@@ -15,5 +15,14 @@
 #include "zemath/distributions.h"
 #include "zemath/random.h"
 #include "zemath/statistics.h"
+#include "zemath/calculus.h"
+#include "zemath/smoothing.h"
+#include "zemath/progress.h"
+#include "zemath/moving.h"
+#include "zemath/rainflow.h"
+#include "zemath/interpolation.h"
+#include "zemath/xyz.h"
+#include "zemath/triangulation.h"
+#include "zemath/kriging.h"
 
 #endif /* ZEMATH_H */
