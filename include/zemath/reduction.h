@@ -9,7 +9,8 @@
  *   4  first value, 5 value at position n / 2, 7 last value (unsorted, as stored)
  *   6  value at position trunc((n - 1) 0.5) (the fraction p is 0.5)
  *   8  sum of the values not equal to NANUM
- *   9  sample standard deviation (N - 1 denominator) of the values not equal to NANUM
+ *   9  sample standard deviation (N - 1 denominator; 0 for one value) of the values not
+ *      equal to NANUM, from the descriptive-statistics moment engine
  *   10 standard error of their mean (standard deviation / sqrt N)
  *   11 root mean square of the values not equal to NANUM
  *   12 x start, 13 x centre (start + end) / 2, 14 x end of the group

@@ -10,6 +10,7 @@
 #include "core/missing.hpp"
 #include "frame/primitives.hpp"
 #include "frame/sampling_window.hpp"
+#include "stats/moments.hpp"
 #include "stats/percentiles.hpp"
 #include "zemath/reduction.h"
 #include "zemath/status.h"
@@ -102,10 +103,11 @@ double reduce_group(std::span<const double> y, int method, double x_start, doubl
             return y[n - 1];
         case 9:
         case 10: {
-            const MeanVariance mv = mean_variance(y, &marker);
-            if (mv.count == 0) return kNanum;
-            const double sd = std::sqrt(mv.variance);
-            return method == 9 ? sd : sd / std::sqrt(static_cast<double>(mv.count));
+            // The descriptive-statistics moment engine (corrected two-pass, unit weights).
+            MomentSummary summary;
+            if (moment_engine(y, {}, 0, summary) != ZEMATH_OK || summary.usable == 0) return kNanum;
+            const double sd = summary.usable == 1 ? 0.0 : summary.sd;  // one value: no spread
+            return method == 9 ? sd : sd / std::sqrt(static_cast<double>(summary.usable));
         }
         case 11: {
             const auto [squares, count] = sum_and_count(true);

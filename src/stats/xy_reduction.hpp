@@ -12,8 +12,9 @@
 //   6 value at trunc((n - 1) p), p = kReducerFraction = 0.5 (NANUM when n < 1 or p < 0);
 //   7 last value; 8 sum of the non-missing values; 9 sample standard deviation (N - 1)
 //   and 10 standard error of the mean (standard deviation / sqrt N) of the non-missing
-//   values, from the frame's two-pass mean and variance; 11 root mean square over the
-//   non-missing values; 12 x start, 13 x centre, 14 x end of the group; others NANUM.
+//   values, from the descriptive-statistics moment engine (0 for a single value); 11 root mean
+//   square over the non-missing values; 12 x start, 13 x centre, 14 x end of the group; others
+//   NANUM.
 // An empty group (no point, or no non-missing value for 1-3 and 9-11) gives NANUM for
 // every value method; 12-14 still give the positions.
 //
