@@ -483,6 +483,37 @@ ZEMATH_API int zemath_two_sample_tTest_samplesize_pair(double alpha, double diff
                                                        unsigned int count, const double* targets,
                                                        int* sizes) ZEMATH_NOEXCEPT;
 
+/* ---- Shapiro-Wilk normality test ------------------------------------------------------ */
+
+/* Shapiro and Wilk's W test of data[0..n-1] (NANUM values skipped). res->N receives n and
+ * W, P start as NANUM; on success they receive W and its p-value (upper tail: small W,
+ * small P, evidence against normality). method 0: the library's AS R94 (n <= 5000);
+ * 1: the back end's routine, kept deliberately limited to n <= 2000 (hosts rely on it);
+ * kept deliberately: any other method computes nothing and gives W = P = 0 with status 0.
+ * n = 3 uses the exact distribution of W. Returns 0; -156 when data or res is NULL;
+ * -165 when n < 3 or fewer than 3 values are usable; -166 when n > 5000, or n > 2000 with
+ * method 1; -110 when a usable value is NaN or infinite; -185 when all values are equal;
+ * a positive AS R94 indicator or back-end error number as it stands. */
+ZEMATH_API int zemath_shapiro_wilk_test(unsigned int n, const double* data, ShapiroWilkResults* res,
+                                        int method) ZEMATH_NOEXCEPT;
+
+/* Algorithm AS R94 on x[0..n-1] sorted ascending: a (na >= n/2 slots) receives the
+ * coefficients of the pairs (x[n-1-i] - x[i]), i < n/2; w and pw the statistic and its
+ * p-value (pw = 1 unless computed). The indicator goes to *ifault and is returned: 0; 1
+ * n < 3; 2 n > 5000 (W and p still computed); 3 na < n/2; 6 range below 1e-19; 7 x not
+ * ascending. Returns -156 (nothing written) when a pointer is NULL. */
+ZEMATH_API int zemath_shapiro_wilk_test_R94(const double* x, int n, double* a, int na, double* w,
+                                            double* pw, int* ifault) ZEMATH_NOEXCEPT;
+
+/* Algorithm AS 181 in single precision as published (approximate normal scores, its own
+ * p-value approximations; accuracy of the published algorithm: a few units in the third
+ * digit of p) on data[0..n-1] in any order (a sorted copy is used; data is not changed).
+ * W, pw receive the statistic and p-value (1 and 1 on failure); the indicator goes to
+ * *ifault and is returned: 0; 1 n <= 2; 2 n > 2000. Returns -156 when a pointer is
+ * NULL. */
+ZEMATH_API int zemath_shapiro_wilk_test_AS181(const float* data, unsigned int n, float* W, float* pw,
+                                              int* ifault) ZEMATH_NOEXCEPT;
+
 ZEMATH_EXTERN_C_END
 
 #endif /* ZEMATH_STATISTICS_H */
