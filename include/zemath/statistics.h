@@ -451,6 +451,20 @@ ZEMATH_API int zemath_two_sample_confidence_levels_for_mean(unsigned int count, 
                                                             int equal_variances, double* lower,
                                                             double* upper, int one_sided) ZEMATH_NOEXCEPT;
 
+/* Parameters of a normal law fitted to data[0..n-1] (NANUM skipped) with two-sided
+ * confidence limits at level: mu = mean with Student's t limits, sigma = SD (divisor
+ * N - 1) with chi-square limits SD sqrt((N-1) / chi2inv(p or 1 - p, N - 1)). Outputs
+ * optional. Returns 0; -156 (data NULL); -196 (level); -155 (n > INT_MAX); -165 (fewer
+ * than 2 usable points). */
+ZEMATH_API int zemath_confidence_limit_Norm(const double* data, unsigned int n, double level, double* mu,
+                                            double* mu_lower, double* mu_upper, double* sigma,
+                                            double* sigma_lower, double* sigma_upper) ZEMATH_NOEXCEPT;
+/* Mean of an exponential law fitted to data[0..n-1] (NANUM skipped) with its exact
+ * two-sided limits 2 N mean / chi2inv(p or 1 - p, 2N). Outputs optional. Returns 0; -156;
+ * -196; -155; -165 (no usable point); -151 (a negative value). */
+ZEMATH_API int zemath_confidence_limit_Exp(const double* data, unsigned int n, double level, double* mean,
+                                           double* lower, double* upper) ZEMATH_NOEXCEPT;
+
 /* ---- Power and sample size of t tests ---------------------------------------------------
  * alpha the significance level in (0, 1); difference the true mean difference (to the
  * hypothesised value); SD the standard deviation (of the differences for the paired
