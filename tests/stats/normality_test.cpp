@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 #include <string>
 #include <vector>
@@ -44,8 +45,11 @@ TEST(ShapiroWilk, BothPathsMatchRToTenDigits) {
             worst_p = std::max(worst_p, std::fabs(r.P - c.p) / c.p);
         }
     }
-    RecordProperty("worst_relative_W", std::to_string(worst_w));
-    RecordProperty("worst_relative_P", std::to_string(worst_p));
+    char text[64];
+    std::snprintf(text, sizeof text, "%.3g", worst_w);
+    RecordProperty("worst_relative_W", text);
+    std::snprintf(text, sizeof text, "%.3g", worst_p);
+    RecordProperty("worst_relative_P", text);
 }
 
 TEST(ShapiroWilk, ClassicExampleAndBareEntryPoints) {
