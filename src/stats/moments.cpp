@@ -458,16 +458,28 @@ void put(T* target, T value) {
 // Copies the fields selected in opt from `from` into `to`.
 void copy_selected(const DescStatOptions& opt, const DescStatResults& from, DescStatResults& to) {
 #define ZEMATH_COPY_FIELD(field) \
-    if (opt.field) to.field = from.field;
-    ZEMATH_COPY_FIELD(N)
-    ZEMATH_COPY_FIELD(Missing)
-    ZEMATH_COPY_FIELD(Mean) ZEMATH_COPY_FIELD(SD) ZEMATH_COPY_FIELD(SEM) ZEMATH_COPY_FIELD(LCL)
-        ZEMATH_COPY_FIELD(UCL) ZEMATH_COPY_FIELD(Variance) ZEMATH_COPY_FIELD(Sum)
-            ZEMATH_COPY_FIELD(Skewness) ZEMATH_COPY_FIELD(Kurtosis) ZEMATH_COPY_FIELD(UncorSumSq)
-                ZEMATH_COPY_FIELD(CorSumSq) ZEMATH_COPY_FIELD(COV) ZEMATH_COPY_FIELD(MAD)
-                    ZEMATH_COPY_FIELD(SDx2) ZEMATH_COPY_FIELD(SDx3) ZEMATH_COPY_FIELD(GeoMean)
-                        ZEMATH_COPY_FIELD(GeoSD) ZEMATH_COPY_FIELD(Mode)
-                            ZEMATH_COPY_FIELD(WeightSum)
+    if (opt.field) to.field = from.field
+    ZEMATH_COPY_FIELD(N);
+    ZEMATH_COPY_FIELD(Missing);
+    ZEMATH_COPY_FIELD(Mean);
+    ZEMATH_COPY_FIELD(SD);
+    ZEMATH_COPY_FIELD(SEM);
+    ZEMATH_COPY_FIELD(LCL);
+    ZEMATH_COPY_FIELD(UCL);
+    ZEMATH_COPY_FIELD(Variance);
+    ZEMATH_COPY_FIELD(Sum);
+    ZEMATH_COPY_FIELD(Skewness);
+    ZEMATH_COPY_FIELD(Kurtosis);
+    ZEMATH_COPY_FIELD(UncorSumSq);
+    ZEMATH_COPY_FIELD(CorSumSq);
+    ZEMATH_COPY_FIELD(COV);
+    ZEMATH_COPY_FIELD(MAD);
+    ZEMATH_COPY_FIELD(SDx2);
+    ZEMATH_COPY_FIELD(SDx3);
+    ZEMATH_COPY_FIELD(GeoMean);
+    ZEMATH_COPY_FIELD(GeoSD);
+    ZEMATH_COPY_FIELD(Mode);
+    ZEMATH_COPY_FIELD(WeightSum);
 #undef ZEMATH_COPY_FIELD
 }
 
