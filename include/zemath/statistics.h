@@ -451,6 +451,20 @@ ZEMATH_API int zemath_two_sample_confidence_levels_for_mean(unsigned int count, 
                                                             int equal_variances, double* lower,
                                                             double* upper, int one_sided) ZEMATH_NOEXCEPT;
 
+/* Parameters of a normal law fitted to data[0..n-1] (NANUM skipped) with two-sided
+ * confidence limits at level: mu = mean with Student's t limits, sigma = SD (divisor
+ * N - 1) with chi-square limits SD sqrt((N-1) / chi2inv(p or 1 - p, N - 1)). Outputs
+ * optional. Returns 0; -156 (data NULL); -196 (level); -155 (n > INT_MAX); -165 (fewer
+ * than 2 usable points). */
+ZEMATH_API int zemath_confidence_limit_Norm(const double* data, unsigned int n, double level, double* mu,
+                                            double* mu_lower, double* mu_upper, double* sigma,
+                                            double* sigma_lower, double* sigma_upper) ZEMATH_NOEXCEPT;
+/* Mean of an exponential law fitted to data[0..n-1] (NANUM skipped) with its exact
+ * two-sided limits 2 N mean / chi2inv(p or 1 - p, 2N). Outputs optional. Returns 0; -156;
+ * -196; -155; -165 (no usable point); -151 (a negative value). */
+ZEMATH_API int zemath_confidence_limit_Exp(const double* data, unsigned int n, double level, double* mean,
+                                           double* lower, double* upper) ZEMATH_NOEXCEPT;
+
 /* ---- Power and sample size of t tests ---------------------------------------------------
  * alpha the significance level in (0, 1); difference the true mean difference (to the
  * hypothesised value); SD the standard deviation (of the differences for the paired
@@ -482,6 +496,37 @@ ZEMATH_API int zemath_two_sample_tTest_powers_pair1(double alpha, double differe
 ZEMATH_API int zemath_two_sample_tTest_samplesize_pair(double alpha, double difference, double SD, int tail,
                                                        unsigned int count, const double* targets,
                                                        int* sizes) ZEMATH_NOEXCEPT;
+
+/* ---- Shapiro-Wilk normality test ------------------------------------------------------ */
+
+/* Shapiro and Wilk's W test of data[0..n-1] (NANUM values skipped). res->N receives n and
+ * W, P start as NANUM; on success they receive W and its p-value (upper tail: small W,
+ * small P, evidence against normality). method 0: the library's AS R94 (n <= 5000);
+ * 1: the back end's routine, kept deliberately limited to n <= 2000 (hosts rely on it);
+ * kept deliberately: any other method computes nothing and gives W = P = 0 with status 0.
+ * n = 3 uses the exact distribution of W. Returns 0; -156 when data or res is NULL;
+ * -165 when n < 3 or fewer than 3 values are usable; -166 when n > 5000, or n > 2000 with
+ * method 1; -110 when a usable value is NaN or infinite; -185 when all values are equal;
+ * a positive AS R94 indicator or back-end error number as it stands. */
+ZEMATH_API int zemath_shapiro_wilk_test(unsigned int n, const double* data, ShapiroWilkResults* res,
+                                        int method) ZEMATH_NOEXCEPT;
+
+/* Algorithm AS R94 on x[0..n-1] sorted ascending: a (na >= n/2 slots) receives the
+ * coefficients of the pairs (x[n-1-i] - x[i]), i < n/2; w and pw the statistic and its
+ * p-value (pw = 1 unless computed). The indicator goes to *ifault and is returned: 0; 1
+ * n < 3; 2 n > 5000 (W and p still computed); 3 na < n/2; 6 range below 1e-19; 7 x not
+ * ascending. Returns -156 (nothing written) when a pointer is NULL. */
+ZEMATH_API int zemath_shapiro_wilk_test_R94(const double* x, int n, double* a, int na, double* w,
+                                            double* pw, int* ifault) ZEMATH_NOEXCEPT;
+
+/* Algorithm AS 181 in single precision as published (approximate normal scores, its own
+ * p-value approximations; accuracy of the published algorithm: a few units in the third
+ * digit of p) on data[0..n-1] in any order (a sorted copy is used; data is not changed).
+ * W, pw receive the statistic and p-value (1 and 1 on failure); the indicator goes to
+ * *ifault and is returned: 0; 1 n <= 2; 2 n > 2000. Returns -156 when a pointer is
+ * NULL. */
+ZEMATH_API int zemath_shapiro_wilk_test_AS181(const float* data, unsigned int n, float* W, float* pw,
+                                              int* ifault) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END
 

@@ -295,6 +295,50 @@ DescStatResults reset_record(int count) {
 
 namespace {
 
+// Ascending sort of doubles without NaN: LSD radix sort of their order-preserving bit
+// patterns (11-bit digits, passes whose digit is constant skipped) for large arrays,
+// std::sort for small ones. -0.0 sorts just before +0.0, so equal values stay adjacent.
+void sort_doubles(std::vector<double>& values) {
+    constexpr std::size_t kRadixThreshold = 1 << 14;
+    const std::size_t n = values.size();
+    if (n < kRadixThreshold) {
+        std::sort(values.begin(), values.end());
+        return;
+    }
+    constexpr int kDigitBits = 11, kPasses = 6;
+    constexpr std::size_t kBuckets = std::size_t{1} << kDigitBits;
+    constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
+    std::vector<std::uint64_t> keys(n), spare(n);
+    std::vector<std::size_t> counts(kPasses * kBuckets, 0);
+    for (std::size_t i = 0; i < n; ++i) {
+        std::uint64_t bits;
+        std::memcpy(&bits, &values[i], sizeof bits);
+        const std::uint64_t key = (bits & kSign) ? ~bits : (bits | kSign);
+        keys[i] = key;
+        for (int p = 0; p < kPasses; ++p)
+            ++counts[p * kBuckets + ((key >> (p * kDigitBits)) & (kBuckets - 1))];
+    }
+    for (int p = 0; p < kPasses; ++p) {
+        std::size_t* count = counts.data() + p * kBuckets;
+        const int shift = p * kDigitBits;
+        if (count[(keys[0] >> shift) & (kBuckets - 1)] == n) continue;  // one digit value: no move
+        std::size_t offset = 0;
+        for (std::size_t b = 0; b < kBuckets; ++b) {
+            const std::size_t c = count[b];
+            count[b] = offset;
+            offset += c;
+        }
+        for (std::size_t i = 0; i < n; ++i)
+            spare[count[(keys[i] >> shift) & (kBuckets - 1)]++] = keys[i];
+        keys.swap(spare);
+    }
+    for (std::size_t i = 0; i < n; ++i) {
+        const std::uint64_t key = keys[i];
+        const std::uint64_t bits = (key & kSign) ? (key & ~kSign) : ~key;
+        std::memcpy(&values[i], &bits, sizeof bits);
+    }
+}
+
 // Mode of the usable, non-NaN values (unweighted): the value with the largest count
 // when that count is at least 2; the smallest of several such values.
 double mode_of(std::span<const double> data, std::span<const double> weights, bool* several) {
@@ -304,7 +348,7 @@ double mode_of(std::span<const double> data, std::span<const double> weights, bo
         if (!is_missing(data[i]) && !std::isnan(data[i]) &&
             (weights.empty() || !is_missing(weights[i])))
             values.push_back(data[i]);
-    std::sort(values.begin(), values.end());
+    sort_doubles(values);
     double best = kNanum;
     std::size_t best_count = 1, ties = 0;
     for (std::size_t i = 0; i < values.size();) {
@@ -414,15 +458,28 @@ void put(T* target, T value) {
 // Copies the fields selected in opt from `from` into `to`.
 void copy_selected(const DescStatOptions& opt, const DescStatResults& from, DescStatResults& to) {
 #define ZEMATH_COPY_FIELD(field) \
-    if (opt.field) to.field = from.field;
-    ZEMATH_COPY_FIELD(N)
-    ZEMATH_COPY_FIELD(Missing) ZEMATH_COPY_FIELD(Mean) ZEMATH_COPY_FIELD(SD) ZEMATH_COPY_FIELD(SEM)
-        ZEMATH_COPY_FIELD(LCL) ZEMATH_COPY_FIELD(UCL) ZEMATH_COPY_FIELD(Variance)
-            ZEMATH_COPY_FIELD(Sum) ZEMATH_COPY_FIELD(Skewness) ZEMATH_COPY_FIELD(Kurtosis)
-                ZEMATH_COPY_FIELD(UncorSumSq) ZEMATH_COPY_FIELD(CorSumSq) ZEMATH_COPY_FIELD(COV)
-                    ZEMATH_COPY_FIELD(MAD) ZEMATH_COPY_FIELD(SDx2) ZEMATH_COPY_FIELD(SDx3)
-                        ZEMATH_COPY_FIELD(GeoMean) ZEMATH_COPY_FIELD(GeoSD) ZEMATH_COPY_FIELD(Mode)
-                            ZEMATH_COPY_FIELD(WeightSum)
+    if (opt.field) to.field = from.field
+    ZEMATH_COPY_FIELD(N);
+    ZEMATH_COPY_FIELD(Missing);
+    ZEMATH_COPY_FIELD(Mean);
+    ZEMATH_COPY_FIELD(SD);
+    ZEMATH_COPY_FIELD(SEM);
+    ZEMATH_COPY_FIELD(LCL);
+    ZEMATH_COPY_FIELD(UCL);
+    ZEMATH_COPY_FIELD(Variance);
+    ZEMATH_COPY_FIELD(Sum);
+    ZEMATH_COPY_FIELD(Skewness);
+    ZEMATH_COPY_FIELD(Kurtosis);
+    ZEMATH_COPY_FIELD(UncorSumSq);
+    ZEMATH_COPY_FIELD(CorSumSq);
+    ZEMATH_COPY_FIELD(COV);
+    ZEMATH_COPY_FIELD(MAD);
+    ZEMATH_COPY_FIELD(SDx2);
+    ZEMATH_COPY_FIELD(SDx3);
+    ZEMATH_COPY_FIELD(GeoMean);
+    ZEMATH_COPY_FIELD(GeoSD);
+    ZEMATH_COPY_FIELD(Mode);
+    ZEMATH_COPY_FIELD(WeightSum);
 #undef ZEMATH_COPY_FIELD
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -17,9 +18,9 @@ namespace zemath {
 
 namespace {
 
-// Up to this many distinct order statistics are found by selection; beyond it one sort
-// of the copy is cheaper than repeated partitioning.
-constexpr std::size_t kMaxSelections = 24;
+// Selection costs about log2(k) partitioning passes for k order statistics, a sort about
+// log2(m): order statistics are selected while k is small against m, else one sort.
+constexpr std::size_t kSelectionsPerSort = 64;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
@@ -98,6 +99,12 @@ void select_order_statistics(std::span<double> values, std::span<const std::size
 
 namespace {
 
+// A usable NaN has no place in the order: NaN for every valid percent.
+void fill_nan(std::span<const double> percents, std::span<double> results) {
+    for (std::size_t k = 0; k < percents.size(); ++k)
+        results[k] = (percents[k] >= 0.0 && percents[k] <= 100.0) ? kNaN : kNanum;
+}
+
 void weighted_percentiles(std::span<const double> data, const double* weights,
                           std::span<const double> percents, std::span<double> results) {
     std::vector<std::pair<double, double>> pairs;
@@ -138,11 +145,21 @@ void weighted_percentiles(std::span<const double> data, const double* weights,
 
 void unweighted_percentiles(std::span<const double> data, std::span<const double> percents,
                             std::span<double> results, int rule) {
-    std::vector<double> values;
-    values.reserve(data.size());
-    for (double x : data)
-        if (!is_missing(x)) values.push_back(x);
-    const std::size_t m = values.size();
+    // Branch-free compaction into uninitialised storage: one pass, NaN noted on the way.
+    const auto buffer =
+        std::make_unique_for_overwrite<double[]>(std::max<std::size_t>(data.size(), 1));
+    std::size_t m = 0;
+    bool nan_seen = false;
+    for (double x : data) {
+        buffer[m] = x;
+        nan_seen |= std::isnan(x);
+        m += is_missing(x) ? 0 : 1;
+    }
+    if (nan_seen) {
+        fill_nan(percents, results);
+        return;
+    }
+    const std::span<double> values(buffer.get(), m);
     std::vector<OrderStatisticPick> picks(percents.size());
     std::vector<std::size_t> positions;
     positions.reserve(2 * percents.size());
@@ -154,7 +171,7 @@ void unweighted_percentiles(std::span<const double> data, std::span<const double
     }
     std::sort(positions.begin(), positions.end());
     positions.erase(std::unique(positions.begin(), positions.end()), positions.end());
-    if (positions.size() > kMaxSelections) {
+    if (positions.size() * kSelectionsPerSort > m) {
         std::sort(values.begin(), values.end());
     } else {
         select_order_statistics(values, positions);
@@ -182,13 +199,15 @@ int percentiles(std::span<const double> data, std::span<const double> percents,
         util::post_message("_ZEMS_CW_5");
         if (negative) return ZEMATH_ERR_NEGATIVE_WEIGHT;
     }
-    // A usable NaN (value or weight) has no place in the order: every result is NaN.
-    for (std::size_t i = 0; i < data.size(); ++i) {
-        const bool usable = !is_missing(data[i]) && (weights == nullptr || !is_missing(weights[i]));
-        if (usable && (std::isnan(data[i]) || (weights != nullptr && std::isnan(weights[i])))) {
-            for (std::size_t k = 0; k < percents.size(); ++k)
-                results[k] = (percents[k] >= 0.0 && percents[k] <= 100.0) ? kNaN : kNanum;
-            return ZEMATH_OK;
+    // A usable NaN (value or weight) has no place in the order: every result is NaN. The
+    // unweighted path notes NaN values while it copies.
+    if (weights != nullptr) {
+        for (std::size_t i = 0; i < data.size(); ++i) {
+            const bool usable = !is_missing(data[i]) && !is_missing(weights[i]);
+            if (usable && (std::isnan(data[i]) || std::isnan(weights[i]))) {
+                fill_nan(percents, results);
+                return ZEMATH_OK;
+            }
         }
     }
     if (weighted) {

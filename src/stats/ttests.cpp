@@ -612,3 +612,48 @@ ZEMATH_API int zemath_two_sample_tTest_samplesize_pair(double alpha, double diff
                                                        const double* targets, int* sizes) noexcept {
     return sample_sizes(Design::kPaired, alpha, difference, SD, tail, count, targets, sizes);
 }
+
+// ---- Confidence limits of fitted distribution parameters -----------------------------------
+
+ZEMATH_API int zemath_confidence_limit_Norm(const double* data, unsigned int n, double level,
+                                            double* mu, double* mu_lower, double* mu_upper,
+                                            double* sigma, double* sigma_lower,
+                                            double* sigma_upper) noexcept {
+    if (data == nullptr) return ZEMATH_ERR_NULL_STATS;
+    if (!level_ok(level)) return ZEMATH_ERR_CONFIDENCE_LEVEL;
+    if (n > static_cast<unsigned int>(INT_MAX)) return ZEMATH_ERR_SIZES_DIFFER;
+    const Sample s = summarize(data, n);
+    if (s.n < 2) return ZEMATH_ERR_TOO_FEW_DATA;
+    const double dof = s.n - 1.0;
+    const double p = level_probability(level, 0);
+    const double t = tinv(p, dof, 2, nullptr);
+    const double upper_chi = chi2inv(p, dof, nullptr), lower_chi = chi2inv(1.0 - p, dof, nullptr);
+    put(mu, s.mean);
+    put(sigma, s.sd);
+    put(mu_lower, known(t) ? s.mean - t * s.se : kNanum);
+    put(mu_upper, known(t) ? s.mean + t * s.se : kNanum);
+    put(sigma_lower, known(upper_chi) ? s.sd * std::sqrt(dof / upper_chi) : kNanum);
+    put(sigma_upper,
+        known(lower_chi) && lower_chi > 0.0 ? s.sd * std::sqrt(dof / lower_chi) : kNanum);
+    return ZEMATH_OK;
+}
+
+ZEMATH_API int zemath_confidence_limit_Exp(const double* data, unsigned int n, double level,
+                                           double* mean, double* lower, double* upper) noexcept {
+    if (data == nullptr) return ZEMATH_ERR_NULL_STATS;
+    if (!level_ok(level)) return ZEMATH_ERR_CONFIDENCE_LEVEL;
+    if (n > static_cast<unsigned int>(INT_MAX)) return ZEMATH_ERR_SIZES_DIFFER;
+    const Sample s = summarize(data, n);
+    if (s.n < 1) return ZEMATH_ERR_TOO_FEW_DATA;
+    for (unsigned int i = 0; i < n; ++i)
+        if (!is_missing(data[i]) && data[i] < 0.0) return ZEMATH_ERR_PARAM_RANGE;
+    // 2 n mean / mu is chi-square with 2n degrees of freedom: the exact interval.
+    const double dof = 2.0 * s.n;
+    const double p = level_probability(level, 0);
+    const double upper_chi = chi2inv(p, dof, nullptr), lower_chi = chi2inv(1.0 - p, dof, nullptr);
+    const double total = dof * s.mean;
+    put(mean, s.mean);
+    put(lower, known(upper_chi) ? total / upper_chi : kNanum);
+    put(upper, known(lower_chi) && lower_chi > 0.0 ? total / lower_chi : kNanum);
+    return ZEMATH_OK;
+}

@@ -107,3 +107,15 @@ for design in (1, 2, 3):
             size += 1
         print(f"{{{design}, {alpha}, {diff}, {sd}, {tail}, {n}, {f(pw)}, {target}, {size}}},")
 print("#endif")
+
+print("#ifdef FIT_CASES")
+print("// {level, {data}, mu, mu_lower, mu_upper, sigma, sigma_lower, sigma_upper, exp_lower, exp_upper}")
+for level, x in [(0.95, [2.1, 3.4, 1.9, 5.6, 4.4, 3.3, 2.8, 4.9]), (0.9, [0.5, 1.7, 0.2, 3.9, 1.1, 0.8])]:
+    x = np.array(x)
+    n, m, s = len(x), np.mean(x), np.std(x, ddof=1)
+    p = 1 - (1 - level) / 2
+    lo, hi = stats.t.interval(level, n - 1, loc=m, scale=s / np.sqrt(n))
+    sl, su = s * np.sqrt((n - 1) / stats.chi2.ppf(p, n - 1)), s * np.sqrt((n - 1) / stats.chi2.ppf(1 - p, n - 1))
+    el, eu = 2 * n * m / stats.chi2.ppf(p, 2 * n), 2 * n * m / stats.chi2.ppf(1 - p, 2 * n)
+    print(f"{{{level}, {arr(x)}, {f(m)}, {f(lo)}, {f(hi)}, {f(s)}, {f(sl)}, {f(su)}, {f(el)}, {f(eu)}}},")
+print("#endif")

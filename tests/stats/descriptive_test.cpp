@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -221,6 +222,25 @@ TEST(Descriptive, SpecialCasesOfTheRecord) {
     const DescStatResults weighted = describe({1, 100, 2, 3}, w.data());
     EXPECT_EQ(weighted.Missing, 1);
     EXPECT_EQ(weighted.Mean, 2.0);
+}
+
+TEST(Descriptive, ModeOfALargeSampleWithSignedZeros) {
+    // Large enough for the radix path of the sort: negative values, both zeros (equal as
+    // doubles, so one value), denormals and infinities; the mode counted independently.
+    std::vector<double> data;
+    for (int i = 0; i < 30000; ++i)
+        data.push_back(std::round(std::sin(i * 0.731) * 40.0) / 8.0 - 2.0);
+    for (int i = 0; i < 900; ++i) data.push_back(i % 2 ? 0.0 : -0.0);
+    data.push_back(4.9e-324);
+    data.push_back(-std::numeric_limits<double>::infinity());
+    std::map<double, int> counts;
+    for (double x : data) ++counts[x];
+    double best = 0;
+    int best_count = 0;
+    for (const auto& [value, count] : counts)
+        if (count > best_count) best = value, best_count = count;
+    ASSERT_GT(counts[0.0], 900);
+    EXPECT_EQ(describe(data).Mode, best);
 }
 
 TEST(Descriptive, ExtendedAndRowForms) {

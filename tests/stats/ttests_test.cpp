@@ -42,6 +42,17 @@ struct PowerCase {
     int size;
 };
 
+struct FitCase {
+    double level;
+    std::vector<double> data;
+    double mu, mu_lower, mu_upper, sigma, sigma_lower, sigma_upper, exp_lower, exp_upper;
+};
+const std::vector<FitCase> kFits = {
+#define FIT_CASES
+#include "reference/ttests_ref.inc"
+#undef FIT_CASES
+};
+
 const std::vector<TCase> kT = {
 #define T_CASES
 #include "reference/ttests_ref.inc"
@@ -238,6 +249,39 @@ TEST(TTests, PowerAndSampleSize) {
     ASSERT_EQ(zemath_two_sample_tTest_samplesize(0.05, 1, 1, 0, 1, &unreachable, &n), 0);
     EXPECT_EQ(n, -1);
     EXPECT_EQ(zemath_two_sample_tTest_powers_pair(0.05, 1, 1, 0, 2, sizes, nullptr),
+              ZEMATH_ERR_NULL_STATS);
+}
+
+TEST(TTests, ConfidenceLimitsOfFittedParameters) {
+    ASSERT_EQ(kFits.size(), 2u);
+    for (const auto& c : kFits) {
+        const auto n = static_cast<unsigned>(c.data.size());
+        double mu, ml, mu_hi, sigma, sl, su, mean, el, eu;
+        ASSERT_EQ(zemath_confidence_limit_Norm(c.data.data(), n, c.level, &mu, &ml, &mu_hi, &sigma,
+                                               &sl, &su),
+                  0);
+        near(mu, c.mu, 1e-14, "mu");
+        near(ml, c.mu_lower, kTDeviate, "mu lower");
+        near(mu_hi, c.mu_upper, kTDeviate, "mu upper");
+        near(sigma, c.sigma, 1e-14, "sigma");
+        near(sl, c.sigma_lower, 1e-12, "sigma lower");
+        near(su, c.sigma_upper, 1e-12, "sigma upper");
+        ASSERT_EQ(zemath_confidence_limit_Exp(c.data.data(), n, c.level, &mean, &el, &eu), 0);
+        near(mean, c.mu, 1e-14, "exp mean");
+        near(el, c.exp_lower, 1e-12, "exp lower");
+        near(eu, c.exp_upper, 1e-12, "exp upper");
+    }
+    const double negative[] = {1, -2, 3};
+    double m;
+    EXPECT_EQ(zemath_confidence_limit_Exp(negative, 3, 0.95, &m, nullptr, nullptr),
+              ZEMATH_ERR_PARAM_RANGE);
+    EXPECT_EQ(zemath_confidence_limit_Exp(negative, 3, 1.0, &m, nullptr, nullptr),
+              ZEMATH_ERR_CONFIDENCE_LEVEL);
+    EXPECT_EQ(zemath_confidence_limit_Norm(negative, 1, 0.95, &m, nullptr, nullptr, nullptr,
+                                           nullptr, nullptr),
+              ZEMATH_ERR_TOO_FEW_DATA);
+    EXPECT_EQ(zemath_confidence_limit_Norm(nullptr, 3, 0.95, &m, nullptr, nullptr, nullptr, nullptr,
+                                           nullptr),
               ZEMATH_ERR_NULL_STATS);
 }
 
