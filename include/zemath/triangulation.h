@@ -144,6 +144,19 @@ ZEMATH_API int zemath_tri_natural_neighbor_interpolate(int nd, const double* xd,
                                                        const double* yt, double* zt,
                                                        unsigned int options) ZEMATH_NOEXCEPT;
 
+/* Reduced Delaunay mesh of the scattered data: nodes are prepared as for
+ * zemath_triangulation (options 0), then a subset is grown greedily from the hull nodes
+ * of the data (every k-th one when there are more than option) and the extreme nodes in
+ * x and y: in each round the nodes with the largest vertical error against the
+ * linear surface of the current subset's triangulation (nodes outside its hull first)
+ * join it, up to half the subset's size at a time, until it holds at least option nodes
+ * (the seeds alone may exceed it slightly) or the surface reproduces every node within
+ * 1e-12 of the z range. The record holds the Delaunay triangulation of the subset. Returns 0;
+ * -1 when out, x, y or z is NULL, n < 3, option < 3, or the data cannot be triangulated
+ * (too few usable nodes, all collinear, out of memory). */
+ZEMATH_API int zemath_triangulation_reduce(int n, const double* x, const double* y, const double* z,
+                                           Triangulation* out, int option) ZEMATH_NOEXCEPT;
+
 ZEMATH_EXTERN_C_END
 
 #endif /* ZEMATH_TRIANGULATION_H */
