@@ -35,17 +35,19 @@ ZEMATH_EXTERN_C_BEGIN
  * -11 a NULL array; -8 no usable data point (n below 1 included); -38 a kriging system
  * could not be factorised (a pivot below 1e-13 of the largest); -19 out of memory.
  * m below 1 returns 0 and writes nothing. */
-ZEMATH_API int zemath_2d_kriging_scat(int n, const double* x, const double* y, const double* z, int nPoint,
-                                      double dSmooth, double dExponent, int m, const double* xTarget,
-                                      const double* yTarget, double* zTarget, int nMaxNeighbors) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_2d_kriging_scat(int n, const double* x, const double* y, const double* z,
+                                      int nPoint, double dSmooth, double dExponent, int m,
+                                      const double* xTarget, const double* yTarget, double* zTarget,
+                                      int nMaxNeighbors) ZEMATH_NOEXCEPT;
 
 /* The same on the grid xGrid[0..nx-1] by yGrid[0..ny-1]: zGrid is ny by nx, row-major,
  * row j holding yGrid[j] (x varying fastest). Codes as the scattered form; -11 also for
  * NULL grid arrays; -8 when nx * ny exceeds the int range. nx or ny below 1: 0, nothing
  * written. */
-ZEMATH_API int zemath_2d_kriging_grid(int n, const double* x, const double* y, const double* z, int nPoint,
-                                      double dSmooth, double dExponent, int nx, const double* xGrid, int ny,
-                                      const double* yGrid, double* zGrid, int nMaxNeighbors) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_2d_kriging_grid(int n, const double* x, const double* y, const double* z,
+                                      int nPoint, double dSmooth, double dExponent, int nx,
+                                      const double* xGrid, int ny, const double* yGrid,
+                                      double* zGrid, int nMaxNeighbors) ZEMATH_NOEXCEPT;
 
 /* zemath_2d_kriging_scat with the kriging variance beside each estimate:
  * variance[k] = 50 - (c' w + 50 mu) for the target's right-hand side c and solution
@@ -53,9 +55,10 @@ ZEMATH_API int zemath_2d_kriging_grid(int n, const double* x, const double* y, c
  * the distance to the data); NANUM where the estimate is NANUM. variance may be NULL
  * (then this is zemath_2d_kriging_scat). Each variance costs one solve with the bucket's
  * factors. Codes as zemath_2d_kriging_scat. */
-ZEMATH_API int zemath_2d_kriging_scat_ex(int n, const double* x, const double* y, const double* z, int nPoint,
-                                         double dSmooth, double dExponent, int m, const double* xTarget,
-                                         const double* yTarget, double* zTarget, double* variance,
+ZEMATH_API int zemath_2d_kriging_scat_ex(int n, const double* x, const double* y, const double* z,
+                                         int nPoint, double dSmooth, double dExponent, int m,
+                                         const double* xTarget, const double* yTarget,
+                                         double* zTarget, double* variance,
                                          int nMaxNeighbors) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END

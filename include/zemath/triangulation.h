@@ -37,16 +37,16 @@ enum zemath_triangulation_option {
  * edges are in edge; an edge with flag 1 has exactly one adjacent triangle; neighbor is
  * symmetric; triangles are counter-clockwise. */
 typedef struct Triangulation {
-    int valid;     /* 0 after init/free, 1 once a build succeeded */
-    double* x;     /* node x (sorted by x, missing values and duplicates removed) */
-    double* y;     /* node y */
-    double* z;     /* node z */
-    int nodes;     /* number of nodes */
-    int triangles; /* number of triangles */
-    int* tri;      /* 6 per triangle: vertices a, b, c (counter-clockwise), then the edge
-                      indices of (a,b), (b,c), (c,a) */
-    int edges;     /* number of edges */
-    int* edge;     /* 3 per edge: node a < node b, boundary flag (1 hull or grid border) */
+    int valid;         /* 0 after init/free, 1 once a build succeeded */
+    double* x;         /* node x (sorted by x, missing values and duplicates removed) */
+    double* y;         /* node y */
+    double* z;         /* node z */
+    int nodes;         /* number of nodes */
+    int triangles;     /* number of triangles */
+    int* tri;          /* 6 per triangle: vertices a, b, c (counter-clockwise), then the edge
+                          indices of (a,b), (b,c), (c,a) */
+    int edges;         /* number of edges */
+    int* edge;         /* 3 per edge: node a < node b, boundary flag (1 hull or grid border) */
     int boundaryCount; /* number of boundary nodes */
     int* boundary;     /* boundary node indices, counter-clockwise from node 0 */
     int holeCount;     /* length of holeIndex and holeValue (missing-z pass only) */
@@ -76,8 +76,8 @@ ZEMATH_API void zemath_triangulation_free(Triangulation* t) ZEMATH_NOEXCEPT;
  * the latter) into closed rings, stored as described in the record.
  * Returns 0; -1 when out, x, y or z is NULL; -2 when n < 3 or fewer than 3 usable
  * distinct nodes remain; -130 when all usable nodes are collinear; -19 out of memory. */
-ZEMATH_API int zemath_triangulation(int n, const double* x, const double* y, const double* z, Triangulation* out,
-                                    unsigned int options) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_triangulation(int n, const double* x, const double* y, const double* z,
+                                    Triangulation* out, unsigned int options) ZEMATH_NOEXCEPT;
 
 /* Triangulation of gridded nodes (rows * cols each, row-major, node (i, j) at index
  * i * cols + j, taken as given): per node the row edge (i,j)-(i,j+1), the column edge
@@ -93,20 +93,22 @@ ZEMATH_API int zemath_construct_triangulation(int rows, int cols, const double* 
  * returns boundaryCount without writing (size query); else writes *count and the x, y, z
  * of the boundary nodes (boundaryCount each), clockwise unless option 0x80000, and
  * returns 0. */
-ZEMATH_API int zemath_triangulation_boundary(const Triangulation* t, int* count, double* bx, double* by,
-                                             double* bz, unsigned int options) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_triangulation_boundary(const Triangulation* t, int* count, double* bx,
+                                             double* by, double* bz,
+                                             unsigned int options) ZEMATH_NOEXCEPT;
 
 /* Flattens the record: xyz (nodes by 3: x, y, z per row), tri (6 per triangle), edge
  * (3 per edge), boundary (boundaryCount). False when t is NULL or not valid or an output
  * is NULL (nothing written). */
-ZEMATH_API bool zemath_triangulation_to_array(const Triangulation* t, double* xyz, int* tri, int* edge,
-                                              int* boundary) ZEMATH_NOEXCEPT;
+ZEMATH_API bool zemath_triangulation_to_array(const Triangulation* t, double* xyz, int* tri,
+                                              int* edge, int* boundary) ZEMATH_NOEXCEPT;
 
 /* Rebuilds a record from flattened arrays (copied; out is freed first): valid 1,
  * neighbor and hole fields empty. False, with out left empty, when out or a needed array
  * is NULL, a count is negative or nodes < 1, or an index is out of range. */
-ZEMATH_API bool zemath_array_to_triangulation(int nodes, const double* xyz, int triangles, const int* tri,
-                                              int edges, const int* edge, int boundaryCount, const int* boundary,
+ZEMATH_API bool zemath_array_to_triangulation(int nodes, const double* xyz, int triangles,
+                                              const int* tri, int edges, const int* edge,
+                                              int boundaryCount, const int* boundary,
                                               Triangulation* out) ZEMATH_NOEXCEPT;
 
 /* Linear value at (x, y): the first triangle in storage order that holds the point (edges
@@ -115,7 +117,8 @@ ZEMATH_API bool zemath_array_to_triangulation(int nodes, const double* xyz, int 
  * hosts rely on it. When D is exactly 0 the undivided sum is returned. True and *z
  * written when a triangle holds the point; false for NULL t or z, no triangle, or a
  * record without triangles. */
-ZEMATH_API bool zemath_Triangulation_value(const Triangulation* t, double x, double y, double* z) ZEMATH_NOEXCEPT;
+ZEMATH_API bool zemath_Triangulation_value(const Triangulation* t, double x, double y,
+                                           double* z) ZEMATH_NOEXCEPT;
 
 /* Barycentric linear interpolation at x, y[0..n-1] into z[0..n-1] by walking across
  * neighbours from the triangle of the previous point (edge tests with tolerance 1e-8).
@@ -130,8 +133,9 @@ ZEMATH_API int zemath_tri_contour_interpolate(int n, const double* x, const doub
  * weights. Targets outside the convex hull, NaN targets and targets in a triangle with a
  * NANUM vertex get NANUM. Returns 0, or the codes of zemath_triangulation (-1 NULL data
  * or targets, -2, -130, -19); -15 when nt < 1. */
-ZEMATH_API int zemath_tri_linear_interpolate(int nd, const double* xd, const double* yd, const double* zd, int nt,
-                                             const double* xt, const double* yt, double* zt,
+ZEMATH_API int zemath_tri_linear_interpolate(int nd, const double* xd, const double* yd,
+                                             const double* zd, int nt, const double* xt,
+                                             const double* yt, double* zt,
                                              unsigned int options) ZEMATH_NOEXCEPT;
 
 /* Natural-neighbour (Sibson) interpolation of the scattered data at the targets, through
@@ -143,6 +147,19 @@ ZEMATH_API int zemath_tri_natural_neighbor_interpolate(int nd, const double* xd,
                                                        const double* zd, int nt, const double* xt,
                                                        const double* yt, double* zt,
                                                        unsigned int options) ZEMATH_NOEXCEPT;
+
+/* Reduced Delaunay mesh of the scattered data: nodes are prepared as for
+ * zemath_triangulation (options 0), then a subset is grown greedily from the hull nodes
+ * of the data (every k-th one when there are more than option) and the extreme nodes in
+ * x and y: in each round the nodes with the largest vertical error against the
+ * linear surface of the current subset's triangulation (nodes outside its hull first)
+ * join it, up to half the subset's size at a time, until it holds at least option nodes
+ * (the seeds alone may exceed it slightly) or the surface reproduces every node within
+ * 1e-12 of the z range. The record holds the Delaunay triangulation of the subset. Returns 0;
+ * -1 when out, x, y or z is NULL, n < 3, option < 3, or the data cannot be triangulated
+ * (too few usable nodes, all collinear, out of memory). */
+ZEMATH_API int zemath_triangulation_reduce(int n, const double* x, const double* y, const double* z,
+                                           Triangulation* out, int option) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END
 

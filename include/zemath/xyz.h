@@ -61,7 +61,8 @@ ZEMATH_API int zemath_xyz_examine_data_pro(int n, const double* x, const double*
 ZEMATH_API int zemath_xyz_examine_data(int n, const double* x, const double* y, const double* z,
                                        double dXTol, double dYTol, int* nVar, double* dXmin,
                                        double* dXStep, double* dXmax, double* dYmin, double* dYStep,
-                                       double* dYmax, bool bRemoveDuplicates, int nMethod) ZEMATH_NOEXCEPT;
+                                       double* dYmax, bool bRemoveDuplicates,
+                                       int nMethod) ZEMATH_NOEXCEPT;
 
 /* Variant of zemath_xyz_examine_data whose steps come from the mode finder
  * (zemath_find_array_step_stat_ex); on an axis where it fails, the gcd finder
@@ -70,43 +71,46 @@ ZEMATH_API int zemath_xyz_examine_data(int n, const double* x, const double* y, 
  * when the grid would exceed nVar * 1e6 nodes). Returns 0, 1, 2 or -1. */
 ZEMATH_API int zemath_xyz_examine_data_ex(int n, const double* x, const double* y, const double* z,
                                           double dXTol, double dYTol, int* nVar, double* dXmin,
-                                          double* dXStep, double* dXmax, double* dYmin, double* dYStep,
-                                          double* dYmax, bool bRemoveDuplicates, int nMethod) ZEMATH_NOEXCEPT;
+                                          double* dXStep, double* dXmax, double* dYmin,
+                                          double* dYStep, double* dYmax, bool bRemoveDuplicates,
+                                          int nMethod) ZEMATH_NOEXCEPT;
 
 /* Common step of the values x[0..n-1] (any order; NANUM and NaN ignored) by the block
  * step finder, fitting tolerance tol. Returns 0 and the step; -11 when x or step is NULL;
  * -18 fewer than 2 usable values (step set to 0); -32 no common step (step set to 0). */
-ZEMATH_API int zemath_find_array_step(const double* x, int n, double* step, double tol) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_find_array_step(const double* x, int n, double* step,
+                                      double tol) ZEMATH_NOEXCEPT;
 
 /* Mode finder: the neighbour differences of the sorted values that are not zero
  * (|b - a| > tol (|a| + |b|)) are grouped within a relative 1e-6; the step is the mean
  * of the most frequent group (the smaller step on ties), *count its size. Returns 0;
  * -11 NULL x, step or count; -18 fewer than 2 values; -32 no non-zero difference. */
-ZEMATH_API int zemath_find_array_step_stat(const double* x, unsigned int n, double* step, double tol,
-                                           int* count) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_find_array_step_stat(const double* x, unsigned int n, double* step,
+                                           double tol, int* count) ZEMATH_NOEXCEPT;
 
 /* As zemath_find_array_step_stat, then every difference must be a whole multiple of the
  * step within a fraction max(tol, 1e-6) of it, else -32 (step and count still written). */
-ZEMATH_API int zemath_find_array_step_stat_ex(const double* x, unsigned int n, double* step, double tol,
-                                              int* count) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_find_array_step_stat_ex(const double* x, unsigned int n, double* step,
+                                              double tol, int* count) ZEMATH_NOEXCEPT;
 
 /* As zemath_find_array_step_stat, but -32 unless the most frequent group holds at least
  * the fraction dProbability (0..1) of the differences. */
 ZEMATH_API int zemath_find_array_step_by_probability(const double* x, unsigned int n, double* step,
-                                                     double tol, double dProbability) ZEMATH_NOEXCEPT;
+                                                     double tol,
+                                                     double dProbability) ZEMATH_NOEXCEPT;
 
 /* Approximate greatest common divisor of the non-zero neighbour differences (Euclid's
  * algorithm; remainders within tol times the largest difference count as zero). Returns
  * 0; -11 NULL; -18 fewer than 2 values; -32 no difference or a gcd below dMinStep. */
-ZEMATH_API int zemath_find_array_step_by_gcd(const double* x, unsigned int n, double* step, double tol,
-                                             double dMinStep) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_find_array_step_by_gcd(const double* x, unsigned int n, double* step,
+                                             double tol, double dMinStep) ZEMATH_NOEXCEPT;
 
 /* Histogram of the non-zero neighbour differences grouped as by the mode finder: group
  * means ascending into steps[0..] and their sizes into counts[0..], at most nMax of
  * each. Returns the number of groups (which may exceed nMax); -11 NULL x, steps or
  * counts; -18 n < 2. */
-ZEMATH_API int zemath_array_step_histogram(const double* x, int n, double tol, double* steps, int* counts,
-                                           int nMax) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_array_step_histogram(const double* x, int n, double tol, double* steps,
+                                           int* counts, int nMax) ZEMATH_NOEXCEPT;
 
 /* The non-zero neighbour differences of the sorted values (the intervals between the
  * distinct values, in ascending order of position), at most nMax into intervals.
@@ -118,7 +122,8 @@ ZEMATH_API int zemath_get_intervals(const double* x, int n, double tol, double* 
  * shifted by the mean offset of all values from their nearest grid node (a least-squares
  * phase); the smallest value itself when step is not positive. Returns 0; -11 NULL;
  * -18 no usable value (NANUM and NaN ignored). */
-ZEMATH_API int zemath_array_anchor(const double* x, int n, double step, double* anchor) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_array_anchor(const double* x, int n, double step,
+                                   double* anchor) ZEMATH_NOEXCEPT;
 
 /* Places each point in an ny-by-nx row-major matrix: column trunc((x - xmin) / xstep +
  * 0.5), row likewise (index 0 on an axis of step 0), trunc rounding toward zero, so a point
@@ -127,26 +132,28 @@ ZEMATH_API int zemath_array_anchor(const double* x, int n, double step, double* 
  * values; a later point in a cell overwrites an earlier one. Returns 0; -11 a NULL
  * array; -5 n < 1; -18 nx or ny below 1, a step of 0 with more than one column or row,
  * or a point off the grid (NaN coordinates are off the grid). */
-ZEMATH_API int zemath_convert_regular_xyz_to_matrix(int n, const double* x, const double* y, const double* z,
-                                                    double* mat, double xmin, double xstep, int nx, double ymin,
-                                                    double ystep, int ny) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_convert_regular_xyz_to_matrix(int n, const double* x, const double* y,
+                                                    const double* z, double* mat, double xmin,
+                                                    double xstep, int nx, double ymin, double ystep,
+                                                    int ny) ZEMATH_NOEXCEPT;
 
 /* As the regular form, but first fills all nx * ny cells with NANUM, skips points off
  * the grid, and places a point only when |x - (xmin + ix xstep)| <= |xstep| xTolFrac and
  * the same holds in y. Returns n minus the number of points placed, or -11 / -5 / -18 as
  * the regular form (off-grid points are not an error here). */
-ZEMATH_API int zemath_convert_sparse_xyz_to_matrix(int n, const double* x, const double* y, const double* z,
-                                                   double* mat, double xmin, double xstep, int nx, double ymin,
-                                                   double ystep, int ny, double xTolFrac,
+ZEMATH_API int zemath_convert_sparse_xyz_to_matrix(int n, const double* x, const double* y,
+                                                   const double* z, double* mat, double xmin,
+                                                   double xstep, int nx, double ymin, double ystep,
+                                                   int ny, double xTolFrac,
                                                    double yTolFrac) ZEMATH_NOEXCEPT;
 
 /* Unrolls an ny-by-nx row-major matrix into XYZ triples, row by row (x varying fastest):
  * x = xmin + j xstep, y = ymin + i ystep. With bSkipMissing, cells equal to NANUM are
  * left out. x, y, z must hold nx * ny values. Returns the number written; -11 NULL;
  * -18 nx or ny below 1. */
-ZEMATH_API int zemath_mat_to_regular_xyz(const double* mat, int nx, int ny, double xmin, double xstep,
-                                         double ymin, double ystep, double* x, double* y, double* z,
-                                         bool bSkipMissing) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_mat_to_regular_xyz(const double* mat, int nx, int ny, double xmin,
+                                         double xstep, double ymin, double ystep, double* x,
+                                         double* y, double* z, bool bSkipMissing) ZEMATH_NOEXCEPT;
 
 /* Replaces every blank cell (NANUM or NaN) of mat[0..n-1] by value, in place. Returns
  * the number replaced; -11 NULL; -18 n < 1. */
@@ -154,24 +161,28 @@ ZEMATH_API int zemath_mat_replace_blanks(double* mat, int n, double value) ZEMAT
 
 /* Removes, in place and in order, every point whose x, y or z is NANUM. Returns the new
  * count; -11 NULL; -18 n < 1. */
-ZEMATH_API int zemath_xyz_remove_missingvalue(int n, double* x, double* y, double* z) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_xyz_remove_missingvalue(int n, double* x, double* y,
+                                              double* z) ZEMATH_NOEXCEPT;
 
 /* Merges duplicate points in place (methods above); the survivors go to the front of
  * x, y, z sorted by x, then y. Points whose x or y is NANUM or NaN are dropped; points
  * whose z is NANUM are dropped unless bKeepMissingZ. nMethod 5 returns n and changes
  * nothing. Returns the new count (0 when nothing usable is left); -11 a NULL array;
  * -18 n < 1. */
-ZEMATH_API int zemath_xyz_remove_duplicates(int n, double* x, double* y, double* z, int nMethod, double dXTol,
-                                            double dYTol, int bKeepMissingZ) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_xyz_remove_duplicates(int n, double* x, double* y, double* z, int nMethod,
+                                            double dXTol, double dYTol,
+                                            int bKeepMissingZ) ZEMATH_NOEXCEPT;
 
 /* The same with a second value array v merged like z (a point is dropped for a missing
  * z only, as in the XYZ form). */
-ZEMATH_API int zemath_xyzv_remove_duplicates(int n, double* x, double* y, double* z, double* v, int nMethod,
-                                             double dXTol, double dYTol, int bKeepMissingZ) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_xyzv_remove_duplicates(int n, double* x, double* y, double* z, double* v,
+                                             int nMethod, double dXTol, double dYTol,
+                                             int bKeepMissingZ) ZEMATH_NOEXCEPT;
 
 /* One-key form: points whose x agree within dTol are merged, y combined by the method
  * (NANUM values ignored). Survivors sorted by x. Returns the new count; -11; -18 n < 1. */
-ZEMATH_API int zemath_xy_remove_duplicates(int n, double* x, double* y, int nMethod, double dTol) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_xy_remove_duplicates(int n, double* x, double* y, int nMethod,
+                                           double dTol) ZEMATH_NOEXCEPT;
 
 /* Sorts x[0..n-1] ascending in place and keeps one value (the first) of every chain of
  * values within tol of their sorted predecessor; NANUM and NaN are dropped. Returns the

@@ -12,13 +12,15 @@
 
 #include "libqhull_r/qhull_ra.h"
 
-int zemath_qhull_delaunay(int n, double* points, int extra_setting, int* tri, int capacity, int* count);
+int zemath_qhull_delaunay(int n, double* points, int extra_setting, int* tri, int capacity,
+                          int* count);
 
 /* points: 2 n coordinates (x, y per point), modified by the engine's scaling. Writes up to
  * capacity triangles (three point indices each, in the engine's order) to tri and their
  * number to *count. Returns 0, a positive engine error code, -1 when the triangles do not
  * fit or a stream could not be opened. */
-int zemath_qhull_delaunay(int n, double* points, int extra_setting, int* tri, int capacity, int* count) {
+int zemath_qhull_delaunay(int n, double* points, int extra_setting, int* tri, int capacity,
+                          int* count) {
     qhT engine;
     qhT* qh = &engine;
     char sink[512];

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <numeric>
 #include <vector>
@@ -595,6 +596,129 @@ ZEMATH_API int zemath_tri_contour_interpolate(int n, const double* x, const doub
         }
         z[p] = result;
         current = found ? k : 0;
+    }
+    return 0;
+}
+
+namespace zemath {
+namespace {
+
+// Vertical error of each node against the mesh of the chosen subset (infinite outside
+// its hull, 0 for a NaN z).
+void subset_errors(const Nodes& all, const Nodes& sub, const Mesh& mesh,
+                   const std::vector<char>& chosen, std::vector<double>& error) {
+    int start = 0;
+    const double inf = std::numeric_limits<double>::infinity();
+    for (std::size_t i = 0; i < all.x.size(); ++i) {
+        error[i] = 0.0;
+        if (chosen[i]) continue;
+        const int t = locate(mesh, sub.x, sub.y, all.x[i], all.y[i], start);
+        if (t < 0) {
+            error[i] = inf;
+            continue;
+        }
+        const int a = mesh.v[3 * t], b = mesh.v[3 * t + 1], c = mesh.v[3 * t + 2];
+        const double xa = sub.x[a], ya = sub.y[a], xb = sub.x[b], yb = sub.y[b], xc = sub.x[c],
+                     yc = sub.y[c];
+        const double d = (yb - yc) * (xa - xc) + (xc - xb) * (ya - yc);
+        const double wa = ((yb - yc) * (all.x[i] - xc) + (xc - xb) * (all.y[i] - yc)) / d;
+        const double wb = ((yc - ya) * (all.x[i] - xc) + (xa - xc) * (all.y[i] - yc)) / d;
+        const double value = wa * sub.z[a] + wb * sub.z[b] + (1.0 - wa - wb) * sub.z[c];
+        const double e = std::fabs(all.z[i] - value);
+        error[i] = std::isnan(e) ? 0.0 : e;
+    }
+}
+
+int reduce(int n, const double* x, const double* y, const double* z, int target,
+           Triangulation* out) {
+    Nodes all;
+    if (prepare_nodes(n, x, y, z, 0, all) != 0) return -1;
+    const int count = static_cast<int>(all.x.size());
+    std::vector<char> chosen(static_cast<std::size_t>(count), 0);
+    // Seeds: the hull of all nodes (every other hull node while it exceeds the target),
+    // so that the reduced mesh covers the data; the extreme nodes in x and y always.
+    {
+        Mesh full;
+        if (const int s = triangulate_nodes(all, 0, full); s != 0) return -1;
+        std::vector<int> hull;
+        for (int u = 0; hull.empty() || u != 0; u = full.hull_next[u]) {
+            hull.push_back(u);
+            if (static_cast<int>(hull.size()) > count) return -1;
+        }
+        const std::size_t stride =
+            (hull.size() + static_cast<std::size_t>(target) - 1) / static_cast<std::size_t>(target);
+        for (std::size_t k = 0; k < hull.size(); k += std::max<std::size_t>(stride, 1))
+            chosen[hull[k]] = 1;
+    }
+    const auto by_y = std::minmax_element(all.y.begin(), all.y.end());
+    for (int i : {0, count - 1, static_cast<int>(by_y.first - all.y.begin()),
+                  static_cast<int>(by_y.second - all.y.begin())})
+        chosen[i] = 1;
+    const auto by_z = std::minmax_element(all.z.begin(), all.z.end());
+    // Errors below this share of the z range count as an exact fit (rounding).
+    const double exact = 1e-12 * std::fabs(*by_z.second - *by_z.first);
+    std::vector<double> error(static_cast<std::size_t>(count));
+    std::vector<int> index, order;
+    Nodes sub;
+    Mesh mesh;
+    auto build_subset = [&] {
+        index.clear();
+        sub.x.clear(), sub.y.clear(), sub.z.clear();
+        for (int i = 0; i < count; ++i)
+            if (chosen[i])
+                index.push_back(i), sub.x.push_back(all.x[i]), sub.y.push_back(all.y[i]),
+                    sub.z.push_back(all.z[i]);
+        return triangulate_nodes(sub, 0, mesh);
+    };
+    // Greedy insertion: the nodes worst represented by the current mesh join it in
+    // batches of up to half the current size, until the target or an exact fit.
+    for (int round = 0; round < 64; ++round) {
+        const int status = build_subset();
+        const int size = static_cast<int>(index.size());
+        if (status == ZEMATH_ERR_COLLINEAR) {
+            if (size >= count) return -1;
+            int best = -1;  // the node farthest off the seeds' line
+            double best_area = 0.0;
+            for (int i = 0; i < count; ++i) {
+                const double area =
+                    std::fabs((all.x[count - 1] - all.x[0]) * (all.y[i] - all.y[0]) -
+                              (all.y[count - 1] - all.y[0]) * (all.x[i] - all.x[0]));
+                if (!chosen[i] && area > best_area) best = i, best_area = area;
+            }
+            if (best < 0) return -1;
+            chosen[best] = 1;
+            continue;
+        }
+        if (status != 0) return -1;
+        if (size >= target || size >= count) break;
+        subset_errors(all, sub, mesh, chosen, error);
+        order.clear();
+        for (int i = 0; i < count; ++i)
+            if (!chosen[i] && error[i] > exact) order.push_back(i);
+        if (order.empty()) break;  // the mesh already reproduces every node
+        const int batch =
+            std::min({static_cast<int>(order.size()), target - size, std::max(1, size / 2)});
+        std::nth_element(order.begin(), order.begin() + (batch - 1), order.end(),
+                         [&](int a, int b) { return error[a] > error[b]; });
+        for (int k = 0; k < batch; ++k) chosen[order[k]] = 1;
+    }
+    fill_record(out, sub, mesh);
+    out->valid = 1;
+    return 0;
+}
+
+}  // namespace
+}  // namespace zemath
+
+ZEMATH_API int zemath_triangulation_reduce(int n, const double* x, const double* y, const double* z,
+                                           Triangulation* out, int option) noexcept {
+    zemath_triangulation_free(out);
+    if (out == nullptr || x == nullptr || y == nullptr || z == nullptr || n < 3 || option < 3)
+        return -1;
+    const int status = guard_status([&] { return zemath::reduce(n, x, y, z, option, out); });
+    if (status != 0) {
+        zemath_triangulation_free(out);
+        return -1;
     }
     return 0;
 }

@@ -478,4 +478,55 @@ TEST(Triangulation, NaturalNeighbourReproducesLinearFields) {
               ZEMATH_ERR_GENERAL);
 }
 
+TEST(Triangulation, Reduce) {
+    std::mt19937_64 rng(9);
+    std::uniform_real_distribution<double> u(0, 1);
+    Vec x, y, bump, plane;
+    for (int k = 0; k < 3000; ++k) {
+        x.push_back(u(rng)), y.push_back(u(rng));
+        bump.push_back(std::exp(
+            -20 * ((x.back() - 0.5) * (x.back() - 0.5) + (y.back() - 0.3) * (y.back() - 0.3))));
+        plane.push_back(2 * x.back() - 3 * y.back());
+    }
+    // Worst vertical error of the reduced surface over all data points.
+    auto worst = [&](const Triangulation& t) {
+        double e = 0;
+        Vec z(3000);
+        EXPECT_EQ(zemath_tri_contour_interpolate(3000, x.data(), y.data(), z.data(), &t), 0);
+        for (int k = 0; k < 3000; ++k)
+            e = std::max(e, z[k] == NANUM ? 1e300 : std::fabs(z[k] - bump[k]));
+        return e;
+    };
+    double previous = 1e300;
+    for (int target : {30, 120, 480}) {
+        Record r;
+        ASSERT_EQ(zemath_triangulation_reduce(3000, x.data(), y.data(), bump.data(), &r.t, target),
+                  0);
+        EXPECT_EQ(r.t.nodes, target);
+        check_invariants(r.t);
+        const double e = worst(r.t);
+        EXPECT_LT(e, previous);  // more nodes, a closer surface; every data point covered
+        previous = e;
+    }
+    EXPECT_LT(previous, 0.1);  // a 480-node surface of the unit bump
+    Record flat;  // a plane is reproduced by its hull corners: far fewer nodes than asked
+    ASSERT_EQ(zemath_triangulation_reduce(3000, x.data(), y.data(), plane.data(), &flat.t, 500), 0);
+    EXPECT_LT(flat.t.nodes, 40);
+    const Vec line_x{0, 1, 2, 3}, line_y{0, 1, 2, 3};
+    struct Case {
+        int n;
+        const double* px;
+        int option;
+    };
+    const Case refused[] = {
+        {3000, x.data(), 2}, {2, x.data(), 10}, {3000, nullptr, 10}, {4, line_x.data(), 10}};
+    for (const Case& c : refused) {
+        Record r;
+        EXPECT_EQ(zemath_triangulation_reduce(c.n, c.px, c.n == 4 ? line_y.data() : y.data(),
+                                              plane.data(), &r.t, c.option),
+                  -1);
+        EXPECT_EQ(r.t.valid, 0);
+    }
+}
+
 }  // namespace
