@@ -9,6 +9,9 @@
 void demo_primitives(const double* x, const double* y, int n);
 void demo_search(const double* x, const double* y, int n);
 void demo_random(void);
+void demo_rainflow(void);
+void demo_imaging(const double* x, const double* y, int n);
+void demo_gridding(void);
 
 #ifndef ZEMATH_SAMPLE_DATA
 #define ZEMATH_SAMPLE_DATA "examples/data/sample_curve.dat"
@@ -68,5 +71,8 @@ int main(int argc, char** argv) {
     demo_search(x, y, n);
     demo_distributions();
     demo_random();
+    demo_rainflow();
+    demo_imaging(x, y, n);
+    demo_gridding();
     return 0;
 }

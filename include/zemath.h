@@ -6,6 +6,9 @@
 #include "zemath/status.h"
 #include "zemath/frame.h"
 #include "zemath/complex.h"
+#include "zemath/geometry.h"
+#include "zemath/reduction.h"
+#include "zemath/image.h"
 #include "zemath/primitives.h"
 #include "zemath/search.h"
 #include "zemath/sort.h"
@@ -16,5 +19,10 @@
 #include "zemath/smoothing.h"
 #include "zemath/progress.h"
 #include "zemath/moving.h"
+#include "zemath/rainflow.h"
+#include "zemath/interpolation.h"
+#include "zemath/xyz.h"
+#include "zemath/triangulation.h"
+#include "zemath/kriging.h"
 
 #endif /* ZEMATH_H */

@@ -1,7 +1,9 @@
 /* zeMath companion library zemath_plain: the exports whose names collide with the C
- * math library, as forwarders to their collision-free namesakes in zemath. Open it with
- * dlopen(..., RTLD_LOCAL) and resolve by name; do not include this header together
- * with <math.h> or <complex.h>. */
+ * math library, as forwarders to their collision-free namesakes in zemath (complex.h
+ * documents each). The plain names are the complex functions, not the real ones: kept
+ * deliberately, hosts resolve these names and expect the complex results. Open the
+ * library with dlopen(..., RTLD_LOCAL) and resolve by name; do not include this header
+ * together with <math.h> or <complex.h>. */
 #ifndef ZEMATH_PLAINNAMES_H
 #define ZEMATH_PLAINNAMES_H
 
@@ -9,8 +11,17 @@
 
 ZEMATH_EXTERN_C_BEGIN
 
-/* Modulus of a d_complex; forwards to cabsz. */
-ZEMATH_API double cabs(d_complex z);
+ZEMATH_API double cabs(d_complex z);                 /* cabsz */
+ZEMATH_API d_complex sqrt(d_complex z);              /* sqrtz */
+ZEMATH_API d_complex log(d_complex z);               /* logz */
+ZEMATH_API d_complex exp(d_complex z);               /* expz */
+ZEMATH_API d_complex sin(d_complex z);               /* sinz */
+ZEMATH_API d_complex cos(d_complex z);               /* cosz */
+ZEMATH_API d_complex tan(d_complex z);               /* tanz */
+ZEMATH_API d_complex tanh(d_complex z);              /* tanhz */
+ZEMATH_API d_complex atan(d_complex z);              /* atanz */
+ZEMATH_API d_complex atanh(d_complex z);             /* atanhz */
+ZEMATH_API d_complex cpow(d_complex z, d_complex w); /* cpowz */
 
 ZEMATH_EXTERN_C_END
 

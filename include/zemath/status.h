@@ -56,7 +56,9 @@ enum zemath_status {
     ZEMATH_ERR_NO_USABLE_VALUE = -158,/* no usable (non-missing) value */
     ZEMATH_ERR_CONSTANT_DATA = -185,  /* all values are equal */
     ZEMATH_ERR_CONFIDENCE_LEVEL = -196, /* confidence level not strictly between 0 and 1 */
-    ZEMATH_ERR_BAD_ABSCISSA = -220    /* abscissas not acceptable (not increasing, not finite) */
+    ZEMATH_ERR_BAD_ABSCISSA = -220,   /* abscissas not acceptable (not increasing, not finite) */
+    ZEMATH_ERR_KRIGING_SOLVE = -38,   /* a kriging system could not be factorised or solved */
+    ZEMATH_ERR_COLLINEAR = -130       /* all nodes of a triangulation are collinear */
 };
 
 /* Error numbers handed on from the numerical back end (positive). The distribution
@@ -76,6 +78,7 @@ enum zemath_backend_status {
     ZEMATH_NAG_INCOMPAT_PARAM = 88,   /* mutually incompatible arguments */
     ZEMATH_NAG_CONV = 300,            /* an iteration did not converge; approximate result */
     ZEMATH_NAG_PROB_LIMIT = 301,      /* probability too close to 0 or 1 for the result */
+    ZEMATH_NAG_NOT_SORTED = 302,      /* data that must be sorted are not */
     ZEMATH_NAG_TOO_MANY_ITER = 357,   /* iteration limit reached */
     ZEMATH_NAG_DEVIATE_FAILED = 422,  /* a deviate could not be computed to accuracy */
     ZEMATH_NAG_ACCURACY_WARNING = 424 /* probability returned, full accuracy may not be reached */

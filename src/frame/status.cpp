@@ -53,6 +53,8 @@ extern "C" ZEMATH_API const char* zemath_status_string(int status) {
         case ZEMATH_ERR_CONSTANT_DATA: return "all values are equal";
         case ZEMATH_ERR_CONFIDENCE_LEVEL: return "confidence level not strictly between 0 and 1";
         case ZEMATH_ERR_BAD_ABSCISSA: return "abscissas not acceptable";
+        case ZEMATH_ERR_KRIGING_SOLVE: return "kriging system could not be solved";
+        case ZEMATH_ERR_COLLINEAR: return "all nodes are collinear";
         case ZEMATH_NAG_REAL_ARG_LT: return "back end: real argument below its limit";
         case ZEMATH_NAG_REAL_ARG_LE: return "back end: real argument at or below its limit";
         case ZEMATH_NAG_REAL_ARG_GT: return "back end: real argument above its limit";
@@ -65,6 +67,7 @@ extern "C" ZEMATH_API const char* zemath_status_string(int status) {
         case ZEMATH_NAG_ALLOC_FAIL: return "back end: allocation failed";
         case ZEMATH_NAG_CONV: return "back end: iteration did not converge";
         case ZEMATH_NAG_PROB_LIMIT: return "back end: probability too close to 0 or 1";
+        case ZEMATH_NAG_NOT_SORTED: return "back end: data not sorted";
         case ZEMATH_NAG_BAD_PARAM: return "back end: argument selector out of range";
         case ZEMATH_NAG_INCOMPAT_PARAM: return "back end: incompatible arguments";
         case ZEMATH_NAG_TOO_MANY_ITER: return "back end: iteration limit reached";

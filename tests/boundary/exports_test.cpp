@@ -123,6 +123,14 @@ TEST(Boundary, PlainNamesStayLocalAndLeaveRealMathUntouched) {
     EXPECT_EQ(zcabs(d_complex{3.0, 4.0}), 5.0);
     EXPECT_EQ(zcabs(d_complex{NANUM, 1.0}), NANUM);
 
+    // The plain names are the complex functions: sin(0 + i) = i sinh 1.
+    using ComplexFn = d_complex (*)(d_complex);
+    auto zsin = reinterpret_cast<ComplexFn>(dlsym(plain.handle, "sin"));
+    ASSERT_NE(zsin, nullptr);
+    const d_complex s = zsin(d_complex{0.0, 1.0});
+    EXPECT_EQ(s.re, 0.0);
+    EXPECT_NEAR(s.im, 1.1752011936438014, 1e-15);
+
     // The process's own math functions are not captured by the RTLD_LOCAL library.
     void* global_cabs = dlsym(RTLD_DEFAULT, "cabs");
     EXPECT_NE(global_cabs, reinterpret_cast<void*>(zcabs));

@@ -1,0 +1,105 @@
+// Gridding: Delaunay triangulation (built-in and engine builds) of 1e5 and 1e6 points,
+// uniform in the unit square and on a perturbed grid; examination and duplicate removal
+// of 1e6 points; kriging of a 500 x 500 grid from 1e4 scattered points. Items processed
+// are input points (targets for kriging). bench/gridding_peer.py times SciPy on the same
+// kinds of data (scipy.spatial.Delaunay, RBFInterpolator with a neighbour count).
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <map>
+#include <random>
+#include <vector>
+
+#include "zemath.h"
+
+namespace {
+
+struct Cloud {
+    std::vector<double> x, y, z;
+};
+
+// kind 0: uniform in the unit square; 1: a sqrt(n) grid perturbed by 1e-3 of a cell.
+const Cloud& cloud(int n, int kind) {
+    static std::map<std::pair<int, int>, Cloud> cache;
+    Cloud& c = cache[{n, kind}];
+    if (c.x.empty()) {
+        std::mt19937_64 gen(20261123);
+        std::uniform_real_distribution<double> u(0.0, 1.0);
+        const int side = static_cast<int>(std::sqrt(static_cast<double>(n)));
+        for (int i = 0; i < n; ++i) {
+            double x = u(gen), y = u(gen);
+            if (kind == 1)
+                x = (i % side + 1e-3 * (x - 0.5)) / side, y = (i / side + 1e-3 * (y - 0.5)) / side;
+            c.x.push_back(x), c.y.push_back(y), c.z.push_back(std::sin(6 * x) * std::cos(4 * y));
+        }
+    }
+    return c;
+}
+
+void BM_triangulation(benchmark::State& state) {
+    const int n = static_cast<int>(state.range(0));
+    const Cloud& c = cloud(n, static_cast<int>(state.range(1)));
+    const unsigned options = state.range(2) ? static_cast<unsigned>(ZEMATH_TRI_ENGINE) : 0u;
+    Triangulation t;
+    zemath_triangulation_init(&t);
+    for (auto _ : state) {
+        if (zemath_triangulation(n, c.x.data(), c.y.data(), c.z.data(), &t, options) != 0)
+            state.SkipWithError("failed");
+        benchmark::DoNotOptimize(t.triangles);
+    }
+    zemath_triangulation_free(&t);
+    state.SetItemsProcessed(state.iterations() * n);
+}
+
+void BM_examine(benchmark::State& state) {
+    const int n = static_cast<int>(state.range(0));
+    const Cloud& c = cloud(n, 1);
+    for (auto _ : state) {
+        int nvar = 0;
+        double a, b, cc, d, e, f;
+        benchmark::DoNotOptimize(zemath_xyz_examine_data(n, c.x.data(), c.y.data(), c.z.data(),
+                                                         1e-8, 1e-8, &nvar, &a, &b, &cc, &d, &e, &f,
+                                                         true, 0));
+    }
+    state.SetItemsProcessed(state.iterations() * n);
+}
+
+void BM_remove_duplicates(benchmark::State& state) {
+    const int n = static_cast<int>(state.range(0));
+    // Every point twice: n / 2 distinct points on a lattice.
+    std::vector<double> x0(n), y0(n), z0(n);
+    for (int i = 0; i < n; ++i) x0[i] = (i / 2) % 1000, y0[i] = (i / 2) / 1000, z0[i] = i;
+    std::vector<double> x, y, z;
+    for (auto _ : state) {
+        state.PauseTiming();
+        x = x0, y = y0, z = z0;
+        state.ResumeTiming();
+        benchmark::DoNotOptimize(
+            zemath_xyz_remove_duplicates(n, x.data(), y.data(), z.data(), 0, 1e-8, 1e-8, 1));
+    }
+    state.SetItemsProcessed(state.iterations() * n);
+}
+
+void BM_kriging_grid(benchmark::State& state) {
+    const int n = 10000, side = static_cast<int>(state.range(0));
+    const Cloud& c = cloud(n, 0);
+    std::vector<double> gx(side), gy(side), gz(static_cast<std::size_t>(side) * side);
+    for (int i = 0; i < side; ++i) gx[i] = gy[i] = (i + 0.5) / side;
+    for (auto _ : state) {
+        if (zemath_2d_kriging_grid(n, c.x.data(), c.y.data(), c.z.data(), 4, 1.0, 1.5, side,
+                                   gx.data(), side, gy.data(), gz.data(), 64) != 0)
+            state.SkipWithError("failed");
+    }
+    state.SetItemsProcessed(state.iterations() * side * side);
+}
+
+}  // namespace
+
+BENCHMARK(BM_triangulation)
+    ->ArgsProduct({{100000, 1000000}, {0, 1}, {0, 1}})
+    ->ArgNames({"n", "perturbed_grid", "engine"})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_examine)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_remove_duplicates)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_kriging_grid)->Arg(500)->Unit(benchmark::kMillisecond);
+BENCHMARK_MAIN();

@@ -1,0 +1,44 @@
+// Duplicate merging of scattered points: points whose x (and y) agree within absolute
+// tolerances are merged into one, their value arrays combined by a method code.
+//
+// Method: one index sort by x, x-clusters chained by gaps within the x tolerance, each
+// cluster sorted by y and split into groups by gaps within the y tolerance, then one
+// merging pass. O(n log n); no pairwise scan. The merged point keeps the coordinates of
+// the first point of its group (smallest x, then smallest y), so merged coordinates are
+// always coordinates of the data.
+// Failure: none beyond allocation (31000 / bad_alloc, caught by the export guard).
+#pragma once
+
+#include <span>
+#include <vector>
+
+namespace zemath {
+
+enum class DupMethod { mean = 0, median = 1, minimum = 2, maximum = 3, sum = 4, keep_all = 5 };
+
+// Unknown codes mean 0 (mean), as documented.
+DupMethod dup_method_from_code(int code);
+
+// Combines one group of values by the method; values equal to NANUM are ignored, a group
+// with no usable value gives NANUM. A NaN among the values propagates.
+double combine_values(std::span<double> group, DupMethod method);
+
+struct DupOptions {
+    double xtol = 1e-8;
+    double ytol = 1e-8;
+    bool use_y = true;           // false: one key (x) only
+    bool keep_missing_z = true;  // false: points whose first value is NANUM are dropped
+};
+
+// Merges duplicates of the points (x[i], y[i]) with companion value arrays values[k][i],
+// in place; the survivors are written to the front of every array in (x, y) order.
+// Points whose x (or y when used) is NANUM or NaN are dropped first. Returns the new
+// count (0 when nothing is left). keep_all is not handled here (callers return early).
+int merge_duplicates(int n, double* x, double* y, std::span<double* const> values, DupMethod method,
+                     const DupOptions& options);
+
+// Sorts x[0..n-1] ascending and keeps the first of every chain of values within tol
+// of its predecessor; NaN and NANUM are dropped. Returns the new count.
+int unique_sorted(double* x, int n, double tol);
+
+}  // namespace zemath

@@ -1,0 +1,154 @@
+// Exact orientation and in-circle signs (see predicates.hpp).
+#include "gridding/predicates.hpp"
+
+#include <cmath>
+#include <vector>
+
+namespace zemath {
+namespace {
+
+constexpr double kEps = 1.1102230246251565e-16;  // 2^-53, half an ulp of 1
+// Error bounds of the plain floating-point evaluations (Shewchuk 1997, section 4.3).
+constexpr double kOrientBound = (3.0 + 16.0 * kEps) * kEps;
+constexpr double kInCircleBound = (10.0 + 96.0 * kEps) * kEps;
+
+using Expansion = std::vector<double>;  // non-overlapping, increasing magnitude, no zeros
+
+inline void two_sum(double a, double b, double& x, double& y) {
+    x = a + b;
+    const double bv = x - a;
+    const double av = x - bv;
+    y = (a - av) + (b - bv);
+}
+
+inline void two_product(double a, double b, double& x, double& y) {
+    x = a * b;
+    y = std::fma(a, b, -x);
+}
+
+// e + b (Grow-Expansion with zero elimination).
+Expansion grow(const Expansion& e, double b) {
+    Expansion h;
+    h.reserve(e.size() + 1);
+    double q = b;
+    for (double component : e) {
+        double sum, tail;
+        two_sum(q, component, sum, tail);
+        if (tail != 0.0) h.push_back(tail);
+        q = sum;
+    }
+    if (q != 0.0 || h.empty()) h.push_back(q);
+    if (h.size() == 1 && h[0] == 0.0) h.clear();
+    return h;
+}
+
+Expansion add(const Expansion& e, const Expansion& f) {
+    Expansion h = e;
+    for (double component : f) h = grow(h, component);
+    return h;
+}
+
+// e * b (Scale-Expansion with zero elimination).
+Expansion scale(const Expansion& e, double b) {
+    Expansion h;
+    if (e.empty() || b == 0.0) return h;
+    h.reserve(2 * e.size());
+    double q, tail;
+    two_product(e[0], b, q, tail);
+    if (tail != 0.0) h.push_back(tail);
+    for (std::size_t i = 1; i < e.size(); ++i) {
+        double product, product_tail, sum;
+        two_product(e[i], b, product, product_tail);
+        two_sum(q, product_tail, sum, tail);
+        if (tail != 0.0) h.push_back(tail);
+        two_sum(product, sum, q, tail);
+        if (tail != 0.0) h.push_back(tail);
+    }
+    if (q != 0.0) h.push_back(q);
+    return h;
+}
+
+Expansion multiply(const Expansion& e, const Expansion& f) {
+    Expansion h;
+    for (double component : f) h = add(h, scale(e, component));
+    return h;
+}
+
+Expansion negate(Expansion e) {
+    for (double& c : e) c = -c;
+    return e;
+}
+
+Expansion difference(double a, double b) {  // a - b exactly
+    double x, y;
+    two_sum(a, -b, x, y);
+    Expansion h;
+    if (y != 0.0) h.push_back(y);
+    if (x != 0.0) h.push_back(x);
+    return h;
+}
+
+double sign_of(const Expansion& e) {
+    return e.empty() ? 0.0 : e.back();
+}
+
+double orient_exact(double ax, double ay, double bx, double by, double cx, double cy) {
+    const Expansion acx = difference(ax, cx), bcy = difference(by, cy);
+    const Expansion acy = difference(ay, cy), bcx = difference(bx, cx);
+    return sign_of(add(multiply(acx, bcy), negate(multiply(acy, bcx))));
+}
+
+double incircle_exact(double ax, double ay, double bx, double by, double cx, double cy, double dx,
+                      double dy) {
+    const Expansion adx = difference(ax, dx), ady = difference(ay, dy);
+    const Expansion bdx = difference(bx, dx), bdy = difference(by, dy);
+    const Expansion cdx = difference(cx, dx), cdy = difference(cy, dy);
+    const Expansion alift = add(multiply(adx, adx), multiply(ady, ady));
+    const Expansion blift = add(multiply(bdx, bdx), multiply(bdy, bdy));
+    const Expansion clift = add(multiply(cdx, cdx), multiply(cdy, cdy));
+    const Expansion bc = add(multiply(bdx, cdy), negate(multiply(cdx, bdy)));
+    const Expansion ca = add(multiply(cdx, ady), negate(multiply(adx, cdy)));
+    const Expansion ab = add(multiply(adx, bdy), negate(multiply(bdx, ady)));
+    return sign_of(add(add(multiply(alift, bc), multiply(blift, ca)), multiply(clift, ab)));
+}
+
+}  // namespace
+
+double orient2d(double ax, double ay, double bx, double by, double cx, double cy) {
+    const double left = (ax - cx) * (by - cy);
+    const double right = (ay - cy) * (bx - cx);
+    const double det = left - right;
+    double permanent;
+    if (left > 0.0) {
+        if (right <= 0.0) return det;
+        permanent = left + right;
+    } else if (left < 0.0) {
+        if (right >= 0.0) return det;
+        permanent = -left - right;
+    } else {
+        return det;
+    }
+    if (std::fabs(det) >= kOrientBound * permanent) return det;
+    return orient_exact(ax, ay, bx, by, cx, cy);
+}
+
+double incircle(double ax, double ay, double bx, double by, double cx, double cy, double dx,
+                double dy) {
+    const double adx = ax - dx, bdx = bx - dx, cdx = cx - dx;
+    const double ady = ay - dy, bdy = by - dy, cdy = cy - dy;
+    const double bdxcdy = bdx * cdy, cdxbdy = cdx * bdy;
+    const double cdxady = cdx * ady, adxcdy = adx * cdy;
+    const double adxbdy = adx * bdy, bdxady = bdx * ady;
+    const double alift = adx * adx + ady * ady;
+    const double blift = bdx * bdx + bdy * bdy;
+    const double clift = cdx * cdx + cdy * cdy;
+    const double det =
+        alift * (bdxcdy - cdxbdy) + blift * (cdxady - adxcdy) + clift * (adxbdy - bdxady);
+    const double permanent = (std::fabs(bdxcdy) + std::fabs(cdxbdy)) * alift +
+                             (std::fabs(cdxady) + std::fabs(adxcdy)) * blift +
+                             (std::fabs(adxbdy) + std::fabs(bdxady)) * clift;
+    if (std::fabs(det) > kInCircleBound * permanent) return det;
+    return incircle_exact(ax, ay, bx, by, cx, cy, dx, dy);
+}
+
+}  // namespace zemath

@@ -1,0 +1,600 @@
+// The Triangulation record: node preparation, the built-in and engine builds, the grid
+// build, the record's derived lists (edges from the lower node, triangles from their
+// lowest vertex, the counter-clockwise boundary from node 0), the missing-z pass, the
+// boundary query, flattening, and the two evaluators.
+// Failure codes: -1 null, -2 too few nodes or failure, -130 collinear, -19 memory;
+// evaluators -11, -15, -37.
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <numeric>
+#include <vector>
+
+#include "core/guard.hpp"
+#include "core/missing.hpp"
+#include "gridding/delaunay.hpp"
+#include "gridding/duplicates.hpp"
+#include "gridding/predicates.hpp"
+#include "gridding/triangulation.hpp"
+#include "zemath/status.h"
+#include "zemath/triangulation.h"
+
+extern "C" int zemath_qhull_delaunay(int n, double* points, int extra_setting, int* tri,
+                                     int capacity, int* count);
+
+namespace zemath {
+namespace {
+
+constexpr unsigned kKeepMissingZ = 0x10000;
+constexpr unsigned kMissingZPass = 0x20000;
+constexpr unsigned kNormalised = 0x40000;
+constexpr unsigned kBoundaryForward = 0x80000;
+constexpr unsigned kEngine = 0x100000;
+constexpr unsigned kEngineScaled = 0x200000;
+// Nodes within this fraction of the x and y ranges are one node.
+constexpr double kDuplicateTol = 1e-8;
+
+template <class T>
+T* alloc_array(std::size_t count) {
+    void* p = std::malloc(std::max<std::size_t>(count, 1) * sizeof(T));
+    if (p == nullptr) throw std::bad_alloc();
+    return static_cast<T*>(p);
+}
+
+template <class T>
+T* copy_array(const std::vector<T>& v) {
+    T* p = alloc_array<T>(v.size());
+    if (!v.empty()) std::memcpy(p, v.data(), v.size() * sizeof(T));
+    return p;
+}
+
+inline int nxt(int k) {
+    return k == 2 ? 0 : k + 1;
+}
+inline int prv(int k) {
+    return k == 0 ? 2 : k - 1;
+}
+
+bool usable_coordinate(double v) {
+    return !is_missing(v) && std::isfinite(v);
+}
+
+// Engine build on the prepared nodes; false when the engine fails or its triangles do
+// not form a valid triangulation of all nodes.
+bool build_engine(const Nodes& nodes, bool scaled, Mesh& mesh) {
+    const int n = static_cast<int>(nodes.x.size());
+    if (n < 4) return false;
+    // Relative to the first node: the engine lifts the points to a paraboloid, whose
+    // curvature term drowns in rounding when the coordinates carry a large offset.
+    std::vector<double> points(2 * static_cast<std::size_t>(n));
+    for (int i = 0; i < n; ++i)
+        points[2 * i] = nodes.x[i] - nodes.x[0], points[2 * i + 1] = nodes.y[i] - nodes.y[0];
+    std::vector<int> tri(3 * (2 * static_cast<std::size_t>(n) + 8));
+    int count = 0;
+    const int status = zemath_qhull_delaunay(n, points.data(), scaled ? 1 : 0, tri.data(),
+                                             static_cast<int>(tri.size() / 3), &count);
+    if (status != 0) return false;
+    mesh.v.clear();
+    mesh.v.reserve(3 * static_cast<std::size_t>(count));
+    for (int t = 0; t < count; ++t) {
+        int a = tri[3 * t], b = tri[3 * t + 1], c = tri[3 * t + 2];
+        if (a < 0 || b < 0 || c < 0 || a >= n || b >= n || c >= n) return false;
+        const double o =
+            orient2d(nodes.x[a], nodes.y[a], nodes.x[b], nodes.y[b], nodes.x[c], nodes.y[c]);
+        if (o == 0.0) return false;
+        if (o < 0.0) std::swap(b, c);
+        mesh.v.insert(mesh.v.end(), {a, b, c});
+    }
+    if (!link_mesh(n, mesh)) return false;
+    // Accept the engine's mesh only when it is exactly Delaunay with a convex hull; the
+    // engine works in rounded arithmetic and may not be on nearly degenerate inputs.
+    const std::vector<double>&x = nodes.x, &y = nodes.y;
+    int u = 0;
+    do {
+        const int v = mesh.hull_next[u], w = mesh.hull_next[v];
+        if (orient2d(x[u], y[u], x[v], y[v], x[w], y[w]) < 0.0) return false;
+        u = v;
+    } while (u != 0);
+    for (int t = 0; t < mesh.triangles(); ++t)
+        for (int s = 0; s < 3; ++s) {
+            const int nb = mesh.nb[3 * t + s];
+            if (nb < t) continue;  // each interior edge once; hull edges skipped
+            int k = 0;
+            while (k < 3 && mesh.nb[3 * nb + k] != t) ++k;
+            const int a = mesh.v[3 * t], b = mesh.v[3 * t + 1], c = mesh.v[3 * t + 2];
+            const int d = mesh.v[3 * nb + (k + 2) % 3];
+            if (incircle(x[a], y[a], x[b], y[b], x[c], y[c], x[d], y[d]) > 0.0) return false;
+        }
+    return true;
+}
+
+void reset(Triangulation* t) {
+    std::memset(t, 0, sizeof *t);
+}
+
+}  // namespace
+
+int prepare_nodes(int n, const double* x, const double* y, const double* z, unsigned options,
+                  Nodes& nodes) {
+    const bool keep_missing = (options & kKeepMissingZ) != 0;
+    nodes.x.clear(), nodes.y.clear(), nodes.z.clear();
+    for (int i = 0; i < n; ++i) {
+        if (!usable_coordinate(x[i]) || !usable_coordinate(y[i])) continue;
+        if (!keep_missing && is_missing(z[i])) continue;
+        nodes.x.push_back(x[i]), nodes.y.push_back(y[i]), nodes.z.push_back(z[i]);
+    }
+    if (nodes.x.size() < 3) return -2;
+    const auto [xlo, xhi] = std::minmax_element(nodes.x.begin(), nodes.x.end());
+    const auto [ylo, yhi] = std::minmax_element(nodes.y.begin(), nodes.y.end());
+    double xr = *xhi - *xlo, yr = *yhi - *ylo;
+    if (!(xr > 0.0) || !std::isfinite(xr)) xr = 1.0;  // a zero range: no scaling on that axis
+    if (!(yr > 0.0) || !std::isfinite(yr)) yr = 1.0;
+    // Duplicates within 1e-8 of the ranges, merged on the caller's coordinates (the same
+    // test as on coordinates divided by the ranges, up to rounding) so that the nodes keep
+    // the caller's exact values when they are not normalised.
+    double* const values[] = {nodes.z.data()};
+    const int count =
+        merge_duplicates(static_cast<int>(nodes.x.size()), nodes.x.data(), nodes.y.data(), values,
+                         DupMethod::mean, {kDuplicateTol * xr, kDuplicateTol * yr, true, true});
+    nodes.x.resize(static_cast<std::size_t>(count));
+    nodes.y.resize(static_cast<std::size_t>(count));
+    nodes.z.resize(static_cast<std::size_t>(count));
+    // Exact lexicographic order (tolerance clusters may hold x slightly out of order).
+    auto less = [&](int a, int b) {
+        return nodes.x[a] < nodes.x[b] || (nodes.x[a] == nodes.x[b] && nodes.y[a] < nodes.y[b]);
+    };
+    bool sorted = true;
+    for (int i = 1; i < count && sorted; ++i) sorted = !less(i, i - 1);
+    if (!sorted) {
+        std::vector<int> order(static_cast<std::size_t>(count));
+        std::iota(order.begin(), order.end(), 0);
+        std::sort(order.begin(), order.end(), less);
+        Nodes sorted_nodes;
+        for (int i : order)
+            sorted_nodes.x.push_back(nodes.x[i]), sorted_nodes.y.push_back(nodes.y[i]),
+                sorted_nodes.z.push_back(nodes.z[i]);
+        nodes = std::move(sorted_nodes);
+    }
+    if (count < 3) return -2;
+    if ((options & kNormalised) != 0) {  // scaled without a shift
+        for (double& v : nodes.x) v /= xr;
+        for (double& v : nodes.y) v /= yr;
+        nodes.xrange = xr;
+        nodes.yrange = yr;
+    }
+    return 0;
+}
+
+void Nodes::scale_back() {
+    for (double& v : x) v *= xrange;
+    for (double& v : y) v *= yrange;
+    xrange = yrange = 1.0;
+}
+
+int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh) {
+    // Coordinates whose squares would overflow or underflow are scaled by one power of 2
+    // on both axes: exact, so the triangulation is that of the given coordinates.
+    double largest = 0.0;
+    for (std::size_t i = 0; i < nodes.x.size(); ++i)
+        largest = std::max({largest, std::fabs(nodes.x[i]), std::fabs(nodes.y[i])});
+    Nodes scaled;
+    const Nodes* use = &nodes;
+    if (largest > 0.0 && (largest > 1e60 || largest < 1e-60)) {
+        const int e = std::ilogb(largest);
+        scaled = nodes;
+        for (double& v : scaled.x) v = std::ldexp(v, -e);
+        for (double& v : scaled.y) v = std::ldexp(v, -e);
+        use = &scaled;
+    }
+    if ((options & (kEngine | kEngineScaled)) != 0 &&
+        build_engine(*use, (options & kEngineScaled) != 0, mesh))
+        return 0;
+    const int status = build_sweep(use->x, use->y, mesh);
+    if (status == 3) return ZEMATH_ERR_COLLINEAR;
+    if (status != 0) return -2;
+    return 0;
+}
+
+// Derives the record's lists from the mesh.
+void fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
+    const int n = static_cast<int>(nodes.x.size());
+    const int tc = m.triangles();
+    // Start slot around each node: its hull edge on the hull, else any triangle.
+    std::vector<int> start(static_cast<std::size_t>(n), -1);
+    for (int t = 0; t < tc; ++t)
+        for (int s = 0; s < 3; ++s) start[m.v[3 * t + s]] = 3 * t + s;
+    for (int t = 0; t < tc; ++t)
+        for (int s = 0; s < 3; ++s)
+            if (m.nb[3 * t + s] < 0) start[m.v[3 * t + s]] = 3 * t + s;
+    std::vector<int> edge_id(3 * static_cast<std::size_t>(tc), -1),
+        new_index(static_cast<std::size_t>(tc), -1);
+    std::vector<int> edges, tri_new;
+    std::vector<int> tri_old;  // old index and rotation per new triangle
+    edges.reserve(9 * static_cast<std::size_t>(n));
+    for (int i = 0; i < n; ++i) {
+        if (start[i] < 0) continue;
+        int t = start[i] / 3, r = start[i] % 3;
+        const int first = t;
+        for (int guard = 0; guard <= tc; ++guard) {
+            auto visit_edge = [&](int tt, int slot, int j) {
+                if (j <= i || edge_id[3 * tt + slot] >= 0) return;
+                const int id = static_cast<int>(edges.size() / 3);
+                const int across = m.nb[3 * tt + slot];
+                edges.insert(edges.end(), {i, j, across < 0 ? 1 : 0});
+                edge_id[3 * tt + slot] = id;
+                if (across >= 0)
+                    for (int k = 0; k < 3; ++k)
+                        if (m.nb[3 * across + k] == tt) edge_id[3 * across + k] = id;
+            };
+            visit_edge(t, r, m.v[3 * t + nxt(r)]);
+            const int b = m.v[3 * t + nxt(r)], c = m.v[3 * t + prv(r)];
+            if (i < b && i < c) {
+                new_index[t] = static_cast<int>(tri_old.size() / 2);
+                tri_old.insert(tri_old.end(), {t, r});
+            }
+            const int after = m.nb[3 * t + prv(r)];
+            if (after < 0) {
+                visit_edge(t, prv(r), c);  // the closing boundary neighbour
+                break;
+            }
+            if (after == first) break;
+            int rr = 0;
+            while (rr < 3 && m.v[3 * after + rr] != i) ++rr;
+            t = after, r = rr;
+        }
+    }
+    const int new_tc = static_cast<int>(tri_old.size() / 2);
+    std::vector<int> tri(6 * static_cast<std::size_t>(new_tc)),
+        neighbor(3 * static_cast<std::size_t>(new_tc));
+    for (int k = 0; k < new_tc; ++k) {
+        const int t = tri_old[2 * k], r = tri_old[2 * k + 1];
+        for (int s = 0; s < 3; ++s) {
+            const int slot = (r + s) % 3;
+            tri[6 * k + s] = m.v[3 * t + slot];
+            tri[6 * k + 3 + s] = edge_id[3 * t + slot];
+            const int across = m.nb[3 * t + slot];
+            neighbor[3 * k + s] = across < 0 ? -1 : new_index[across];
+        }
+    }
+    std::vector<int> boundary;
+    if (!m.hull_next.empty() && m.hull_next[0] >= 0) {
+        int u = 0;
+        do {
+            boundary.push_back(u);
+            u = m.hull_next[u];
+        } while (u != 0 && u >= 0 && static_cast<int>(boundary.size()) <= n);
+    }
+    out->x = copy_array(nodes.x);
+    out->y = copy_array(nodes.y);
+    out->z = copy_array(nodes.z);
+    out->nodes = n;
+    out->tri = copy_array(tri);
+    out->triangles = new_tc;
+    out->edge = copy_array(edges);
+    out->edges = static_cast<int>(edges.size() / 3);
+    out->boundary = copy_array(boundary);
+    out->boundaryCount = static_cast<int>(boundary.size());
+    out->neighbor = copy_array(neighbor);
+}
+
+// Hole rings around the triangles that touch a missing z (see the public header).
+void missing_z_pass(Triangulation* t) {
+    const int tc = t->triangles;
+    std::vector<char> missing(static_cast<std::size_t>(tc), 0);
+    bool any = false;
+    for (int k = 0; k < tc; ++k) {
+        for (int s = 0; s < 3; ++s) missing[k] = missing[k] || is_missing(t->z[t->tri[6 * k + s]]);
+        any = any || missing[k];
+    }
+    if (!any) return;
+    struct RingEdge {
+        int from, to, triangle;
+    };
+    std::vector<RingEdge> ring_edges;
+    for (int k = 0; k < tc; ++k) {
+        if (missing[k]) continue;
+        for (int s = 0; s < 3; ++s) {
+            const int across = t->neighbor[3 * k + s];
+            if (across < 0 || missing[across])
+                ring_edges.push_back({t->tri[6 * k + s], t->tri[6 * k + nxt(s)], k});
+        }
+    }
+    std::sort(ring_edges.begin(), ring_edges.end(),
+              [](const RingEdge& a, const RingEdge& b) { return a.from < b.from; });
+    std::vector<int> first_out(static_cast<std::size_t>(t->nodes) + 1, 0);
+    for (const RingEdge& e : ring_edges) ++first_out[e.from + 1];
+    for (int i = 0; i < t->nodes; ++i) first_out[i + 1] += first_out[i];
+    std::vector<int> cursor(first_out.begin(), first_out.end() - 1);
+    std::vector<int> index;
+    std::vector<double> value;
+    for (std::size_t e0 = 0; e0 < ring_edges.size(); ++e0) {
+        const int origin = ring_edges[e0].from;
+        if (cursor[origin] >= first_out[origin + 1]) continue;
+        int u = origin;
+        // In-degree equals out-degree at every node, so the walk closes at its origin.
+        for (std::size_t guard = 0; guard <= ring_edges.size(); ++guard) {
+            if (cursor[u] >= first_out[u + 1]) break;
+            const RingEdge& e = ring_edges[static_cast<std::size_t>(cursor[u]++)];
+            index.push_back(u);
+            value.push_back(static_cast<double>(e.triangle));
+            u = e.to;
+            if (u == origin) break;
+        }
+        index.push_back(-1);
+        value.push_back(kNanum);
+    }
+    t->holeIndex = copy_array(index);
+    t->holeValue = copy_array(value);
+    t->holeCount = static_cast<int>(index.size());
+}
+
+}  // namespace zemath
+
+using zemath::guard_status;
+
+ZEMATH_API void zemath_triangulation_init(Triangulation* t) noexcept {
+    if (t != nullptr) zemath::reset(t);
+}
+
+ZEMATH_API void zemath_triangulation_free(Triangulation* t) noexcept {
+    if (t == nullptr) return;
+    std::free(t->x), std::free(t->y), std::free(t->z), std::free(t->tri), std::free(t->edge);
+    std::free(t->boundary), std::free(t->holeIndex), std::free(t->holeValue),
+        std::free(t->neighbor);
+    zemath::reset(t);
+}
+
+ZEMATH_API int zemath_triangulation(int n, const double* x, const double* y, const double* z,
+                                    Triangulation* out, unsigned int options) noexcept {
+    zemath_triangulation_free(out);
+    if (out == nullptr || x == nullptr || y == nullptr || z == nullptr) return ZEMATH_ERR_GENERAL;
+    if (n < 3) return ZEMATH_ERR_TOO_FEW_CURVES;
+    const int status = guard_status([&] {
+        zemath::Nodes nodes;
+        if (const int s = zemath::prepare_nodes(n, x, y, z, options, nodes); s != 0) return s;
+        zemath::Mesh mesh;
+        if (const int s = zemath::triangulate_nodes(nodes, options, mesh); s != 0) return s;
+        nodes.scale_back();
+        zemath::fill_record(out, nodes, mesh);
+        if (options & zemath::kMissingZPass) zemath::missing_z_pass(out);
+        out->valid = 1;
+        return 0;
+    });
+    if (status != 0) zemath_triangulation_free(out);
+    return status;
+}
+
+ZEMATH_API int zemath_construct_triangulation(int rows, int cols, const double* x, const double* y,
+                                              const double* z, Triangulation* out,
+                                              unsigned int options) noexcept {
+    zemath_triangulation_free(out);
+    if (out == nullptr || x == nullptr || y == nullptr || z == nullptr) return ZEMATH_ERR_GENERAL;
+    if (rows < 1 || cols < 1 || static_cast<long long>(rows) * cols < 3 ||
+        static_cast<long long>(rows) * cols > 0x7fffffffLL / 4)
+        return ZEMATH_ERR_TOO_FEW_CURVES;
+    const int status = guard_status([&] {
+        const int n = rows * cols;
+        std::vector<int> edges, tri, neighbor, boundary;
+        // Edge ids by (node, kind): 0 row, 1 column, 2 diagonal.
+        std::vector<int> id(3 * static_cast<std::size_t>(n), -1);
+        for (int i = 0; i < rows; ++i)
+            for (int j = 0; j < cols; ++j) {
+                const int a = i * cols + j;
+                if (j + 1 < cols) {
+                    id[3 * a] = static_cast<int>(edges.size() / 3);
+                    edges.insert(edges.end(), {a, a + 1, (i == 0 || i == rows - 1) ? 1 : 0});
+                }
+                if (i + 1 < rows) {
+                    id[3 * a + 1] = static_cast<int>(edges.size() / 3);
+                    edges.insert(edges.end(), {a, a + cols, (j == 0 || j == cols - 1) ? 1 : 0});
+                }
+                if (i + 1 < rows && j + 1 < cols) {
+                    id[3 * a + 2] = static_cast<int>(edges.size() / 3);
+                    edges.insert(edges.end(), {a + 1, a + cols, 0});
+                }
+            }
+        for (int i = 0; i + 1 < rows; ++i)
+            for (int j = 0; j + 1 < cols; ++j) {
+                const int a = i * cols + j;
+                tri.insert(tri.end(),
+                           {a, a + 1, a + cols, id[3 * a], id[3 * a + 2], id[3 * a + 1]});
+                tri.insert(tri.end(), {a + 1, a + cols + 1, a + cols, id[3 * (a + 1) + 1],
+                                       id[3 * (a + cols)], id[3 * a + 2]});
+            }
+        // Neighbours: the first triangle meeting an edge records itself, the second links both.
+        const int tc = static_cast<int>(tri.size() / 6);
+        neighbor.assign(3 * static_cast<std::size_t>(tc), -1);
+        std::vector<int> seen(edges.size() / 3, -1);
+        for (int k = 0; k < tc; ++k)
+            for (int s = 0; s < 3; ++s) {
+                const int e = tri[6 * k + 3 + s];
+                if (seen[e] < 0) {
+                    seen[e] = 3 * k + s;
+                } else {
+                    neighbor[3 * k + s] = seen[e] / 3;
+                    neighbor[seen[e]] = k;
+                }
+            }
+        // Boundary counter-clockwise from node 0: first row, last column, last row back,
+        // first column down; each node once.
+        for (int j = 0; j < cols; ++j) boundary.push_back(j);
+        for (int i = 1; i < rows; ++i) boundary.push_back(i * cols + cols - 1);
+        if (rows > 1)
+            for (int j = cols - 2; j >= 0; --j) boundary.push_back((rows - 1) * cols + j);
+        if (cols > 1)
+            for (int i = rows - 2; i >= 1; --i) boundary.push_back(i * cols);
+        out->x = zemath::alloc_array<double>(static_cast<std::size_t>(n));
+        out->y = zemath::alloc_array<double>(static_cast<std::size_t>(n));
+        out->z = zemath::alloc_array<double>(static_cast<std::size_t>(n));
+        std::memcpy(out->x, x, sizeof(double) * static_cast<std::size_t>(n));
+        std::memcpy(out->y, y, sizeof(double) * static_cast<std::size_t>(n));
+        std::memcpy(out->z, z, sizeof(double) * static_cast<std::size_t>(n));
+        out->nodes = n;
+        out->tri = zemath::copy_array(tri);
+        out->triangles = tc;
+        out->edge = zemath::copy_array(edges);
+        out->edges = static_cast<int>(edges.size() / 3);
+        out->boundary = zemath::copy_array(boundary);
+        out->boundaryCount = static_cast<int>(boundary.size());
+        out->neighbor = zemath::copy_array(neighbor);
+        if (options & zemath::kMissingZPass) zemath::missing_z_pass(out);
+        out->valid = 1;
+        return 0;
+    });
+    if (status != 0) zemath_triangulation_free(out);
+    return status;
+}
+
+ZEMATH_API int zemath_triangulation_boundary(const Triangulation* t, int* count, double* bx,
+                                             double* by, double* bz,
+                                             unsigned int options) noexcept {
+    if (t == nullptr || t->valid == 0) return ZEMATH_ERR_GENERAL;
+    if (count == nullptr || bx == nullptr || by == nullptr || bz == nullptr)
+        return t->boundaryCount;
+    const int m = t->boundaryCount;
+    const bool forward = (options & zemath::kBoundaryForward) != 0;
+    for (int k = 0; k < m; ++k) {
+        const int node = t->boundary[forward ? k : m - 1 - k];
+        bx[k] = t->x[node], by[k] = t->y[node], bz[k] = t->z[node];
+    }
+    *count = m;
+    return 0;
+}
+
+ZEMATH_API bool zemath_triangulation_to_array(const Triangulation* t, double* xyz, int* tri,
+                                              int* edge, int* boundary) noexcept {
+    if (t == nullptr || t->valid == 0 || xyz == nullptr || tri == nullptr || edge == nullptr ||
+        boundary == nullptr)
+        return false;
+    for (int i = 0; i < t->nodes; ++i)
+        xyz[3 * i] = t->x[i], xyz[3 * i + 1] = t->y[i], xyz[3 * i + 2] = t->z[i];
+    if (t->triangles > 0)
+        std::memcpy(tri, t->tri, sizeof(int) * 6 * static_cast<std::size_t>(t->triangles));
+    if (t->edges > 0)
+        std::memcpy(edge, t->edge, sizeof(int) * 3 * static_cast<std::size_t>(t->edges));
+    if (t->boundaryCount > 0)
+        std::memcpy(boundary, t->boundary,
+                    sizeof(int) * static_cast<std::size_t>(t->boundaryCount));
+    return true;
+}
+
+ZEMATH_API bool zemath_array_to_triangulation(int nodes, const double* xyz, int triangles,
+                                              const int* tri, int edges, const int* edge,
+                                              int boundaryCount, const int* boundary,
+                                              Triangulation* out) noexcept {
+    zemath_triangulation_free(out);
+    if (out == nullptr || xyz == nullptr || nodes < 1 || triangles < 0 || edges < 0 ||
+        boundaryCount < 0)
+        return false;
+    if ((triangles > 0 && tri == nullptr) || (edges > 0 && edge == nullptr) ||
+        (boundaryCount > 0 && boundary == nullptr))
+        return false;
+    for (long long k = 0; k < 6LL * triangles; ++k)
+        if (tri[k] < 0 || tri[k] >= ((k % 6) < 3 ? nodes : edges)) return false;
+    for (long long k = 0; k < 3LL * edges; ++k)
+        if ((k % 3) < 2 && (edge[k] < 0 || edge[k] >= nodes)) return false;
+    for (int k = 0; k < boundaryCount; ++k)
+        if (boundary[k] < 0 || boundary[k] >= nodes) return false;
+    const int status = guard_status([&] {
+        out->x = zemath::alloc_array<double>(static_cast<std::size_t>(nodes));
+        out->y = zemath::alloc_array<double>(static_cast<std::size_t>(nodes));
+        out->z = zemath::alloc_array<double>(static_cast<std::size_t>(nodes));
+        for (int i = 0; i < nodes; ++i)
+            out->x[i] = xyz[3 * i], out->y[i] = xyz[3 * i + 1], out->z[i] = xyz[3 * i + 2];
+        out->nodes = nodes;
+        out->tri = zemath::alloc_array<int>(6 * static_cast<std::size_t>(triangles));
+        if (triangles > 0)
+            std::memcpy(out->tri, tri, sizeof(int) * 6 * static_cast<std::size_t>(triangles));
+        out->triangles = triangles;
+        out->edge = zemath::alloc_array<int>(3 * static_cast<std::size_t>(edges));
+        if (edges > 0)
+            std::memcpy(out->edge, edge, sizeof(int) * 3 * static_cast<std::size_t>(edges));
+        out->edges = edges;
+        out->boundary = zemath::alloc_array<int>(static_cast<std::size_t>(boundaryCount));
+        if (boundaryCount > 0)
+            std::memcpy(out->boundary, boundary,
+                        sizeof(int) * static_cast<std::size_t>(boundaryCount));
+        out->boundaryCount = boundaryCount;
+        out->valid = 1;
+        return 0;
+    });
+    if (status != 0) zemath_triangulation_free(out);
+    return status == 0;
+}
+
+ZEMATH_API bool zemath_Triangulation_value(const Triangulation* t, double x, double y,
+                                           double* z) noexcept {
+    if (t == nullptr || z == nullptr || t->triangles < 1 || t->tri == nullptr) return false;
+    // cross(a, b) = a.y b.x - a.x b.y, as the weights below are written with it.
+    auto cross = [](double ax, double ay, double bx, double by) { return ay * bx - ax * by; };
+    for (int k = 0; k < t->triangles; ++k) {
+        const int i0 = t->tri[6 * k], i1 = t->tri[6 * k + 1], i2 = t->tri[6 * k + 2];
+        const double x0 = t->x[i0], y0 = t->y[i0], x1 = t->x[i1], y1 = t->y[i1], x2 = t->x[i2],
+                     y2 = t->y[i2];
+        const double c0 = cross(x1 - x2, y1 - y2, x - x2, y - y2);
+        const double c1 = cross(x2 - x0, y2 - y0, x - x0, y - y0);
+        const double c2 = cross(x0 - x1, y0 - y1, x - x1, y - y1);
+        if (c0 * c2 < 0.0 || c1 * c0 < 0.0) continue;  // zero products count as inside
+        const double d = (y1 - y2) * (x0 - x2) - (y0 - y2) * (x1 - x2);
+        // Weights rotated by one vertex (at P0 the value is z1): kept, hosts rely on it.
+        const double sum =
+            std::fabs(c2) * t->z[i0] + std::fabs(c0) * t->z[i1] + std::fabs(c1) * t->z[i2];
+        *z = d == 0.0 ? sum : sum / std::fabs(d);
+        return true;
+    }
+    return false;
+}
+
+ZEMATH_API int zemath_tri_contour_interpolate(int n, const double* x, const double* y, double* z,
+                                              const Triangulation* t) noexcept {
+    if (n < 1) return ZEMATH_ERR_SIZE_BELOW_ONE;
+    if (x == nullptr || y == nullptr || z == nullptr || t == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    if (t->neighbor == nullptr || t->triangles < 1) return ZEMATH_ERR_BAD_INTERVAL;
+    constexpr double kEdgeTol = 1e-8;  // points this close outside an edge count as inside
+    const int tc = t->triangles;
+    int current = 0;
+    for (int p = 0; p < n; ++p) {
+        const double qx = x[p], qy = y[p];
+        double result = NANUM;
+        int k = current;
+        bool found = false;
+        if (!std::isnan(qx) && !std::isnan(qy)) {
+            // The walk is bounded; a walk that cycles (possible only on non-Delaunay meshes)
+            // ends outside.
+            for (int steps = 0; steps <= 3 * tc + 3; ++steps) {
+                const int a = t->tri[6 * k], b = t->tri[6 * k + 1], c = t->tri[6 * k + 2];
+                const double xa = t->x[a], ya = t->y[a], xb = t->x[b], yb = t->y[b], xc = t->x[c],
+                             yc = t->y[c];
+                const double s1 = (qx - xb) * (ya - yb) - (qy - yb) * (xa - xb);
+                const double s2 = (qx - xc) * (yb - yc) - (qy - yc) * (xb - xc);
+                const double s3 = (qx - xa) * (yc - ya) - (qy - ya) * (xc - xa);
+                int slot = -1;
+                if (s1 < -kEdgeTol)
+                    slot = 0;
+                else if (s2 < -kEdgeTol)
+                    slot = 1;
+                else if (s3 < -kEdgeTol)
+                    slot = 2;
+                if (slot < 0) {
+                    found = true;
+                    const double za = t->z[a], zb = t->z[b], zc = t->z[c];
+                    if (!zemath::is_missing(za) && !zemath::is_missing(zb) &&
+                        !zemath::is_missing(zc)) {
+                        const double d = (xa - xc) * (yb - yc) - (ya - yc) * (xb - xc);
+                        result = za + (zb - za) * s3 / d + (zc - za) * s1 / d;
+                    }
+                    break;
+                }
+                const int next = t->neighbor[3 * k + slot];
+                if (next < 0) break;
+                k = next;
+            }
+        }
+        z[p] = result;
+        current = found ? k : 0;
+    }
+    return 0;
+}

@@ -1,0 +1,646 @@
+// The moment engine, the descriptive record and its exports (see moments.hpp).
+#include "stats/moments.hpp"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <numbers>
+#include <vector>
+
+#include "core/guard.hpp"
+#include "core/missing.hpp"
+#include "platform/nag/g01.hpp"
+#include "platform/nag/g01_summary.hpp"
+#include "zemath/status.h"
+
+namespace zemath {
+
+namespace {
+
+// Sum of ln|x| over positive finite |x| as (product of mantissas in [1/2, 1)) times
+// 2^(sum of exponents): exact exponents, one rounding per product, no logarithm per point.
+class LogSum {
+  public:
+    void add(double magnitude) {
+        std::uint64_t bits;
+        std::memcpy(&bits, &magnitude, sizeof bits);
+        const int biased = static_cast<int>((bits >> 52) & 0x7ff);
+        if (biased == 0 || biased == 0x7ff) {  // subnormal, infinite or NaN: rare, exact log
+            extra_ += std::log(magnitude);
+            return;
+        }
+        bits = (bits & 0x800fffffffffffffULL) | (std::uint64_t{1022} << 52);
+        double mantissa;
+        std::memcpy(&mantissa, &bits, sizeof mantissa);
+        exponent_ += biased - 1022;
+        product_ *= mantissa;
+        // 512 factors in [1/2, 1) stay above 2^-512: renormalise well before underflow.
+        if (++pending_ == 512) {
+            int shift = 0;
+            product_ = std::frexp(product_, &shift);
+            exponent_ += shift;
+            pending_ = 0;
+        }
+    }
+    double value() const {
+        return std::log(product_) + static_cast<double>(exponent_) * std::numbers::ln2 + extra_;
+    }
+
+  private:
+    double product_ = 1.0;
+    long long exponent_ = 0;
+    int pending_ = 0;
+    double extra_ = 0.0;
+};
+
+struct FirstPass {
+    int usable = 0, missing = 0, negatives = 0;
+    bool zero_seen = false, unit_weights = true;
+    double w_sum = 0.0, w2_sum = 0.0, wx_sum = 0.0, wxx_sum = 0.0;
+    double first_value = 0.0, first_weight = 1.0;
+    LogSum logs;
+};
+
+template <bool Weighted>
+FirstPass first_pass(std::span<const double> data, const double* weights) {
+    FirstPass r;
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        const double x = data[i];
+        double w = 1.0;
+        if constexpr (Weighted) {
+            w = weights[i];
+            if (is_missing(x) || is_missing(w)) {
+                ++r.missing;
+                continue;
+            }
+            if (w != 1.0) r.unit_weights = false;
+            r.w_sum += w;
+            r.w2_sum += w * w;
+            r.wx_sum += w * x;
+            r.wxx_sum += w * x * x;
+        } else {
+            if (is_missing(x)) {
+                ++r.missing;
+                continue;
+            }
+            r.wx_sum += x;
+            r.wxx_sum += x * x;
+        }
+        if (r.usable == 0) {
+            r.first_value = x;
+            r.first_weight = w;
+        }
+        ++r.usable;
+        if (x < 0.0) ++r.negatives;
+        if (x == 0.0)
+            r.zero_seen = true;
+        else
+            r.logs.add(std::fabs(x));
+    }
+    if constexpr (!Weighted) {
+        r.w_sum = r.usable;
+        r.w2_sum = r.usable;
+    }
+    return r;
+}
+
+struct SecondPass {
+    double s1 = 0.0, abs_sum = 0.0, s2 = 0.0, s3 = 0.0, s4 = 0.0;
+};
+
+// Central sums about `centre`: s1 = sum w e, |e| and e^2 with weight w, e^3 with w^1.5
+// and e^4 with w^2 (first powers for the back end's flag 4).
+template <bool Weighted>
+SecondPass second_pass(std::span<const double> data, const double* weights, double centre,
+                       bool first_powers) {
+    SecondPass r;
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        const double x = data[i];
+        if (is_missing(x)) continue;
+        const double e = x - centre;
+        const double e2 = e * e;
+        if constexpr (Weighted) {
+            const double w = weights[i];
+            if (is_missing(w)) continue;
+            const double w3 = first_powers ? w : w * std::sqrt(w);
+            const double w4 = first_powers ? w : w * w;
+            r.s1 += w * e;
+            r.abs_sum += w * std::fabs(e);
+            r.s2 += w * e2;
+            r.s3 += w3 * e2 * e;
+            r.s4 += w4 * e2 * e2;
+        } else {
+            r.s1 += e;
+            r.abs_sum += std::fabs(e);
+            r.s2 += e2;
+            r.s3 += e2 * e;
+            r.s4 += e2 * e2;
+        }
+    }
+    return r;
+}
+
+double denominator(int flag, double n, double w_sum, double w2_sum) {
+    switch (flag) {
+        case 0:
+            return n - 1.0;
+        case 1:
+            return n;
+        case 2:
+            return w_sum - 1.0;
+        case 3:
+            return w_sum;
+        default:
+            return w_sum - w2_sum / w_sum;
+    }
+}
+
+// Skewness and kurtosis of the bias-adjusted sample formulas (flag 0) from the central
+// sums: N = 2 gives neither, N = 3 no kurtosis.
+void adjusted_shape(double n, double s3, double s4, double variance, double& skewness,
+                    double& kurtosis) {
+    skewness = kurtosis = kNanum;
+    if (n < 3.0) return;
+    const double sd = std::sqrt(variance);
+    skewness = n * s3 / ((n - 1.0) * (n - 2.0) * sd * sd * sd);
+    if (n < 4.0) return;
+    kurtosis = n * (n + 1.0) * s4 / ((n - 1.0) * (n - 2.0) * (n - 3.0) * variance * variance) -
+               3.0 * (n - 1.0) * (n - 1.0) / ((n - 2.0) * (n - 3.0));
+}
+
+bool known(double v) {
+    return !is_missing(v);
+}
+
+}  // namespace
+
+int moment_engine(std::span<const double> data, std::span<const double> weights, int flag,
+                  MomentSummary& out) {
+    out = MomentSummary{};
+    if (!weights.empty() && weights.size() != data.size()) return ZEMATH_ERR_SIZES_DIFFER_A;
+    const bool weighted = !weights.empty();
+    const FirstPass p =
+        weighted ? first_pass<true>(data, weights.data()) : first_pass<false>(data, nullptr);
+    out.usable = p.usable;
+    out.missing = p.missing;
+    out.unit_weights = p.unit_weights;
+    if (p.usable == 0) return ZEMATH_ERR_PARAM_RANGE;
+    const double n = p.usable;
+
+    // Geometric mean: unweighted; kept deliberately: an even number of negative values
+    // gives the geometric mean of the absolute values (hosts rely on it).
+    if (p.zero_seen) {
+        out.geo_mean = 0.0;
+    } else if (p.negatives % 2 == 1) {
+        out.geo_mean = kNanum;
+    } else {
+        const double g = std::exp(p.logs.value() / n);
+        out.geo_mean = g < 0.0 ? kNanum : g;
+    }
+    out.weight_sum = p.w_sum;
+    out.uncor_sum_sq = p.wxx_sum;
+
+    if (p.usable == 1) {
+        out.mean = p.first_weight == 0.0 ? kNanum : p.first_value;
+        out.cor_sum_sq = 0.0;
+        out.uncor_sum_sq = p.first_value * p.first_value * p.first_weight;
+        out.geo_mean = p.first_value;
+        out.variance = out.sd = (flag == 1 || flag == 3) ? 0.0 : kNanum;
+        return ZEMATH_OK;
+    }
+    if (!(p.w_sum != 0.0)) return ZEMATH_OK;  // zero total weight: no mean, nothing central
+
+    const double rough_mean = p.wx_sum / p.w_sum;
+    const bool first_powers = flag == 4;
+    const SecondPass s = weighted
+                             ? second_pass<true>(data, weights.data(), rough_mean, first_powers)
+                             : second_pass<false>(data, nullptr, rough_mean, first_powers);
+    const double shift = s.s1 / p.w_sum;
+    out.mean = rough_mean + shift;
+    const double s2 = s.s2 - shift * s.s1;
+    out.cor_sum_sq = s2;
+    out.mad = s.abs_sum / p.w_sum;
+    const double d = denominator(flag, n, p.w_sum, p.w2_sum);
+    if (!(d > 0.0)) return ZEMATH_OK;
+    out.variance = s2 / d;
+    out.sd = std::sqrt(out.variance);
+    if (!(out.variance != 0.0) || std::isnan(out.variance)) return ZEMATH_OK;
+    const double sd3 = out.variance * out.sd, var2 = out.variance * out.variance;
+    switch (flag) {
+        case 0:
+            adjusted_shape(n, s.s3, s.s4, out.variance, out.skewness, out.kurtosis);
+            break;
+        case 1:
+            out.skewness = s.s3 / (n * sd3);
+            out.kurtosis = s.s4 / (n * var2) - 3.0;
+            break;
+        case 4:
+            out.skewness = s.s3 / (d * sd3);
+            out.kurtosis = s.s4 / (d * var2) - 3.0;
+            break;
+        default:
+            break;  // flags 2 and 3 define no shape statistics
+    }
+    return ZEMATH_OK;
+}
+
+int basic_summary(std::span<const double> data, std::span<const double> weights, int flag,
+                  MomentSummary& out, bool use_back_end) {
+    const int status = moment_engine(data, weights, flag, out);
+    if (status != ZEMATH_OK || !use_back_end || !(flag == 0 || flag == 4) || !out.unit_weights)
+        return status;
+    if (out.usable < 2) return status;  // the back end computes no spread from one point
+    // The back end works on the usable points only.
+    std::vector<double> compact;
+    const double* values = data.data();
+    if (out.missing > 0) {
+        compact.reserve(static_cast<std::size_t>(out.usable));
+        for (std::size_t i = 0; i < data.size(); ++i)
+            if (!is_missing(data[i]) && (weights.empty() || !is_missing(weights[i])))
+                compact.push_back(data[i]);
+        values = compact.data();
+    }
+    int nvalid = 0;
+    double mean, sd, skew, kurt, lowest, highest, wsum;
+    nag::NagError fail;
+    nag::g01aac(out.usable, values, nullptr, &nvalid, &mean, &sd, &skew, &kurt, &lowest, &highest,
+                &wsum, &fail);
+    if (fail.failed()) return status;  // zero spread: the engine's values stand
+    out.mean = mean;
+    out.sd = sd;
+    out.variance = sd * sd;
+    if (flag == 4) {
+        out.skewness = skew;  // with unit weights flag 4 is the back end's own definition
+        out.kurtosis = kurt;
+    } else {
+        // The back end divides by n - 1: sum e^3 = skew (n-1) sd^3, sum e^4 = (kurt + 3)(n-1) sd^4.
+        const double n = nvalid;
+        const double sd3 = sd * sd * sd;
+        adjusted_shape(n, skew * (n - 1.0) * sd3, (kurt + 3.0) * (n - 1.0) * sd3 * sd, out.variance,
+                       out.skewness, out.kurtosis);
+    }
+    return status;
+}
+
+DescStatResults reset_record(int count) {
+    DescStatResults r;
+    r.N = r.Missing = count;
+    r.Mean = r.SD = r.SEM = r.LCL = r.UCL = r.Variance = r.Sum = r.Skewness = r.Kurtosis = kNanum;
+    r.UncorSumSq = r.CorSumSq = r.COV = r.MAD = r.SDx2 = r.SDx3 = r.GeoMean = r.GeoSD = kNanum;
+    r.Mode = r.WeightSum = kNanum;
+    return r;
+}
+
+namespace {
+
+// Mode of the usable, non-NaN values (unweighted): the value with the largest count
+// when that count is at least 2; the smallest of several such values.
+double mode_of(std::span<const double> data, std::span<const double> weights, bool* several) {
+    std::vector<double> values;
+    values.reserve(data.size());
+    for (std::size_t i = 0; i < data.size(); ++i)
+        if (!is_missing(data[i]) && !std::isnan(data[i]) &&
+            (weights.empty() || !is_missing(weights[i])))
+            values.push_back(data[i]);
+    std::sort(values.begin(), values.end());
+    double best = kNanum;
+    std::size_t best_count = 1, ties = 0;
+    for (std::size_t i = 0; i < values.size();) {
+        std::size_t j = i + 1;
+        while (j < values.size() && values[j] == values[i]) ++j;
+        const std::size_t count = j - i;
+        if (count > best_count) {
+            best_count = count;
+            best = values[i];
+            ties = 1;
+        } else if (count == best_count && best_count >= 2) {
+            ++ties;
+        }
+        i = j;
+    }
+    if (several != nullptr) *several = ties > 1;
+    return best;
+}
+
+// Geometric SD: NANUM with a negative value (or a zero, whose logarithm is -infinity);
+// otherwise exp of the SD of the logarithms, same flag, no weights.
+double geometric_sd(std::span<const double> data, std::span<const double> weights, int flag) {
+    std::vector<double> logs(data.size());
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        const double x = data[i];
+        if (is_missing(x) || (!weights.empty() && is_missing(weights[i]))) {
+            logs[i] = kNanum;
+            continue;
+        }
+        if (!(x > 0.0)) return kNanum;
+        logs[i] = std::log(x);
+    }
+    MomentSummary s;
+    if (moment_engine(logs, {}, flag, s) != ZEMATH_OK || !known(s.sd)) return kNanum;
+    return std::exp(s.sd);
+}
+
+}  // namespace
+
+int describe(std::span<const double> data, std::span<const double> weights, double level, int flag,
+             DescStatResults& out, bool* several_modes) {
+    out = reset_record(0);
+    if (several_modes != nullptr) *several_modes = false;
+    MomentSummary s;
+    const int status = basic_summary(data, weights, flag, s);
+    out.N = s.usable;
+    out.Missing = s.missing;
+    if (status != ZEMATH_OK) return status;
+    out.Mean = s.mean;
+    out.SD = s.sd;
+    out.Variance = s.variance;
+    out.Skewness = s.skewness;
+    out.Kurtosis = s.kurtosis;
+    out.UncorSumSq = s.uncor_sum_sq;
+    out.CorSumSq = s.cor_sum_sq;
+    out.MAD = s.mad;
+    out.WeightSum = s.weight_sum;
+    out.GeoMean = s.geo_mean;
+    const bool mean_known = known(s.mean), sd_known = known(s.sd);
+    if (mean_known) out.Sum = s.mean * s.weight_sum;
+    if (sd_known) {
+        out.SDx2 = 2.0 * s.sd;
+        out.SDx3 = 3.0 * s.sd;
+    }
+    const bool classic = flag == 0 || (flag == 4 && s.unit_weights);
+    if (classic && sd_known && s.weight_sum != 0.0) out.SEM = s.sd / std::sqrt(s.weight_sum);
+    if (mean_known && sd_known && s.mean != 0.0) out.COV = s.sd / s.mean;
+    if (classic && mean_known && sd_known && s.weight_sum != 0.0) {
+        nag::NagError fail;
+        const double t = nag::g01fbc(nag::Nag_TailProbability::Nag_TwoTailConfid, level,
+                                     static_cast<double>(s.usable) - 1.0, &fail);
+        if (!fail.failed()) {
+            const double half_width = t * s.sd / std::sqrt(s.weight_sum);
+            out.LCL = s.mean - half_width;
+            out.UCL = s.mean + half_width;
+        }
+    }
+    out.GeoSD = geometric_sd(data, weights, flag);
+    out.Mode = mode_of(data, weights, several_modes);
+    return ZEMATH_OK;
+}
+
+}  // namespace zemath
+
+// ---- Exports --------------------------------------------------------------------------
+
+namespace {
+
+using zemath::kNanum;
+
+bool level_ok(double level) {
+    return level > 0.0 && level < 1.0;
+}
+bool flag_ok(int flag) {
+    return flag >= 0 && flag <= 4;
+}
+
+std::span<const double> weights_span(const double* weights, std::size_t n) {
+    return weights != nullptr ? std::span<const double>(weights, n) : std::span<const double>();
+}
+
+template <class T>
+void put(T* target, T value) {
+    if (target != nullptr) *target = value;
+}
+
+// Copies the fields selected in opt from `from` into `to`.
+void copy_selected(const DescStatOptions& opt, const DescStatResults& from, DescStatResults& to) {
+#define ZEMATH_COPY_FIELD(field) \
+    if (opt.field) to.field = from.field;
+    ZEMATH_COPY_FIELD(N)
+    ZEMATH_COPY_FIELD(Missing) ZEMATH_COPY_FIELD(Mean) ZEMATH_COPY_FIELD(SD) ZEMATH_COPY_FIELD(SEM)
+        ZEMATH_COPY_FIELD(LCL) ZEMATH_COPY_FIELD(UCL) ZEMATH_COPY_FIELD(Variance)
+            ZEMATH_COPY_FIELD(Sum) ZEMATH_COPY_FIELD(Skewness) ZEMATH_COPY_FIELD(Kurtosis)
+                ZEMATH_COPY_FIELD(UncorSumSq) ZEMATH_COPY_FIELD(CorSumSq) ZEMATH_COPY_FIELD(COV)
+                    ZEMATH_COPY_FIELD(MAD) ZEMATH_COPY_FIELD(SDx2) ZEMATH_COPY_FIELD(SDx3)
+                        ZEMATH_COPY_FIELD(GeoMean) ZEMATH_COPY_FIELD(GeoSD) ZEMATH_COPY_FIELD(Mode)
+                            ZEMATH_COPY_FIELD(WeightSum)
+#undef ZEMATH_COPY_FIELD
+}
+
+// A range (first, last) of 0-based point indices held as doubles: both integral,
+// 0 <= first <= last < n.
+bool range_ok(double first, double last, unsigned int n) {
+    return first >= 0.0 && last >= first && last < static_cast<double>(n) &&
+           std::floor(first) == first && std::floor(last) == last;
+}
+
+}  // namespace
+
+ZEMATH_API int zemath_desc_stats(const double* data, unsigned int n, DescStatResults* res,
+                                 const double* weights, double level, int nMomentDenFlag) noexcept {
+    if (data == nullptr || res == nullptr) return ZEMATH_ERR_NULL_STATS;
+    if (!level_ok(level)) return ZEMATH_ERR_CONFIDENCE_LEVEL;
+    if (n > static_cast<unsigned int>(INT_MAX)) return ZEMATH_ERR_SIZES_DIFFER;
+    if (!flag_ok(nMomentDenFlag)) return ZEMATH_ERR_PARAM_RANGE;
+    return zemath::guard_status([&]() -> int {
+        DescStatResults r;
+        const int status = zemath::describe(std::span<const double>(data, n),
+                                            weights_span(weights, n), level, nMomentDenFlag, r);
+        *res = r;
+        return status;
+    });
+}
+
+ZEMATH_API int zemath_basic_summary_stats(int n, const double* data, int* N, double* Mean,
+                                          double* SD, double* SE, double* Variance, double* Sum,
+                                          double* Skewness, double* Kurtosis, double* UncorSumSq,
+                                          double* CorSumSq, double* COV, double* MAD, int* Missing,
+                                          double* WeightSum, double* GeoMean, int nMomentDenFlag,
+                                          const double* weights) noexcept {
+    if (data == nullptr) return ZEMATH_ERR_NULL_STATS;
+    if (n < 0) return ZEMATH_ERR_SIZES_DIFFER;
+    if (!flag_ok(nMomentDenFlag)) return ZEMATH_ERR_PARAM_RANGE;
+    return zemath::guard_status([&]() -> int {
+        const auto count = static_cast<std::size_t>(n);
+        DescStatResults r;
+        // The record's derivation without the mode and geometric SD (not outputs here).
+        zemath::MomentSummary s;
+        const int status = zemath::basic_summary(std::span<const double>(data, count),
+                                                 weights_span(weights, count), nMomentDenFlag, s);
+        r = zemath::reset_record(0);
+        const bool classic = nMomentDenFlag == 0 || (nMomentDenFlag == 4 && s.unit_weights);
+        double se = kNanum, cov = kNanum, sum = kNanum;
+        if (status == ZEMATH_OK) {
+            if (!zemath::is_missing(s.mean)) sum = s.mean * s.weight_sum;
+            if (classic && !zemath::is_missing(s.sd) && s.weight_sum != 0.0)
+                se = s.sd / std::sqrt(s.weight_sum);
+            if (!zemath::is_missing(s.mean) && !zemath::is_missing(s.sd) && s.mean != 0.0)
+                cov = s.sd / s.mean;
+        }
+        put(N, s.usable);
+        put(Missing, s.missing);
+        put(Mean, s.mean);
+        put(SD, s.sd);
+        put(SE, se);
+        put(Variance, s.variance);
+        put(Sum, sum);
+        put(Skewness, s.skewness);
+        put(Kurtosis, s.kurtosis);
+        put(UncorSumSq, s.uncor_sum_sq);
+        put(CorSumSq, s.cor_sum_sq);
+        put(COV, cov);
+        put(MAD, s.mad);
+        put(WeightSum, s.weight_sum);
+        put(GeoMean, s.geo_mean);
+        return status;
+    });
+}
+
+ZEMATH_API int zemath_opt_summary_stats(unsigned int n, const double* data, double level,
+                                        double* Mode, bool* several_modes, double* GeoSD,
+                                        double* LCL, double* UCL, double* SDx2, double* SDx3,
+                                        int nMomentDenFlag, const double* weights) noexcept {
+    if (data == nullptr) return ZEMATH_ERR_NULL_STATS;
+    if (!level_ok(level)) return ZEMATH_ERR_CONFIDENCE_LEVEL;
+    if (n > static_cast<unsigned int>(INT_MAX)) return ZEMATH_ERR_SIZES_DIFFER;
+    if (!flag_ok(nMomentDenFlag)) return ZEMATH_ERR_PARAM_RANGE;
+    return zemath::guard_status([&]() -> int {
+        DescStatResults r;
+        bool several = false;
+        const int status =
+            zemath::describe(std::span<const double>(data, n), weights_span(weights, n), level,
+                             nMomentDenFlag, r, &several);
+        put(Mode, r.Mode);
+        put(several_modes, several);
+        put(GeoSD, r.GeoSD);
+        put(LCL, r.LCL);
+        put(UCL, r.UCL);
+        put(SDx2, r.SDx2);
+        put(SDx3, r.SDx3);
+        return status;
+    });
+}
+
+ZEMATH_API int zemath_desc_stats_ex(const double* data, unsigned int n, const double* bounds,
+                                    unsigned int nRanges, const DescStatOptions* options,
+                                    DescStatResults* out, const double* weights, double level,
+                                    int reserved) noexcept {
+    (void)reserved;
+    if (data == nullptr || bounds == nullptr || options == nullptr || out == nullptr)
+        return ZEMATH_ERR_NULL_STATS;
+    if (!level_ok(level)) return ZEMATH_ERR_CONFIDENCE_LEVEL;
+    if (n > static_cast<unsigned int>(INT_MAX)) return ZEMATH_ERR_SIZES_DIFFER;
+    if (!flag_ok(options->nMomentDenFlag)) return ZEMATH_ERR_PARAM_RANGE;
+    for (unsigned int r = 0; r < nRanges; ++r)
+        if (!range_ok(bounds[2 * r], bounds[2 * r + 1], n)) return ZEMATH_ERR_PARAM_RANGE;
+    return zemath::guard_status([&]() -> int {
+        int first_failure = ZEMATH_OK;
+        for (unsigned int r = 0; r < nRanges; ++r) {
+            const auto first = static_cast<std::size_t>(bounds[2 * r]);
+            const auto count = static_cast<std::size_t>(bounds[2 * r + 1]) - first + 1;
+            DescStatResults full;
+            const int status = zemath::describe(
+                std::span<const double>(data + first, count),
+                weights != nullptr ? std::span<const double>(weights + first, count)
+                                   : std::span<const double>(),
+                level, options->nMomentDenFlag, full);
+            DescStatResults selected = zemath::reset_record(-1);
+            copy_selected(*options, full, selected);
+            out[r] = selected;
+            if (first_failure == ZEMATH_OK) first_failure = status;
+        }
+        return first_failure;
+    });
+}
+
+namespace {
+
+int row_desc(int rows, int columns, const double* matrix, DescStatResults* results,
+             const double* weights, double level, int flag, const DescStatOptions* options) {
+    int first_failure = ZEMATH_OK;
+    const auto width = static_cast<std::size_t>(columns);
+    for (int r = 0; r < rows; ++r) {
+        DescStatResults full;
+        const int status = zemath::describe(
+            std::span<const double>(matrix + static_cast<std::size_t>(r) * width, width),
+            weights_span(weights, width), level, flag, full);
+        if (options != nullptr) {
+            DescStatResults selected = zemath::reset_record(-1);
+            copy_selected(*options, full, selected);
+            results[r] = selected;
+        } else {
+            results[r] = full;
+        }
+        if (first_failure == ZEMATH_OK) first_failure = status;
+    }
+    return first_failure;
+}
+
+}  // namespace
+
+ZEMATH_API int zemath_row_desc_stats(int rows, int columns, const double* matrix,
+                                     DescStatResults* results, const double* weights, double level,
+                                     int nMomentDenFlag) noexcept {
+    if (matrix == nullptr || results == nullptr) return ZEMATH_ERR_NULL_STATS;
+    if (rows < 1 || columns < 1) return ZEMATH_ERR_SIZES_DIFFER;
+    if (!level_ok(level)) return ZEMATH_ERR_CONFIDENCE_LEVEL;
+    if (!flag_ok(nMomentDenFlag)) return ZEMATH_ERR_PARAM_RANGE;
+    return zemath::guard_status([&] {
+        return row_desc(rows, columns, matrix, results, weights, level, nMomentDenFlag, nullptr);
+    });
+}
+
+ZEMATH_API int zemath_row_desc_stats_ex(int rows, int columns, const double* matrix,
+                                        const DescStatOptions* options, DescStatResults* results,
+                                        const double* weights, double level) noexcept {
+    if (matrix == nullptr || options == nullptr || results == nullptr) return ZEMATH_ERR_NULL_STATS;
+    if (rows < 1 || columns < 1) return ZEMATH_ERR_SIZES_DIFFER;
+    if (!level_ok(level)) return ZEMATH_ERR_CONFIDENCE_LEVEL;
+    if (!flag_ok(options->nMomentDenFlag)) return ZEMATH_ERR_PARAM_RANGE;
+    return zemath::guard_status([&]() -> int {
+        return row_desc(rows, columns, matrix, results, weights, level, options->nMomentDenFlag,
+                        options);
+    });
+}
+
+// ---- Raw sums -------------------------------------------------------------------------
+
+ZEMATH_API double zemath_root_mean_square(const double* data, int n) noexcept {
+    if (data == nullptr) return kNanum;
+    if (n <= 0) return 0.0;
+    double sum = 0.0;
+    for (int i = 0; i < n; ++i) sum += data[i] * data[i];
+    return std::sqrt(sum / n);
+}
+
+ZEMATH_API double zemath_absolute_arithmetic_average(const double* data, int n) noexcept {
+    if (data == nullptr) return kNanum;
+    if (n <= 0) return 0.0;
+    double sum = 0.0;
+    for (int i = 0; i < n; ++i) sum += std::fabs(data[i]);
+    return sum / n;
+}
+
+namespace {
+
+// sum x^power / (n s^power); a negative scale uses the root mean square.
+double standardised_raw_moment(const double* data, int n, double scale, int power) {
+    if (data == nullptr) return kNanum;
+    if (n <= 0) return 0.0;
+    const double s = scale < 0.0 ? zemath_root_mean_square(data, n) : scale;
+    double sum = 0.0;
+    for (int i = 0; i < n; ++i) {
+        const double x2 = data[i] * data[i];
+        sum += power == 3 ? x2 * data[i] : x2 * x2;
+    }
+    return sum / (n * std::pow(s, power));
+}
+
+}  // namespace
+
+ZEMATH_API double zemath_skewness(const double* data, int n, double scale) noexcept {
+    return standardised_raw_moment(data, n, scale, 3);
+}
+
+ZEMATH_API double zemath_kurtosis(const double* data, int n, double scale) noexcept {
+    return standardised_raw_moment(data, n, scale, 4);
+}

@@ -1,0 +1,154 @@
+// Image rank filters against SciPy ndimage (interior) and the clipped-window rule
+// (border), from tests/reference/gen_image_filters.py; the sampling windows; and one
+// table of refused calls that must leave the image untouched.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "zemath/image.h"
+#include "zemath/reduction.h"
+
+namespace {
+
+struct ImageFilterCase {
+    const char* what;
+    int rows, cols, kind;
+    double percent;
+    int width, height, shape;
+    double threshold;
+    int row_from, col_from, row_to, col_to;
+    std::vector<unsigned short> input, expected;
+};
+#include "reference/image_filters_ref.inc"
+
+int run(const ImageFilterCase& c, std::vector<unsigned short>& image) {
+    if (c.kind == 0)
+        return zemath_us_percentile_filter(image.data(), c.rows, c.cols, c.percent, c.width,
+                                           c.height, c.shape, c.threshold, c.row_from, c.col_from,
+                                           c.row_to, c.col_to);
+    return zemath_us_conserve_filter(image.data(), c.rows, c.cols, c.width, c.height, c.shape,
+                                     c.threshold, c.row_from, c.col_from, c.row_to, c.col_to);
+}
+
+TEST(ImageFilters, MatchScipyInsideAndClippedRuleAtBorders) {
+    for (const ImageFilterCase& c : kImageFilterCases) {
+        std::vector<unsigned short> image = c.input;
+        ASSERT_EQ(run(c, image), 0) << c.what;
+        EXPECT_EQ(image, c.expected) << c.what;
+    }
+}
+
+// A window of 65536 cells or more (wider counters): pixels equal to their column index,
+// a 256 x 256 window at 100% gives the largest column in the clipped window.
+TEST(ImageFilters, WindowOfAtLeast65536Cells) {
+    const int rows = 256, cols = 260;
+    std::vector<unsigned short> image(rows * cols);
+    for (int k = 0; k < rows * cols; ++k) image[k] = static_cast<unsigned short>(k % cols);
+    ASSERT_EQ(zemath_us_percentile_filter(image.data(), rows, cols, 100.0, 256, 256, 0, 0.0, 0, 0,
+                                          -1, -1),
+              0);
+    for (int r = 0; r < rows; r += 51)
+        for (int c = 0; c < cols; ++c)
+            ASSERT_EQ(image[r * cols + c], std::min(c + 127, cols - 1)) << r << "," << c;
+}
+
+TEST(ImageFilters, RefusalsLeaveTheImageUntouched) {
+    const int rows = 4, cols = 5;
+    const std::vector<unsigned short> original = {9, 1, 8, 2, 7, 3, 6, 4, 5, 0,
+                                                  1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
+    struct Refusal {
+        const char* what;
+        unsigned short* image;
+        int rows, cols, width, height, shape;
+        double percent;
+        int row_from, col_from, row_to, col_to, status;
+    };
+    std::vector<unsigned short> image = original;
+    unsigned short* p = image.data();
+    const Refusal refusals[] = {
+        {"null image", nullptr, rows, cols, 3, 3, 0, 50, 0, 0, -1, -1, -11},
+        {"no rows", p, 0, cols, 1, 1, 0, 50, 0, 0, -1, -1, -5},
+        {"negative columns", p, rows, INT_MIN, 1, 1, 0, 50, 0, 0, -1, -1, -5},
+        {"window nCols + 1 wide", p, rows, cols, cols + 1, 1, 0, 50, 0, 0, -1, -1, -4},
+        {"window too tall", p, rows, cols, 1, rows + 1, 0, 50, 0, 0, -1, -1, -4},
+        {"window of no cells", p, rows, cols, 0, 3, 0, 50, 0, 0, -1, -1, -4},
+        {"negative height", p, rows, cols, 3, -3, 0, 50, 0, 0, -1, -1, -4},
+        {"inverted rows", p, rows, cols, 3, 3, 0, 50, 3, 0, 1, -1, -5},
+        {"inverted columns", p, rows, cols, 3, 3, 0, 50, 0, 4, -1, 2, -5},
+        {"negative start", p, rows, cols, 3, 3, 0, 50, -1, 0, -1, -1, -5},
+        {"end outside", p, rows, cols, 3, 3, 0, 50, 0, 0, rows, -1, -5},
+        {"end -2", p, rows, cols, 3, 3, 0, 50, 0, 0, -1, -2, -5},
+        {"region entirely outside", p, rows, cols, 3, 3, 0, 50, 10, 10, 12, 12, -5},
+        {"unknown shape", p, rows, cols, 3, 3, 9, 50, 0, 0, -1, -1, -1},
+        {"negative shape", p, rows, cols, 3, 3, -1, 50, 0, 0, -1, -1, -1},
+        {"NaN percent", p, rows, cols, 3, 3, 0, std::nan(""), 0, 0, -1, -1, -1},
+    };
+    for (const Refusal& r : refusals) {
+        EXPECT_EQ(
+            zemath_us_percentile_filter(r.image, r.rows, r.cols, r.percent, r.width, r.height,
+                                        r.shape, 0.0, r.row_from, r.col_from, r.row_to, r.col_to),
+            r.status)
+            << r.what;
+        EXPECT_EQ(image, original) << r.what;
+        if (std::isnan(r.percent)) continue;  // the conservative filter takes no percent
+        EXPECT_EQ(zemath_us_conserve_filter(r.image, r.rows, r.cols, r.width, r.height, r.shape,
+                                            0.0, r.row_from, r.col_from, r.row_to, r.col_to),
+                  r.status)
+            << r.what;
+        EXPECT_EQ(image, original) << r.what;
+    }
+}
+
+TEST(ImageFilters, ThresholdExtremesAndHugePercent) {
+    const std::vector<unsigned short> original = {0, 100, 0, 100, 0, 100, 0, 100, 0};
+    // A saturated positive threshold changes nothing; an infinite negative one lets every
+    // change through; a NaN threshold means none.
+    for (const auto& [threshold, same] : {std::pair{1e300, true},
+                                          {std::numeric_limits<double>::infinity(), true},
+                                          {-std::numeric_limits<double>::infinity(), false},
+                                          {std::nan(""), false}}) {
+        std::vector<unsigned short> image = original;
+        ASSERT_EQ(zemath_us_percentile_filter(image.data(), 3, 3, 100.0, 3, 3, 0, threshold, 0, 0,
+                                              -1, -1),
+                  0);
+        EXPECT_EQ(image == original, same) << threshold;
+    }
+    std::vector<unsigned short> image = original;
+    ASSERT_EQ(zemath_us_percentile_filter(image.data(), 3, 3, 1e300, 3, 3, 0, 0.0, 0, 0, -1, -1),
+              0);
+    EXPECT_EQ(image, std::vector<unsigned short>(9, 100));  // maximum filter
+}
+
+TEST(SamplingWindow, CellsOfEachShape) {
+    int rows[64], cols[64], linear[64];
+    // 3 x 3 rectangle, row-major, linear offsets for an image 10 wide.
+    ASSERT_EQ(get_sampling_window_offset(10, 3, 3, 0, rows, cols, linear, 64), 9);
+    EXPECT_EQ(rows[0], -1);
+    EXPECT_EQ(cols[0], -1);
+    EXPECT_EQ(linear[0], -11);
+    EXPECT_EQ(linear[8], 11);
+    // Even sides put the extra cell before the centre: 4 wide spans -2..1.
+    ASSERT_EQ(get_sampling_window_offset(10, 4, 1, 0, nullptr, cols, nullptr, 64), 4);
+    EXPECT_EQ(cols[0], -2);
+    EXPECT_EQ(cols[3], 1);
+    struct Count {
+        int width, height, shape, count;
+    } counts[] = {{5, 5, 1, 21}, {7, 7, 1, 37}, {1, 1, 1, 1}, {5, 3, 2, 7},
+                  {5, 5, 3, 9},  {3, 7, 3, 5},  {4, 4, 2, 7}};
+    for (const Count& c : counts)
+        EXPECT_EQ(get_sampling_window_offset(10, c.width, c.height, c.shape, nullptr, nullptr,
+                                             nullptr, 0),
+                  c.count)
+            << c.width << "x" << c.height << " shape " << c.shape;
+    EXPECT_EQ(get_sampling_window_offset(10, 3, 3, 4, rows, cols, linear, 64), -10);
+    EXPECT_EQ(get_sampling_window_offset(0, 3, 3, 0, rows, cols, linear, 64), -18);
+    EXPECT_EQ(get_sampling_window_offset(10, 0, 3, 0, rows, cols, linear, 64), -18);
+    EXPECT_EQ(get_sampling_window_offset(10, 3, 3, 0, rows, cols, linear, 8), -18);
+    EXPECT_EQ(get_sampling_window_offset(INT_MAX, 1, 3, 0, nullptr, nullptr, linear, 64), -18);
+}
+
+}  // namespace

@@ -1,0 +1,481 @@
+// Triangulation: triangle sets against scipy.spatial.Delaunay and linear values against
+// LinearNDInterpolator (tests/reference/gen_gridding_delaunay.py), the record's
+// invariants on random, gridded and degenerate inputs for both builds, the grid build,
+// the boundary query, flattening, both evaluators with their documented weights, the
+// missing-z rings, natural-neighbour interpolation, and the status codes.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "gridding/predicates.hpp"
+#include "zemath/status.h"
+#include "zemath/triangulation.h"
+
+namespace {
+
+#include "reference/gridding_delaunay_ref.inc"
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr unsigned kEngine = ZEMATH_TRI_ENGINE;
+using Vec = std::vector<double>;
+
+struct Record {
+    Triangulation t;
+    Record() { zemath_triangulation_init(&t); }
+    ~Record() { zemath_triangulation_free(&t); }
+    Record(const Record&) = delete;
+    Record& operator=(const Record&) = delete;
+};
+
+// Every invariant of a Delaunay record; delaunay false for the grid build.
+void check_invariants(const Triangulation& t, bool delaunay = true) {
+    ASSERT_EQ(t.valid, 1);
+    std::vector<int> uses(static_cast<std::size_t>(t.edges), 0);
+    for (int k = 0; k < t.triangles; ++k) {
+        const int* v = t.tri + 6 * k;
+        if (delaunay) {
+            EXPECT_GT(
+                zemath::orient2d(t.x[v[0]], t.y[v[0]], t.x[v[1]], t.y[v[1]], t.x[v[2]], t.y[v[2]]),
+                0.0)
+                << k;
+        }
+        for (int s = 0; s < 3; ++s) {
+            const int a = v[s], b = v[(s + 1) % 3], e = v[3 + s];
+            ASSERT_TRUE(e >= 0 && e < t.edges);
+            EXPECT_EQ(std::min(a, b), std::min(t.edge[3 * e], t.edge[3 * e + 1]));
+            EXPECT_EQ(std::max(a, b), std::max(t.edge[3 * e], t.edge[3 * e + 1]));
+            ++uses[e];
+            const int n = t.neighbor[3 * k + s];
+            EXPECT_EQ(n < 0, t.edge[3 * e + 2] == 1);
+            if (n < 0) continue;
+            int back = 0;  // symmetric, and across the same edge
+            while (back < 3 && t.neighbor[3 * n + back] != k) ++back;
+            ASSERT_LT(back, 3);
+            EXPECT_EQ(t.tri[6 * n + 3 + back], e);
+            if (delaunay) {  // locally Delaunay everywhere = empty circumcircles
+                const int d = t.tri[6 * n + (back + 2) % 3];
+                EXPECT_LE(zemath::incircle(t.x[v[0]], t.y[v[0]], t.x[v[1]], t.y[v[1]], t.x[v[2]],
+                                           t.y[v[2]], t.x[d], t.y[d]),
+                          0.0);
+            }
+        }
+    }
+    for (int e = 0; e < t.edges && t.triangles > 0; ++e) {
+        EXPECT_EQ(uses[e], t.edge[3 * e + 2] == 1 ? 1 : 2) << e;
+    }
+    if (delaunay) {
+        EXPECT_EQ(t.triangles, 2 * t.nodes - t.boundaryCount - 2);
+        EXPECT_EQ(t.boundary[0], 0);
+        for (int k = 0; k < t.boundaryCount; ++k) {  // hull turns counter-clockwise
+            const int a = t.boundary[k], b = t.boundary[(k + 1) % t.boundaryCount],
+                      c = t.boundary[(k + 2) % t.boundaryCount];
+            EXPECT_GE(zemath::orient2d(t.x[a], t.y[a], t.x[b], t.y[b], t.x[c], t.y[c]), 0.0);
+        }
+    }
+}
+
+std::set<std::array<int, 3>> triangle_set(const Triangulation& t) {
+    std::set<std::array<int, 3>> s;
+    for (int k = 0; k < t.triangles; ++k) {
+        std::array<int, 3> v{t.tri[6 * k], t.tri[6 * k + 1], t.tri[6 * k + 2]};
+        std::sort(v.begin(), v.end());
+        s.insert(v);
+    }
+    return s;
+}
+
+TEST(Triangulation, MatchesScipyDelaunay) {
+    for (const auto& ref : kDelaunayReference) {
+        const int n = static_cast<int>(ref.x.size());
+        std::set<std::array<int, 3>> expected;
+        for (std::size_t k = 0; k < ref.tri.size(); k += 3)
+            expected.insert({ref.tri[k], ref.tri[k + 1], ref.tri[k + 2]});
+        for (unsigned options : {0u, kEngine, unsigned(ZEMATH_TRI_ENGINE_SCALED)}) {
+            SCOPED_TRACE(testing::Message() << n << " options " << options);
+            Record r;
+            ASSERT_EQ(
+                zemath_triangulation(n, ref.x.data(), ref.y.data(), ref.z.data(), &r.t, options),
+                0);
+            ASSERT_EQ(r.t.nodes, n);
+            for (int i = 0; i < n; ++i)
+                ASSERT_NEAR(r.t.x[i], ref.x[i], 4e-16 * std::fabs(ref.x[i]));
+            EXPECT_EQ(triangle_set(r.t), expected);
+            check_invariants(r.t);
+            // Walking evaluation equals LinearNDInterpolator.
+            const int m = static_cast<int>(ref.tx.size());
+            Vec walk(m), linear(m);
+            ASSERT_EQ(
+                zemath_tri_contour_interpolate(m, ref.tx.data(), ref.ty.data(), walk.data(), &r.t),
+                0);
+            ASSERT_EQ(zemath_tri_linear_interpolate(n, ref.x.data(), ref.y.data(), ref.z.data(), m,
+                                                    ref.tx.data(), ref.ty.data(), linear.data(), 0),
+                      0);
+            for (int k = 0; k < m; ++k) {
+                if (ref.tz[k] == 1e300) {
+                    EXPECT_EQ(linear[k], NANUM);
+                    continue;
+                }
+                EXPECT_NEAR(linear[k], ref.tz[k], 1e-12) << k;
+                // The walk's edge tolerance is an absolute 1e-8 in squared coordinate units:
+                // on the 1e-2 box it accepts neighbouring triangles, so compare unit boxes.
+                if (ref.x.back() - ref.x.front() > 0.1) {
+                    EXPECT_NEAR(walk[k], ref.tz[k], 1e-9) << k;
+                }
+            }
+        }
+    }
+}
+
+struct Cloud {
+    const char* name;
+    Vec x, y;
+};
+
+std::vector<Cloud> degenerate_clouds() {
+    std::vector<Cloud> clouds;
+    Cloud lattice{"lattice 12x9", {}, {}};  // four cocircular points in every cell
+    for (int i = 0; i < 12; ++i)
+        for (int j = 0; j < 9; ++j) lattice.x.push_back(0.1 * i), lattice.y.push_back(0.3 * j);
+    clouds.push_back(lattice);
+    Cloud circle{"on a circle", {}, {}};
+    for (int k = 0; k < 64; ++k)
+        circle.x.push_back(std::cos(k * 0.09817477042468103)),
+            circle.y.push_back(std::sin(k * 0.09817477042468103));
+    circle.x.push_back(0), circle.y.push_back(0);
+    clouds.push_back(circle);
+    Cloud run{"collinear run then one point", {}, {}};
+    for (int k = 0; k < 20; ++k) run.x.push_back(k), run.y.push_back(2.0 * k);
+    run.x.push_back(3), run.y.push_back(-1);
+    clouds.push_back(run);
+    Cloud nearly{"nearly collinear", {}, {}};
+    for (int k = 0; k < 50; ++k)
+        nearly.x.push_back(k * 0.1), nearly.y.push_back(k * 0.1 + (k % 3) * 1e-15);
+    clouds.push_back(nearly);
+    Cloud column{"vertical lines", {}, {}};  // equal x values, sorted by y within
+    for (int k = 0; k < 30; ++k)
+        column.x.push_back(k % 3), column.y.push_back(k / 3 + 0.5 * (k % 3));
+    clouds.push_back(column);
+    Cloud offset{"1e9 offset", {}, {}};
+    std::mt19937_64 rng(11);
+    std::uniform_real_distribution<double> u(0, 1);
+    for (int k = 0; k < 500; ++k)
+        offset.x.push_back(1e9 + u(rng)), offset.y.push_back(-1e9 + 1e-3 * u(rng));
+    clouds.push_back(offset);
+    Cloud huge{"coordinates near 1e300", {}, {}}, tiny{"coordinates near 1e-300", {}, {}};
+    for (int k = 0; k < 100; ++k) {
+        huge.x.push_back(1e300 * (1 + u(rng))), huge.y.push_back(-1e300 * u(rng));
+        tiny.x.push_back(1e-300 * u(rng)), tiny.y.push_back(1e-300 * u(rng));
+    }
+    clouds.push_back(huge);
+    clouds.push_back(tiny);
+    Cloud perturbed{"perturbed grid", {}, {}};
+    for (int i = 0; i < 40; ++i)
+        for (int j = 0; j < 40; ++j)
+            perturbed.x.push_back(i + 1e-12 * u(rng)), perturbed.y.push_back(j + 1e-12 * u(rng));
+    clouds.push_back(perturbed);
+    return clouds;
+}
+
+TEST(Triangulation, InvariantsOnDegenerateInputs) {
+    for (const Cloud& c : degenerate_clouds()) {
+        const int n = static_cast<int>(c.x.size());
+        const Vec z(c.x.size(), 1.0);
+        for (unsigned options : {0u, unsigned(ZEMATH_TRI_NORMALISED), kEngine}) {
+            SCOPED_TRACE(testing::Message() << c.name << " options " << options);
+            Record r;
+            ASSERT_EQ(zemath_triangulation(n, c.x.data(), c.y.data(), z.data(), &r.t, options), 0);
+            EXPECT_EQ(r.t.nodes, n);
+            if (options == ZEMATH_TRI_NORMALISED) continue;
+            if (std::string(c.name).rfind("coordinates", 0) == 0) {  // checked exactly rescaled
+                const double scale = std::ldexp(1.0, -std::ilogb(r.t.x[r.t.nodes - 1]));
+                for (int i = 0; i < r.t.nodes; ++i) r.t.x[i] *= scale, r.t.y[i] *= scale;
+            }
+            check_invariants(r.t);
+        }
+    }
+}
+
+TEST(Triangulation, NodeFilteringAndCodes) {
+    // NaN / infinite / NANUM coordinates are dropped; NANUM z dropped unless kept.
+    const Vec x{0, 1, 0, 1, kNaN, kInf, NANUM, 0.5, 0.5 + 1e-10};
+    const Vec y{0, 0, 1, 1, 0.5, 0.5, 0.5, 0.5, 0.5};
+    const Vec z{1, 2, 3, 4, 5, 6, 7, NANUM, 9};
+    struct Case {
+        const char* name;
+        int n;
+        unsigned options;
+        int status, nodes;
+    };
+    const Case cases[] = {
+        {"missing z dropped, near duplicate merged", 9, 0, 0, 5},
+        {"missing z kept", 9, ZEMATH_TRI_KEEP_MISSING_Z, 0, 5},
+        {"two points", 2, 0, ZEMATH_ERR_TOO_FEW_CURVES, 0},
+        {"n = 0", 0, 0, ZEMATH_ERR_TOO_FEW_CURVES, 0},
+        {"n = INT_MIN", std::numeric_limits<int>::min(), 0, ZEMATH_ERR_TOO_FEW_CURVES, 0},
+        {"engine, three usable", 3, kEngine, 0, 3},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Record r;
+        EXPECT_EQ(zemath_triangulation(c.n, x.data(), y.data(), z.data(), &r.t, c.options),
+                  c.status);
+        EXPECT_EQ(r.t.nodes, c.nodes);
+        EXPECT_EQ(r.t.valid, c.status == 0 ? 1 : 0);
+    }
+    Record r;
+    ASSERT_EQ(
+        zemath_triangulation(9, x.data(), y.data(), z.data(), &r.t, ZEMATH_TRI_KEEP_MISSING_Z), 0);
+    EXPECT_EQ(r.t.z[2], 9.0);  // (0.5, 0.5): mean of the non-missing z of the merged pair
+
+    const Vec line_x{0, 1, 2, 3}, line_y{1, 3, 5, 7}, pair_x{0, 0, 0, 1}, pair_y{0, 0, 0, 0};
+    EXPECT_EQ(zemath_triangulation(4, line_x.data(), line_y.data(), z.data(), &r.t, 0),
+              ZEMATH_ERR_COLLINEAR);
+    EXPECT_EQ(r.t.valid, 0);
+    EXPECT_EQ(zemath_triangulation(4, line_x.data(), line_y.data(), z.data(), &r.t, kEngine),
+              ZEMATH_ERR_COLLINEAR);
+    EXPECT_EQ(zemath_triangulation(4, pair_x.data(), pair_y.data(), z.data(), &r.t, 0),
+              ZEMATH_ERR_TOO_FEW_CURVES);
+    const Vec all_missing(4, NANUM);
+    EXPECT_EQ(zemath_triangulation(4, x.data(), y.data(), all_missing.data(), &r.t, 0),
+              ZEMATH_ERR_TOO_FEW_CURVES);
+    EXPECT_EQ(zemath_triangulation(4, x.data(), nullptr, z.data(), &r.t, 0), ZEMATH_ERR_GENERAL);
+    EXPECT_EQ(zemath_triangulation(4, x.data(), y.data(), z.data(), nullptr, 0),
+              ZEMATH_ERR_GENERAL);
+}
+
+TEST(Triangulation, GridBuild) {
+    struct Case {
+        int rows, cols, status, triangles, edges, boundary;
+    };
+    const Case cases[] = {{2, 2, 0, 2, 5, 4},
+                          {3, 4, 0, 12, 23, 10},
+                          {1, 5, 0, 0, 4, 5},
+                          {1, 2, ZEMATH_ERR_TOO_FEW_CURVES, 0, 0, 0},
+                          {0, 9, ZEMATH_ERR_TOO_FEW_CURVES, 0, 0, 0}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.rows << "x" << c.cols);
+        const int n = std::max(c.rows * c.cols, 1);
+        Vec x(n), y(n), z(n, 1.0);
+        for (int k = 0; k < c.rows * c.cols; ++k) x[k] = k % c.cols, y[k] = k / c.cols;
+        Record r;
+        ASSERT_EQ(
+            zemath_construct_triangulation(c.rows, c.cols, x.data(), y.data(), z.data(), &r.t, 0),
+            c.status);
+        if (c.status != 0) continue;
+        EXPECT_EQ(r.t.triangles, c.triangles);
+        EXPECT_EQ(r.t.edges, c.edges);
+        EXPECT_EQ(r.t.edges, 3 * (c.rows - 1) * (c.cols - 1) + c.rows + c.cols - 2);
+        EXPECT_EQ(r.t.boundaryCount, c.boundary);
+        check_invariants(r.t, false);
+    }
+    // 2 x 2: the diagonal joins (1,0) and (0,1), i.e. nodes 2 and 1.
+    const Vec x{0, 1, 0, 1}, y{0, 0, 1, 1}, z{0, 1, 2, 3};
+    Record r;
+    ASSERT_EQ(zemath_construct_triangulation(2, 2, x.data(), y.data(), z.data(), &r.t, 0), 0);
+    EXPECT_EQ((std::vector<int>(r.t.edge, r.t.edge + 15)),
+              (std::vector<int>{0, 1, 1, 0, 2, 1, 1, 2, 0, 1, 3, 1, 2, 3, 1}));
+    EXPECT_EQ(zemath_construct_triangulation(2, 2, x.data(), nullptr, z.data(), &r.t, 0),
+              ZEMATH_ERR_GENERAL);
+}
+
+TEST(Triangulation, BoundaryQueryAndArrays) {
+    const Vec x{0, 2, 2, 0, 1}, y{0, 0, 2, 2, 1}, z{1, 2, 3, 4, 5};
+    Record r;
+    ASSERT_EQ(zemath_triangulation(5, x.data(), y.data(), z.data(), &r.t, 0), 0);
+    double bx[4], by[4], bz[4];
+    int count = -1;
+    EXPECT_EQ(zemath_triangulation_boundary(&r.t, nullptr, bx, by, bz, 0), 4);  // size query
+    EXPECT_EQ(zemath_triangulation_boundary(&r.t, &count, bx, by, bz, ZEMATH_TRI_BOUNDARY_FORWARD),
+              0);
+    EXPECT_EQ(count, 4);
+    // Nodes sorted by x then y: (0,0) (0,2) (1,1) (2,0) (2,2); forward = counter-clockwise.
+    EXPECT_EQ((Vec{bx[0], by[0], bx[1], by[1], bx[2], by[2], bx[3], by[3]}),
+              (Vec{0, 0, 2, 0, 2, 2, 0, 2}));
+    EXPECT_EQ(zemath_triangulation_boundary(&r.t, &count, bx, by, bz, 0), 0);
+    EXPECT_EQ((Vec{bx[0], by[0], bx[1], by[1]}), (Vec{0, 2, 2, 2}));  // reversed walk
+    Triangulation empty;
+    zemath_triangulation_init(&empty);
+    EXPECT_EQ(zemath_triangulation_boundary(&empty, &count, bx, by, bz, 0), -1);
+    EXPECT_EQ(zemath_triangulation_boundary(nullptr, &count, bx, by, bz, 0), -1);
+
+    // Flatten and rebuild; the rebuilt record evaluates like the original.
+    Vec xyz(3 * r.t.nodes);
+    std::vector<int> tri(6 * r.t.triangles), edge(3 * r.t.edges), boundary(r.t.boundaryCount);
+    ASSERT_TRUE(
+        zemath_triangulation_to_array(&r.t, xyz.data(), tri.data(), edge.data(), boundary.data()));
+    EXPECT_FALSE(
+        zemath_triangulation_to_array(&r.t, xyz.data(), nullptr, edge.data(), boundary.data()));
+    EXPECT_FALSE(zemath_triangulation_to_array(&empty, xyz.data(), tri.data(), edge.data(),
+                                               boundary.data()));
+    Record copy;
+    ASSERT_TRUE(zemath_array_to_triangulation(r.t.nodes, xyz.data(), r.t.triangles, tri.data(),
+                                              r.t.edges, edge.data(), r.t.boundaryCount,
+                                              boundary.data(), &copy.t));
+    EXPECT_EQ(copy.t.neighbor, nullptr);
+    double a = 0, b = 0;
+    ASSERT_TRUE(zemath_Triangulation_value(&r.t, 0.5, 0.25, &a));
+    ASSERT_TRUE(zemath_Triangulation_value(&copy.t, 0.5, 0.25, &b));
+    EXPECT_EQ(a, b);
+    tri[0] = 99;  // out of range: refused, record left empty
+    EXPECT_FALSE(zemath_array_to_triangulation(r.t.nodes, xyz.data(), r.t.triangles, tri.data(),
+                                               r.t.edges, edge.data(), r.t.boundaryCount,
+                                               boundary.data(), &copy.t));
+    EXPECT_EQ(copy.t.valid, 0);
+    double zq = 0;
+    EXPECT_EQ(zemath_tri_contour_interpolate(1, &a, &b, &zq, &copy.t), ZEMATH_ERR_BAD_INTERVAL);
+}
+
+TEST(Triangulation, EvaluatorWeights) {
+    // One triangle P0 (0,0), P1 (1,0), P2 (0,1) with z 10, 20, 30.
+    const double xyz[] = {0, 0, 10, 1, 0, 20, 0, 1, 30};
+    const int tri[] = {0, 1, 2, 0, 1, 2};
+    const int edge[] = {0, 1, 1, 1, 2, 1, 0, 2, 1};
+    const int boundary[] = {0, 1, 2};
+    Record r;
+    ASSERT_TRUE(zemath_array_to_triangulation(3, xyz, 1, tri, 3, edge, 3, boundary, &r.t));
+    struct Case {
+        double x, y;
+        bool found;
+        double rotated;
+    };
+    // Rotated weights: the value at P0 is z1, at P1 z2, at P2 z0 (kept deliberately).
+    const Case cases[] = {{0, 0, true, 20},
+                          {1, 0, true, 30},
+                          {0, 1, true, 10},
+                          {0.5, 0, true, 25},
+                          {1.0 / 3, 1.0 / 3, true, 20},
+                          {0.7, 0.7, false, 0},
+                          {-0.1, 0.5, false, 0}};
+    for (const Case& c : cases) {
+        double z = -1;
+        EXPECT_EQ(zemath_Triangulation_value(&r.t, c.x, c.y, &z), c.found) << c.x << "," << c.y;
+        if (c.found) {
+            EXPECT_NEAR(z, c.rotated, 1e-12) << c.x << "," << c.y;
+        }
+    }
+    // A zero-area triangle: the undivided weighted sum.
+    const double flat[] = {0, 0, 1, 1, 0, 1, 2, 0, 1};
+    Record f;
+    ASSERT_TRUE(zemath_array_to_triangulation(3, flat, 1, tri, 3, edge, 3, boundary, &f.t));
+    double z = 0;
+    ASSERT_TRUE(zemath_Triangulation_value(&f.t, 0.5, 0, &z));
+    EXPECT_EQ(z, 0.0);  // every cross product vanishes on the line
+    EXPECT_FALSE(zemath_Triangulation_value(nullptr, 0, 0, &z));
+
+    // The walking evaluator has true barycentric weights: the same triangle's values.
+    const Vec x{0, 1, 0}, y{0, 0, 1}, zz{10, 20, 30};
+    Record w;
+    ASSERT_EQ(zemath_triangulation(3, x.data(), y.data(), zz.data(), &w.t, 0), 0);
+    const Vec qx{0, 1, 0.25, 5, kNaN}, qy{0, 0, 0.25, 5, 0};
+    Vec qz(5);
+    ASSERT_EQ(zemath_tri_contour_interpolate(5, qx.data(), qy.data(), qz.data(), &w.t), 0);
+    EXPECT_NEAR(qz[0], 10, 1e-12);
+    EXPECT_NEAR(qz[1], 20, 1e-12);
+    EXPECT_NEAR(qz[2], 17.5, 1e-12);
+    EXPECT_EQ(qz[3], NANUM);
+    EXPECT_EQ(qz[4], NANUM);
+    EXPECT_EQ(zemath_tri_contour_interpolate(0, qx.data(), qy.data(), qz.data(), &w.t),
+              ZEMATH_ERR_SIZE_BELOW_ONE);
+    EXPECT_EQ(zemath_tri_contour_interpolate(1, qx.data(), nullptr, qz.data(), &w.t),
+              ZEMATH_ERR_NULL_POINTER);
+}
+
+TEST(Triangulation, MissingZRings) {
+    Vec x, y, z;
+    for (int i = 0; i < 5; ++i)
+        for (int j = 0; j < 5; ++j)
+            x.push_back(i + 0.01 * j * j), y.push_back(j + 0.013 * i * i), z.push_back(1);
+    z[12] = NANUM;  // the centre node
+    Record r;
+    ASSERT_EQ(zemath_triangulation(25, x.data(), y.data(), z.data(), &r.t,
+                                   ZEMATH_TRI_KEEP_MISSING_Z | ZEMATH_TRI_MISSING_Z_PASS),
+              0);
+    check_invariants(r.t);
+    int centre = -1;
+    for (int i = 0; i < r.t.nodes; ++i)
+        if (r.t.z[i] == NANUM) centre = i;
+    ASSERT_GE(centre, 0);
+    // Rings: the hull and the link of the centre node; each entry's triangle
+    // holds the edge from this ring node to the next and has no missing vertex.
+    std::vector<std::vector<int>> rings(1);
+    for (int k = 0; k < r.t.holeCount; ++k) {
+        if (r.t.holeIndex[k] < 0) {
+            EXPECT_EQ(r.t.holeValue[k], NANUM);
+            rings.emplace_back();
+            continue;
+        }
+        rings.back().push_back(k);
+    }
+    rings.pop_back();
+    ASSERT_EQ(rings.size(), 2u);
+    std::vector<std::size_t> sizes{rings[0].size(), rings[1].size()};
+    std::sort(sizes.begin(), sizes.end());
+    EXPECT_EQ(sizes[1], static_cast<std::size_t>(r.t.boundaryCount));
+    for (const auto& ring : rings)
+        for (std::size_t m = 0; m < ring.size(); ++m) {
+            const int from = r.t.holeIndex[ring[m]],
+                      to = r.t.holeIndex[ring[(m + 1) % ring.size()]];
+            const int tri = static_cast<int>(r.t.holeValue[ring[m]]);
+            bool holds = false;
+            for (int s = 0; s < 3; ++s) {
+                EXPECT_NE(r.t.tri[6 * tri + s], centre);
+                holds =
+                    holds || (r.t.tri[6 * tri + s] == from && r.t.tri[6 * tri + (s + 1) % 3] == to);
+            }
+            EXPECT_TRUE(holds);
+        }
+    Record plain;
+    ASSERT_EQ(
+        zemath_triangulation(25, x.data(), y.data(), z.data(), &plain.t, ZEMATH_TRI_MISSING_Z_PASS),
+        0);
+    EXPECT_EQ(plain.t.holeCount, 0);  // no missing z kept: nothing to ring
+}
+
+TEST(Triangulation, NaturalNeighbourReproducesLinearFields) {
+    std::mt19937_64 rng(5);
+    std::uniform_real_distribution<double> u(0, 1);
+    Vec x, y, z, lin;
+    for (int k = 0; k < 400; ++k) {
+        x.push_back(u(rng)), y.push_back(u(rng));
+        z.push_back(2 * x.back() - 3 * y.back() + 1);
+        lin.push_back(std::sin(5 * x.back()) * y.back());
+    }
+    Vec tx, ty;
+    for (int k = 0; k < 300; ++k)
+        tx.push_back(1.2 * u(rng) - 0.1), ty.push_back(1.2 * u(rng) - 0.1);
+    tx.push_back(x[7]), ty.push_back(y[7]);  // on a data point
+    const int m = static_cast<int>(tx.size());
+    Vec nn(m), linear(m), curved(m);
+    ASSERT_EQ(zemath_tri_natural_neighbor_interpolate(400, x.data(), y.data(), z.data(), m,
+                                                      tx.data(), ty.data(), nn.data(), 0),
+              0);
+    ASSERT_EQ(zemath_tri_linear_interpolate(400, x.data(), y.data(), z.data(), m, tx.data(),
+                                            ty.data(), linear.data(), 0),
+              0);
+    for (int k = 0; k < m; ++k) {
+        EXPECT_EQ(nn[k] == NANUM, linear[k] == NANUM) << k;
+        if (nn[k] != NANUM) {
+            EXPECT_NEAR(nn[k], 2 * tx[k] - 3 * ty[k] + 1, 1e-10) << k;
+        }
+    }
+    ASSERT_EQ(zemath_tri_natural_neighbor_interpolate(400, x.data(), y.data(), lin.data(), m,
+                                                      tx.data(), ty.data(), curved.data(), 0),
+              0);
+    EXPECT_EQ(curved[m - 1], lin[7]);  // exact at the data
+    EXPECT_EQ(zemath_tri_natural_neighbor_interpolate(400, x.data(), y.data(), z.data(), 0,
+                                                      tx.data(), ty.data(), nn.data(), 0),
+              ZEMATH_ERR_SIZE_BELOW_ONE);
+    EXPECT_EQ(zemath_tri_linear_interpolate(400, x.data(), nullptr, z.data(), m, tx.data(),
+                                            ty.data(), nn.data(), 0),
+              ZEMATH_ERR_GENERAL);
+}
+
+}  // namespace
