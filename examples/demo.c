@@ -13,6 +13,7 @@ void demo_rainflow(void);
 void demo_imaging(const double* x, const double* y, int n);
 void demo_gridding(void);
 void demo_statistics(const double* y, int n);
+void demo_smoothing(const double* x, const double* y, int n);
 
 #ifndef ZEMATH_SAMPLE_DATA
 #define ZEMATH_SAMPLE_DATA "examples/data/sample_curve.dat"
@@ -76,5 +77,6 @@ int main(int argc, char** argv) {
     demo_imaging(x, y, n);
     demo_gridding();
     demo_statistics(y, n);
+    demo_smoothing(x, y, n);
     return 0;
 }

@@ -205,7 +205,8 @@ std::vector<double> derivative_coefficients(const std::vector<double>& coef, int
 }
 
 // Mode 0 end: fit the window starting at data index first (abscissae relative to it, the
-// same polynomial as against the indices themselves) and evaluate at index from..to-1.
+// same polynomial as against the indices themselves) and evaluate at index from..to-1
+// into out[0..to-from-1].
 int fit_end(std::span<const double> in, std::size_t first, std::size_t w, int order, int deriv,
             std::size_t from, std::size_t to, double* out) {
     std::vector<double> t(w), coef(static_cast<std::size_t>(order) + 1);
@@ -214,7 +215,7 @@ int fit_end(std::span<const double> in, std::size_t first, std::size_t w, int or
     if (status != ZEMATH_OK) return ZEMATH_ERR_GENERAL;
     const std::vector<double> poly = deriv > 0 ? derivative_coefficients(coef, deriv) : coef;
     for (std::size_t i = from; i < to; ++i)
-        out[i] = polynomial_value(poly, static_cast<double>(i - first));
+        out[i - from] = polynomial_value(poly, static_cast<double>(i - first));
     return ZEMATH_OK;
 }
 
@@ -227,73 +228,77 @@ int savitzky_golay(std::span<const double> in, double* out, int left, int right,
     const std::vector<double> c = savgol_coefficients(left, right, order, deriv);
     if (c.empty()) return ZEMATH_ERR_GENERAL;
     if (end_mode != 0) {
-        std::vector<double> padded(n + nl + nr);
         std::vector<double> lpad(nl), rpad(nr);
         // Source runs of max(2, side count) points; mode 4 always the two end points.
         const std::size_t lrun = end_mode == 4 ? 2 : std::max<std::size_t>(2, nl);
         const std::size_t rrun = end_mode == 4 ? 2 : std::max<std::size_t>(2, nr);
         pad_ends(in, end_mode, lrun, rrun, lpad, rpad);
-        for (std::size_t k = 0; k < nl; ++k) padded[nl - 1 - k] = lpad[k];
-        std::copy(in.begin(), in.end(), padded.begin() + static_cast<std::ptrdiff_t>(nl));
-        for (std::size_t k = 0; k < nr; ++k) padded[nl + n + k] = rpad[k];
-        correlate(padded.data(), c, out, n);
+        // Only the windows that reach past an end go through small padded buffers
+        // (W <= n, so both fit inside the data); the interior reads the input directly.
+        std::vector<double> head(2 * nl + nr), tail(nl + 2 * nr);
+        for (std::size_t k = 0; k < nl; ++k) head[nl - 1 - k] = lpad[k];
+        std::copy_n(in.begin(), nl + nr, head.begin() + static_cast<std::ptrdiff_t>(nl));
+        std::copy_n(in.begin() + static_cast<std::ptrdiff_t>(n - nr - nl), nl + nr, tail.begin());
+        for (std::size_t k = 0; k < nr; ++k) tail[nl + nr + k] = rpad[k];
+        correlate(head.data(), c, out, nl);
+        correlate(in.data(), c, out + nl, n - nl - nr);
+        correlate(tail.data(), c, out + (n - nr), nr);
         return ZEMATH_OK;
     }
     // Mode 0: polynomial fits to the first and last windows, convolution in between.
-    // Results go to a buffer first so a failing end fit writes nothing.
-    std::vector<double> result(n);
+    // The end fits come first, so a failing fit writes nothing.
     const std::size_t left_end = deriv > 0 ? nl : nl + 1;
-    if (fit_end(in, 0, w, order, deriv, 0, left_end, result.data()) != ZEMATH_OK ||
-        fit_end(in, n - w, w, order, deriv, n - nr, n, result.data()) != ZEMATH_OK)
+    std::vector<double> head(left_end), tail(nr);
+    if (fit_end(in, 0, w, order, deriv, 0, left_end, head.data()) != ZEMATH_OK ||
+        fit_end(in, n - w, w, order, deriv, n - nr, n, tail.data()) != ZEMATH_OK)
         return ZEMATH_ERR_GENERAL;
     if (n - nr > left_end)
-        correlate(in.data() + (left_end - nl), c, result.data() + left_end, n - nr - left_end);
-    std::copy(result.begin(), result.end(), out);
+        correlate(in.data() + (left_end - nl), c, out + left_end, n - nr - left_end);
+    std::copy(head.begin(), head.end(), out);
+    std::copy(tail.begin(), tail.end(), out + (n - nr));
     return ZEMATH_OK;
 }
 
 namespace {
 
-// Sum with Neumaier compensation, so a long running window does not drift.
-struct RunningSum {
-    double sum = 0.0, carry = 0.0;
-    void add(double v) {
-        const double t = sum + v;
-        carry += std::fabs(sum) >= std::fabs(v) ? (sum - t) + v : (v - t) + sum;
-        sum = t;
-    }
-    double value() const { return sum + carry; }
-};
+constexpr std::size_t kResumPeriod = 4096;
 
 // The mean of the non-missing values of data over a window [lo(i), hi(i)] whose bounds
 // never move backward; NANUM for a window without values.
-template <class Bounds>
-void running_mean(std::span<const double> data, std::size_t count, Bounds bounds, double* out) {
-    RunningSum sum;
-    std::ptrdiff_t used = 0;
+template <class Value, class Bounds>
+void running_mean(Value value, std::size_t count, Bounds bounds, double* out) {
+    double sum = 0.0;
+    std::size_t used = 0;
     std::size_t lo = 0, hi = 0;  // current window is [lo, hi)
+    // A plain running sum, summed afresh over the window every max(4096, window) steps:
+    // the rounding of the additions and removals cannot build up, at O(1) cost per point.
+    std::size_t since_resum = 0;
     for (std::size_t i = 0; i < count; ++i) {
         const auto [want_lo, want_hi] = bounds(i);  // inclusive bounds
-        while (hi <= want_hi) {
-            if (!is_missing(data[hi])) {
-                sum.add(data[hi]);
-                ++used;
-            }
-            ++hi;
+        for (; hi <= want_hi; ++hi) {
+            const double v = value(hi);
+            const bool missing = is_missing(v);
+            sum += missing ? 0.0 : v;
+            used += missing ? 0 : 1;
         }
-        while (lo < want_lo) {
-            if (!is_missing(data[lo])) {
-                sum.add(-data[lo]);
-                --used;
-            }
-            ++lo;
+        for (; lo < want_lo; ++lo) {
+            const double v = value(lo);
+            const bool missing = is_missing(v);
+            sum -= missing ? 0.0 : v;
+            used -= missing ? 0 : 1;
         }
         if (used == 0) {
-            sum = RunningSum{};  // an empty window restarts the sum exactly
-            out[i] = kNanum;
-        } else {
-            out[i] = sum.value() / static_cast<double>(used);
+            sum = 0.0;  // an empty window sums to exactly 0
+            since_resum = 0;
+        } else if (++since_resum >= std::max<std::size_t>(kResumPeriod, hi - lo)) {
+            sum = 0.0;
+            for (std::size_t k = lo; k < hi; ++k) {
+                const double v = value(k);
+                sum += is_missing(v) ? 0.0 : v;
+            }
+            since_resum = 0;
         }
+        out[i] = used == 0 ? kNanum : sum / static_cast<double>(used);
     }
 }
 
@@ -315,46 +320,42 @@ bool inward_pair(std::span<const double> x, bool from_left, double& e0, double& 
 int adjacent_average(std::span<const double> x, double* out, int half, int end_mode,
                      bool weighted) {
     const std::size_t n = x.size(), h = static_cast<std::size_t>(half);
-    // Padded copy for modes 1..4: virtual values at both ends.
-    std::vector<double> padded;
-    if (end_mode >= 1 && end_mode <= 4) {
-        padded.resize(n + 2 * h);
-        std::copy(x.begin(), x.end(), padded.begin() + static_cast<std::ptrdiff_t>(h));
-        if (end_mode == 4) {
-            double l0 = 0, l1 = 0, r0 = 0, r1 = 0;
-            if (!inward_pair(x, true, l0, l1) || !inward_pair(x, false, r0, r1))
-                return ZEMATH_ERR_KERNEL;
-            for (std::size_t k = 1; k <= h; ++k) {
-                padded[h - k] = l0 + static_cast<double>(k) * (l0 - l1);
-                padded[h + n - 1 + k] = r0 + static_cast<double>(k) * (r0 - r1);
-            }
-        } else {
-            std::vector<double> lpad(h), rpad(h);
-            pad_ends(x, end_mode, h, h, lpad, rpad);
-            for (std::size_t k = 0; k < h; ++k) {
-                padded[h - 1 - k] = lpad[k];
-                padded[h + n + k] = rpad[k];
-            }
+    const bool shrinking = end_mode == 0 || end_mode == 5;
+    // Virtual values for modes 1..4: lpad[k] at position -1-k, rpad[k] at n+k.
+    std::vector<double> lpad(shrinking ? 0 : h), rpad(shrinking ? 0 : h);
+    if (end_mode == 4) {
+        double l0 = 0, l1 = 0, r0 = 0, r1 = 0;
+        if (!inward_pair(x, true, l0, l1) || !inward_pair(x, false, r0, r1))
+            return ZEMATH_ERR_KERNEL;
+        for (std::size_t k = 0; k < h; ++k) {
+            lpad[k] = l0 + static_cast<double>(k + 1) * (l0 - l1);
+            rpad[k] = r0 + static_cast<double>(k + 1) * (r0 - r1);
         }
+    } else if (!shrinking) {
+        pad_ends(x, end_mode, h, h, lpad, rpad);
     }
-    const bool shrinking = padded.empty();  // modes 0 and 5
-    std::vector<double> result(n);
+    // Padded position p (0 = virtual position -h) of modes 1..4.
+    auto padded = [&](std::size_t p) {
+        return p < h ? lpad[h - 1 - p] : p < h + n ? x[p - h] : rpad[p - h - n];
+    };
+    // Writing straight into out needs out apart from the input.
+    std::vector<double> buffer(out == x.data() ? n : 0);
+    double* target = out == x.data() ? buffer.data() : out;
     if (!weighted) {
         if (shrinking) {
-            running_mean(
-                x, n,
-                [&](std::size_t i) {
-                    const std::size_t r = std::min({i, n - 1 - i, h});
-                    return std::pair{i - r, i + r};
-                },
-                result.data());
+            running_mean([&](std::size_t p) { return x[p]; }, n,
+                         [&](std::size_t i) {
+                             const std::size_t r = std::min({i, n - 1 - i, h});
+                             return std::pair{i - r, i + r};
+                         },
+                         target);
         } else {
             running_mean(
                 padded, n,
                 [&](std::size_t i) {
                     return std::pair{i, i + 2 * h};
                 },
-                result.data());
+                target);
         }
     } else {
         // Weights 1 - (d / (h + 1))^2, held once for the whole call.
@@ -366,20 +367,18 @@ int adjacent_average(std::span<const double> x, double* out, int half, int end_m
         }
         for (std::size_t i = 0; i < n; ++i) {
             const std::size_t r = shrinking ? std::min({i, n - 1 - i, h}) : h;
-            const double* centre = shrinking ? x.data() + i : padded.data() + i + h;
             double sw = 0.0, swx = 0.0;
-            for (std::ptrdiff_t d = -static_cast<std::ptrdiff_t>(r);
-                 d <= static_cast<std::ptrdiff_t>(r); ++d) {
-                const double v = centre[d];
+            for (std::size_t p = i + h - r; p <= i + h + r; ++p) {  // padded positions
+                const double v = shrinking ? x[p - h] : padded(p);
                 if (is_missing(v)) continue;
-                const double wd = weight[static_cast<std::size_t>(d < 0 ? -d : d)];
-                sw += wd;
-                swx += wd * v;
+                const std::size_t d = p > i + h ? p - i - h : i + h - p;
+                sw += weight[d];
+                swx += weight[d] * v;
             }
-            result[i] = sw > 0.0 ? swx / sw : kNanum;
+            target[i] = sw > 0.0 ? swx / sw : kNanum;
         }
     }
-    std::copy(result.begin(), result.end(), out);
+    if (target != out) std::copy(buffer.begin(), buffer.end(), out);
     return ZEMATH_OK;
 }
 
@@ -387,7 +386,7 @@ void cut_window_average(std::span<const double> x, double* out, std::size_t left
                         std::size_t right) {
     const std::size_t n = x.size();
     running_mean(
-        x, n,
+        [&](std::size_t p) { return x[p]; }, n,
         [&](std::size_t i) {
             return std::pair{i > left ? i - left : 0, std::min(n - 1, i + std::min(right, n))};
         },

@@ -8,6 +8,8 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <string>
+#include <thread>
 #include <vector>
 
 #include "signal/smoothing.hpp"
@@ -265,6 +267,49 @@ TEST(Loess, ReproducesLinesAndResistsOutliers) {
     ASSERT_EQ(zemath_loess_xUnevenly(n, 0, 1, &span, x.data(), spiked.data(), out.data(), false),
               0);
     EXPECT_GT(std::fabs(out[30] - y[30]), 1.0);
+}
+
+TEST(Loess, OrderOfXAndTiesDoNotMatter) {
+    const int n = 40;
+    std::vector<double> x(n), y(n), xr(n), yr(n), out(n), out_r(n);
+    for (int i = 0; i < n; ++i) {
+        x[i] = (i / 2) * 0.5;  // pairs of equal abscissae
+        y[i] = std::sin(x[i]) + (i % 3) * 0.1;
+        xr[n - 1 - i] = x[i];
+        yr[n - 1 - i] = y[i];
+    }
+    for (int method : {0, 1, 2}) {
+        double span = 0.4, span_r = 0.4;
+        ASSERT_EQ(
+            zemath_loess_xUnevenly(n, method, 1, &span, x.data(), y.data(), out.data(), false), 0);
+        ASSERT_EQ(zemath_loess_xUnevenly(n, method, 1, &span_r, xr.data(), yr.data(), out_r.data(),
+                                         false),
+                  0);
+        for (int i = 0; i < n; i += 2) {  // a tied pair gets one fitted value
+            EXPECT_NEAR(out[i], out[i + 1], 1e-12);
+            EXPECT_NEAR(out[i], out_r[n - 1 - i], 1e-12);
+        }
+    }
+}
+
+TEST(FftSmoothing, ConcurrentCallsAgree) {
+    std::vector<double> x(3001), single(3001);
+    for (std::size_t i = 0; i < x.size(); ++i) x[i] = std::sin(i * 0.01) + std::cos(i * 1.3);
+    ASSERT_EQ(zemsp_fft_filter_smoothing(3001, x.data(), single.data(), 30.0), 0);
+    std::vector<std::vector<double>> outs(4, std::vector<double>(3001));
+    std::vector<int> status(4, -1);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&, t] {
+            for (int k = 0; k < 20; ++k)
+                status[t] = zemsp_fft_filter_smoothing(3001, x.data(), outs[t].data(), 30.0);
+        });
+    }
+    for (auto& th : threads) th.join();
+    for (int t = 0; t < 4; ++t) {
+        EXPECT_EQ(status[t], 0);
+        EXPECT_EQ(outs[t], single);
+    }
 }
 
 std::atomic<int> g_reports{0};
