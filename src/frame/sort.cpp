@@ -24,6 +24,7 @@
 #include <memory>
 #include <new>
 
+#include "core/allocate.hpp"
 #include "platform/util/sort_entry.hpp"
 #include "platform/util/sort_kernels.hpp"
 #include "zemath/sort.hpp"
@@ -122,11 +123,6 @@ void* as_pointer(RecordCompare f) {
 // (histograms of 2048 buckets per digit).
 constexpr std::size_t kRadixMinimum = 2048;
 
-template <class T>
-std::unique_ptr<T[]> try_allocate(std::size_t n) {
-    return std::unique_ptr<T[]>(new (std::nothrow) T[n]);
-}
-
 // Sorts n records of W bytes led by a Key, with the comparison of Compare_<Key>_Ascend
 // (Descending false) or _Descend inlined. Returns 1, or 0 when the stable sort cannot
 // get its scratch space.
@@ -142,7 +138,7 @@ int typed_sort_fixed(unsigned char* base, std::size_t n, bool stable) {
         return Descending ? y < x : x < y;
     };
     std::unique_ptr<Rec[]> scratch;
-    if (stable || n >= kRadixMinimum) scratch = try_allocate<Rec>(n);
+    if (stable || n >= kRadixMinimum) scratch = zemath::try_allocate<Rec>(n);
     if (scratch && n >= kRadixMinimum &&
         zemath::util::radix_sort<Key, W, Descending>(
             base, n, reinterpret_cast<unsigned char*>(scratch.get())))

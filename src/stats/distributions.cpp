@@ -29,6 +29,7 @@
 #include "core/missing.hpp"
 #include "platform/nag/g01.hpp"
 #include "platform/nag/g01_extended.hpp"
+#include "platform/numeric/extended.hpp"
 #include "platform/util/probability.hpp"
 #include "stats/distribution_common.hpp"
 
@@ -38,7 +39,8 @@ using namespace zemath;
 using namespace zemath::stats;
 using nag::NagError;
 
-using Real = long double;
+using Real = numeric::Extended;
+using numeric::narrow;
 
 constexpr Real kPi = 3.14159265358979323846264338327950288L;
 constexpr Real kSqrt2Pi = 2.50662827463100050241576528481104525L;
@@ -48,13 +50,6 @@ constexpr double kInf = std::numeric_limits<double>::infinity();
 template <class... T>
 bool any_unusable(T... values) {
     return ((is_missing(values) || std::isnan(values)) || ...);
-}
-
-// long double -> double without the undefined conversion of out-of-range values.
-double narrow(Real v) {
-    if (v > std::numeric_limits<double>::max()) return kInf;
-    if (v < -std::numeric_limits<double>::max()) return -kInf;
-    return static_cast<double>(v);
 }
 
 // A successful in-house value.

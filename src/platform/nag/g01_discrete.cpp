@@ -21,7 +21,7 @@
 #include <cmath>
 #include <limits>
 
-#include "platform/nag/quiet_policy.hpp"  // first: configures Boost
+#include "platform/numeric/boost_policy.hpp"  // first: configures Boost
 #include <boost/math/distributions/hypergeometric.hpp>
 #include <boost/math/special_functions/beta.hpp>
 #include <boost/math/special_functions/gamma.hpp>
@@ -32,7 +32,7 @@ namespace zemath::nag {
 
 namespace {
 
-using detail::QuietPolicy;
+using numeric::BoostPolicy;
 
 void store(double lower, double upper, double point, double* plek, double* pgtk,
            double* peqk) {
@@ -100,11 +100,11 @@ void g01bjc(int n, double p, int k, double* plek, double* pgtk, double* peqk, Na
     // Outputs passed as null are not computed (the exports ask for one tail only).
     // P(X = k) = C(n, k) p^k q^(n-k) = ibeta_derivative(k+1, n-k+1, p) / (n+1).
     const double point =
-        peqk ? boost::math::ibeta_derivative(dk + 1.0, dn - dk + 1.0, p, QuietPolicy()) / (dn + 1.0)
+        peqk ? boost::math::ibeta_derivative(dk + 1.0, dn - dk + 1.0, p, BoostPolicy()) / (dn + 1.0)
              : 0.0;
     if (k == n) return store(1.0, 0.0, point, plek, pgtk, peqk);
-    const double lower = plek ? boost::math::ibetac(dk + 1.0, dn - dk, p, QuietPolicy()) : 0.0;
-    const double upper = pgtk ? boost::math::ibeta(dk + 1.0, dn - dk, p, QuietPolicy()) : 0.0;
+    const double lower = plek ? boost::math::ibetac(dk + 1.0, dn - dk, p, BoostPolicy()) : 0.0;
+    const double upper = pgtk ? boost::math::ibeta(dk + 1.0, dn - dk, p, BoostPolicy()) : 0.0;
     if (!std::isfinite(lower) || !std::isfinite(upper) || !std::isfinite(point))
         return fail->set(NE_CONV);
     store(lower, upper, point, plek, pgtk, peqk);
@@ -118,10 +118,10 @@ void g01bkc(double lambda, int k, double* plek, double* pgtk, double* peqk, NagE
     fail->set(NE_NOERROR);
     const double a = static_cast<double>(k) + 1.0;
     // Outputs passed as null are not computed (the exports ask for one tail only).
-    const double lower = plek ? boost::math::gamma_q(a, lambda, QuietPolicy()) : 0.0;
-    const double upper = pgtk ? boost::math::gamma_p(a, lambda, QuietPolicy()) : 0.0;
+    const double lower = plek ? boost::math::gamma_q(a, lambda, BoostPolicy()) : 0.0;
+    const double upper = pgtk ? boost::math::gamma_p(a, lambda, BoostPolicy()) : 0.0;
     // e^-lambda lambda^k / k! = d/dx P(k+1, x) at x = lambda.
-    const double point = peqk ? boost::math::gamma_p_derivative(a, lambda, QuietPolicy()) : 0.0;
+    const double point = peqk ? boost::math::gamma_p_derivative(a, lambda, BoostPolicy()) : 0.0;
     if (!std::isfinite(lower) || !std::isfinite(upper) || !std::isfinite(point))
         return fail->set(NE_CONV);
     store(lower, upper, point, plek, pgtk, peqk);
@@ -143,7 +143,7 @@ void g01blc(int n, int l, int m, int k, double* plek, double* pgtk, double* peqk
     if (k > highest) return fail->set(NE_INT_ARG_GT);
     fail->set(NE_NOERROR);
 
-    const boost::math::hypergeometric_distribution<double, QuietPolicy> law(
+    const boost::math::hypergeometric_distribution<double, BoostPolicy> law(
         static_cast<unsigned>(m), static_cast<unsigned>(l), static_cast<unsigned>(n));
     const double point = boost::math::pdf(law, static_cast<unsigned>(k));
     if (!std::isfinite(point)) return fail->set(NE_CONV);

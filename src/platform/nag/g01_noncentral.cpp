@@ -29,7 +29,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "platform/nag/quiet_policy.hpp"  // first: configures Boost
+#include "platform/numeric/boost_policy.hpp"  // first: configures Boost
 #include <boost/math/distributions/non_central_beta.hpp>
 #include <boost/math/distributions/non_central_chi_squared.hpp>
 #include <boost/math/distributions/non_central_f.hpp>
@@ -39,13 +39,15 @@
 
 #include "platform/nag/g01.hpp"
 #include "platform/nag/log_concave_quadrature.hpp"
-#include "platform/nag/normal_tail.hpp"
+#include "platform/numeric/chi_scale.hpp"
+#include "platform/numeric/normal.hpp"
+#include "platform/numeric/stirling.hpp"
 
 namespace zemath::nag {
 
 namespace {
 
-using detail::QuietPolicy;
+using numeric::BoostPolicy;
 
 double checked(double value, NagError* fail) {
     if (!std::isfinite(value)) {
@@ -71,8 +73,8 @@ bool bad_positive(double value, NagError* fail) {
     return false;
 }
 
-using detail::inverse_mills;
-double phi_lower(double z) { return detail::normal_lower(z); }
+using numeric::inverse_mills;
+using numeric::normal_lower;
 
 // P(T <= t) for t < 0 < delta, where the series' terms cancel down to a tiny result:
 //     P = E[Phi(t S - delta)] = integral_0^inf Phi(t s - delta) f_S(s) ds,
@@ -81,14 +83,8 @@ double phi_lower(double z) { return detail::normal_lower(z); }
 // L'(y) = v - v s^2 + t s m(c), L''(y) = -2 v s^2 + t s m(c) - (t s)^2 m (m + c),
 // c = t s - delta, m the inverse Mills ratio.
 double nct_lower_by_quadrature(double t, double df, double delta) {
-    const double half_df = 0.5 * df;
     const auto integrand = [=](double y) {
-        const double s = std::exp(y);
-        const double s2 = s * s;
-        if (s2 == 0.0 || !std::isfinite(s2)) return 0.0;
-        const double density =
-            df * s2 * boost::math::gamma_p_derivative(half_df, half_df * s2, QuietPolicy());
-        return density * phi_lower(t * s - delta);
+        return numeric::chi_scale_log_density(y, df) * normal_lower(t * std::exp(y) - delta);
     };
     const auto d1 = [=](double y) {
         const double s = std::exp(y);
@@ -118,7 +114,7 @@ double poisson_mixture_forward(double lambda, const Central& central) {
     double sum = 0.0;
     for (int j = 0; j < kForwardTerms; ++j) {
         const double log_weight =
-            -half + (j > 0 ? j * log_half : 0.0) - boost::math::lgamma(j + 1.0, QuietPolicy());
+            -half + (j > 0 ? j * log_half : 0.0) - numeric::log_factorial(j);
         const double term = std::exp(log_weight) * central(j);
         sum += term;
         if (term <= 1e-17 * sum && j > 0) break;
@@ -138,7 +134,7 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter,
     fail->set(NE_NOERROR);
     if (t == -INFINITY) return 0.0;
     if (t == INFINITY) return 1.0;
-    const boost::math::non_central_t_distribution<double, QuietPolicy> law(df, delta);
+    const boost::math::non_central_t_distribution<double, BoostPolicy> law(df, delta);
     const double series = boost::math::cdf(law, t);
     // For t < 0 < delta the series' terms cancel down to the result: its relative error
     // is about eps / P, fine above 1/100 and worthless far below.
@@ -161,11 +157,11 @@ double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter,
     if (lambda > 0.0 && 0.25 * lambda * x < kForwardRatio * (0.5 * df + 1.0)) {
         const double y = 0.5 * x, a = 0.5 * df;
         return checked(poisson_mixture_forward(lambda, [=](int j) {
-                           return boost::math::gamma_p(a + j, y, QuietPolicy());
+                           return boost::math::gamma_p(a + j, y, BoostPolicy());
                        }),
                        fail);
     }
-    const boost::math::non_central_chi_squared_distribution<double, QuietPolicy> law(df, lambda);
+    const boost::math::non_central_chi_squared_distribution<double, BoostPolicy> law(df, lambda);
     return checked(boost::math::cdf(law, x), fail);
 }
 
@@ -184,11 +180,11 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
         // 1 - I_y(df2/2, df1/2), y = df2 / (df1 f + df2) formed directly, so that a large f
         // keeps the digits of 1 - x.
         const double x = df1 * f / (df1 * f + df2);
-        if (x <= 0.5) return checked(boost::math::ibeta(0.5 * df1, 0.5 * df2, x, QuietPolicy()), fail);
+        if (x <= 0.5) return checked(boost::math::ibeta(0.5 * df1, 0.5 * df2, x, BoostPolicy()), fail);
         const double y = df2 / (df1 * f + df2);
-        return checked(boost::math::ibetac(0.5 * df2, 0.5 * df1, y, QuietPolicy()), fail);
+        return checked(boost::math::ibetac(0.5 * df2, 0.5 * df1, y, BoostPolicy()), fail);
     }
-    const boost::math::non_central_f_distribution<double, QuietPolicy> law(df1, df2, lambda);
+    const boost::math::non_central_f_distribution<double, BoostPolicy> law(df1, df2, lambda);
     return checked(boost::math::cdf(law, f), fail);
 }
 
@@ -205,11 +201,11 @@ double g01gec(double x, double a, double b, double lambda, double /*tol*/, int m
     // Ratio of consecutive mixture terms ~ (lambda/2) x (a+b+j)/((j+1)(a+j+1)).
     if (lambda > 0.0 && 0.5 * lambda * x * std::max(1.0, (a + b) / (a + 1.0)) < kForwardRatio) {
         return checked(poisson_mixture_forward(lambda, [=](int j) {
-                           return boost::math::ibeta(a + j, b, x, QuietPolicy());
+                           return boost::math::ibeta(a + j, b, x, BoostPolicy());
                        }),
                        fail);
     }
-    const boost::math::non_central_beta_distribution<double, QuietPolicy> law(a, b, lambda);
+    const boost::math::non_central_beta_distribution<double, BoostPolicy> law(a, b, lambda);
     return checked(boost::math::cdf(law, x), fail);
 }
 

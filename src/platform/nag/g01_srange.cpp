@@ -29,19 +29,21 @@
 #include <numbers>
 #include <utility>
 
-#include "platform/nag/quiet_policy.hpp"  // first: configures Boost
+#include "platform/numeric/boost_policy.hpp"  // first: configures Boost
 #include <boost/math/special_functions/gamma.hpp>
 #include <boost/math/tools/roots.hpp>
 
 #include "platform/nag/g01.hpp"
 #include "platform/nag/log_concave_quadrature.hpp"
-#include "platform/nag/normal_tail.hpp"
+#include "platform/numeric/chi_scale.hpp"
+#include "platform/numeric/gauss_legendre.hpp"
+#include "platform/numeric/normal.hpp"
 
 namespace zemath::nag {
 
 namespace {
 
-double phi_upper(double z) { return detail::normal_upper(z); }
+using numeric::normal_upper;
 
 // P(range of r independent standard normals <= w): by symmetry
 //     (2 Phi(w/2) - 1)^r + 2 r integral_{w/2}^{inf} phi(u) [Phi(u) - Phi(u - w)]^(r-1) du,
@@ -54,8 +56,8 @@ double range_probability(double w, double r) {
     if (half >= kUpper) return 1.0;
     const auto integrand = [=](double u) {
         // Phi(u) - Phi(u - w), taken between upper tails when both lie above the median.
-        const double inside = u - w >= 0.0 ? phi_upper(u - w) - phi_upper(u)
-                                           : 1.0 - phi_upper(u) - phi_upper(w - u);
+        const double inside = u - w >= 0.0 ? normal_upper(u - w) - normal_upper(u)
+                                           : 1.0 - normal_upper(u) - normal_upper(w - u);
         if (inside <= 0.0) return 0.0;
         return std::exp(-0.5 * u * u) * std::pow(inside, r - 1.0);
     };
@@ -64,7 +66,7 @@ double range_probability(double w, double r) {
     const double step = (kUpper - half) / panels;
     double integral = 0.0;
     for (int i = 0; i < panels; ++i)
-        integral += detail::gauss20(integrand, half + i * step, half + (i + 1) * step);
+        integral += numeric::gauss_legendre20(integrand, half + i * step, half + (i + 1) * step);
     const double total = lead + 2.0 * r / std::sqrt(2.0 * std::numbers::pi) * integral;
     return std::min(total, 1.0);
 }
@@ -80,15 +82,10 @@ double tukey_lower(double q, double v, double r) {
     if (q <= 0.0) return 0.0;
     if (std::isinf(q)) return 1.0;
     if (std::isinf(v)) return range_probability(q, r);
-    const double half_v = 0.5 * v;
     const auto integrand = [=](double y) {
-        const double s = std::exp(y);
-        const double s2 = s * s;
-        if (s2 == 0.0 || !std::isfinite(s2)) return 0.0;
-        const double density =
-            v * s2 * boost::math::gamma_p_derivative(half_v, half_v * s2, detail::QuietPolicy());
+        const double density = numeric::chi_scale_log_density(y, v);
         if (density == 0.0) return 0.0;
-        return density * range_probability(q * s, r);
+        return density * range_probability(q * std::exp(y), r);
     };
     constexpr double kDrop = 45.0;
     const double shifted = 0.5 * std::log1p((r - 1.0) / v);
@@ -202,7 +199,7 @@ double g01fmc(double p, double v, int ir, NagError* fail) {
     std::uintmax_t iterations = 100;
     const auto root = boost::math::tools::toms748_solve(
         excess, lo, hi, flo, fhi, boost::math::tools::eps_tolerance<double>(50), iterations,
-        detail::QuietPolicy());
+        numeric::BoostPolicy());
     if (iterations >= 100) fail->set(NE_CONV);
     return 0.5 * (root.first + root.second);
 }

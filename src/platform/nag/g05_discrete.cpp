@@ -22,15 +22,15 @@
 #include <cstdint>
 
 #include "platform/nag/g05_engine.hpp"
+#include "platform/numeric/stirling.hpp"
 
 namespace zemath::nag {
 
 namespace {
 
 using rng::Engine;
-using rng::log_factorial;
+using numeric::log_factorial;
 
-constexpr double kHalfLogTwoPi = 0.91893853320467274178;
 constexpr double kIntMax = static_cast<double>(INT_MAX);
 
 // Sequential inversion of a law on 0, 1, 2, ... from P(0) and the ratio P(k)/P(k-1).
@@ -60,14 +60,9 @@ int invert_sequentially(Engine& eng, double p0, double mean, int upper, Ratio ra
     }
 }
 
-// Stirling correction of ln k!: ln k! - [(k + 1/2) ln(k + 1) - (k + 1) + ln sqrt(2 pi)].
-double stirling_correction(double k) {
-    if (k < 10)
-        return log_factorial(k) - ((k + 0.5) * std::log(k + 1.0) - (k + 1.0) + kHalfLogTwoPi);
-    const double inv = 1.0 / (k + 1.0);
-    const double inv2 = inv * inv;
-    return (1.0 / 12.0 - (1.0 / 360.0 - inv2 / 1260.0) * inv2) * inv;
-}
+// Stirling correction of ln k!: ln k! - [(k + 1/2) ln(k + 1) - (k + 1) + ln sqrt(2 pi)],
+// which is Stirling's error term at k + 1.
+double stirling_correction(double k) { return numeric::stirling_error(k + 1.0); }
 
 class BinomialSampler {
 public:

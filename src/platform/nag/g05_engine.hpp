@@ -6,8 +6,8 @@
 // variates: 256-layer ziggurats (Marsaglia and Tsang 2000) drawing the layer, the sign
 // and the abscissa from disjoint bits of one 64-bit word (Doornik 2005), with tables
 // whose right end r is solved to closure at first use. Gamma: Marsaglia and Tsang
-// (2000), with G(a) = G(a + 1) U^(1/a) for a < 1 kept in logarithms. Log-factorials:
-// a table below 128 and Stirling's series above (error below 1e-17 there).
+// (2000), with G(a) = G(a + 1) U^(1/a) for a < 1 kept in logarithms. Log-factorials come
+// from platform/numeric/stirling.hpp.
 #pragma once
 
 #include <cmath>
@@ -161,9 +161,6 @@ private:
     double d_;
     double c_;
 };
-
-// ln k! for k >= 0 (a real k is accepted for Stirling's range).
-double log_factorial(double k);
 
 }  // namespace zemath::nag::rng
 
