@@ -10,7 +10,7 @@
 ZEMATH_EXTERN_C_BEGIN
 
 /* Modulus |z|, computed without intermediate overflow; NANUM for a missing part. */
-ZEMATH_API double cabsz(d_complex z);
+ZEMATH_API double cabsz(d_complex z) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END
 

@@ -10,7 +10,7 @@
 ZEMATH_EXTERN_C_BEGIN
 
 /* Modulus of a d_complex; forwards to cabsz. */
-ZEMATH_API double cabs(d_complex z);
+ZEMATH_API double cabs(d_complex z) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END
 

@@ -78,7 +78,7 @@ enum zemath_backend_status {
 ZEMATH_EXTERN_C_BEGIN
 
 /* Name of a status code ("ok", "null pointer", ...); "unknown status" for other values. */
-ZEMATH_API const char* zemath_status_string(int status);
+ZEMATH_API const char* zemath_status_string(int status) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END
 

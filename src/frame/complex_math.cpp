@@ -7,7 +7,7 @@
 
 using namespace zemath;
 
-extern "C" ZEMATH_API double cabsz(d_complex z) {
+extern "C" ZEMATH_API double cabsz(d_complex z) noexcept {
     if (is_missing(z.re) || is_missing(z.im)) return kNanum;
     return nag::a02dbc(z.re, z.im);
 }

@@ -66,10 +66,10 @@ int compare_descend(const void* a, const void* b) {
     X(double, double)
 
 #define ZEMATH_DEFINE_COMPARE(name, type)                                   \
-    ZEMATH_API int Compare_##name##_Ascend(const void* a, const void* b) {  \
+    ZEMATH_API int Compare_##name##_Ascend(const void* a, const void* b) noexcept {  \
         return compare_ascend<type>(a, b);                                  \
     }                                                                       \
-    ZEMATH_API int Compare_##name##_Descend(const void* a, const void* b) { \
+    ZEMATH_API int Compare_##name##_Descend(const void* a, const void* b) noexcept { \
         return compare_descend<type>(a, b);                                 \
     }
 
@@ -255,19 +255,19 @@ void with_packer(int key_width, int companion_width, Body&& body) {
 
 extern "C" {
 
-ZEMATH_API void* GetAppropriateCompareAscend(int type_code) {
+ZEMATH_API void* GetAppropriateCompareAscend(int type_code) noexcept {
     return as_pointer(compare_pair(type_code).ascend);
 }
 
-ZEMATH_API void* GetAppropriateCompareDescend(int type_code) {
+ZEMATH_API void* GetAppropriateCompareDescend(int type_code) noexcept {
     return as_pointer(compare_pair(type_code).descend);
 }
 
-ZEMATH_API int theMergeSort(void* base, int first, int last, int width, void* compare) {
+ZEMATH_API int theMergeSort(void* base, int first, int last, int width, void* compare) noexcept {
     return sort_entry(base, first, last, width, compare, true);
 }
 
-ZEMATH_API int theQuickSort(void* base, int first, int last, int width, void* compare) {
+ZEMATH_API int theQuickSort(void* base, int first, int last, int width, void* compare) noexcept {
     return sort_entry(base, first, last, width, compare, false);
 }
 

@@ -1,7 +1,7 @@
 // Names of the status codes.
 #include "zemath/status.h"
 
-extern "C" ZEMATH_API const char* zemath_status_string(int status) {
+extern "C" ZEMATH_API const char* zemath_status_string(int status) noexcept {
     switch (status) {
         case ZEMATH_OK: return "ok";
         case ZEMATH_ERR_GENERAL: return "general failure: null pointer, zero count or bad range";

@@ -101,7 +101,7 @@ Real log_ratio(double x, double a) {
 
 extern "C" {
 
-ZEMATH_API double normcdf(double x, int tail, int* status) {
+ZEMATH_API double normcdf(double x, int tail, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_missing(x)) return reject(status);
         NagError fail;
@@ -110,7 +110,7 @@ ZEMATH_API double normcdf(double x, int tail, int* status) {
     });
 }
 
-ZEMATH_API double norminv(double p, int* status) {
+ZEMATH_API double norminv(double p, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_missing(p)) return reject(status);
         NagError fail;
@@ -119,7 +119,7 @@ ZEMATH_API double norminv(double p, int* status) {
     });
 }
 
-ZEMATH_API double normpdf(double x, double mu, double sigma, int* status) {
+ZEMATH_API double normpdf(double x, double mu, double sigma, int* status) noexcept {
     if (any_unusable(x, mu, sigma) || !std::isfinite(mu) || !(sigma > 0) || std::isinf(sigma)) {
         return reject(status);
     }
@@ -130,7 +130,7 @@ ZEMATH_API double normpdf(double x, double mu, double sigma, int* status) {
 
 // ---- Student's t -----------------------------------------------------------------------
 
-ZEMATH_API double tcdf(double t, double df, int tail, int* status) {
+ZEMATH_API double tcdf(double t, double df, int tail, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_missing(t, df)) return reject(status);
         NagError fail;
@@ -139,7 +139,7 @@ ZEMATH_API double tcdf(double t, double df, int tail, int* status) {
     });
 }
 
-ZEMATH_API double tinv(double p, double df, int tail, int* status) {
+ZEMATH_API double tinv(double p, double df, int tail, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_missing(p, df)) return reject(status);
         NagError fail;
@@ -150,7 +150,7 @@ ZEMATH_API double tinv(double p, double df, int tail, int* status) {
 
 // ---- chi-square ------------------------------------------------------------------------
 
-ZEMATH_API double chi2cdf(double x, double df, int tail, int* status) {
+ZEMATH_API double chi2cdf(double x, double df, int tail, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_missing(x, df)) return reject(status);
         NagError fail;
@@ -159,7 +159,7 @@ ZEMATH_API double chi2cdf(double x, double df, int tail, int* status) {
     });
 }
 
-ZEMATH_API double chi2inv(double p, double df, int* status) {
+ZEMATH_API double chi2inv(double p, double df, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_missing(p, df)) return reject(status);
         NagError fail;
@@ -170,7 +170,7 @@ ZEMATH_API double chi2inv(double p, double df, int* status) {
 
 // ---- F ---------------------------------------------------------------------------------
 
-ZEMATH_API double fcdf(double f, double ndf, double fdf, int tail, int* status) {
+ZEMATH_API double fcdf(double f, double ndf, double fdf, int tail, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_missing(f, ndf, fdf)) return reject(status);
         NagError fail;
@@ -183,7 +183,7 @@ ZEMATH_API double fcdf(double f, double ndf, double fdf, int tail, int* status) 
     });
 }
 
-ZEMATH_API double finv(double p, double df1, double df2, int* status) {
+ZEMATH_API double finv(double p, double df1, double df2, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_missing(p, df1, df2)) return reject(status);
         NagError fail;
@@ -200,7 +200,7 @@ ZEMATH_API double finv(double p, double df1, double df2, int* status) {
 
 // ---- beta ------------------------------------------------------------------------------
 
-ZEMATH_API double betacdf(double x, double a, double b, int tail, int* status) {
+ZEMATH_API double betacdf(double x, double a, double b, int tail, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_missing(x, a, b)) return reject(status);
         if (refuse_two_output_tail(tail, status)) return kNanum;
@@ -215,7 +215,7 @@ ZEMATH_API double betacdf(double x, double a, double b, int tail, int* status) {
     });
 }
 
-ZEMATH_API double betainv(double p, double a, double b, int* status) {
+ZEMATH_API double betainv(double p, double a, double b, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_missing(p, a, b)) return reject(status);
         NagError fail;
@@ -224,7 +224,7 @@ ZEMATH_API double betainv(double p, double a, double b, int* status) {
     });
 }
 
-ZEMATH_API double betapdf(double x, double a, double b, int* status) {
+ZEMATH_API double betapdf(double x, double a, double b, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_missing(x, a, b)) return reject(status);
         NagError fail;
@@ -236,7 +236,7 @@ ZEMATH_API double betapdf(double x, double a, double b, int* status) {
 
 // ---- gamma -----------------------------------------------------------------------------
 
-ZEMATH_API double gamcdf(double g, double a, double b, int tail, int* status) {
+ZEMATH_API double gamcdf(double g, double a, double b, int tail, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_missing(g, a, b)) return reject(status);
         NagError fail;
@@ -245,7 +245,7 @@ ZEMATH_API double gamcdf(double g, double a, double b, int tail, int* status) {
     });
 }
 
-ZEMATH_API double gaminv(double p, double a, double b, int* status) {
+ZEMATH_API double gaminv(double p, double a, double b, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_missing(p, a, b)) return reject(status);
         NagError fail;
@@ -254,7 +254,7 @@ ZEMATH_API double gaminv(double p, double a, double b, int* status) {
     });
 }
 
-ZEMATH_API double gampdf(double x, double a, double b, int* status) {
+ZEMATH_API double gampdf(double x, double a, double b, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_missing(x, a, b)) return reject(status);
         NagError fail;
@@ -265,14 +265,14 @@ ZEMATH_API double gampdf(double x, double a, double b, int* status) {
 
 // ---- in-house densities ----------------------------------------------------------------
 
-ZEMATH_API double exppdf(double x, double mu, int* status) {
+ZEMATH_API double exppdf(double x, double mu, int* status) noexcept {
     // Kept deliberately: mu is a rate, and x < 0 is refused rather than given density 0.
     if (any_unusable(x, mu) || x < 0 || !(mu > 0) || std::isinf(mu)) return reject(status);
     if (std::isinf(x)) return accept(0.0, status);
     return accept(narrow(Real(mu) * std::exp(-Real(x) * mu)), status);
 }
 
-ZEMATH_API double cauchypdf(double x, double a, double b, int* status) {
+ZEMATH_API double cauchypdf(double x, double a, double b, int* status) noexcept {
     if (any_unusable(x, a, b) || !std::isfinite(a) || !(b > 0) || std::isinf(b)) {
         return reject(status);
     }
@@ -281,7 +281,7 @@ ZEMATH_API double cauchypdf(double x, double a, double b, int* status) {
     return accept(narrow(b / (kPi * (d * d + Real(b) * b))), status);
 }
 
-ZEMATH_API double lappdf(double x, double mu, double b, int* status) {
+ZEMATH_API double lappdf(double x, double mu, double b, int* status) noexcept {
     if (any_unusable(x, mu, b) || !std::isfinite(mu) || !(b > 0) || std::isinf(b)) {
         return reject(status);
     }
@@ -293,7 +293,7 @@ ZEMATH_API double lappdf(double x, double mu, double b, int* status) {
 // The status is tested before every write here too: the hosts always pass one, but a
 // null pointer must not crash the library.
 
-ZEMATH_API double lognpdf(double x, double mu, double sigma, int* status) {
+ZEMATH_API double lognpdf(double x, double mu, double sigma, int* status) noexcept {
     if (any_unusable(x, mu, sigma) || !(x > 0) || !std::isfinite(mu) || !(sigma > 0) ||
         std::isinf(sigma)) {
         return reject(status);
@@ -303,7 +303,7 @@ ZEMATH_API double lognpdf(double x, double mu, double sigma, int* status) {
     return accept(narrow(std::exp(-z * z / 2) / (kSqrt2Pi * sigma * x)), status);
 }
 
-ZEMATH_API double logncdf(double x, double mu, double sigma, int tail, int* status) {
+ZEMATH_API double logncdf(double x, double mu, double sigma, int tail, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_unusable(x, mu, sigma) || !(x > 0) || !std::isfinite(mu) || !(sigma > 0) ||
             std::isinf(sigma)) {
@@ -316,7 +316,7 @@ ZEMATH_API double logncdf(double x, double mu, double sigma, int tail, int* stat
     });
 }
 
-ZEMATH_API double logninv(double p, double mu, double sigma, int* status) {
+ZEMATH_API double logninv(double p, double mu, double sigma, int* status) noexcept {
     return backend_export(status, [&] {
         if (any_unusable(p, mu, sigma) || !(p > 0 && p < 1) || !std::isfinite(mu) || !(sigma > 0) ||
             std::isinf(sigma)) {
@@ -333,7 +333,7 @@ ZEMATH_API double logninv(double p, double mu, double sigma, int* status) {
 // ---- Weibull (scale a, shape b) --------------------------------------------------------
 // Kept deliberately: a <= 0 or b <= 0 gives NANUM with status 0, x < 0 gives 0.
 
-ZEMATH_API double wblpdf(double x, double a, double b, int* status) {
+ZEMATH_API double wblpdf(double x, double a, double b, int* status) noexcept {
     if (any_unusable(x, a, b)) return reject(status);
     if (a <= 0 || b <= 0) return quiet_nanum(status);
     if (std::isinf(a) || std::isinf(b)) return reject(status);
@@ -345,7 +345,7 @@ ZEMATH_API double wblpdf(double x, double a, double b, int* status) {
     return accept(narrow(Real(b) / x * std::exp(u - t)), status);
 }
 
-ZEMATH_API double wblcdf(double x, double a, double b, int* status) {
+ZEMATH_API double wblcdf(double x, double a, double b, int* status) noexcept {
     if (any_unusable(x, a, b)) return reject(status);
     if (a <= 0 || b <= 0) return quiet_nanum(status);
     if (std::isinf(a) || std::isinf(b)) return reject(status);
@@ -355,7 +355,7 @@ ZEMATH_API double wblcdf(double x, double a, double b, int* status) {
     return accept(narrow(-std::expm1(-t)), status);  // 1 - exp(-t) without cancellation
 }
 
-ZEMATH_API double wblinv(double p, double a, double b, int* status) {
+ZEMATH_API double wblinv(double p, double a, double b, int* status) noexcept {
     if (any_unusable(p, a, b)) return reject(status);
     if (a <= 0 || b <= 0) return quiet_nanum(status);
     if (std::isinf(a) || std::isinf(b)) return reject(status);

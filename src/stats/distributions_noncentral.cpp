@@ -29,7 +29,7 @@ using namespace zemath::stats;
 
 extern "C" {
 
-ZEMATH_API double nctcdf(double t, double df, double delta, int maxiter, int* status) {
+ZEMATH_API double nctcdf(double t, double df, double delta, int maxiter, int* status) noexcept {
     return guard_value([&] {
         if (any_missing(t, df, delta)) return reject(status);
         nag::NagError fail;
@@ -38,7 +38,7 @@ ZEMATH_API double nctcdf(double t, double df, double delta, int maxiter, int* st
     });
 }
 
-ZEMATH_API double ncchi2cdf(double x, double f, double lambda, int* status) {
+ZEMATH_API double ncchi2cdf(double x, double f, double lambda, int* status) noexcept {
     return guard_value([&] {
         if (any_missing(x, f, lambda)) return reject(status);
         nag::NagError fail;
@@ -47,7 +47,7 @@ ZEMATH_API double ncchi2cdf(double x, double f, double lambda, int* status) {
     });
 }
 
-ZEMATH_API double ncfcdf(double f, double df1, double df2, double lambda, int* status) {
+ZEMATH_API double ncfcdf(double f, double df1, double df2, double lambda, int* status) noexcept {
     return guard_value([&] {
         if (any_missing(f, df1, df2, lambda)) return reject(status);
         nag::NagError fail;
@@ -56,7 +56,7 @@ ZEMATH_API double ncfcdf(double f, double df1, double df2, double lambda, int* s
     });
 }
 
-ZEMATH_API double ncbetacdf(double x, double a, double b, double lambda, int* status) {
+ZEMATH_API double ncbetacdf(double x, double a, double b, double lambda, int* status) noexcept {
     return guard_value([&] {
         if (any_missing(x, a, b, lambda)) return reject(status);
         nag::NagError fail;
@@ -65,7 +65,7 @@ ZEMATH_API double ncbetacdf(double x, double a, double b, double lambda, int* st
     });
 }
 
-ZEMATH_API double bivarnormcdf(double x, double y, double corre, int* status) {
+ZEMATH_API double bivarnormcdf(double x, double y, double corre, int* status) noexcept {
     return guard_value([&] {
         if (any_missing(x, y, corre)) return reject(status);
         nag::NagError fail;
@@ -74,7 +74,7 @@ ZEMATH_API double bivarnormcdf(double x, double y, double corre, int* status) {
     });
 }
 
-ZEMATH_API double srangecdf(double q, double v, int group, int* status) {
+ZEMATH_API double srangecdf(double q, double v, int group, int* status) noexcept {
     return guard_value([&] {
         if (any_missing(q, v)) return reject(status);
         nag::NagError fail;
@@ -83,7 +83,7 @@ ZEMATH_API double srangecdf(double q, double v, int group, int* status) {
     });
 }
 
-ZEMATH_API double srangeinv(double p, double v, int ir, int* status) {
+ZEMATH_API double srangeinv(double p, double v, int ir, int* status) noexcept {
     return guard_value([&] {
         if (any_missing(p, v)) return reject(status);
         nag::NagError fail;
@@ -92,7 +92,7 @@ ZEMATH_API double srangeinv(double p, double v, int ir, int* status) {
     });
 }
 
-ZEMATH_API double lambertW(double x, int branch, int offset, int* status) {
+ZEMATH_API double lambertW(double x, int branch, int offset, int* status) noexcept {
     return guard_value([&] {
         if (is_missing(x)) return reject(status);
         if (branch != 0 && branch != -1) return reject(status);
