@@ -77,7 +77,9 @@ ZEMATH_API int zemath_i_check_order(const int* x, int n, double fraction, int* o
 
 /* Rounds the range [*lower, *upper] outward to multiples of a step of 1, 2 or 5 times a
  * power of ten, the smallest such step giving at most `divisions` intervals over the
- * original range; the step is written to *increment (optional). Results are the doubles
+ * original range, and never below the spacing of doubles at the larger bound (a range
+ * only a few doubles wide gets the smallest step that can hold it); the step is written to
+ * *increment (optional). Results are the doubles
  * nearest the decimal multiples; a bound within 1e-9 step of a multiple counts as on it.
  * A zero-width range on a multiple is widened by one step on each side (step from
  * |value|, or 1 for 0). Returns 0; -11 when lower or upper is NULL; -15 when

@@ -441,7 +441,11 @@ ZEMATH_API int zemath_round_range(double* lower, double* upper, int divisions, d
         return ZEMATH_ERR_EMPTY_RANGE;
     double width = b - a;
     if (width == 0.0) width = a != 0.0 ? std::fabs(a) : 1.0;
-    const double raw = width / divisions;
+    // The step is never below the spacing of doubles at the range's ends: a finer one has
+    // no distinct multiples there, and rounding k * step would move a bound inward.
+    const double magnitude = std::max(std::fabs(a), std::fabs(b));
+    const double spacing = std::nextafter(magnitude, std::numeric_limits<double>::infinity()) - magnitude;
+    const double raw = std::max(width / divisions, spacing);
     if (!std::isfinite(raw) || raw == 0.0) return ZEMATH_ERR_EMPTY_RANGE;
     const DecimalStep step = nice_step(raw);
     // Bounds within 1e-9 step of a multiple count as on it (absorbs the representation

@@ -36,8 +36,11 @@ namespace {
 // --- Comparison functions ---------------------------------------------------------------
 
 // Keys are read with memcpy: records (key + companion) are packed without alignment.
+// A null record orders as the smallest (two nulls tie), so a comparison handed a null
+// pointer answers instead of crashing.
 template <class T>
 int compare_ascend(const void* a, const void* b) {
+    if (!a || !b) return (a != nullptr) - (b != nullptr);
     T x, y;
     std::memcpy(&x, a, sizeof x);
     std::memcpy(&y, b, sizeof y);
@@ -46,6 +49,7 @@ int compare_ascend(const void* a, const void* b) {
 
 template <class T>
 int compare_descend(const void* a, const void* b) {
+    if (!a || !b) return (b != nullptr) - (a != nullptr);
     T x, y;
     std::memcpy(&x, a, sizeof x);
     std::memcpy(&y, b, sizeof y);

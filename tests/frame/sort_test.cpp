@@ -37,6 +37,13 @@ void expect_comparators(int code, CompareFn up, CompareFn down, T low, T high) {
     EXPECT_EQ(up(&low, &low), 0);
     EXPECT_EQ(down(&low, &high), 1);
     EXPECT_EQ(down(&high, &low), -1);
+    // A null record is the smallest and is never read.
+    EXPECT_EQ(up(nullptr, &low), -1);
+    EXPECT_EQ(up(&low, nullptr), 1);
+    EXPECT_EQ(up(nullptr, nullptr), 0);
+    EXPECT_EQ(down(nullptr, &low), 1);
+    EXPECT_EQ(down(&low, nullptr), -1);
+    EXPECT_EQ(down(nullptr, nullptr), 0);
 }
 
 TEST(Comparators, TypeCodeTable) {
