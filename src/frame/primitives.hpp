@@ -294,7 +294,7 @@ T store_as(double y) {
 template <class T>
 int stretch(std::span<T> data, double low, double high, double new_low, double new_high) {
     const double range = high - low;
-    if (range == 0.0) return ZEMATH_ERR_NULL_ROWSTAT;
+    if (range == 0.0) return ZEMATH_ERR_ZERO_INPUT_RANGE;
     const double new_range = new_high - new_low;
     // Kept deliberately, callers rely on it: every member passes the rounding flag, so
     // 0.5 is added for floating-point data too (only clamped values carry no offset).

@@ -268,7 +268,8 @@ DecimalStep nice_step(double raw) {
 template <class T>
 int check_order(const T* x, int n, double fraction, int* order) {
     if (!x || !order) return ZEMATH_ERR_NULL_POINTER;
-    if (n < 2 || !(fraction >= 0.0 && fraction <= 1.0)) return ZEMATH_ERR_SIZE_BELOW_ONE;
+    if (n < 2) return ZEMATH_ERR_SIZE_BELOW_ONE;
+    if (!(fraction >= 0.0 && fraction <= 1.0)) return ZEMATH_ERR_BAD_FRACTION;
     long long pairs = 0, up = 0, down = 0;
     bool have_previous = false;
     T previous{};
@@ -303,7 +304,8 @@ extern "C" {
 
 ZEMATH_API int zemath_is_monotonic(const double* x, unsigned int n, bool strict) noexcept {
     if (!x) return ZEMATH_ERR_NULL_POINTER;
-    if (n == 0) return ZEMATH_ERR_SIZE_MISMATCH;  // n - 5 with n = 0
+    // -5 for an empty array is kept deliberately: hosts rely on it.
+    if (n == 0) return ZEMATH_ERR_NO_POINTS;
     return monotonic_direction({x, n}, strict);
 }
 
