@@ -63,15 +63,6 @@ double quiet_nanum(int* status) {
     return accept(kNanum, status);
 }
 
-// The shape of every back-end export: status -19 stands until the body writes the real
-// one, so an allocation failure caught by the guard leaves it (never expected: the routines
-// allocate nothing and their Boost policy never throws; the guard keeps the promise).
-template <class Body>
-double backend_export(int* status, Body&& body) {
-    set_status(status, ZEMATH_ERR_ALLOC);
-    return guard_value(std::forward<Body>(body));
-}
-
 // Tail code of the functions that have a two-tailed significance probability: 0, the
 // two-sample test's two-sided choice, reads as 3 there. Elsewhere translate_tail's
 // TwoTail selector is refused by the routine with 70, like 5 everywhere.
@@ -102,20 +93,14 @@ Real log_ratio(double x, double a) {
 extern "C" {
 
 ZEMATH_API double normcdf(double x, int tail, int* status) noexcept {
-    return backend_export(status, [&] {
-        if (any_missing(x)) return reject(status);
-        NagError fail;
-        const double v = nag::g01eac(two_sided_tail(tail), x, &fail);
-        return finish(v, fail, status);
+    return routine_export(status, {x}, [&](nag::NagError* fail) {
+        return nag::g01eac(two_sided_tail(tail), x, fail);
     });
 }
 
 ZEMATH_API double norminv(double p, int* status) noexcept {
-    return backend_export(status, [&] {
-        if (any_missing(p)) return reject(status);
-        NagError fail;
-        const double v = nag::g01cec(p, &fail);
-        return finish(v, fail, status);
+    return routine_export(status, {p}, [&](nag::NagError* fail) {
+        return nag::g01cec(p, fail);
     });
 }
 
@@ -131,135 +116,106 @@ ZEMATH_API double normpdf(double x, double mu, double sigma, int* status) noexce
 // ---- Student's t -----------------------------------------------------------------------
 
 ZEMATH_API double tcdf(double t, double df, int tail, int* status) noexcept {
-    return backend_export(status, [&] {
-        if (any_missing(t, df)) return reject(status);
-        NagError fail;
-        const double v = nag::g01ebc(two_sided_tail(tail), t, df, &fail);
-        return finish(v, fail, status);
+    return routine_export(status, {t, df}, [&](nag::NagError* fail) {
+        return nag::g01ebc(two_sided_tail(tail), t, df, fail);
     });
 }
 
 ZEMATH_API double tinv(double p, double df, int tail, int* status) noexcept {
-    return backend_export(status, [&] {
-        if (any_missing(p, df)) return reject(status);
-        NagError fail;
-        const double v = nag::g01fbc(two_sided_tail(tail), p, df, &fail);
-        return finish(v, fail, status);
+    return routine_export(status, {p, df}, [&](nag::NagError* fail) {
+        return nag::g01fbc(two_sided_tail(tail), p, df, fail);
     });
 }
 
 // ---- chi-square ------------------------------------------------------------------------
 
 ZEMATH_API double chi2cdf(double x, double df, int tail, int* status) noexcept {
-    return backend_export(status, [&] {
-        if (any_missing(x, df)) return reject(status);
-        NagError fail;
-        const double v = nag::g01ecc(translate_tail(tail), x, df, &fail);
-        return finish(v, fail, status);
+    return routine_export(status, {x, df}, [&](nag::NagError* fail) {
+        return nag::g01ecc(translate_tail(tail), x, df, fail);
     });
 }
 
 ZEMATH_API double chi2inv(double p, double df, int* status) noexcept {
-    return backend_export(status, [&] {
-        if (any_missing(p, df)) return reject(status);
-        NagError fail;
-        const double v = nag::g01fcc(p, df, &fail);
-        return finish(v, fail, status);
+    return routine_export(status, {p, df}, [&](nag::NagError* fail) {
+        return nag::g01fcc(p, df, fail);
     });
 }
 
 // ---- F ---------------------------------------------------------------------------------
 
 ZEMATH_API double fcdf(double f, double ndf, double fdf, int tail, int* status) noexcept {
-    return backend_export(status, [&] {
-        if (any_missing(f, ndf, fdf)) return reject(status);
-        NagError fail;
-        const double v = nag::g01edc(translate_tail(tail), f, ndf, fdf, &fail);
-        if (fail.code == nag::NE_ACCURACY_WARNING) {  // a warning: the probability is kept
-            set_status(status, fail.code);
-            return v;
-        }
-        return finish(v, fail, status);
-    });
+    return routine_export(
+        status, {f, ndf, fdf},
+        [&](NagError* fail) { return nag::g01edc(translate_tail(tail), f, ndf, fdf, fail); },
+        [](double v, const NagError& fail, int* out) {
+            if (fail.code == nag::NE_ACCURACY_WARNING) {  // a warning: the probability is kept
+                set_status(out, fail.code);
+                return v;
+            }
+            return finish(v, fail, out);
+        });
 }
 
 ZEMATH_API double finv(double p, double df1, double df2, int* status) noexcept {
-    return backend_export(status, [&] {
-        if (any_missing(p, df1, df2)) return reject(status);
-        NagError fail;
-        const double v = nag::g01fdc(p, df1, df2, &fail);
-        if (fail.code == nag::NE_DEVIATE_FAILED) {
-            // Kept deliberately: the table value is the upper-tail quantile at p, returned
-            // as it is with status 0 (hosts rely on this fallback).
-            set_status(status, ZEMATH_OK);
-            return util::Ftable(p, truncated_df(df1), truncated_df(df2));
-        }
-        return finish(v, fail, status);
-    });
+    return routine_export(
+        status, {p, df1, df2}, [&](NagError* fail) { return nag::g01fdc(p, df1, df2, fail); },
+        [&](double v, const NagError& fail, int* out) {
+            if (fail.code == nag::NE_DEVIATE_FAILED) {
+                // Kept deliberately: the table value is the upper-tail quantile at p,
+                // returned as it is with status 0 (hosts rely on this fallback).
+                set_status(out, ZEMATH_OK);
+                return util::Ftable(p, truncated_df(df1), truncated_df(df2));
+            }
+            return finish(v, fail, out);
+        });
 }
 
 // ---- beta ------------------------------------------------------------------------------
 
 ZEMATH_API double betacdf(double x, double a, double b, int tail, int* status) noexcept {
-    return backend_export(status, [&] {
-        if (any_missing(x, a, b)) return reject(status);
-        if (refuse_two_output_tail(tail, status)) return kNanum;
-        NagError fail;
+    return routine_export(status, {x, a, b}, [&](NagError* fail) {
         double v = 0.0;
+        if (refuse_two_output_tail(tail, fail)) return v;
         if (tail == 2) {
-            nag::g01eec(x, a, b, 0.0, &v, nullptr, nullptr, &fail);
+            nag::g01eec(x, a, b, 0.0, &v, nullptr, nullptr, fail);
         } else {
-            nag::g01eec(x, a, b, 0.0, nullptr, &v, nullptr, &fail);
+            nag::g01eec(x, a, b, 0.0, nullptr, &v, nullptr, fail);
         }
-        return finish(v, fail, status);
+        return v;
     });
 }
 
 ZEMATH_API double betainv(double p, double a, double b, int* status) noexcept {
-    return backend_export(status, [&] {
-        if (any_missing(p, a, b)) return reject(status);
-        NagError fail;
-        const double v = nag::g01fec(p, a, b, 0.0, &fail);
-        return finish(v, fail, status);
+    return routine_export(status, {p, a, b}, [&](nag::NagError* fail) {
+        return nag::g01fec(p, a, b, 0.0, fail);
     });
 }
 
 ZEMATH_API double betapdf(double x, double a, double b, int* status) noexcept {
-    return backend_export(status, [&] {
-        if (any_missing(x, a, b)) return reject(status);
-        NagError fail;
+    return routine_export(status, {x, a, b}, [&](NagError* fail) {
         double v = 0.0;
-        nag::g01eec(x, a, b, 0.0, nullptr, nullptr, &v, &fail);
-        return finish(v, fail, status);
+        nag::g01eec(x, a, b, 0.0, nullptr, nullptr, &v, fail);
+        return v;
     });
 }
 
 // ---- gamma -----------------------------------------------------------------------------
 
 ZEMATH_API double gamcdf(double g, double a, double b, int tail, int* status) noexcept {
-    return backend_export(status, [&] {
-        if (any_missing(g, a, b)) return reject(status);
-        NagError fail;
-        const double v = nag::g01efc(translate_tail(tail), g, a, b, &fail);
-        return finish(v, fail, status);
+    return routine_export(status, {g, a, b}, [&](nag::NagError* fail) {
+        return nag::g01efc(translate_tail(tail), g, a, b, fail);
     });
 }
 
 ZEMATH_API double gaminv(double p, double a, double b, int* status) noexcept {
-    return backend_export(status, [&] {
-        if (any_missing(p, a, b)) return reject(status);
-        NagError fail;
-        const double v = nag::g01ffc(p, a, b, 0.0, &fail);
-        return finish(v, fail, status);
+    return routine_export(status, {p, a, b}, [&](nag::NagError* fail) {
+        return nag::g01ffc(p, a, b, 0.0, fail);
     });
 }
 
 ZEMATH_API double gampdf(double x, double a, double b, int* status) noexcept {
-    return backend_export(status, [&] {
-        if (any_missing(x, a, b)) return reject(status);
-        NagError fail;
-        const double v = nag::g01kfc(x, a, b, &fail);
-        return finish(v, fail, status);
+    return routine_export(status, {x, a, b}, [&](nag::NagError* fail) {
+        return nag::g01kfc(x, a, b, fail);
     });
 }
 
@@ -304,7 +260,7 @@ ZEMATH_API double lognpdf(double x, double mu, double sigma, int* status) noexce
 }
 
 ZEMATH_API double logncdf(double x, double mu, double sigma, int tail, int* status) noexcept {
-    return backend_export(status, [&] {
+    return routine_frame(status, [&] {
         if (any_unusable(x, mu, sigma) || !(x > 0) || !std::isfinite(mu) || !(sigma > 0) ||
             std::isinf(sigma)) {
             return reject(status);
@@ -317,7 +273,7 @@ ZEMATH_API double logncdf(double x, double mu, double sigma, int tail, int* stat
 }
 
 ZEMATH_API double logninv(double p, double mu, double sigma, int* status) noexcept {
-    return backend_export(status, [&] {
+    return routine_frame(status, [&] {
         if (any_unusable(p, mu, sigma) || !(p > 0 && p < 1) || !std::isfinite(mu) || !(sigma > 0) ||
             std::isinf(sigma)) {
             return reject(status);
