@@ -1,4 +1,36 @@
-/* zeMath: distributions family. */
+/* zeMath: distributions family. Probabilities (cdf), deviates (inv) and densities (pdf)
+ * of the continuous laws (normal, Student's t, chi-square, F, beta, gamma, exponential,
+ * Cauchy, Laplace, log-normal, Weibull), their non-central forms, the bivariate normal and
+ * the studentized range; the binomial, Poisson and hypergeometric laws; the real Lambert W.
+ *
+ * Conventions for every function of this header.
+ * - Each returns its value as a double and reads only its scalar arguments; nothing is
+ *   written but the optional last argument `status` (NULL: not written). Every function is
+ *   reentrant.
+ * - status: 0 on success; -110 (ZEMATH_ERR_STATS_INPUT) when an argument is missing or
+ *   fails one of the function's own checks; otherwise a positive code of the computing
+ *   routine (ZEMATH_NAG_*, status.h): 5 below a lower limit, 6 at or below it, 7 above an
+ *   upper limit, 8 at or above it, 11 / 12 an integer below / above its limit, 15 a NaN
+ *   argument, 70 a refused tail code, 300 a series or root finder stopped at its cap,
+ *   301 a deviate outside the normal double range (p too close to 0 or 1), 422 / 424 as
+ *   stated at finv and fcdf, betacdf. A failure returns NANUM unless the function says
+ *   otherwise.
+ * - Check order, the same everywhere: (1) a double argument equal to NANUM (a missing
+ *   value) gives NANUM and -110; (2) the function's own parameter checks (-110), where it
+ *   has them; (3) the tail code (70); (4) the computing routine's range checks (positive
+ *   codes), NaN before ranges. The first failing check decides the status.
+ * - tail: 1 upper P(X > x), 2 lower P(X <= x), 3 two-tailed significance P(|X| >= |x|),
+ *   4 two-tailed confidence P(|X| <= |x|); any other value reads as 2, except: 0 means 3 in
+ *   normcdf, tcdf, tinv and logncdf (the two-sided choice of the two-sample test) and is
+ *   refused elsewhere; 5 is always refused; chi2cdf, fcdf, gamcdf, betacdf and the discrete
+ *   cdfs take only 1 and 2. A refused tail gives NANUM with status 70.
+ * - NaN arguments give status 15, except in the functions with their own parameter checks
+ *   (normpdf, exppdf, cauchypdf, lappdf, the log-normal and Weibull functions), where they
+ *   give -110. x = +-infinity is accepted where the law is defined on it (a probability 0
+ *   or 1, a density 0); infinite parameters are refused.
+ * - Accuracy: within 1e-13 relative error of 50-digit references, both tails down to
+ *   1e-300, parameters 1e-3 to 1e6 (log-normal: while |ln x| / sigma stays below 5e4). */
+
 #ifndef ZEMATH_DISTRIBUTIONS_H
 #define ZEMATH_DISTRIBUTIONS_H
 
@@ -7,34 +39,14 @@
 ZEMATH_EXTERN_C_BEGIN
 
 /* ---- Normal, Student's t, chi-square, F, beta, gamma, log-normal, Weibull and the
- *      in-house densities ---------------------------------------------------------- */
+ *      other densities ----------------------------------------------------------------- */
 
-/* Conventions of the functions of this section.
- * - Each returns its value as a double. The last argument `status` is optional (may be
- *   NULL); when given it always receives 0 on success, a positive back-end code
- *   (ZEMATH_NAG_*, status.h) when the computing routine fails, or -110
- *   (ZEMATH_ERR_STATS_INPUT) when one of this library's own checks fails. A failure returns
- *   NANUM unless the function says otherwise. Nothing else is written.
- * - tail: 1 upper P(X > x), 2 lower P(X <= x), 3 two-tailed significance P(|X| >= |x|),
- *   4 two-tailed confidence P(|X| <= |x|); any other value reads as 2, except:
- *   0 means 3 in normcdf, tcdf, tinv and logncdf (the two-sided choice of the two-sample
- *   test) and is refused elsewhere; 5 is always refused; chi2cdf, fcdf, gamcdf and betacdf
- *   take only 1 and 2. A refused tail gives NANUM with status 70 (ZEMATH_NAG_BAD_PARAM).
- * - An argument equal to NANUM is a missing value: NANUM, status -110, checked first.
- *   A NaN argument gives status 15 (ZEMATH_NAG_REAL) in the functions computed by the
- *   back end and -110 in the in-house ones (normpdf, exppdf, cauchypdf, lappdf, the
- *   log-normal and Weibull functions). x = +-infinity is accepted where the law is
- *   defined on it (a probability 0 or 1, a density 0); infinite parameters are refused.
- * - Back-end range failures: 5 below a lower limit, 6 at or below it, 7 above an upper
- *   limit, 8 at or above it; 301 a deviate outside the normal double range (p too close to
- *   0 or 1; betainv instead rounds such a deviate to 0); 300 a series or root finder
- *   stopped at its cap. Densities are +infinity at a pole (x at 0 with shape < 1).
+/* Further rules of this section.
+ * - Range failures: 301 for a deviate outside the normal double range (betainv instead
+ *   rounds such a deviate to 0). Densities are +infinity at a pole (x at 0 with shape < 1).
  * - Shape limits: beta a, b <= 1e6 and gaminv's shape <= 1e6; chi-square and F degrees of
  *   freedom and the gamma shape <= 1e10 elsewhere (status 7 above); Student's t needs
- *   df >= 1 (+infinity is the normal law).
- * - Check order: missing values, the in-house parameter checks, the tail, the back end's
- *   checks. Accuracy: within 1e-13 relative error of 50-digit references, both tails down
- *   to 1e-300, parameters 1e-3 to 1e6 (log-normal: while |ln x| / sigma stays below 5e4). */
+ *   df >= 1 (+infinity is the normal law). */
 
 /* Standard normal probability of x for the tail code (tails 0-4). */
 ZEMATH_API double normcdf(double x, int tail, int* status) ZEMATH_NOEXCEPT;
@@ -108,22 +120,13 @@ ZEMATH_API double wblcdf(double x, double a, double b, int* status) ZEMATH_NOEXC
  * p >= 1 give NANUM with status 0; a result beyond the double range gives -110. */
 ZEMATH_API double wblinv(double p, double a, double b, int* status) ZEMATH_NOEXCEPT;
 
-
 /* ---- Non-central and discrete distributions, bivariate normal, studentized range,
  *      Lambert W --------------------------------------------------------------------- */
-/* Common rules of this section: each function returns a double and writes its status
- * through the optional last pointer (NULL: not written): 0 on success, a positive
- * back-end error number (status.h, ZEMATH_NAG_*) when the computation is refused or
- * fails, -110 (ZEMATH_ERR_STATS_INPUT) when the function's own check refuses. A failure
- * returns NANUM. A double argument equal to NANUM (a missing value) gives NANUM and -110.
- * NaN arguments give NANUM and ZEMATH_NAG_REAL (15); +-infinity in the variable gives the
- * limit 0 or 1, infinite parameters are refused (ZEMATH_NAG_REAL_ARG_GT, 7).
- * tail: 1 upper P(X > k), 2 lower P(X <= k); every other tail code (0 and 5 included) is
- * refused with NANUM and status 70 (ZEMATH_NAG_BAD_PARAM), for these discrete cdfs.
- * Checks run in this order: tail code, missing values, then the computation's own. */
+/* Further rules of this section: +-infinity in the variable gives the limit 0 or 1,
+ * infinite parameters are refused with 7; the discrete cdfs take tails 1 and 2 only. */
 
 /* Binomial cdf of k successes in n trials with success probability p (0 <= p <= 1;
- * 0 <= k <= n). Back-end codes: 11 (n or k < 0), 12 (k > n), 5/7 (p < 0 / p > 1). */
+ * 0 <= k <= n). Codes: 11 (n or k < 0), 12 (k > n), 5/7 (p < 0 / p > 1). */
 ZEMATH_API double binocdf(int k, int n, double p, int tail, int* status) ZEMATH_NOEXCEPT;
 /* Binomial probability C(nt, x) p^x (1-p)^(nt-x). Needs 0 <= x <= nt and 0 <= p <= 1,
  * else NANUM and -110. */
@@ -134,24 +137,27 @@ ZEMATH_API double poisscdf(int k, double lambda, int tail, int* status) ZEMATH_N
  * -110 for x < 0 or lambda <= 0; NANUM and -110 for NaN, infinite or missing lambda. */
 ZEMATH_API double poisspdf(int x, double lambda, int* status) ZEMATH_NOEXCEPT;
 /* Hypergeometric cdf: a population of n items of which m are marked, a sample of l items
- * drawn without replacement, k marked items in the sample. The arguments keep their names
- * in the back-end call (population n, sample l, marked m, count k). Needs n >= 0,
+ * drawn without replacement, k marked items in the sample (note the argument order:
+ * count k, marked m, population n, sample l). Needs n >= 0,
  * 0 <= l <= n, 0 <= m <= n and max(0, l - (n - m)) <= k <= min(l, m); codes 11 / 12. */
 ZEMATH_API double hygecdf(int k, int m, int n, int l, int tail, int* status) ZEMATH_NOEXCEPT;
 
 /* Non-central t lower tail P(T <= t) with df >= 1 (else 5) degrees of freedom and
  * non-centrality delta. maxiter must be >= 1 (else 11); the series are always summed to
  * full precision, so maxiter never truncates them. 300: a series did not converge. */
-ZEMATH_API double nctcdf(double t, double df, double delta, int maxiter, int* status) ZEMATH_NOEXCEPT;
+ZEMATH_API double nctcdf(double t, double df, double delta, int maxiter,
+                         int* status) ZEMATH_NOEXCEPT;
 /* Non-central chi-square lower tail at x >= 0 (else 5), f > 0 degrees of freedom (else
  * 6), non-centrality lambda >= 0 (else 5). */
 ZEMATH_API double ncchi2cdf(double x, double f, double lambda, int* status) ZEMATH_NOEXCEPT;
 /* Non-central F lower tail at f >= 0 with df1, df2 > 0 and non-centrality lambda >= 0;
  * codes as ncchi2cdf. */
-ZEMATH_API double ncfcdf(double f, double df1, double df2, double lambda, int* status) ZEMATH_NOEXCEPT;
+ZEMATH_API double ncfcdf(double f, double df1, double df2, double lambda,
+                         int* status) ZEMATH_NOEXCEPT;
 /* Non-central beta lower tail at 0 <= x <= 1 (else 5 / 7) with shapes a, b > 0 and
  * non-centrality lambda >= 0. */
-ZEMATH_API double ncbetacdf(double x, double a, double b, double lambda, int* status) ZEMATH_NOEXCEPT;
+ZEMATH_API double ncbetacdf(double x, double a, double b, double lambda,
+                            int* status) ZEMATH_NOEXCEPT;
 /* Standard bivariate normal P(X <= x, Y <= y) with correlation corre, |corre| <= 1
  * (else 7). */
 ZEMATH_API double bivarnormcdf(double x, double y, double corre, int* status) ZEMATH_NOEXCEPT;
@@ -169,7 +175,6 @@ ZEMATH_API double srangeinv(double p, double v, int ir, int* status) ZEMATH_NOEX
  * 0 x < -1/e (offset: x < 0); branch -1 x >= 0 (offset: x >= 1/e). NaN, and +infinity
  * on branch 0: NANUM and 15. */
 ZEMATH_API double lambertW(double x, int branch, int offset, int* status) ZEMATH_NOEXCEPT;
-
 
 ZEMATH_EXTERN_C_END
 
