@@ -10,11 +10,13 @@ ZEMATH_EXTERN_C_BEGIN
 
 /* Flags NaN elements: flags[i] = 1 when data[i] is NaN, else 0; returns the NaN count.
  * Returns 0 and writes nothing when data or flags is NULL, n != nflags, or n < 1. */
-ZEMATH_API int zemath_check_nan(const double* data, int n, unsigned int* flags, int nflags) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_check_nan(const double* data, int n, unsigned int* flags,
+                                int nflags) ZEMATH_NOEXCEPT;
 
 /* Flags infinite elements (beyond +-DBL_MAX; NaN is not infinite) and returns their count.
  * Same flag convention and refusals as zemath_check_nan. */
-ZEMATH_API int zemath_check_infinity(const double* data, int n, unsigned int* flags, int nflags) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_check_infinity(const double* data, int n, unsigned int* flags,
+                                     int nflags) ZEMATH_NOEXCEPT;
 
 /* Replaces every NaN in data[0..n-1] by NANUM in place; returns how many were replaced
  * (0 when data is NULL or n <= 0). */

@@ -22,9 +22,12 @@ ZEMATH_EXTERN_C_BEGIN
 /* ---- copy: destination[0..n-1] = source[0..n-1]; the regions may overlap. Both arrays
  * hold n elements. Returns 0 (n = 0 copies nothing), or -1 when source or destination is
  * NULL or n < 0. */
-ZEMATH_API int zemath_b_copy(const unsigned char* source, unsigned char* destination, int n) ZEMATH_NOEXCEPT;
-ZEMATH_API int zemath_us_copy(const unsigned short* source, unsigned short* destination, int n) ZEMATH_NOEXCEPT;
-ZEMATH_API int zemath_ui_copy(const unsigned int* source, unsigned int* destination, int n) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_b_copy(const unsigned char* source, unsigned char* destination,
+                             int n) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_us_copy(const unsigned short* source, unsigned short* destination,
+                              int n) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_ui_copy(const unsigned int* source, unsigned int* destination,
+                              int n) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_f_copy(const float* source, float* destination, int n) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_d_copy(const double* source, double* destination, int n) ZEMATH_NOEXCEPT;
 
@@ -34,17 +37,21 @@ ZEMATH_API int zemath_d_copy(const double* source, double* destination, int n) Z
  * number of missing values met, or -1 (nothing written) when data is NULL, first < 0 or
  * last = INT_MAX. The d member is zemath_d_minmax (frame.h). */
 ZEMATH_API int zemath_b_minmax(const unsigned char* data, int first, int last,
-                               const unsigned char* marker, int* index_of_min, int* index_of_max) ZEMATH_NOEXCEPT;
+                               const unsigned char* marker, int* index_of_min,
+                               int* index_of_max) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_c_minmax(const signed char* data, int first, int last,
-                               const signed char* marker, int* index_of_min, int* index_of_max) ZEMATH_NOEXCEPT;
+                               const signed char* marker, int* index_of_min,
+                               int* index_of_max) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_s_minmax(const short* data, int first, int last, const short* marker,
                                int* index_of_min, int* index_of_max) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_us_minmax(const unsigned short* data, int first, int last,
-                                const unsigned short* marker, int* index_of_min, int* index_of_max) ZEMATH_NOEXCEPT;
+                                const unsigned short* marker, int* index_of_min,
+                                int* index_of_max) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_i_minmax(const int* data, int first, int last, const int* marker,
                                int* index_of_min, int* index_of_max) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_ui_minmax(const unsigned int* data, int first, int last,
-                                const unsigned int* marker, int* index_of_min, int* index_of_max) ZEMATH_NOEXCEPT;
+                                const unsigned int* marker, int* index_of_min,
+                                int* index_of_max) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_f_minmax(const float* data, int first, int last, const float* marker,
                                int* index_of_min, int* index_of_max) ZEMATH_NOEXCEPT;
 /* Complex values compare by modulus |re + i im|; a value is missing when both parts equal
@@ -63,11 +70,14 @@ ZEMATH_API int zemath_us_minmax_in_range(const unsigned short* data, int n, unsi
                                          unsigned short high, const unsigned short* marker,
                                          int* index_of_min, int* index_of_max) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_i_minmax_in_range(const int* data, int n, int low, int high,
-                                        const int* marker, int* index_of_min, int* index_of_max) ZEMATH_NOEXCEPT;
+                                        const int* marker, int* index_of_min,
+                                        int* index_of_max) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_f_minmax_in_range(const float* data, int n, float low, float high,
-                                        const float* marker, int* index_of_min, int* index_of_max) ZEMATH_NOEXCEPT;
+                                        const float* marker, int* index_of_min,
+                                        int* index_of_max) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_d_minmax_in_range(const double* data, int n, double low, double high,
-                                        const double* marker, int* index_of_min, int* index_of_max) ZEMATH_NOEXCEPT;
+                                        const double* marker, int* index_of_min,
+                                        int* index_of_max) ZEMATH_NOEXCEPT;
 
 /* ---- sum: the sum of data[0..n-1] skipping values equal to *marker (optional), with the
  * optional outputs of zemath_d_sum (frame.h): min, max, their first-occurrence indices and
@@ -92,13 +102,15 @@ ZEMATH_API double zemath_f_sum(const float* data, int n, float* min, float* max,
  * N (both optional). N = 0 (also n <= 0): returns NANUM, variance NANUM, count 0; N = 1:
  * variance 0. NULL data: returns NANUM and writes nothing. */
 ZEMATH_API double zemath_b_mean_variance(const unsigned char* data, int n,
-                                         const unsigned char* marker, double* variance, int* count) ZEMATH_NOEXCEPT;
+                                         const unsigned char* marker, double* variance,
+                                         int* count) ZEMATH_NOEXCEPT;
 ZEMATH_API double zemath_us_mean_variance(const unsigned short* data, int n,
                                           const unsigned short* marker, double* variance,
                                           int* count) ZEMATH_NOEXCEPT;
 ZEMATH_API double zemath_f_mean_variance(const float* data, int n, const float* marker,
                                          double* variance, int* count) ZEMATH_NOEXCEPT;
-ZEMATH_API double zemath_d_mean_variance(const double* data, int n, double* variance, int* count) ZEMATH_NOEXCEPT;
+ZEMATH_API double zemath_d_mean_variance(const double* data, int n, double* variance,
+                                         int* count) ZEMATH_NOEXCEPT;
 
 /* ---- cumulative_sum: out[k] = data[first] + ... + data[first + k] for k = 0..end-first-1
  * (out holds end - first elements and is indexed from 0, not from first), a value equal
@@ -126,9 +138,11 @@ ZEMATH_API int zemath_d_cumulative_sum(const double* data, unsigned int first, u
  * written) when data or counts is NULL, n < 0, bins < 1 or width is exactly 0 (a NaN width
  * is accepted and drops every value). */
 ZEMATH_API int zemath_b_frequency_count(const unsigned char* data, int n, unsigned int* counts,
-                                        int bins, unsigned char start, unsigned char width) ZEMATH_NOEXCEPT;
+                                        int bins, unsigned char start,
+                                        unsigned char width) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_us_frequency_count(const unsigned short* data, int n, unsigned int* counts,
-                                         int bins, unsigned short start, unsigned short width) ZEMATH_NOEXCEPT;
+                                         int bins, unsigned short start,
+                                         unsigned short width) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_f_frequency_count(const float* data, int n, unsigned int* counts, int bins,
                                         float start, float width) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_d_frequency_count(const double* data, int n, unsigned int* counts, int bins,

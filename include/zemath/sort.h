@@ -56,8 +56,10 @@ ZEMATH_API void* GetAppropriateCompareDescend(int type_code) ZEMATH_NOEXCEPT;
  * NULL, width < 1, first < 0, last < first, or working storage cannot be allocated
  * (theMergeSort needs (last - first + 1) * width bytes; theQuickSort needs that much
  * only for its fast path and otherwise sorts in place). */
-ZEMATH_API int theMergeSort(void* base, int first, int last, int width, void* compare) ZEMATH_NOEXCEPT;
-ZEMATH_API int theQuickSort(void* base, int first, int last, int width, void* compare) ZEMATH_NOEXCEPT;
+ZEMATH_API int theMergeSort(void* base, int first, int last, int width,
+                            void* compare) ZEMATH_NOEXCEPT;
+ZEMATH_API int theQuickSort(void* base, int first, int last, int width,
+                            void* compare) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END
 

@@ -11,6 +11,7 @@
 #define ZEMATH_STATUS_ENUMERATOR(name, value, text) name = value,
 #define ZEMATH_STATUS_ALIAS_ENUMERATOR(alias, name) alias = name,
 
+/* clang-format off */
 /* 0 and the library's own checks (negative). */
 enum zemath_status {
     ZEMATH_STATUS_CODES(ZEMATH_STATUS_ENUMERATOR)
@@ -21,6 +22,8 @@ enum zemath_status {
 enum zemath_backend_status {
     ZEMATH_BACKEND_STATUS_CODES(ZEMATH_STATUS_ENUMERATOR)
 };
+
+/* clang-format on */
 
 #undef ZEMATH_STATUS_ENUMERATOR
 #undef ZEMATH_STATUS_ALIAS_ENUMERATOR

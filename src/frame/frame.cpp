@@ -27,7 +27,8 @@ constexpr int comm_word_to_nag(int lib_word) {
 
 extern "C" {
 
-ZEMATH_API int zemath_check_nan(const double* data, int n, unsigned int* flags, int nflags) noexcept {
+ZEMATH_API int zemath_check_nan(const double* data, int n, unsigned int* flags,
+                                int nflags) noexcept {
     if (!flag_arguments_ok(data, n, flags, nflags)) return 0;
     int found = 0;
     for (int i = n - 1; i >= 0; --i) {  // visited last to first
@@ -37,7 +38,8 @@ ZEMATH_API int zemath_check_nan(const double* data, int n, unsigned int* flags, 
     return found;
 }
 
-ZEMATH_API int zemath_check_infinity(const double* data, int n, unsigned int* flags, int nflags) noexcept {
+ZEMATH_API int zemath_check_infinity(const double* data, int n, unsigned int* flags,
+                                     int nflags) noexcept {
     if (!flag_arguments_ok(data, n, flags, nflags)) return 0;
     int found = 0;
     for (int i = 0; i < n; ++i) {
@@ -104,7 +106,9 @@ ZEMATH_API int copy_spline_to_zemath(zemath_Spline* lib, Nag_Spline* nag) noexce
     return ZEMATH_OK;
 }
 
-ZEMATH_API void zemath_free(void* block) noexcept { nag::x04bdc(&block); }
+ZEMATH_API void zemath_free(void* block) noexcept {
+    nag::x04bdc(&block);
+}
 
 ZEMATH_API void zemath_free_spline_struct(zemath_Spline* spline) noexcept {
     if (!spline) return;

@@ -37,10 +37,10 @@
 // primitives.cpp on the same templates.
 #define ZEMATH_COPY_MEMBERS(X) \
     X(b, unsigned char) X(us, unsigned short) X(ui, unsigned int) X(f, float) X(d, double)
-#define ZEMATH_MINMAX_MEMBERS(X)                                                                  \
-    X(b, unsigned char)                                                                           \
-    X(c, signed char) X(s, short) X(us, unsigned short) X(i, int) X(ui, unsigned int) X(f, float) \
-        X(z, d_complex)
+#define ZEMATH_MINMAX_MEMBERS(X) \
+    X(b, unsigned char)          \
+    X(c, signed char)            \
+    X(s, short) X(us, unsigned short) X(i, int) X(ui, unsigned int) X(f, float) X(z, d_complex)
 #define ZEMATH_MINMAX_IN_RANGE_MEMBERS(X) \
     X(b, unsigned char) X(us, unsigned short) X(i, int) X(f, float) X(d, double)
 #define ZEMATH_SUM_MEMBERS(X) X(b, unsigned char) X(us, unsigned short) X(ui, unsigned int)

@@ -324,13 +324,15 @@ ZEMATH_API int zemath_array_find_indices(const double* x, int n, const double* t
     return ZEMATH_OK;
 }
 
-ZEMATH_API bool zemath_is_inside_range(double value, double a, double b, bool include_ends) noexcept {
+ZEMATH_API bool zemath_is_inside_range(double value, double a, double b,
+                                       bool include_ends) noexcept {
     const double low = std::min(a, b), high = std::max(a, b);
     if (low < value && value < high) return true;
     return include_ends && (value == a || value == b);
 }
 
-ZEMATH_API int zemath_find_nearest_index(const double* x, int n, double target, int* index) noexcept {
+ZEMATH_API int zemath_find_nearest_index(const double* x, int n, double target,
+                                         int* index) noexcept {
     if (!x || !index) return ZEMATH_ERR_NULL_POINTER;
     if (n < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
     if (!usable(target)) return ZEMATH_ERR_BOUND_NOT_FOUND;
@@ -435,7 +437,8 @@ ZEMATH_API int zemath_i_check_order(const int* x, int n, double fraction, int* o
     return check_order(x, n, fraction, order);
 }
 
-ZEMATH_API int zemath_round_range(double* lower, double* upper, int divisions, double* increment) noexcept {
+ZEMATH_API int zemath_round_range(double* lower, double* upper, int divisions,
+                                  double* increment) noexcept {
     if (!lower || !upper) return ZEMATH_ERR_NULL_POINTER;
     if (divisions < 1) return ZEMATH_ERR_SIZE_BELOW_ONE;
     const double a = *lower, b = *upper;
@@ -446,7 +449,8 @@ ZEMATH_API int zemath_round_range(double* lower, double* upper, int divisions, d
     // The step is never below the spacing of doubles at the range's ends: a finer one has
     // no distinct multiples there, and rounding k * step would move a bound inward.
     const double magnitude = std::max(std::fabs(a), std::fabs(b));
-    const double spacing = std::nextafter(magnitude, std::numeric_limits<double>::infinity()) - magnitude;
+    const double spacing =
+        std::nextafter(magnitude, std::numeric_limits<double>::infinity()) - magnitude;
     const double raw = std::max(width / divisions, spacing);
     if (!std::isfinite(raw) || raw == 0.0) return ZEMATH_ERR_EMPTY_RANGE;
     const DecimalStep step = nice_step(raw);

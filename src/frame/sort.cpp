@@ -69,12 +69,12 @@ int compare_descend(const void* a, const void* b) {
     X(float, float)             \
     X(double, double)
 
-#define ZEMATH_DEFINE_COMPARE(name, type)                                   \
+#define ZEMATH_DEFINE_COMPARE(name, type)                                            \
     ZEMATH_API int Compare_##name##_Ascend(const void* a, const void* b) noexcept {  \
-        return compare_ascend<type>(a, b);                                  \
-    }                                                                       \
+        return compare_ascend<type>(a, b);                                           \
+    }                                                                                \
     ZEMATH_API int Compare_##name##_Descend(const void* a, const void* b) noexcept { \
-        return compare_descend<type>(a, b);                                 \
+        return compare_descend<type>(a, b);                                          \
     }
 
 extern "C" {

@@ -5,4 +5,6 @@
 #include "zemath/complex.h"
 #include "zemath/plainnames.h"
 
-ZEMATH_API double cabs(d_complex z) { return cabsz(z); }
+ZEMATH_API double cabs(d_complex z) {
+    return cabsz(z);
+}

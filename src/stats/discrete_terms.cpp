@@ -63,8 +63,7 @@ Pair deviance_term(double x, double m, double m_low) {
     const double u_hi = diff.hi / m;
     if (u_hi > -0.95 && u_hi < 0.5) {
         // u = diff / (m + m_low), to twice the precision.
-        const double u_lo =
-            (std::fma(-u_hi, m, diff.hi) + diff.lo - u_hi * m_low) / m;
+        const double u_lo = (std::fma(-u_hi, m, diff.hi) + diff.lo - u_hi * m_low) / m;
         const Pair u{u_hi, u_lo};
         const int terms = u_hi == 0.0 ? 2
                                       : 2 + static_cast<int>(std::ceil(std::log(kNegligible) /
@@ -128,8 +127,8 @@ double binomial_point(int x, int nt, double p) {
     if (x == 0) return numeric::exp_two_part(times(nt, log_q));
     if (x == nt) return numeric::exp_two_part(times(nt, log_p));
     if (nt < kBinomialLiteralLimit)
-        return numeric::exp_two_part(add(Pair{ln_combinations(nt, x), 0.0},
-                            add(times(x, log_p), times(nt - x, log_q))));
+        return numeric::exp_two_part(
+            add(Pair{ln_combinations(nt, x), 0.0}, add(times(x, log_p), times(nt - x, log_q))));
     const double n = nt;
     const double k = x;
     // n p and n (1 - p) as exact two-part sums (1 - p itself split by two-sum).

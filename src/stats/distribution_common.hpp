@@ -19,12 +19,18 @@ using nag::Nag_TailProbability;
 // is read as 2.
 inline Nag_TailProbability translate_tail(int tail) {
     switch (tail) {
-        case 1: return Nag_TailProbability::Nag_UpperTail;
-        case 3: return Nag_TailProbability::Nag_TwoTailSignif;
-        case 4: return Nag_TailProbability::Nag_TwoTailConfid;
-        case 0: return Nag_TailProbability::Nag_TwoTail;
-        case 5: return Nag_TailProbability::Nag_Further;
-        default: return Nag_TailProbability::Nag_LowerTail;
+        case 1:
+            return Nag_TailProbability::Nag_UpperTail;
+        case 3:
+            return Nag_TailProbability::Nag_TwoTailSignif;
+        case 4:
+            return Nag_TailProbability::Nag_TwoTailConfid;
+        case 0:
+            return Nag_TailProbability::Nag_TwoTail;
+        case 5:
+            return Nag_TailProbability::Nag_Further;
+        default:
+            return Nag_TailProbability::Nag_LowerTail;
     }
 }
 

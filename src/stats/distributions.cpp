@@ -99,9 +99,7 @@ ZEMATH_API double normcdf(double x, int tail, int* status) noexcept {
 }
 
 ZEMATH_API double norminv(double p, int* status) noexcept {
-    return routine_export(status, {p}, [&](nag::NagError* fail) {
-        return nag::g01cec(p, fail);
-    });
+    return routine_export(status, {p}, [&](nag::NagError* fail) { return nag::g01cec(p, fail); });
 }
 
 ZEMATH_API double normpdf(double x, double mu, double sigma, int* status) noexcept {
@@ -136,9 +134,8 @@ ZEMATH_API double chi2cdf(double x, double df, int tail, int* status) noexcept {
 }
 
 ZEMATH_API double chi2inv(double p, double df, int* status) noexcept {
-    return routine_export(status, {p, df}, [&](nag::NagError* fail) {
-        return nag::g01fcc(p, df, fail);
-    });
+    return routine_export(status, {p, df},
+                          [&](nag::NagError* fail) { return nag::g01fcc(p, df, fail); });
 }
 
 // ---- F ---------------------------------------------------------------------------------
@@ -186,9 +183,8 @@ ZEMATH_API double betacdf(double x, double a, double b, int tail, int* status) n
 }
 
 ZEMATH_API double betainv(double p, double a, double b, int* status) noexcept {
-    return routine_export(status, {p, a, b}, [&](nag::NagError* fail) {
-        return nag::g01fec(p, a, b, 0.0, fail);
-    });
+    return routine_export(status, {p, a, b},
+                          [&](nag::NagError* fail) { return nag::g01fec(p, a, b, 0.0, fail); });
 }
 
 ZEMATH_API double betapdf(double x, double a, double b, int* status) noexcept {
@@ -208,15 +204,13 @@ ZEMATH_API double gamcdf(double g, double a, double b, int tail, int* status) no
 }
 
 ZEMATH_API double gaminv(double p, double a, double b, int* status) noexcept {
-    return routine_export(status, {p, a, b}, [&](nag::NagError* fail) {
-        return nag::g01ffc(p, a, b, 0.0, fail);
-    });
+    return routine_export(status, {p, a, b},
+                          [&](nag::NagError* fail) { return nag::g01ffc(p, a, b, 0.0, fail); });
 }
 
 ZEMATH_API double gampdf(double x, double a, double b, int* status) noexcept {
-    return routine_export(status, {x, a, b}, [&](nag::NagError* fail) {
-        return nag::g01kfc(x, a, b, fail);
-    });
+    return routine_export(status, {x, a, b},
+                          [&](nag::NagError* fail) { return nag::g01kfc(x, a, b, fail); });
 }
 
 // ---- in-house densities ----------------------------------------------------------------

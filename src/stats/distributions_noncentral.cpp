@@ -55,21 +55,18 @@ ZEMATH_API double ncbetacdf(double x, double a, double b, double lambda, int* st
 }
 
 ZEMATH_API double bivarnormcdf(double x, double y, double corre, int* status) noexcept {
-    return routine_export(status, {x, y, corre}, [&](nag::NagError* fail) {
-        return nag::g01hac(x, y, corre, fail);
-    });
+    return routine_export(status, {x, y, corre},
+                          [&](nag::NagError* fail) { return nag::g01hac(x, y, corre, fail); });
 }
 
 ZEMATH_API double srangecdf(double q, double v, int group, int* status) noexcept {
-    return routine_export(status, {q, v}, [&](nag::NagError* fail) {
-        return nag::g01emc(q, v, group, fail);
-    });
+    return routine_export(status, {q, v},
+                          [&](nag::NagError* fail) { return nag::g01emc(q, v, group, fail); });
 }
 
 ZEMATH_API double srangeinv(double p, double v, int ir, int* status) noexcept {
-    return routine_export(status, {p, v}, [&](nag::NagError* fail) {
-        return nag::g01fmc(p, v, ir, fail);
-    });
+    return routine_export(status, {p, v},
+                          [&](nag::NagError* fail) { return nag::g01fmc(p, v, ir, fail); });
 }
 
 ZEMATH_API double lambertW(double x, int branch, int offset, int* status) noexcept {
@@ -79,8 +76,8 @@ ZEMATH_API double lambertW(double x, int branch, int offset, int* status) noexce
         // The branch point -1/e, formed as the host formed it.
         const double inv_e = std::exp(-1.0);
         const bool shifted = offset != 0;
-        const bool outside = branch == 0 ? (shifted ? x < 0.0 : x < -inv_e)
-                                         : (shifted ? x >= inv_e : x >= 0.0);
+        const bool outside =
+            branch == 0 ? (shifted ? x < 0.0 : x < -inv_e) : (shifted ? x >= inv_e : x >= 0.0);
         if (outside) return reject(status);
         nag::NagError fail;
         const double value = nag::c05bac(x, branch, shifted, &fail);

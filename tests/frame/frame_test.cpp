@@ -65,7 +65,8 @@ TEST(CheckFlags, RefusalsReturnZeroAndWriteNothing) {
 
 TEST(ReplaceNan, TurnsNanIntoNanumSoTheSumSkipsIt) {
     std::vector<double> data = {1.0, kNaN, 2.0, kNaN};
-    EXPECT_TRUE(std::isnan(zemath_d_sum(data.data(), 4, nullptr, nullptr, nullptr, nullptr, nullptr)));
+    EXPECT_TRUE(
+        std::isnan(zemath_d_sum(data.data(), 4, nullptr, nullptr, nullptr, nullptr, nullptr)));
     EXPECT_EQ(zemath_check_replace_nan_with_missing_value(data.data(), 4), 2);
     EXPECT_EQ(data[1], NANUM);
     EXPECT_EQ(data[3], NANUM);
@@ -211,7 +212,8 @@ TEST(BridgeRecords, SplineWordsOneToOne) {
 // sanitizer run checks there is neither a leak nor a double free.
 TEST(BridgeRecords, ReleaseFunctionsFreeAndNullTheirWords) {
     using zemath::nag::x04bbc;
-    zemath_Spline spline{3, static_cast<double*>(x04bbc(24)), static_cast<double*>(x04bbc(24)), 0, 0};
+    zemath_Spline spline{3, static_cast<double*>(x04bbc(24)), static_cast<double*>(x04bbc(24)), 0,
+                         0};
     zemath_free_spline_struct(&spline);
     EXPECT_EQ(spline.lamda, nullptr);
     EXPECT_EQ(spline.c, nullptr);
@@ -219,8 +221,13 @@ TEST(BridgeRecords, ReleaseFunctionsFreeAndNullTheirWords) {
     zemath_free_spline_struct(&spline);  // already released: nothing happens
     zemath_free_spline_struct(nullptr);
 
-    zemath_2dSpline s2{2, static_cast<double*>(x04bbc(8)), 2, static_cast<double*>(x04bbc(8)),
-                       static_cast<double*>(x04bbc(8)), 0, 0};
+    zemath_2dSpline s2{2,
+                       static_cast<double*>(x04bbc(8)),
+                       2,
+                       static_cast<double*>(x04bbc(8)),
+                       static_cast<double*>(x04bbc(8)),
+                       0,
+                       0};
     zemath_free_2dSpline_struct(&s2);
     EXPECT_EQ(s2.lamda, nullptr);
     EXPECT_EQ(s2.mu, nullptr);

@@ -6,6 +6,8 @@
 
 namespace zemath::nag {
 
-double a02dbc(double re, double im) noexcept { return std::hypot(re, im); }
+double a02dbc(double re, double im) noexcept {
+    return std::hypot(re, im);
+}
 
 }  // namespace zemath::nag

@@ -54,8 +54,8 @@ bool near_branch_point(double dx, double sign, double* w) {
     const double c = std::numbers::e * dx;
     const double p = sign * std::sqrt(2.0 * c);
     // Branch-point series coefficients of W in p.
-    constexpr double m2 = -1.0 / 3.0, m3 = 11.0 / 72.0, m4 = -43.0 / 540.0,
-                     m5 = 769.0 / 17280.0, m6 = -221.0 / 8505.0;
+    constexpr double m2 = -1.0 / 3.0, m3 = 11.0 / 72.0, m4 = -43.0 / 540.0, m5 = 769.0 / 17280.0,
+                     m6 = -221.0 / 8505.0;
     const double series_u = p * (1.0 + p * (m2 + p * (m3 + p * (m4 + p * (m5 + p * m6)))));
     constexpr double kSeriesOnly = 1e-4;  // |p|^6 * 0.026 below 1e-25
     if (std::fabs(p) < kSeriesOnly) {

@@ -105,7 +105,8 @@ double bvnd(double h, double k, double r) {
     bvn = -bvn / two_pi;
     if (r > 0.0) return bvn + normal_upper(std::max(h, k));
     bvn = -bvn;
-    if (k > h) bvn += h < 0.0 ? normal_lower(k) - normal_lower(h) : normal_upper(h) - normal_upper(k);
+    if (k > h)
+        bvn += h < 0.0 ? normal_lower(k) - normal_lower(h) : normal_upper(h) - normal_upper(k);
     return bvn;
 }
 
@@ -175,8 +176,8 @@ double lower_orthant_by_quadrature(double x, double y, double rho) {
     const double step_point = rho != 0.0 ? b / rho - a : 0.0;
     const double step_width = rho != 0.0 ? sigma / std::fabs(rho) : 1.0;
     constexpr double kReach = 40.0;
-    const std::array<Feature, 4> features = {
-        Feature{0.0, end_width}, mode, Feature{step_point, step_width}, Feature{-a, 1.0}};
+    const std::array<Feature, 4> features = {Feature{0.0, end_width}, mode,
+                                             Feature{step_point, step_width}, Feature{-a, 1.0}};
     return detail::integrate_with_features(integrand, -INFINITY, 0.0, features, kReach);
 }
 

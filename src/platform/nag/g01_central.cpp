@@ -6,17 +6,16 @@
 // Method. The normal tails: the shared double kernel with the argument's rounding fed back
 // (platform/numeric/normal.hpp). Everything else: Boost.Math 1.74's inverse erfc, the
 // regularised incomplete beta and gamma functions (ibeta, ibetac, gamma_p, gamma_q), their
-// derivatives and inverses, all evaluated in long double. The transformed arguments (t^2/(df + t^2),
-// df1 f/(df1 f + df2), g/b) are formed in the wider type too: in the far tails the
-// relative condition number of the probability grows like x^2 (normal) or like the
-// degrees of freedom (t, F), so a double-rounded argument would cost up to 1e-11 there.
-// Every upper tail is computed directly as the complementary function, never as 1 - p;
-// of I_x(a, b) only the side below 1/2 is taken from Boost (its side near 1 can lose
-// digits), the other being 1 minus it in long double. The deviates start from Boost's
-// inverse in double and are polished by a safeguarded Newton iteration on the logarithm of
-// the smaller tail, in log x (or log(1 - x) for a beta root above 1/2): Boost's own inverses
-// stall in the far tails (ibeta_inv(2, 5, 1e-300) stops at 4e-51). Where long double is
-// double the build stops (see platform/numeric/extended.hpp).
+// derivatives and inverses, all evaluated in long double. The transformed arguments (t^2/(df +
+// t^2), df1 f/(df1 f + df2), g/b) are formed in the wider type too: in the far tails the relative
+// condition number of the probability grows like x^2 (normal) or like the degrees of freedom (t,
+// F), so a double-rounded argument would cost up to 1e-11 there. Every upper tail is computed
+// directly as the complementary function, never as 1 - p; of I_x(a, b) only the side below 1/2 is
+// taken from Boost (its side near 1 can lose digits), the other being 1 minus it in long double.
+// The deviates start from Boost's inverse in double and are polished by a safeguarded Newton
+// iteration on the logarithm of the smaller tail, in log x (or log(1 - x) for a beta root above
+// 1/2): Boost's own inverses stall in the far tails (ibeta_inv(2, 5, 1e-300) stops at 4e-51). Where
+// long double is double the build stops (see platform/numeric/extended.hpp).
 //
 // Accuracy reached (50-digit mpmath references, both tails down to 1e-300, parameters
 // 1e-3 .. 1e6): within 1e-13 relative error everywhere on that grid; see the table in
@@ -134,7 +133,8 @@ double normal_tail(Tail tail, Real x) {
         case Tail::Nag_UpperTail:
             return numeric::normal_upper(hi, lo);
         case Tail::Nag_TwoTailSignif:
-            return hi < 0.0 ? 2.0 * numeric::normal_lower(hi, lo) : 2.0 * numeric::normal_upper(hi, lo);
+            return hi < 0.0 ? 2.0 * numeric::normal_lower(hi, lo)
+                            : 2.0 * numeric::normal_upper(hi, lo);
         default:
             return numeric::normal_within(hi, lo);
     }

@@ -34,8 +34,7 @@ namespace {
 
 using numeric::BoostPolicy;
 
-void store(double lower, double upper, double point, double* plek, double* pgtk,
-           double* peqk) {
+void store(double lower, double upper, double point, double* plek, double* pgtk, double* peqk) {
     if (plek) *plek = lower;
     if (pgtk) *pgtk = upper;
     if (peqk) *peqk = point;
@@ -66,9 +65,9 @@ double hypergeometric_walk(long x, long marked, long sample, long population, in
         } else {
             if (x <= lower_end) break;
             // P(x-1)/P(x) = x (N-m-l+x) / ((m-x+1)(l-x+1))
-            term *= (static_cast<double>(x) *
-                     static_cast<double>(population - marked - sample + x)) /
-                    (static_cast<double>(marked - x + 1) * static_cast<double>(sample - x + 1));
+            term *=
+                (static_cast<double>(x) * static_cast<double>(population - marked - sample + x)) /
+                (static_cast<double>(marked - x + 1) * static_cast<double>(sample - x + 1));
             --x;
         }
         sum += term;
@@ -93,7 +92,8 @@ void g01bjc(int n, double p, int k, double* plek, double* pgtk, double* peqk, Na
 
     // Degenerate laws: all the mass at 0 (p = 0) or at n (p = 1).
     if (p == 0.0) return store(1.0, 0.0, k == 0 ? 1.0 : 0.0, plek, pgtk, peqk);
-    if (p == 1.0) return store(k == n ? 1.0 : 0.0, k == n ? 0.0 : 1.0, k == n ? 1.0 : 0.0, plek, pgtk, peqk);
+    if (p == 1.0)
+        return store(k == n ? 1.0 : 0.0, k == n ? 0.0 : 1.0, k == n ? 1.0 : 0.0, plek, pgtk, peqk);
 
     const double dn = n;
     const double dk = k;
@@ -127,8 +127,7 @@ void g01bkc(double lambda, int k, double* plek, double* pgtk, double* peqk, NagE
     store(lower, upper, point, plek, pgtk, peqk);
 }
 
-void g01blc(int n, int l, int m, int k, double* plek, double* pgtk, double* peqk,
-            NagError* fail) {
+void g01blc(int n, int l, int m, int k, double* plek, double* pgtk, double* peqk, NagError* fail) {
     if (n < 0) return fail->set(NE_INT_ARG_LT);
     if (l < 0) return fail->set(NE_INT_ARG_LT);
     if (l > n) return fail->set(NE_INT_ARG_GT);
@@ -152,9 +151,9 @@ void g01blc(int n, int l, int m, int k, double* plek, double* pgtk, double* peqk
     // cross the mode starts at the mode instead, where the point probability is
     // largest, and adds the stretch between the mode and its own start separately, so
     // that no start underflows.
-    const double mode_real = std::floor((static_cast<double>(marked) + 1.0) *
-                                        (static_cast<double>(sample) + 1.0) /
-                                        (static_cast<double>(population) + 2.0));
+    const double mode_real =
+        std::floor((static_cast<double>(marked) + 1.0) * (static_cast<double>(sample) + 1.0) /
+                   (static_cast<double>(population) + 2.0));
     const long mode = std::clamp(static_cast<long>(mode_real), lowest, highest);
 
     double lower = 0.0;
@@ -169,20 +168,20 @@ void g01blc(int n, int l, int m, int k, double* plek, double* pgtk, double* peqk
             if (mode - 1 >= k + 1) {
                 double term = at_mode;
                 for (long x = mode; x > k + 1; --x) {
-                    term *= (static_cast<double>(x) *
-                             static_cast<double>(population - marked - sample + x)) /
-                            (static_cast<double>(marked - x + 1) *
-                             static_cast<double>(sample - x + 1));
+                    term *=
+                        (static_cast<double>(x) *
+                         static_cast<double>(population - marked - sample + x)) /
+                        (static_cast<double>(marked - x + 1) * static_cast<double>(sample - x + 1));
                     stretch += term;
                     if (term <= std::numeric_limits<double>::epsilon() / 4 * (stretch + at_mode))
                         break;
                 }
             }
-            upper = stretch + (mode > k ? hypergeometric_walk(mode, marked, sample, population,
-                                                              +1, at_mode)
-                                        : hypergeometric_walk(k + 1, marked, sample,
-                                                              population, +1,
-                                                              boost::math::pdf(law, static_cast<unsigned>(k + 1))));
+            upper = stretch +
+                    (mode > k ? hypergeometric_walk(mode, marked, sample, population, +1, at_mode)
+                              : hypergeometric_walk(
+                                    k + 1, marked, sample, population, +1,
+                                    boost::math::pdf(law, static_cast<unsigned>(k + 1))));
         }
     } else {
         // k above the mode: the upper tail walks up from k+1, the lower tail is

@@ -113,8 +113,7 @@ double poisson_mixture_forward(double lambda, const Central& central) {
     const double log_half = std::log(half);
     double sum = 0.0;
     for (int j = 0; j < kForwardTerms; ++j) {
-        const double log_weight =
-            -half + (j > 0 ? j * log_half : 0.0) - numeric::log_factorial(j);
+        const double log_weight = -half + (j > 0 ? j * log_half : 0.0) - numeric::log_factorial(j);
         const double term = std::exp(log_weight) * central(j);
         sum += term;
         if (term <= 1e-17 * sum && j > 0) break;
@@ -125,8 +124,7 @@ double poisson_mixture_forward(double lambda, const Central& central) {
 
 }  // namespace
 
-double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter,
-              NagError* fail) {
+double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter, NagError* fail) {
     if (std::isnan(t) || std::isnan(df) || std::isnan(delta)) return fail->set(NE_REAL), 0.0;
     if (df < 1.0) return fail->set(NE_REAL_ARG_LT), 0.0;
     if (std::isinf(df) || std::isinf(delta)) return fail->set(NE_REAL_ARG_GT), 0.0;
@@ -144,8 +142,7 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter,
     return checked(series, fail);
 }
 
-double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter,
-              NagError* fail) {
+double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter, NagError* fail) {
     if (std::isnan(x)) return fail->set(NE_REAL), 0.0;
     if (x < 0.0) return fail->set(NE_REAL_ARG_LT), 0.0;
     if (bad_positive(df, fail) || bad_lambda(lambda, fail)) return 0.0;
@@ -156,10 +153,10 @@ double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter,
     // Ratio of consecutive mixture terms ~ (lambda/2) (x/2) / ((j+1)(df/2+j+1)).
     if (lambda > 0.0 && 0.25 * lambda * x < kForwardRatio * (0.5 * df + 1.0)) {
         const double y = 0.5 * x, a = 0.5 * df;
-        return checked(poisson_mixture_forward(lambda, [=](int j) {
-                           return boost::math::gamma_p(a + j, y, BoostPolicy());
-                       }),
-                       fail);
+        return checked(
+            poisson_mixture_forward(
+                lambda, [=](int j) { return boost::math::gamma_p(a + j, y, BoostPolicy()); }),
+            fail);
     }
     const boost::math::non_central_chi_squared_distribution<double, BoostPolicy> law(df, lambda);
     return checked(boost::math::cdf(law, x), fail);
@@ -169,8 +166,7 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
               NagError* fail) {
     if (std::isnan(f)) return fail->set(NE_REAL), 0.0;
     if (f < 0.0) return fail->set(NE_REAL_ARG_LT), 0.0;
-    if (bad_positive(df1, fail) || bad_positive(df2, fail) || bad_lambda(lambda, fail))
-        return 0.0;
+    if (bad_positive(df1, fail) || bad_positive(df2, fail) || bad_lambda(lambda, fail)) return 0.0;
     if (max_iter < 1) return fail->set(NE_INT_ARG_LT), 0.0;
     fail->set(NE_NOERROR);
     if (f == INFINITY) return 1.0;
@@ -180,7 +176,8 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
         // 1 - I_y(df2/2, df1/2), y = df2 / (df1 f + df2) formed directly, so that a large f
         // keeps the digits of 1 - x.
         const double x = df1 * f / (df1 * f + df2);
-        if (x <= 0.5) return checked(boost::math::ibeta(0.5 * df1, 0.5 * df2, x, BoostPolicy()), fail);
+        if (x <= 0.5)
+            return checked(boost::math::ibeta(0.5 * df1, 0.5 * df2, x, BoostPolicy()), fail);
         const double y = df2 / (df1 * f + df2);
         return checked(boost::math::ibetac(0.5 * df2, 0.5 * df1, y, BoostPolicy()), fail);
     }
@@ -200,10 +197,10 @@ double g01gec(double x, double a, double b, double lambda, double /*tol*/, int m
     if (x == 1.0) return 1.0;
     // Ratio of consecutive mixture terms ~ (lambda/2) x (a+b+j)/((j+1)(a+j+1)).
     if (lambda > 0.0 && 0.5 * lambda * x * std::max(1.0, (a + b) / (a + 1.0)) < kForwardRatio) {
-        return checked(poisson_mixture_forward(lambda, [=](int j) {
-                           return boost::math::ibeta(a + j, b, x, BoostPolicy());
-                       }),
-                       fail);
+        return checked(
+            poisson_mixture_forward(
+                lambda, [=](int j) { return boost::math::ibeta(a + j, b, x, BoostPolicy()); }),
+            fail);
     }
     const boost::math::non_central_beta_distribution<double, BoostPolicy> law(a, b, lambda);
     return checked(boost::math::cdf(law, x), fail);

@@ -28,8 +28,8 @@ namespace zemath::nag {
 
 namespace {
 
-using rng::Engine;
 using numeric::log_factorial;
+using rng::Engine;
 
 constexpr double kIntMax = static_cast<double>(INT_MAX);
 
@@ -62,10 +62,12 @@ int invert_sequentially(Engine& eng, double p0, double mean, int upper, Ratio ra
 
 // Stirling correction of ln k!: ln k! - [(k + 1/2) ln(k + 1) - (k + 1) + ln sqrt(2 pi)],
 // which is Stirling's error term at k + 1.
-double stirling_correction(double k) { return numeric::stirling_error(k + 1.0); }
+double stirling_correction(double k) {
+    return numeric::stirling_error(k + 1.0);
+}
 
 class BinomialSampler {
-public:
+  public:
     BinomialSampler(int trials, double p) : n_(trials), flip_(p > 0.5) {
         p_ = flip_ ? 1.0 - p : p;
         const double q = 1.0 - p_;
@@ -106,7 +108,7 @@ public:
         return flip_ ? n_ - k : k;
     }
 
-private:
+  private:
     int invert(Engine& eng) const {
         return invert_sequentially(eng, p0_, mean_, n_, [this](int k) { return a_ / k - s_; });
     }
@@ -170,7 +172,7 @@ private:
 };
 
 class PoissonSampler {
-public:
+  public:
     explicit PoissonSampler(double lambda) : lambda_(lambda), inversion_(lambda < 10.0) {
         if (inversion_) {
             p0_ = std::exp(-lambda);
@@ -204,7 +206,7 @@ public:
         }
     }
 
-private:
+  private:
     double lambda_;
     bool inversion_;
     double p0_ = 0;
@@ -212,7 +214,7 @@ private:
 };
 
 class HypergeometricSampler {
-public:
+  public:
     HypergeometricSampler(int ns, int np, int m) : m_(m) {
         swap_sample_ = np > ns - np;
         swap_good_ = m > ns - m;
@@ -254,7 +256,7 @@ public:
         return static_cast<int>(k);
     }
 
-private:
+  private:
     // ln of the unnormalised probability of k successes.
     double log_weight(double k) const {
         return -(log_factorial(k) + log_factorial(good_ - k) + log_factorial(sample_ - k) +

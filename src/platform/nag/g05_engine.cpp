@@ -1,5 +1,5 @@
-// g05kcc and the read-only tables under the generators: the two ziggurats. Tables are built once, at first use (thread-safe static
-// initialisation), and never change afterwards.
+// g05kcc and the read-only tables under the generators: the two ziggurats. Tables are built once,
+// at first use (thread-safe static initialisation), and never change afterwards.
 #include "platform/nag/g05_engine.hpp"
 
 #include <chrono>

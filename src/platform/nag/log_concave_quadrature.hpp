@@ -94,13 +94,13 @@ struct Feature {
 // point +- width * 2^k, k = 0, 1, ..., out to `reach`: every feature is resolved on its
 // own scale and panels widen geometrically away from it.
 template <class F, std::size_t N>
-double integrate_with_features(const F& f, double lo, double hi, const std::array<Feature, N>& features,
-                               double reach) {
+double integrate_with_features(const F& f, double lo, double hi,
+                               const std::array<Feature, N>& features, double reach) {
     constexpr int kLevels = 60;
     double lowest = hi;
     for (const Feature& ft : features) lowest = std::min(lowest, ft.point);
     const double start = std::isfinite(lo) ? lo : lowest - reach;
-    std::array<double, 2 + N * (2 * kLevels + 1)> breaks{};
+    std::array<double, 2 + N*(2 * kLevels + 1)> breaks{};
     std::size_t count = 0;
     breaks[count++] = start;
     breaks[count++] = hi;
