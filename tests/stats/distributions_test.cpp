@@ -107,7 +107,9 @@ TEST(DistributionTails, ZeroFiveAndUnknownCodes) {
         {Fn::gamcdf, kOneSided},  {Fn::betacdf, kStrict},   {Fn::binocdf, kStrict},
         {Fn::poisscdf, kStrict},  {Fn::hygecdf, kStrict},
     };
-    for (auto [fn, mode] : exports) {
+    for (const auto& entry : exports) {
+        const Fn fn = entry.first;  // named copies: Clang 14 cannot capture a binding
+        const Mode mode = entry.second;
         const double* a = nullptr;
         for (const Export& e : kExports) a = e.fn == fn ? e.valid : a;
         const auto at_tail = [&](int tail, int* s) { return call(fn, a, tail, s); };
