@@ -201,15 +201,14 @@ ZEMATH_API int mvnrnd(double* out, int samples, int dimension, const double* mea
         NRVec<double> reference(dimension_ok ? nag::g05lzc_reference_size(dimension) : 0);
         nag::G05State state = fresh_state();
         nag::NagError fail;
-        // One set-up call (which also checks the dimension), then one call per vector.
+        // One set-up call (which also checks the dimension), then every vector from one
+        // scratch vector allocated once.
         nag::g05lzc(nag::Nag_ModeRNG::Nag_InitializeReference, dimension, mean, covariance,
                     dimension, nullptr, state, reference.data(), reference.size(), &fail);
-        for (int i = 0; i < samples && !fail.failed(); ++i) {
-            double* vector =
-                out + static_cast<std::size_t>(i) * static_cast<std::size_t>(dimension);
-            nag::g05lzc(nag::Nag_ModeRNG::Nag_GenerateFromReference, dimension, mean, covariance,
-                        dimension, vector, state, reference.data(), reference.size(), &fail);
-        }
+        if (fail.failed()) return fail.code;
+        NRVec<double> scratch(dimension);
+        nag::g05lzc_generate(dimension, mean, reference.data(), out, samples, state,
+                             scratch.data());
         return fail.code;
     });
 }
