@@ -1,6 +1,6 @@
 /* zeMath: frame functions: NaN, infinity and missing-value handling, the bridge
  * records of the numerical back end and the release of what the library allocated
- * for a caller, and the worked example of the scanning routine (sum, minmax). */
+ * for a caller, and the double sum and minmax scans. */
 #ifndef ZEMATH_FRAME_H
 #define ZEMATH_FRAME_H
 

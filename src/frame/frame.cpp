@@ -1,5 +1,5 @@
 // Frame exports: NaN, infinity and missing-value handling, the bridge-record copies
-// and releases. The worked scan (zemath_d_sum, zemath_d_minmax) is stamped with the
+// and releases. The double scans (zemath_d_sum, zemath_d_minmax) are stamped with the
 // typed primitives in primitives.cpp.
 #include "zemath/frame.h"
 

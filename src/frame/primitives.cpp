@@ -189,7 +189,7 @@ ZEMATH_API double zemath_f_sum(const float* data, int n, float* min, float* max,
     return sum_export<float>(data, n, nullptr, min, max, index_of_min, index_of_max, nullptr);
 }
 
-// The double members of the worked scan (declared in frame.h) always skip NANUM.
+// The double sum and minmax exports (declared in frame.h) always skip NANUM.
 ZEMATH_API double zemath_d_sum(const double* data, int n, double* min, double* max,
                                int* index_of_min, int* index_of_max, int* count) noexcept {
     const double marker = kNanum;

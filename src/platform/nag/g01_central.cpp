@@ -40,7 +40,7 @@
 // returned rounded (to 0) rather than refused.
 //
 // Parameter limits beyond the natural domains: beta a, b <= 1e6 and gamma deviate shape
-// <= 1e6 (the limits these routines have always had); chi-square and F degrees of freedom
+// <= 1e6 (kept deliberately: callers rely on these limits); chi-square and F degrees of freedom
 // and the gamma shape of the probability and density <= 1e10, above which the Boost
 // incomplete-gamma and beta evaluations were found to lose accuracy. Student's t takes any
 // df >= 1, +infinity included (the normal law).
