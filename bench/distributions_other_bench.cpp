@@ -23,26 +23,91 @@ const T& cycle(const std::array<T, kArgs>& args, std::size_t& i) {
     return args[i++ % kArgs];
 }
 
-struct Binom { int k; int n; double p; };
-const std::array<Binom, kArgs> kBinom = {{{3, 10, 0.3},    {50, 100, 0.5},   {12, 40, 0.2},   {700, 2000, 0.33},
-                                         {0, 5, 0.9},      {90, 100, 0.75},  {5, 1000, 0.01}, {400, 1000, 0.4},
-                                         {1, 3, 0.5},      {30, 60, 0.45},   {6, 20, 0.1},    {5000, 10000, 0.5},
-                                         {2, 2000, 0.002}, {17, 25, 0.6},    {80, 90, 0.95},  {10, 30, 0.3}}};
-struct Pois { int k; double lambda; };
-const std::array<Pois, kArgs> kPois = {{{3, 0.75},  {12, 9.2},   {25, 34},    {175, 175}, {0, 2.0},    {1000, 950},
-                                       {40, 60},   {5, 1.5},    {8, 12.5},   {100, 90},  {2, 0.1},    {20, 18},
-                                       {300, 320}, {7, 3.3},    {60, 45},    {11, 11}}};
-struct Nct { double t; double df; double delta; };
-const std::array<Nct, kArgs> kNct = {{{2, 10, 1},   {-1, 4, 0.5},  {0.5, 30, 0.3}, {5, 8, 3},    {1, 2.5, -1},
-                                     {3, 100, 2},  {-2, 15, 1},   {10, 5, 7},     {1.5, 20, 1}, {0.2, 3, 0},
-                                     {4, 50, 4.5}, {-0.5, 6, 0.2}, {7, 12, 5},    {2.5, 9, 2},  {1, 1, 1},
-                                     {6, 40, 6}}};
-struct Bvn { double x; double y; double rho; };
-const std::array<Bvn, kArgs> kBvn = {{{0, 0, 0.5},      {1, -0.5, -0.3}, {1.5, 2, 0.9},   {-1, 1, 0.2},
-                                     {2, 2, -0.7},     {0.3, 0.8, 0.1}, {-0.5, 0.5, 0.6}, {1, 1, 0.95},
-                                     {-2, 3, -0.2},    {0.5, -0.1, 0.4}, {2.5, 1, 0.8},  {0, 1, -0.5},
-                                     {1.2, 0.7, 0.3},  {3, -1, 0.5},    {0.1, 0.2, 0.99}, {-0.3, 2, 0.0}}};
-const std::array<double, kArgs> kLambert = {0.5, 1, 4.5, 6, 7e7, 0.01, -0.2, -0.3, 2, 10, 100, -0.1, 0.3, 3, 25, 1e5};
+struct Binom {
+    int k;
+    int n;
+    double p;
+};
+const std::array<Binom, kArgs> kBinom = {{{3, 10, 0.3},
+                                          {50, 100, 0.5},
+                                          {12, 40, 0.2},
+                                          {700, 2000, 0.33},
+                                          {0, 5, 0.9},
+                                          {90, 100, 0.75},
+                                          {5, 1000, 0.01},
+                                          {400, 1000, 0.4},
+                                          {1, 3, 0.5},
+                                          {30, 60, 0.45},
+                                          {6, 20, 0.1},
+                                          {5000, 10000, 0.5},
+                                          {2, 2000, 0.002},
+                                          {17, 25, 0.6},
+                                          {80, 90, 0.95},
+                                          {10, 30, 0.3}}};
+struct Pois {
+    int k;
+    double lambda;
+};
+const std::array<Pois, kArgs> kPois = {{{3, 0.75},
+                                        {12, 9.2},
+                                        {25, 34},
+                                        {175, 175},
+                                        {0, 2.0},
+                                        {1000, 950},
+                                        {40, 60},
+                                        {5, 1.5},
+                                        {8, 12.5},
+                                        {100, 90},
+                                        {2, 0.1},
+                                        {20, 18},
+                                        {300, 320},
+                                        {7, 3.3},
+                                        {60, 45},
+                                        {11, 11}}};
+struct Nct {
+    double t;
+    double df;
+    double delta;
+};
+const std::array<Nct, kArgs> kNct = {{{2, 10, 1},
+                                      {-1, 4, 0.5},
+                                      {0.5, 30, 0.3},
+                                      {5, 8, 3},
+                                      {1, 2.5, -1},
+                                      {3, 100, 2},
+                                      {-2, 15, 1},
+                                      {10, 5, 7},
+                                      {1.5, 20, 1},
+                                      {0.2, 3, 0},
+                                      {4, 50, 4.5},
+                                      {-0.5, 6, 0.2},
+                                      {7, 12, 5},
+                                      {2.5, 9, 2},
+                                      {1, 1, 1},
+                                      {6, 40, 6}}};
+struct Bvn {
+    double x;
+    double y;
+    double rho;
+};
+const std::array<Bvn, kArgs> kBvn = {{{0, 0, 0.5},
+                                      {1, -0.5, -0.3},
+                                      {1.5, 2, 0.9},
+                                      {-1, 1, 0.2},
+                                      {2, 2, -0.7},
+                                      {0.3, 0.8, 0.1},
+                                      {-0.5, 0.5, 0.6},
+                                      {1, 1, 0.95},
+                                      {-2, 3, -0.2},
+                                      {0.5, -0.1, 0.4},
+                                      {2.5, 1, 0.8},
+                                      {0, 1, -0.5},
+                                      {1.2, 0.7, 0.3},
+                                      {3, -1, 0.5},
+                                      {0.1, 0.2, 0.99},
+                                      {-0.3, 2, 0.0}}};
+const std::array<double, kArgs> kLambert = {0.5, 1,  4.5, 6,    7e7, 0.01, -0.2, -0.3,
+                                            2,   10, 100, -0.1, 0.3, 3,    25,   1e5};
 
 void BM_binocdf(benchmark::State& state) {
     std::size_t i = 0;
@@ -55,7 +120,8 @@ void BM_boost_binomial_cdf(benchmark::State& state) {
     std::size_t i = 0;
     for (auto _ : state) {
         const Binom& a = cycle(kBinom, i);
-        benchmark::DoNotOptimize(boost::math::cdf(boost::math::binomial_distribution<>(a.n, a.p), a.k));
+        benchmark::DoNotOptimize(
+            boost::math::cdf(boost::math::binomial_distribution<>(a.n, a.p), a.k));
     }
 }
 void BM_poisscdf(benchmark::State& state) {
@@ -69,7 +135,8 @@ void BM_boost_poisson_cdf(benchmark::State& state) {
     std::size_t i = 0;
     for (auto _ : state) {
         const Pois& a = cycle(kPois, i);
-        benchmark::DoNotOptimize(boost::math::cdf(boost::math::poisson_distribution<>(a.lambda), a.k));
+        benchmark::DoNotOptimize(
+            boost::math::cdf(boost::math::poisson_distribution<>(a.lambda), a.k));
     }
 }
 void BM_nctcdf(benchmark::State& state) {

@@ -66,8 +66,7 @@ int main(int argc, char** argv) {
     memcpy(x_work, x, sizeof(double) * (size_t)n);
     memcpy(y_work, y, sizeof(double) * (size_t)n);
     nkept = zemath_1d_remove_missingvalue(x_work, y_work, (unsigned)n, NANUM, kept);
-    printf("after removing missing pairs: %d points (first gap after index %d)\n", nkept,
-           kept[16]);
+    printf("after removing missing pairs: %d points (first gap after index %d)\n", nkept, kept[16]);
     printf("status -11 reads           : \"%s\"\n", zemath_status_string(-11));
     demo_primitives(x, y, n);
     demo_search(x, y, n);

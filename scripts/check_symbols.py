@@ -6,7 +6,9 @@ Usage: check_symbols.py LIBZEMATH LIBZEMATH_PLAIN INCLUDE_DIR
 - every C function declared with ZEMATH_API in include/**/*.h is defined by its library
   (plainnames.h by the companion library, every other header by libzemath);
 - every defined dynamic symbol is either such a declared C name, or a function (C or C++
-  linkage) or a class member declared with ZEMATH_API in a public .hpp header.
+  linkage) or a class member declared with ZEMATH_API in a public .hpp header;
+- every C prototype ends in ZEMATH_NOEXCEPT (noexcept for C++ callers, so that an export
+  that lets an exception out stops at the boundary instead of unwinding C frames).
 Prints what is wrong and exits non-zero on any mismatch.
 """
 import pathlib
@@ -15,6 +17,7 @@ import subprocess
 import sys
 
 DECL = re.compile(r"ZEMATH_API\s+(?!class\b|struct\b)[^;{()]*?\b(\w+)\s*\(", re.S)
+PROTOTYPE = re.compile(r"ZEMATH_API\s+(?!class\b|struct\b)[^;{]*;", re.S)
 CPP_CLASS = re.compile(r"(?:ZEMATH_API\s+(?:class|struct)|(?:class|struct)\s+ZEMATH_API)\s+(\w+)")
 
 
@@ -38,6 +41,15 @@ def declared(include_dir):
         else:
             c_main.update(DECL.findall(text))
     return c_main, c_plain, cpp
+
+
+def without_noexcept(include_dir):
+    missing = []
+    for path in sorted(pathlib.Path(include_dir).rglob("*.h")):
+        for proto in PROTOTYPE.findall(strip_comments(path.read_text())):
+            if not re.search(r"\)\s*ZEMATH_NOEXCEPT\s*;$", proto):
+                missing.append(f"{path.name}: prototype without ZEMATH_NOEXCEPT: {' '.join(proto.split())}")
+    return missing
 
 
 def defined(library):
@@ -64,7 +76,7 @@ def cpp_owner(symbol):
 def main():
     lib, plain, include_dir = sys.argv[1:4]
     c_main, c_plain, cpp = declared(include_dir)
-    problems = []
+    problems = without_noexcept(include_dir)
     for library, wanted in ((lib, c_main), (plain, c_plain)):
         names = defined(library)
         have = set(names)

@@ -11,17 +11,17 @@
 
 ZEMATH_EXTERN_C_BEGIN
 
-ZEMATH_API double cabs(d_complex z);                 /* cabsz */
-ZEMATH_API d_complex sqrt(d_complex z);              /* sqrtz */
-ZEMATH_API d_complex log(d_complex z);               /* logz */
-ZEMATH_API d_complex exp(d_complex z);               /* expz */
-ZEMATH_API d_complex sin(d_complex z);               /* sinz */
-ZEMATH_API d_complex cos(d_complex z);               /* cosz */
-ZEMATH_API d_complex tan(d_complex z);               /* tanz */
-ZEMATH_API d_complex tanh(d_complex z);              /* tanhz */
-ZEMATH_API d_complex atan(d_complex z);              /* atanz */
-ZEMATH_API d_complex atanh(d_complex z);             /* atanhz */
-ZEMATH_API d_complex cpow(d_complex z, d_complex w); /* cpowz */
+ZEMATH_API double cabs(d_complex z) ZEMATH_NOEXCEPT;                 /* cabsz */
+ZEMATH_API d_complex sqrt(d_complex z) ZEMATH_NOEXCEPT;              /* sqrtz */
+ZEMATH_API d_complex log(d_complex z) ZEMATH_NOEXCEPT;               /* logz */
+ZEMATH_API d_complex exp(d_complex z) ZEMATH_NOEXCEPT;               /* expz */
+ZEMATH_API d_complex sin(d_complex z) ZEMATH_NOEXCEPT;               /* sinz */
+ZEMATH_API d_complex cos(d_complex z) ZEMATH_NOEXCEPT;               /* cosz */
+ZEMATH_API d_complex tan(d_complex z) ZEMATH_NOEXCEPT;               /* tanz */
+ZEMATH_API d_complex tanh(d_complex z) ZEMATH_NOEXCEPT;              /* tanhz */
+ZEMATH_API d_complex atan(d_complex z) ZEMATH_NOEXCEPT;              /* atanz */
+ZEMATH_API d_complex atanh(d_complex z) ZEMATH_NOEXCEPT;             /* atanhz */
+ZEMATH_API d_complex cpow(d_complex z, d_complex w) ZEMATH_NOEXCEPT; /* cpowz */
 
 ZEMATH_EXTERN_C_END
 

@@ -6,7 +6,9 @@
  * an int. Ascending: -1 when a < b, 1 when a > b, 0 otherwise; descending: 1 when a < b,
  * -1 when a > b, 0 otherwise. Comparisons are plain ordered ones: NaN compares equal to
  * everything (it ends wherever the algorithm leaves it), NANUM is an ordinary tiny
- * negative number (just below 0), -0.0 equals 0.0. Records need no alignment.
+ * negative number (just below 0), -0.0 equals 0.0. Records need no alignment. A NULL
+ * record pointer orders as the smallest key (before every record ascending, after every
+ * record descending; two NULLs tie) and is never read.
  *
  * Comparison functions travel as void* (the lookup's return type and the sort entry
  * points' argument), so C callers pass what the lookup returns without casts. */
@@ -18,34 +20,34 @@
 ZEMATH_EXTERN_C_BEGIN
 
 /* Signed 8-bit keys (type codes 2, 3). */
-ZEMATH_API int Compare_char_Ascend(const void* a, const void* b);
-ZEMATH_API int Compare_char_Descend(const void* a, const void* b);
+ZEMATH_API int Compare_char_Ascend(const void* a, const void* b) ZEMATH_NOEXCEPT;
+ZEMATH_API int Compare_char_Descend(const void* a, const void* b) ZEMATH_NOEXCEPT;
 /* Unsigned 8-bit keys (type code 4). */
-ZEMATH_API int Compare_BYTE_Ascend(const void* a, const void* b);
-ZEMATH_API int Compare_BYTE_Descend(const void* a, const void* b);
+ZEMATH_API int Compare_BYTE_Ascend(const void* a, const void* b) ZEMATH_NOEXCEPT;
+ZEMATH_API int Compare_BYTE_Descend(const void* a, const void* b) ZEMATH_NOEXCEPT;
 /* Signed 16-bit keys (type code 5). */
-ZEMATH_API int Compare_short_Ascend(const void* a, const void* b);
-ZEMATH_API int Compare_short_Descend(const void* a, const void* b);
+ZEMATH_API int Compare_short_Ascend(const void* a, const void* b) ZEMATH_NOEXCEPT;
+ZEMATH_API int Compare_short_Descend(const void* a, const void* b) ZEMATH_NOEXCEPT;
 /* Unsigned 16-bit keys (type code 6). */
-ZEMATH_API int Compare_WORD_Ascend(const void* a, const void* b);
-ZEMATH_API int Compare_WORD_Descend(const void* a, const void* b);
+ZEMATH_API int Compare_WORD_Ascend(const void* a, const void* b) ZEMATH_NOEXCEPT;
+ZEMATH_API int Compare_WORD_Descend(const void* a, const void* b) ZEMATH_NOEXCEPT;
 /* Signed 32-bit keys (type code 8). */
-ZEMATH_API int Compare_int_Ascend(const void* a, const void* b);
-ZEMATH_API int Compare_int_Descend(const void* a, const void* b);
+ZEMATH_API int Compare_int_Ascend(const void* a, const void* b) ZEMATH_NOEXCEPT;
+ZEMATH_API int Compare_int_Descend(const void* a, const void* b) ZEMATH_NOEXCEPT;
 /* Unsigned 32-bit keys (type code 9). */
-ZEMATH_API int Compare_UINT_Ascend(const void* a, const void* b);
-ZEMATH_API int Compare_UINT_Descend(const void* a, const void* b);
+ZEMATH_API int Compare_UINT_Ascend(const void* a, const void* b) ZEMATH_NOEXCEPT;
+ZEMATH_API int Compare_UINT_Descend(const void* a, const void* b) ZEMATH_NOEXCEPT;
 /* float keys (type code 10). */
-ZEMATH_API int Compare_float_Ascend(const void* a, const void* b);
-ZEMATH_API int Compare_float_Descend(const void* a, const void* b);
+ZEMATH_API int Compare_float_Ascend(const void* a, const void* b) ZEMATH_NOEXCEPT;
+ZEMATH_API int Compare_float_Descend(const void* a, const void* b) ZEMATH_NOEXCEPT;
 /* double keys (type codes 11, 13). */
-ZEMATH_API int Compare_double_Ascend(const void* a, const void* b);
-ZEMATH_API int Compare_double_Descend(const void* a, const void* b);
+ZEMATH_API int Compare_double_Ascend(const void* a, const void* b) ZEMATH_NOEXCEPT;
+ZEMATH_API int Compare_double_Descend(const void* a, const void* b) ZEMATH_NOEXCEPT;
 
 /* The ascending / descending comparison function for a type code (2, 3 char; 4 BYTE;
  * 5 short; 6 WORD; 8 int; 9 UINT; 10 float; 11, 13 double), or NULL for any other code. */
-ZEMATH_API void* GetAppropriateCompareAscend(int type_code);
-ZEMATH_API void* GetAppropriateCompareDescend(int type_code);
+ZEMATH_API void* GetAppropriateCompareAscend(int type_code) ZEMATH_NOEXCEPT;
+ZEMATH_API void* GetAppropriateCompareDescend(int type_code) ZEMATH_NOEXCEPT;
 
 /* Sorts records first..last (inclusive) of width bytes at base in place with compare
  * (a comparison function of the kind above, or the caller's own). theMergeSort is
@@ -54,8 +56,10 @@ ZEMATH_API void* GetAppropriateCompareDescend(int type_code);
  * NULL, width < 1, first < 0, last < first, or working storage cannot be allocated
  * (theMergeSort needs (last - first + 1) * width bytes; theQuickSort needs that much
  * only for its fast path and otherwise sorts in place). */
-ZEMATH_API int theMergeSort(void* base, int first, int last, int width, void* compare);
-ZEMATH_API int theQuickSort(void* base, int first, int last, int width, void* compare);
+ZEMATH_API int theMergeSort(void* base, int first, int last, int width,
+                            void* compare) ZEMATH_NOEXCEPT;
+ZEMATH_API int theQuickSort(void* base, int first, int last, int width,
+                            void* compare) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END
 

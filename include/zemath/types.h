@@ -9,29 +9,29 @@
 #endif
 
 #if defined(_WIN32)
-#  if defined(ZEMATH_BUILDING)
-#    define ZEMATH_API __declspec(dllexport)
-#  else
-#    define ZEMATH_API __declspec(dllimport)
-#  endif
+#if defined(ZEMATH_BUILDING)
+#define ZEMATH_API __declspec(dllexport)
 #else
-#  define ZEMATH_API __attribute__((visibility("default")))
+#define ZEMATH_API __declspec(dllimport)
+#endif
+#else
+#define ZEMATH_API __attribute__((visibility("default")))
 #endif
 
 /* Every export is declared non-throwing for C++ callers: an export that let an exception
  * out would terminate instead of unwinding into C frames. Empty in C. */
 #ifdef __cplusplus
-#  define ZEMATH_NOEXCEPT noexcept
+#define ZEMATH_NOEXCEPT noexcept
 #else
-#  define ZEMATH_NOEXCEPT
+#define ZEMATH_NOEXCEPT
 #endif
 
 #ifdef __cplusplus
-#  define ZEMATH_EXTERN_C_BEGIN extern "C" {
-#  define ZEMATH_EXTERN_C_END }
+#define ZEMATH_EXTERN_C_BEGIN extern "C" {
+#define ZEMATH_EXTERN_C_END }
 #else
-#  define ZEMATH_EXTERN_C_BEGIN
-#  define ZEMATH_EXTERN_C_END
+#define ZEMATH_EXTERN_C_BEGIN
+#define ZEMATH_EXTERN_C_END
 #endif
 
 /* The missing-value marker: an ordinary finite double (bit pattern 0x81AA74FE1C132C0E)

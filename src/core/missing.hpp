@@ -12,7 +12,9 @@ inline constexpr double kNanum = NANUM;
 
 // Ordered IEEE equality: NaN is never missing. Kept deliberately: hosts store NANUM in
 // their data and rely on NaN passing through missing-value filters untouched.
-inline constexpr bool is_missing(double value) { return value == kNanum; }
+inline constexpr bool is_missing(double value) {
+    return value == kNanum;
+}
 
 // Typed form for the element-type families: a null marker means nothing is skipped.
 template <class T>
@@ -20,7 +22,9 @@ inline constexpr bool is_missing(const T& value, const T* marker) {
     return marker != nullptr && value == *marker;
 }
 
-inline bool is_nan(double value) { return std::isnan(value); }
+inline bool is_nan(double value) {
+    return std::isnan(value);
+}
 
 // Beyond the largest finite double in either direction; NaN is not infinite.
 inline constexpr bool is_infinite(double value) {

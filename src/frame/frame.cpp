@@ -1,5 +1,5 @@
 // Frame exports: NaN, infinity and missing-value handling, the bridge-record copies
-// and releases. The worked scan (zemath_d_sum, zemath_d_minmax) is stamped with the
+// and releases. The double scans (zemath_d_sum, zemath_d_minmax) are stamped with the
 // typed primitives in primitives.cpp.
 #include "zemath/frame.h"
 
@@ -27,7 +27,8 @@ constexpr int comm_word_to_nag(int lib_word) {
 
 extern "C" {
 
-ZEMATH_API int zemath_check_nan(const double* data, int n, unsigned int* flags, int nflags) {
+ZEMATH_API int zemath_check_nan(const double* data, int n, unsigned int* flags,
+                                int nflags) noexcept {
     if (!flag_arguments_ok(data, n, flags, nflags)) return 0;
     int found = 0;
     for (int i = n - 1; i >= 0; --i) {  // visited last to first
@@ -37,7 +38,8 @@ ZEMATH_API int zemath_check_nan(const double* data, int n, unsigned int* flags, 
     return found;
 }
 
-ZEMATH_API int zemath_check_infinity(const double* data, int n, unsigned int* flags, int nflags) {
+ZEMATH_API int zemath_check_infinity(const double* data, int n, unsigned int* flags,
+                                     int nflags) noexcept {
     if (!flag_arguments_ok(data, n, flags, nflags)) return 0;
     int found = 0;
     for (int i = 0; i < n; ++i) {
@@ -47,7 +49,7 @@ ZEMATH_API int zemath_check_infinity(const double* data, int n, unsigned int* fl
     return found;
 }
 
-ZEMATH_API int zemath_check_replace_nan_with_missing_value(double* data, int n) {
+ZEMATH_API int zemath_check_replace_nan_with_missing_value(double* data, int n) noexcept {
     if (!data || n <= 0) return 0;
     int replaced = 0;
     for (int i = 0; i < n; ++i)
@@ -59,7 +61,7 @@ ZEMATH_API int zemath_check_replace_nan_with_missing_value(double* data, int n) 
 }
 
 ZEMATH_API int zemath_1d_remove_missingvalue(double* x, double* y, unsigned int n, double missing,
-                                             int* kept_index) {
+                                             int* kept_index) noexcept {
     if (!x || !y || n == 0) return ZEMATH_ERR_GENERAL;
     unsigned int kept = 0;
     for (unsigned int i = 0; i < n; ++i) {
@@ -72,19 +74,19 @@ ZEMATH_API int zemath_1d_remove_missingvalue(double* x, double* y, unsigned int 
     return static_cast<int>(kept);
 }
 
-ZEMATH_API int copy_comm_to_nag(zemath_Comm* lib, comm_struct* nag) {
+ZEMATH_API int copy_comm_to_nag(zemath_Comm* lib, comm_struct* nag) noexcept {
     if (!lib || !nag) return ZEMATH_ERR_NULL_POINTER;
     for (int w = 0; w < ZEMATH_COMM_WORDS; ++w) nag->word[comm_word_to_nag(w)] = lib->word[w];
     return ZEMATH_OK;
 }
 
-ZEMATH_API int copy_comm_to_zemath(zemath_Comm* lib, comm_struct* nag) {
+ZEMATH_API int copy_comm_to_zemath(zemath_Comm* lib, comm_struct* nag) noexcept {
     if (!lib || !nag) return ZEMATH_ERR_NULL_POINTER;
     for (int w = 0; w < ZEMATH_COMM_WORDS; ++w) lib->word[w] = nag->word[comm_word_to_nag(w)];
     return ZEMATH_OK;
 }
 
-ZEMATH_API int copy_spline_to_nag(zemath_Spline* lib, Nag_Spline* nag) {
+ZEMATH_API int copy_spline_to_nag(zemath_Spline* lib, Nag_Spline* nag) noexcept {
     if (!lib || !nag) return ZEMATH_ERR_NULL_POINTER;
     nag->n = lib->n;
     nag->lamda = lib->lamda;
@@ -94,7 +96,7 @@ ZEMATH_API int copy_spline_to_nag(zemath_Spline* lib, Nag_Spline* nag) {
     return ZEMATH_OK;
 }
 
-ZEMATH_API int copy_spline_to_zemath(zemath_Spline* lib, Nag_Spline* nag) {
+ZEMATH_API int copy_spline_to_zemath(zemath_Spline* lib, Nag_Spline* nag) noexcept {
     if (!lib || !nag) return ZEMATH_ERR_NULL_POINTER;
     lib->n = nag->n;
     lib->lamda = nag->lamda;
@@ -104,22 +106,24 @@ ZEMATH_API int copy_spline_to_zemath(zemath_Spline* lib, Nag_Spline* nag) {
     return ZEMATH_OK;
 }
 
-ZEMATH_API void zemath_free(void* block) { nag::x04bdc(&block); }
+ZEMATH_API void zemath_free(void* block) noexcept {
+    nag::x04bdc(&block);
+}
 
-ZEMATH_API void zemath_free_spline_struct(zemath_Spline* spline) {
+ZEMATH_API void zemath_free_spline_struct(zemath_Spline* spline) noexcept {
     if (!spline) return;
     nag::nag_free(spline->c);      // coefficients first,
     nag::nag_free(spline->lamda);  // then the knots
 }
 
-ZEMATH_API void zemath_free_2dSpline_struct(zemath_2dSpline* spline) {
+ZEMATH_API void zemath_free_2dSpline_struct(zemath_2dSpline* spline) noexcept {
     if (!spline) return;
     nag::nag_free(spline->c);
     nag::nag_free(spline->lamda);
     nag::nag_free(spline->mu);
 }
 
-ZEMATH_API void zemath_free_comm_struct(zemath_Comm* comm) {
+ZEMATH_API void zemath_free_comm_struct(zemath_Comm* comm) noexcept {
     if (!comm) return;
     for (int w : {15, 16, 18, 19, 21, 22}) nag::x04bdc(&comm->word[w].p);
 }

@@ -15,7 +15,7 @@ namespace zemath {
 
 template <class T>
 class NRMat {
-public:
+  public:
     NRMat() = default;
 
     NRMat(int rows, int cols) { allocate(rows, cols); }
@@ -150,7 +150,7 @@ public:
     const T* block() const { return rowptr_ ? rowptr_[0] : nullptr; }
     long count() const { return static_cast<long>(rows_) * cols_; }
 
-private:
+  private:
     void allocate(int rows, int cols) {
         if (rows < 1 || cols < 1) return;
         T** ptrs = new (std::nothrow) T*[static_cast<size_t>(rows)];
@@ -165,7 +165,8 @@ private:
         cols_ = cols;
         ownership_ = 0;
         link(storage);
-        if constexpr (std::is_same_v<T, d_complex>) std::fill_n(storage, count(), d_complex{0.0, 0.0});
+        if constexpr (std::is_same_v<T, d_complex>)
+            std::fill_n(storage, count(), d_complex{0.0, 0.0});
     }
     void link(T* storage) {
         for (int i = 0; i < rows_; ++i) rowptr_[i] = storage + static_cast<long>(i) * cols_;

@@ -9,7 +9,8 @@ int range_min_max(const NRVec<double>& v, double* min, double* max, int* index_o
                   int* index_of_max, int first, int last, const double* missing) {
     if (last == -1) last = v.size() - 1;
     if (!v.is_valid() || first < 0 || first > last || last >= v.size()) return -1;
-    const ScanResult<double> r = scan_min_max<double, double, false>(v.data(), first, last + 1, missing);
+    const ScanResult<double> r =
+        scan_min_max<double, double, false>(v.data(), first, last + 1, missing);
     if (r.count) {
         if (min) *min = r.min;
         if (max) *max = r.max;

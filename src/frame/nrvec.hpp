@@ -38,7 +38,7 @@ bool ordered_run(const T* data, size_t n, bool ascending, bool allow_equal) {
 
 template <class T>
 class NRVec {
-public:
+  public:
     NRVec() = default;
 
     // Owning vector of n elements; n < 1 gives an empty vector. New elements are left
@@ -189,7 +189,7 @@ public:
                            allow_equal);
     }
 
-private:
+  private:
     void allocate(int n) {
         if (n < 1) return;
         data_ = new (std::nothrow) T[static_cast<size_t>(n)];
@@ -237,7 +237,8 @@ inline bool is_permutation(const NRVec<unsigned int>& v) {
     if (!v.is_valid()) return false;
     NRVec<unsigned char> seen(v.size(), 0);
     for (unsigned int value : v) {
-        if (value >= static_cast<unsigned int>(v.size()) || seen[static_cast<int>(value)]) return false;
+        if (value >= static_cast<unsigned int>(v.size()) || seen[static_cast<int>(value)])
+            return false;
         seen[static_cast<int>(value)] = 1;
     }
     return true;

@@ -117,54 +117,57 @@ int get_vector_inc_export(int n, const T* data, double tolerance, double* first,
 using namespace zemath;
 
 // The stamps only forward; every computation lives in the templates above.
-#define ZEMATH_STAMP_COPY(L, T)                                                \
-    ZEMATH_API int zemath_##L##_copy(const T* source, T* destination, int n) { \
-        return copy_export(source, destination, n);                            \
+#define ZEMATH_STAMP_COPY(L, T)                                                         \
+    ZEMATH_API int zemath_##L##_copy(const T* source, T* destination, int n) noexcept { \
+        return copy_export(source, destination, n);                                     \
     }
 #define ZEMATH_STAMP_MINMAX(L, T)                                                           \
     ZEMATH_API int zemath_##L##_minmax(const T* data, int first, int last, const T* marker, \
-                                       int* index_of_min, int* index_of_max) {              \
+                                       int* index_of_min, int* index_of_max) noexcept {     \
         return minmax_export(data, first, last, marker, index_of_min, index_of_max);        \
     }
 #define ZEMATH_STAMP_MINMAX_IN_RANGE(L, T)                                                     \
     ZEMATH_API int zemath_##L##_minmax_in_range(const T* data, int n, T low, T high,           \
                                                 const T* marker, int* index_of_min,            \
-                                                int* index_of_max) {                           \
+                                                int* index_of_max) noexcept {                  \
         return minmax_in_range_export(data, n, low, high, marker, index_of_min, index_of_max); \
     }
 #define ZEMATH_STAMP_SUM(L, T)                                                                \
     ZEMATH_API double zemath_##L##_sum(const T* data, int n, const T* marker, T* min, T* max, \
-                                       int* index_of_min, int* index_of_max, int* count) {    \
+                                       int* index_of_min, int* index_of_max,                  \
+                                       int* count) noexcept {                                 \
         return sum_export(data, n, marker, min, max, index_of_min, index_of_max, count);      \
     }
-#define ZEMATH_STAMP_MEAN_VARIANCE(L, T)                                                \
-    ZEMATH_API double zemath_##L##_mean_variance(const T* data, int n, const T* marker, \
-                                                 double* variance, int* count) {        \
-        return mean_variance_export(data, n, marker, variance, count);                  \
+#define ZEMATH_STAMP_MEAN_VARIANCE(L, T)                                                  \
+    ZEMATH_API double zemath_##L##_mean_variance(const T* data, int n, const T* marker,   \
+                                                 double* variance, int* count) noexcept { \
+        return mean_variance_export(data, n, marker, variance, count);                    \
     }
-#define ZEMATH_STAMP_CUMULATIVE_SUM(L, T)                                                   \
-    ZEMATH_API int zemath_##L##_cumulative_sum(const T* data, unsigned int first,           \
-                                               unsigned int end, T* out, const T* marker) { \
-        return cumulative_sum_export(data, first, end, out, marker);                        \
+#define ZEMATH_STAMP_CUMULATIVE_SUM(L, T)                                                        \
+    ZEMATH_API int zemath_##L##_cumulative_sum(                                                  \
+        const T* data, unsigned int first, unsigned int end, T* out, const T* marker) noexcept { \
+        return cumulative_sum_export(data, first, end, out, marker);                             \
     }
 #define ZEMATH_STAMP_FREQUENCY_COUNT(L, T)                                                  \
     ZEMATH_API int zemath_##L##_frequency_count(const T* data, int n, unsigned int* counts, \
-                                                int bins, T start, T width) {               \
+                                                int bins, T start, T width) noexcept {      \
         return frequency_count_export(data, n, counts, bins, start, width);                 \
     }
 #define ZEMATH_STAMP_FIND_MOST(L, T)                                                  \
     ZEMATH_API double zemath_##L##_find_most(const T* data, int n, unsigned int bins, \
-                                             double* fraction) {                      \
+                                             double* fraction) noexcept {             \
         return find_most_export(data, n, bins, fraction);                             \
     }
-#define ZEMATH_STAMP_STRETCH(L, T)                                                              \
-    ZEMATH_API int zemath_##L##_stretch(T* data, int n, T low, T high, T new_low, T new_high) { \
-        return stretch_export(data, n, low, high, new_low, new_high);                           \
+#define ZEMATH_STAMP_STRETCH(L, T)                                                \
+    ZEMATH_API int zemath_##L##_stretch(T* data, int n, T low, T high, T new_low, \
+                                        T new_high) noexcept {                    \
+        return stretch_export(data, n, low, high, new_low, new_high);             \
     }
-#define ZEMATH_STAMP_GET_VECTOR_INC(L, T)                                                        \
-    ZEMATH_API int zemath_##L##_get_vector_inc(int n, const T* data, double tolerance,           \
-                                               double* first, double* last, double* increment) { \
-        return get_vector_inc_export(n, data, tolerance, first, last, increment);                \
+#define ZEMATH_STAMP_GET_VECTOR_INC(L, T)                                              \
+    ZEMATH_API int zemath_##L##_get_vector_inc(int n, const T* data, double tolerance, \
+                                               double* first, double* last,            \
+                                               double* increment) noexcept {           \
+        return get_vector_inc_export(n, data, tolerance, first, last, increment);      \
     }
 
 extern "C" {
@@ -182,25 +185,26 @@ ZEMATH_GET_VECTOR_INC_MEMBERS(ZEMATH_STAMP_GET_VECTOR_INC)
 
 // The float sum skips nothing and reports no count.
 ZEMATH_API double zemath_f_sum(const float* data, int n, float* min, float* max, int* index_of_min,
-                               int* index_of_max) {
+                               int* index_of_max) noexcept {
     return sum_export<float>(data, n, nullptr, min, max, index_of_min, index_of_max, nullptr);
 }
 
-// The double members of the worked scan (declared in frame.h) always skip NANUM.
+// The double sum and minmax exports (declared in frame.h) always skip NANUM.
 ZEMATH_API double zemath_d_sum(const double* data, int n, double* min, double* max,
-                               int* index_of_min, int* index_of_max, int* count) {
+                               int* index_of_min, int* index_of_max, int* count) noexcept {
     const double marker = kNanum;
     return sum_export(data, n, &marker, min, max, index_of_min, index_of_max, count);
 }
 
 ZEMATH_API int zemath_d_minmax(const double* data, int first, int last, int* index_of_min,
-                               int* index_of_max) {
+                               int* index_of_max) noexcept {
     const double marker = kNanum;
     return minmax_export(data, first, last, &marker, index_of_min, index_of_max);
 }
 
 // The double mean and variance always skip NANUM.
-ZEMATH_API double zemath_d_mean_variance(const double* data, int n, double* variance, int* count) {
+ZEMATH_API double zemath_d_mean_variance(const double* data, int n, double* variance,
+                                         int* count) noexcept {
     const double marker = kNanum;
     return mean_variance_export(data, n, &marker, variance, count);
 }

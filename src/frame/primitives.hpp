@@ -37,10 +37,10 @@
 // primitives.cpp on the same templates.
 #define ZEMATH_COPY_MEMBERS(X) \
     X(b, unsigned char) X(us, unsigned short) X(ui, unsigned int) X(f, float) X(d, double)
-#define ZEMATH_MINMAX_MEMBERS(X)                                                                  \
-    X(b, unsigned char)                                                                           \
-    X(c, signed char) X(s, short) X(us, unsigned short) X(i, int) X(ui, unsigned int) X(f, float) \
-        X(z, d_complex)
+#define ZEMATH_MINMAX_MEMBERS(X) \
+    X(b, unsigned char)          \
+    X(c, signed char)            \
+    X(s, short) X(us, unsigned short) X(i, int) X(ui, unsigned int) X(f, float) X(z, d_complex)
 #define ZEMATH_MINMAX_IN_RANGE_MEMBERS(X) \
     X(b, unsigned char) X(us, unsigned short) X(i, int) X(f, float) X(d, double)
 #define ZEMATH_SUM_MEMBERS(X) X(b, unsigned char) X(us, unsigned short) X(ui, unsigned int)
@@ -294,7 +294,7 @@ T store_as(double y) {
 template <class T>
 int stretch(std::span<T> data, double low, double high, double new_low, double new_high) {
     const double range = high - low;
-    if (range == 0.0) return ZEMATH_ERR_NULL_ROWSTAT;
+    if (range == 0.0) return ZEMATH_ERR_ZERO_INPUT_RANGE;
     const double new_range = new_high - new_low;
     // Kept deliberately, callers rely on it: every member passes the rounding flag, so
     // 0.5 is added for floating-point data too (only clamped values carry no offset).

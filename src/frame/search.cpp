@@ -268,7 +268,8 @@ DecimalStep nice_step(double raw) {
 template <class T>
 int check_order(const T* x, int n, double fraction, int* order) {
     if (!x || !order) return ZEMATH_ERR_NULL_POINTER;
-    if (n < 2 || !(fraction >= 0.0 && fraction <= 1.0)) return ZEMATH_ERR_SIZE_BELOW_ONE;
+    if (n < 2) return ZEMATH_ERR_SIZE_BELOW_ONE;
+    if (!(fraction >= 0.0 && fraction <= 1.0)) return ZEMATH_ERR_BAD_FRACTION;
     long long pairs = 0, up = 0, down = 0;
     bool have_previous = false;
     T previous{};
@@ -301,20 +302,21 @@ int check_order(const T* x, int n, double fraction, int* order) {
 
 extern "C" {
 
-ZEMATH_API int zemath_is_monotonic(const double* x, unsigned int n, bool strict) {
+ZEMATH_API int zemath_is_monotonic(const double* x, unsigned int n, bool strict) noexcept {
     if (!x) return ZEMATH_ERR_NULL_POINTER;
-    if (n == 0) return ZEMATH_ERR_SIZE_MISMATCH;  // n - 5 with n = 0
+    // -5 for an empty array is kept deliberately: hosts rely on it.
+    if (n == 0) return ZEMATH_ERR_NO_POINTS;
     return monotonic_direction({x, n}, strict);
 }
 
-ZEMATH_API int zemath_binary_search(const double* x, int n, double target, int* index) {
+ZEMATH_API int zemath_binary_search(const double* x, int n, double target, int* index) noexcept {
     if (!x || !index || n < 1 || x[0] > x[n - 1]) return ZEMATH_ERR_TOO_FEW_POINTS;
     *index = find_index_ascending({x, static_cast<std::size_t>(n)}, target);
     return ZEMATH_OK;
 }
 
 ZEMATH_API int zemath_array_find_indices(const double* x, int n, const double* targets,
-                                         int ntargets, int* indices) {
+                                         int ntargets, int* indices) noexcept {
     if (!x || !targets || !indices || n < 1 || x[0] > x[n - 1]) return ZEMATH_ERR_TOO_FEW_POINTS;
     if (ntargets < 1) return ZEMATH_OK;
     find_indices_ascending({x, static_cast<std::size_t>(n)},
@@ -322,13 +324,15 @@ ZEMATH_API int zemath_array_find_indices(const double* x, int n, const double* t
     return ZEMATH_OK;
 }
 
-ZEMATH_API bool zemath_is_inside_range(double value, double a, double b, bool include_ends) {
+ZEMATH_API bool zemath_is_inside_range(double value, double a, double b,
+                                       bool include_ends) noexcept {
     const double low = std::min(a, b), high = std::max(a, b);
     if (low < value && value < high) return true;
     return include_ends && (value == a || value == b);
 }
 
-ZEMATH_API int zemath_find_nearest_index(const double* x, int n, double target, int* index) {
+ZEMATH_API int zemath_find_nearest_index(const double* x, int n, double target,
+                                         int* index) noexcept {
     if (!x || !index) return ZEMATH_ERR_NULL_POINTER;
     if (n < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
     if (!usable(target)) return ZEMATH_ERR_BOUND_NOT_FOUND;
@@ -357,7 +361,7 @@ ZEMATH_API int zemath_find_nearest_index(const double* x, int n, double target, 
 }
 
 ZEMATH_API int zemath_find_nearest_values(const double* x, int n, const double* targets,
-                                          int ntargets, int* indices, double* values) {
+                                          int ntargets, int* indices, double* values) noexcept {
     if (!x || !targets || (!indices && !values)) return ZEMATH_ERR_NULL_POINTER;
     if (n < 1 || x[0] > x[n - 1]) return ZEMATH_ERR_TOO_FEW_POINTS;
     const std::span<const double> data(x, static_cast<std::size_t>(n));
@@ -371,7 +375,7 @@ ZEMATH_API int zemath_find_nearest_values(const double* x, int n, const double* 
 }
 
 ZEMATH_API int zemath_find_index_by_target(const double* y, int n, double target, int start,
-                                           int direction, int* index) {
+                                           int direction, int* index) noexcept {
     if (!y || !index) return ZEMATH_ERR_NULL_POINTER;
     if (n < 1 || start < 0 || start >= n) return ZEMATH_ERR_TOO_FEW_POINTS;
     const int step = direction >= 0 ? 1 : -1;
@@ -397,7 +401,7 @@ ZEMATH_API int zemath_find_index_by_target(const double* y, int n, double target
 
 ZEMATH_API int zemath_get_lower_upper_bounds_index(const double* x, int n, double lower,
                                                    double upper, int* lower_index,
-                                                   int* upper_index) {
+                                                   int* upper_index) noexcept {
     if (!x || !lower_index || !upper_index) return ZEMATH_ERR_NULL_POINTER;
     if (n < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
     if (!(lower <= upper)) return ZEMATH_ERR_EMPTY_RANGE;
@@ -425,15 +429,16 @@ ZEMATH_API int zemath_get_lower_upper_bounds_index(const double* x, int n, doubl
     return ZEMATH_OK;
 }
 
-ZEMATH_API int zemath_check_order(const double* x, int n, double fraction, int* order) {
+ZEMATH_API int zemath_check_order(const double* x, int n, double fraction, int* order) noexcept {
     return check_order(x, n, fraction, order);
 }
 
-ZEMATH_API int zemath_i_check_order(const int* x, int n, double fraction, int* order) {
+ZEMATH_API int zemath_i_check_order(const int* x, int n, double fraction, int* order) noexcept {
     return check_order(x, n, fraction, order);
 }
 
-ZEMATH_API int zemath_round_range(double* lower, double* upper, int divisions, double* increment) {
+ZEMATH_API int zemath_round_range(double* lower, double* upper, int divisions,
+                                  double* increment) noexcept {
     if (!lower || !upper) return ZEMATH_ERR_NULL_POINTER;
     if (divisions < 1) return ZEMATH_ERR_SIZE_BELOW_ONE;
     const double a = *lower, b = *upper;
@@ -441,7 +446,12 @@ ZEMATH_API int zemath_round_range(double* lower, double* upper, int divisions, d
         return ZEMATH_ERR_EMPTY_RANGE;
     double width = b - a;
     if (width == 0.0) width = a != 0.0 ? std::fabs(a) : 1.0;
-    const double raw = width / divisions;
+    // The step is never below the spacing of doubles at the range's ends: a finer one has
+    // no distinct multiples there, and rounding k * step would move a bound inward.
+    const double magnitude = std::max(std::fabs(a), std::fabs(b));
+    const double spacing =
+        std::nextafter(magnitude, std::numeric_limits<double>::infinity()) - magnitude;
+    const double raw = std::max(width / divisions, spacing);
     if (!std::isfinite(raw) || raw == 0.0) return ZEMATH_ERR_EMPTY_RANGE;
     const DecimalStep step = nice_step(raw);
     // Bounds within 1e-9 step of a multiple count as on it (absorbs the representation
@@ -463,7 +473,7 @@ ZEMATH_API int zemath_round_range(double* lower, double* upper, int divisions, d
 }
 
 ZEMATH_API int zemath_round_with_tolerance(const double* x, int n, double increment,
-                                           double tolerance, double* out) {
+                                           double tolerance, double* out) noexcept {
     if (!x || !out) return ZEMATH_ERR_NULL_POINTER;
     if (n < 1) return ZEMATH_ERR_SIZE_BELOW_ONE;
     if (!(increment > 0.0) || !std::isfinite(increment) || !(tolerance >= 0.0))

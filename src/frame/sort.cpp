@@ -24,6 +24,7 @@
 #include <memory>
 #include <new>
 
+#include "core/allocate.hpp"
 #include "platform/util/sort_entry.hpp"
 #include "platform/util/sort_kernels.hpp"
 #include "zemath/sort.hpp"
@@ -35,8 +36,11 @@ namespace {
 // --- Comparison functions ---------------------------------------------------------------
 
 // Keys are read with memcpy: records (key + companion) are packed without alignment.
+// A null record orders as the smallest (two nulls tie), so a comparison handed a null
+// pointer answers instead of crashing.
 template <class T>
 int compare_ascend(const void* a, const void* b) {
+    if (!a || !b) return (a != nullptr) - (b != nullptr);
     T x, y;
     std::memcpy(&x, a, sizeof x);
     std::memcpy(&y, b, sizeof y);
@@ -45,6 +49,7 @@ int compare_ascend(const void* a, const void* b) {
 
 template <class T>
 int compare_descend(const void* a, const void* b) {
+    if (!a || !b) return (b != nullptr) - (a != nullptr);
     T x, y;
     std::memcpy(&x, a, sizeof x);
     std::memcpy(&y, b, sizeof y);
@@ -64,12 +69,12 @@ int compare_descend(const void* a, const void* b) {
     X(float, float)             \
     X(double, double)
 
-#define ZEMATH_DEFINE_COMPARE(name, type)                                   \
-    ZEMATH_API int Compare_##name##_Ascend(const void* a, const void* b) {  \
-        return compare_ascend<type>(a, b);                                  \
-    }                                                                       \
-    ZEMATH_API int Compare_##name##_Descend(const void* a, const void* b) { \
-        return compare_descend<type>(a, b);                                 \
+#define ZEMATH_DEFINE_COMPARE(name, type)                                            \
+    ZEMATH_API int Compare_##name##_Ascend(const void* a, const void* b) noexcept {  \
+        return compare_ascend<type>(a, b);                                           \
+    }                                                                                \
+    ZEMATH_API int Compare_##name##_Descend(const void* a, const void* b) noexcept { \
+        return compare_descend<type>(a, b);                                          \
     }
 
 extern "C" {
@@ -122,11 +127,6 @@ void* as_pointer(RecordCompare f) {
 // (histograms of 2048 buckets per digit).
 constexpr std::size_t kRadixMinimum = 2048;
 
-template <class T>
-std::unique_ptr<T[]> try_allocate(std::size_t n) {
-    return std::unique_ptr<T[]>(new (std::nothrow) T[n]);
-}
-
 // Sorts n records of W bytes led by a Key, with the comparison of Compare_<Key>_Ascend
 // (Descending false) or _Descend inlined. Returns 1, or 0 when the stable sort cannot
 // get its scratch space.
@@ -142,7 +142,7 @@ int typed_sort_fixed(unsigned char* base, std::size_t n, bool stable) {
         return Descending ? y < x : x < y;
     };
     std::unique_ptr<Rec[]> scratch;
-    if (stable || n >= kRadixMinimum) scratch = try_allocate<Rec>(n);
+    if (stable || n >= kRadixMinimum) scratch = zemath::try_allocate<Rec>(n);
     if (scratch && n >= kRadixMinimum &&
         zemath::util::radix_sort<Key, W, Descending>(
             base, n, reinterpret_cast<unsigned char*>(scratch.get())))
@@ -259,19 +259,19 @@ void with_packer(int key_width, int companion_width, Body&& body) {
 
 extern "C" {
 
-ZEMATH_API void* GetAppropriateCompareAscend(int type_code) {
+ZEMATH_API void* GetAppropriateCompareAscend(int type_code) noexcept {
     return as_pointer(compare_pair(type_code).ascend);
 }
 
-ZEMATH_API void* GetAppropriateCompareDescend(int type_code) {
+ZEMATH_API void* GetAppropriateCompareDescend(int type_code) noexcept {
     return as_pointer(compare_pair(type_code).descend);
 }
 
-ZEMATH_API int theMergeSort(void* base, int first, int last, int width, void* compare) {
+ZEMATH_API int theMergeSort(void* base, int first, int last, int width, void* compare) noexcept {
     return sort_entry(base, first, last, width, compare, true);
 }
 
-ZEMATH_API int theQuickSort(void* base, int first, int last, int width, void* compare) {
+ZEMATH_API int theQuickSort(void* base, int first, int last, int width, void* compare) noexcept {
     return sort_entry(base, first, last, width, compare, false);
 }
 

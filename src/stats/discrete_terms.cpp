@@ -13,20 +13,22 @@
 #include <cmath>
 #include <numbers>
 
+#include "platform/numeric/stirling.hpp"
+#include "platform/numeric/two_part.hpp"
+
 namespace zemath::stats {
 
 namespace {
 
-constexpr double kLnTwoPi = 1.8378770664093454836;  // ln(2 pi)
-
-// Stirling's error term at k = 0..15, from mpmath at 40 digits.
-constexpr std::array<double, 16> kStirlingError = {
-    0.0,
-    0.08106146679532725822,  0.041340695955409294094, 0.027677925684998339149,
-    0.020790672103765093112, 0.016644691189821192163, 0.013876128823070747999,
-    0.011896709945891770095, 0.010411265261972096497, 0.0092554621827127329177,
-    0.0083305634333628712565, 0.007573675487951840795, 0.0069428401072095298657,
-    0.0064089941880042070684, 0.0059513701127588477356, 0.005554733551962801371};
+using numeric::add;
+using numeric::log_two_part;
+using numeric::multiply;
+using numeric::negate;
+using numeric::quick_two_sum;
+using numeric::reciprocal;
+using numeric::stirling_error;
+using numeric::two_sum;
+using Pair = numeric::TwoPart;
 
 // 0! .. 99!, each product formed in long double and rounded once.
 constexpr std::array<double, 100> make_factorials() {
@@ -45,66 +47,7 @@ constexpr int kBinomialLiteralLimit = 64;
 constexpr int kPoissonLogForm = 100;  // x >= 100: the logarithmic form
 constexpr double kExpRange = 700.0;   // e^700 and e^-700 are comfortably representable
 
-// Two-part ("double-double") arithmetic: hi + lo with |lo| <= ulp(hi)/2, enough to carry
-// an exponent of several hundred to better than an ulp of the final e^E.
-Pair two_sum(double a, double b) {
-    const double s = a + b;
-    const double bb = s - a;
-    return {s, (a - (s - bb)) + (b - bb)};
-}
-Pair quick_two_sum(double a, double b) {
-    const double s = a + b;
-    return {s, b - (s - a)};
-}
-Pair add(Pair a, Pair b) {
-    const Pair s = two_sum(a.hi, b.hi);
-    return quick_two_sum(s.hi, s.lo + a.lo + b.lo);
-}
-Pair negate(Pair a) { return {-a.hi, -a.lo}; }
-Pair multiply(Pair a, Pair b) {
-    const double p = a.hi * b.hi;
-    return quick_two_sum(p, std::fma(a.hi, b.hi, -p) + (a.hi * b.lo + a.lo * b.hi));
-}
-Pair reciprocal(double d) {
-    const double r = 1.0 / d;
-    return {r, std::fma(-r, d, 1.0) / d};
-}
-// e^(E.hi + E.lo).
-double exp_pair(Pair e) { return std::exp(e.hi) * (1.0 + e.lo); }
-
-// ln(r + r_low) to twice the precision: r = 2^e f with f in [3/4, 3/2), so that
-// ln = e ln 2 + log1p(f - 1) with f - 1 exact, plus r_low / r.
-Pair log_pair(double r, double r_low) {
-    int exponent = 0;
-    double fraction = std::frexp(r, &exponent);
-    if (fraction < 0.75) {
-        fraction *= 2.0;
-        --exponent;
-    }
-    constexpr double kLn2Hi = 0.6931471805599453;
-    constexpr double kLn2Lo = 2.3190468138462996e-17;  // ln 2 - kLn2Hi
-    return add(multiply(Pair{static_cast<double>(exponent), 0.0}, Pair{kLn2Hi, kLn2Lo}),
-               Pair{std::log1p(fraction - 1.0), r_low / r});
-}
-
 }  // namespace
-
-double stirling_error(double k) {
-    if (k <= 15.0) {
-        const double whole = std::floor(k);
-        if (whole == k && k >= 0.0) return kStirlingError[static_cast<int>(k)];
-        return std::lgamma(k + 1.0) - (k + 0.5) * std::log(k) + k - kLnTwoPi / 2.0;
-    }
-    // Asymptotic series 1/(12k) - 1/(360k^3) + 1/(1260k^5) - 1/(1680k^7) + 1/(1188k^9),
-    // truncated where the next term is below 1e-17 relative.
-    constexpr double s0 = 1.0 / 12.0, s1 = 1.0 / 360.0, s2 = 1.0 / 1260.0, s3 = 1.0 / 1680.0,
-                     s4 = 1.0 / 1188.0;
-    const double kk = k * k;
-    if (k > 500.0) return (s0 - s1 / kk) / k;
-    if (k > 80.0) return (s0 - (s1 - s2 / kk) / kk) / k;
-    if (k > 35.0) return (s0 - (s1 - (s2 - s3 / kk) / kk) / kk) / k;
-    return (s0 - (s1 - (s2 - (s3 - s4 / kk) / kk) / kk) / kk) / k;
-}
 
 Pair deviance_term(double x, double m, double m_low) {
     // x ln(x/m) + m - x = m g(u), u = (x - m)/m, g(u) = (1+u) ln(1+u) - u = u^2 G(u),
@@ -120,8 +63,7 @@ Pair deviance_term(double x, double m, double m_low) {
     const double u_hi = diff.hi / m;
     if (u_hi > -0.95 && u_hi < 0.5) {
         // u = diff / (m + m_low), to twice the precision.
-        const double u_lo =
-            (std::fma(-u_hi, m, diff.hi) + diff.lo - u_hi * m_low) / m;
+        const double u_lo = (std::fma(-u_hi, m, diff.hi) + diff.lo - u_hi * m_low) / m;
         const Pair u{u_hi, u_lo};
         const int terms = u_hi == 0.0 ? 2
                                       : 2 + static_cast<int>(std::ceil(std::log(kNegligible) /
@@ -143,7 +85,7 @@ Pair deviance_term(double x, double m, double m_low) {
     }
     const double ratio = x / m;
     const double ratio_low = (std::fma(-ratio, m, x) - ratio * m_low) / m;
-    const Pair log_ratio = log_pair(ratio, ratio_low);
+    const Pair log_ratio = log_two_part(ratio, ratio_low);
     return add(multiply(Pair{x, 0.0}, log_ratio), negate(diff));
 }
 
@@ -177,16 +119,16 @@ double binomial_point(int x, int nt, double p) {
     // ln p and ln(1-p) in two parts (1 - p split exactly by two-sum), so that exponents
     // of several hundred keep their last digits.
     const Pair q_exact = two_sum(1.0, -p);
-    const Pair log_p = log_pair(p, 0.0);
-    const Pair log_q = log_pair(q_exact.hi, q_exact.lo);
+    const Pair log_p = log_two_part(p, 0.0);
+    const Pair log_q = log_two_part(q_exact.hi, q_exact.lo);
     const auto times = [](double count, Pair log_value) {
         return multiply(Pair{count, 0.0}, log_value);
     };
-    if (x == 0) return exp_pair(times(nt, log_q));
-    if (x == nt) return exp_pair(times(nt, log_p));
+    if (x == 0) return numeric::exp_two_part(times(nt, log_q));
+    if (x == nt) return numeric::exp_two_part(times(nt, log_p));
     if (nt < kBinomialLiteralLimit)
-        return exp_pair(add(Pair{ln_combinations(nt, x), 0.0},
-                            add(times(x, log_p), times(nt - x, log_q))));
+        return numeric::exp_two_part(
+            add(Pair{ln_combinations(nt, x), 0.0}, add(times(x, log_p), times(nt - x, log_q))));
     const double n = nt;
     const double k = x;
     // n p and n (1 - p) as exact two-part sums (1 - p itself split by two-sum).
@@ -200,7 +142,7 @@ double binomial_point(int x, int nt, double p) {
     const double stirling = stirling_error(n) - stirling_error(k) - stirling_error(n - k);
     const Pair exponent = add(negate(deviance), Pair{stirling, 0.0});
     // sqrt(n / (2 pi k (n-k))), with n - k exact.
-    return exp_pair(exponent) / std::sqrt(2.0 * std::numbers::pi * k * ((n - k) / n));
+    return numeric::exp_two_part(exponent) / std::sqrt(2.0 * std::numbers::pi * k * ((n - k) / n));
 }
 
 double poisson_point(int x, double lambda) {
@@ -210,7 +152,7 @@ double poisson_point(int x, double lambda) {
         return std::pow(lambda, k) * std::exp(-lambda) / kFactorial[x];
     // exp(x ln lambda - lambda - ln x!) regrouped: -stirling_error(x) - deviance - ln(2 pi x)/2.
     const Pair exponent = add(negate(deviance_term(k, lambda, 0.0)), Pair{-stirling_error(k), 0.0});
-    return exp_pair(exponent) / std::sqrt(2.0 * std::numbers::pi * k);
+    return numeric::exp_two_part(exponent) / std::sqrt(2.0 * std::numbers::pi * k);
 }
 
 }  // namespace zemath::stats

@@ -2,24 +2,17 @@
 // binomial coefficient they are built from (the library's combinations function).
 #pragma once
 
+#include "platform/numeric/two_part.hpp"
+
 namespace zemath::stats {
 
 // ln C(n, k) for 0 <= k <= n. Exact products while C(n, k) < 2^53; beyond that from
 // Stirling's series with its error term, without forming the large ln n! terms.
 double ln_combinations(int n, int k);
 
-// ln(k!) - ((k + 1/2) ln k - k + ln(2 pi)/2): the error of Stirling's formula, k >= 0.
-double stirling_error(double k);
-
-// A value carried to twice the precision: hi + lo.
-struct Pair {
-    double hi;
-    double lo;
-};
-
 // x ln(x / m) + m - x with m = m + m_low (m_low: the rounding error of a product), the
 // deviance term of the binomial and Poisson laws, as a two-part value.
-Pair deviance_term(double x, double m, double m_low);
+numeric::TwoPart deviance_term(double x, double m, double m_low);
 
 // C(nt, x) p^x (1-p)^(nt-x) for 0 <= x <= nt, 0 <= p <= 1.
 double binomial_point(int x, int nt, double p);

@@ -2,6 +2,10 @@
 // way a scalar function reports its value and status.
 #pragma once
 
+#include <initializer_list>
+#include <utility>
+
+#include "core/guard.hpp"
 #include "core/missing.hpp"
 #include "platform/nag/nag.hpp"
 #include "zemath/status.h"
@@ -15,12 +19,18 @@ using nag::Nag_TailProbability;
 // is read as 2.
 inline Nag_TailProbability translate_tail(int tail) {
     switch (tail) {
-        case 1: return Nag_TailProbability::Nag_UpperTail;
-        case 3: return Nag_TailProbability::Nag_TwoTailSignif;
-        case 4: return Nag_TailProbability::Nag_TwoTailConfid;
-        case 0: return Nag_TailProbability::Nag_TwoTail;
-        case 5: return Nag_TailProbability::Nag_Further;
-        default: return Nag_TailProbability::Nag_LowerTail;
+        case 1:
+            return Nag_TailProbability::Nag_UpperTail;
+        case 3:
+            return Nag_TailProbability::Nag_TwoTailSignif;
+        case 4:
+            return Nag_TailProbability::Nag_TwoTailConfid;
+        case 0:
+            return Nag_TailProbability::Nag_TwoTail;
+        case 5:
+            return Nag_TailProbability::Nag_Further;
+        default:
+            return Nag_TailProbability::Nag_LowerTail;
     }
 }
 
@@ -35,10 +45,11 @@ inline void set_status(int* status, int code) {
 }
 
 // The routines that return both tails at once offer only upper (1) and lower (2); any
-// other tail is refused with 70 (the status is written, the caller returns NANUM).
-inline bool refuse_two_output_tail(int tail, int* status) {
+// other tail is refused with 70 through the routine's error record, as the routine's own
+// selector check would.
+inline bool refuse_two_output_tail(int tail, nag::NagError* fail) {
     if (tail == 1 || tail == 2) return false;
-    set_status(status, nag::NE_BAD_PARAM);
+    fail->set(nag::NE_BAD_PARAM);
     return true;
 }
 
@@ -52,6 +63,32 @@ inline double finish(double value, const nag::NagError& fail, int* status) {
 inline double reject(int* status) {
     set_status(status, ZEMATH_ERR_STATS_INPUT);
     return kNanum;
+}
+
+// The frame of every export of the family that calls a numerical routine: the status is
+// preset to -19, which stands only if the guard catches an allocation failure (none is
+// expected: the routines allocate nothing and their Boost policy never throws; the guard
+// keeps the promise), then the body runs inside the guard.
+template <class Body>
+double routine_frame(int* status, Body&& body) {
+    set_status(status, ZEMATH_ERR_ALLOC);
+    return guard_value(std::forward<Body>(body));
+}
+
+// The one adapter of those exports: a missing value among `checked` is refused first
+// (NANUM, -110); then routine(&fail) computes the value and `finisher` turns value and
+// error record into the result and status (by default finish: the value, or NANUM with the
+// routine's error number). A routine lambda refuses a selector by setting fail itself.
+template <class Routine, class Finisher = double (*)(double, const nag::NagError&, int*)>
+double routine_export(int* status, std::initializer_list<double> checked, Routine&& routine,
+                      Finisher finisher = finish) {
+    return routine_frame(status, [&] {
+        for (double value : checked)
+            if (is_missing(value)) return reject(status);
+        nag::NagError fail;
+        const double value = routine(&fail);
+        return finisher(value, fail, status);
+    });
 }
 
 }  // namespace zemath::stats

@@ -29,6 +29,7 @@
 #include "core/missing.hpp"
 #include "platform/nag/g01.hpp"
 #include "platform/nag/g01_extended.hpp"
+#include "platform/numeric/extended.hpp"
 #include "platform/util/probability.hpp"
 #include "stats/distribution_common.hpp"
 
@@ -38,7 +39,8 @@ using namespace zemath;
 using namespace zemath::stats;
 using nag::NagError;
 
-using Real = long double;
+using Real = numeric::Extended;
+using numeric::narrow;
 
 constexpr Real kPi = 3.14159265358979323846264338327950288L;
 constexpr Real kSqrt2Pi = 2.50662827463100050241576528481104525L;
@@ -50,13 +52,6 @@ bool any_unusable(T... values) {
     return ((is_missing(values) || std::isnan(values)) || ...);
 }
 
-// long double -> double without the undefined conversion of out-of-range values.
-double narrow(Real v) {
-    if (v > std::numeric_limits<double>::max()) return kInf;
-    if (v < -std::numeric_limits<double>::max()) return -kInf;
-    return static_cast<double>(v);
-}
-
 // A successful in-house value.
 double accept(double value, int* status) {
     set_status(status, ZEMATH_OK);
@@ -66,15 +61,6 @@ double accept(double value, int* status) {
 // Weibull's deliberate refusal: NANUM with status 0.
 double quiet_nanum(int* status) {
     return accept(kNanum, status);
-}
-
-// The shape of every back-end export: status -19 stands until the body writes the real
-// one, so an allocation failure caught by the guard leaves it (never expected: the routines
-// allocate nothing and their Boost policy never throws; the guard keeps the promise).
-template <class Body>
-double backend_export(int* status, Body&& body) {
-    set_status(status, ZEMATH_ERR_ALLOC);
-    return guard_value(std::forward<Body>(body));
 }
 
 // Tail code of the functions that have a two-tailed significance probability: 0, the
@@ -106,25 +92,17 @@ Real log_ratio(double x, double a) {
 
 extern "C" {
 
-ZEMATH_API double normcdf(double x, int tail, int* status) {
-    return backend_export(status, [&] {
-        if (any_missing(x)) return reject(status);
-        NagError fail;
-        const double v = nag::g01eac(two_sided_tail(tail), x, &fail);
-        return finish(v, fail, status);
+ZEMATH_API double normcdf(double x, int tail, int* status) noexcept {
+    return routine_export(status, {x}, [&](nag::NagError* fail) {
+        return nag::g01eac(two_sided_tail(tail), x, fail);
     });
 }
 
-ZEMATH_API double norminv(double p, int* status) {
-    return backend_export(status, [&] {
-        if (any_missing(p)) return reject(status);
-        NagError fail;
-        const double v = nag::g01cec(p, &fail);
-        return finish(v, fail, status);
-    });
+ZEMATH_API double norminv(double p, int* status) noexcept {
+    return routine_export(status, {p}, [&](nag::NagError* fail) { return nag::g01cec(p, fail); });
 }
 
-ZEMATH_API double normpdf(double x, double mu, double sigma, int* status) {
+ZEMATH_API double normpdf(double x, double mu, double sigma, int* status) noexcept {
     if (any_unusable(x, mu, sigma) || !std::isfinite(mu) || !(sigma > 0) || std::isinf(sigma)) {
         return reject(status);
     }
@@ -135,149 +113,116 @@ ZEMATH_API double normpdf(double x, double mu, double sigma, int* status) {
 
 // ---- Student's t -----------------------------------------------------------------------
 
-ZEMATH_API double tcdf(double t, double df, int tail, int* status) {
-    return backend_export(status, [&] {
-        if (any_missing(t, df)) return reject(status);
-        NagError fail;
-        const double v = nag::g01ebc(two_sided_tail(tail), t, df, &fail);
-        return finish(v, fail, status);
+ZEMATH_API double tcdf(double t, double df, int tail, int* status) noexcept {
+    return routine_export(status, {t, df}, [&](nag::NagError* fail) {
+        return nag::g01ebc(two_sided_tail(tail), t, df, fail);
     });
 }
 
-ZEMATH_API double tinv(double p, double df, int tail, int* status) {
-    return backend_export(status, [&] {
-        if (any_missing(p, df)) return reject(status);
-        NagError fail;
-        const double v = nag::g01fbc(two_sided_tail(tail), p, df, &fail);
-        return finish(v, fail, status);
+ZEMATH_API double tinv(double p, double df, int tail, int* status) noexcept {
+    return routine_export(status, {p, df}, [&](nag::NagError* fail) {
+        return nag::g01fbc(two_sided_tail(tail), p, df, fail);
     });
 }
 
 // ---- chi-square ------------------------------------------------------------------------
 
-ZEMATH_API double chi2cdf(double x, double df, int tail, int* status) {
-    return backend_export(status, [&] {
-        if (any_missing(x, df)) return reject(status);
-        NagError fail;
-        const double v = nag::g01ecc(translate_tail(tail), x, df, &fail);
-        return finish(v, fail, status);
+ZEMATH_API double chi2cdf(double x, double df, int tail, int* status) noexcept {
+    return routine_export(status, {x, df}, [&](nag::NagError* fail) {
+        return nag::g01ecc(translate_tail(tail), x, df, fail);
     });
 }
 
-ZEMATH_API double chi2inv(double p, double df, int* status) {
-    return backend_export(status, [&] {
-        if (any_missing(p, df)) return reject(status);
-        NagError fail;
-        const double v = nag::g01fcc(p, df, &fail);
-        return finish(v, fail, status);
-    });
+ZEMATH_API double chi2inv(double p, double df, int* status) noexcept {
+    return routine_export(status, {p, df},
+                          [&](nag::NagError* fail) { return nag::g01fcc(p, df, fail); });
 }
 
 // ---- F ---------------------------------------------------------------------------------
 
-ZEMATH_API double fcdf(double f, double ndf, double fdf, int tail, int* status) {
-    return backend_export(status, [&] {
-        if (any_missing(f, ndf, fdf)) return reject(status);
-        NagError fail;
-        const double v = nag::g01edc(translate_tail(tail), f, ndf, fdf, &fail);
-        if (fail.code == nag::NE_ACCURACY_WARNING) {  // a warning: the probability is kept
-            set_status(status, fail.code);
-            return v;
-        }
-        return finish(v, fail, status);
-    });
+ZEMATH_API double fcdf(double f, double ndf, double fdf, int tail, int* status) noexcept {
+    return routine_export(
+        status, {f, ndf, fdf},
+        [&](NagError* fail) { return nag::g01edc(translate_tail(tail), f, ndf, fdf, fail); },
+        [](double v, const NagError& fail, int* out) {
+            if (fail.code == nag::NE_ACCURACY_WARNING) {  // a warning: the probability is kept
+                set_status(out, fail.code);
+                return v;
+            }
+            return finish(v, fail, out);
+        });
 }
 
-ZEMATH_API double finv(double p, double df1, double df2, int* status) {
-    return backend_export(status, [&] {
-        if (any_missing(p, df1, df2)) return reject(status);
-        NagError fail;
-        const double v = nag::g01fdc(p, df1, df2, &fail);
-        if (fail.code == nag::NE_DEVIATE_FAILED) {
-            // Kept deliberately: the table value is the upper-tail quantile at p, returned
-            // as it is with status 0 (hosts rely on this fallback).
-            set_status(status, ZEMATH_OK);
-            return util::Ftable(p, truncated_df(df1), truncated_df(df2));
-        }
-        return finish(v, fail, status);
-    });
+ZEMATH_API double finv(double p, double df1, double df2, int* status) noexcept {
+    return routine_export(
+        status, {p, df1, df2}, [&](NagError* fail) { return nag::g01fdc(p, df1, df2, fail); },
+        [&](double v, const NagError& fail, int* out) {
+            if (fail.code == nag::NE_DEVIATE_FAILED) {
+                // Kept deliberately: the table value is the upper-tail quantile at p,
+                // returned as it is with status 0 (hosts rely on this fallback).
+                set_status(out, ZEMATH_OK);
+                return util::Ftable(p, truncated_df(df1), truncated_df(df2));
+            }
+            return finish(v, fail, out);
+        });
 }
 
 // ---- beta ------------------------------------------------------------------------------
 
-ZEMATH_API double betacdf(double x, double a, double b, int tail, int* status) {
-    return backend_export(status, [&] {
-        if (any_missing(x, a, b)) return reject(status);
-        if (refuse_two_output_tail(tail, status)) return kNanum;
-        NagError fail;
+ZEMATH_API double betacdf(double x, double a, double b, int tail, int* status) noexcept {
+    return routine_export(status, {x, a, b}, [&](NagError* fail) {
         double v = 0.0;
+        if (refuse_two_output_tail(tail, fail)) return v;
         if (tail == 2) {
-            nag::g01eec(x, a, b, 0.0, &v, nullptr, nullptr, &fail);
+            nag::g01eec(x, a, b, 0.0, &v, nullptr, nullptr, fail);
         } else {
-            nag::g01eec(x, a, b, 0.0, nullptr, &v, nullptr, &fail);
+            nag::g01eec(x, a, b, 0.0, nullptr, &v, nullptr, fail);
         }
-        return finish(v, fail, status);
+        return v;
     });
 }
 
-ZEMATH_API double betainv(double p, double a, double b, int* status) {
-    return backend_export(status, [&] {
-        if (any_missing(p, a, b)) return reject(status);
-        NagError fail;
-        const double v = nag::g01fec(p, a, b, 0.0, &fail);
-        return finish(v, fail, status);
-    });
+ZEMATH_API double betainv(double p, double a, double b, int* status) noexcept {
+    return routine_export(status, {p, a, b},
+                          [&](nag::NagError* fail) { return nag::g01fec(p, a, b, 0.0, fail); });
 }
 
-ZEMATH_API double betapdf(double x, double a, double b, int* status) {
-    return backend_export(status, [&] {
-        if (any_missing(x, a, b)) return reject(status);
-        NagError fail;
+ZEMATH_API double betapdf(double x, double a, double b, int* status) noexcept {
+    return routine_export(status, {x, a, b}, [&](NagError* fail) {
         double v = 0.0;
-        nag::g01eec(x, a, b, 0.0, nullptr, nullptr, &v, &fail);
-        return finish(v, fail, status);
+        nag::g01eec(x, a, b, 0.0, nullptr, nullptr, &v, fail);
+        return v;
     });
 }
 
 // ---- gamma -----------------------------------------------------------------------------
 
-ZEMATH_API double gamcdf(double g, double a, double b, int tail, int* status) {
-    return backend_export(status, [&] {
-        if (any_missing(g, a, b)) return reject(status);
-        NagError fail;
-        const double v = nag::g01efc(translate_tail(tail), g, a, b, &fail);
-        return finish(v, fail, status);
+ZEMATH_API double gamcdf(double g, double a, double b, int tail, int* status) noexcept {
+    return routine_export(status, {g, a, b}, [&](nag::NagError* fail) {
+        return nag::g01efc(translate_tail(tail), g, a, b, fail);
     });
 }
 
-ZEMATH_API double gaminv(double p, double a, double b, int* status) {
-    return backend_export(status, [&] {
-        if (any_missing(p, a, b)) return reject(status);
-        NagError fail;
-        const double v = nag::g01ffc(p, a, b, 0.0, &fail);
-        return finish(v, fail, status);
-    });
+ZEMATH_API double gaminv(double p, double a, double b, int* status) noexcept {
+    return routine_export(status, {p, a, b},
+                          [&](nag::NagError* fail) { return nag::g01ffc(p, a, b, 0.0, fail); });
 }
 
-ZEMATH_API double gampdf(double x, double a, double b, int* status) {
-    return backend_export(status, [&] {
-        if (any_missing(x, a, b)) return reject(status);
-        NagError fail;
-        const double v = nag::g01kfc(x, a, b, &fail);
-        return finish(v, fail, status);
-    });
+ZEMATH_API double gampdf(double x, double a, double b, int* status) noexcept {
+    return routine_export(status, {x, a, b},
+                          [&](nag::NagError* fail) { return nag::g01kfc(x, a, b, fail); });
 }
 
 // ---- in-house densities ----------------------------------------------------------------
 
-ZEMATH_API double exppdf(double x, double mu, int* status) {
+ZEMATH_API double exppdf(double x, double mu, int* status) noexcept {
     // Kept deliberately: mu is a rate, and x < 0 is refused rather than given density 0.
     if (any_unusable(x, mu) || x < 0 || !(mu > 0) || std::isinf(mu)) return reject(status);
     if (std::isinf(x)) return accept(0.0, status);
     return accept(narrow(Real(mu) * std::exp(-Real(x) * mu)), status);
 }
 
-ZEMATH_API double cauchypdf(double x, double a, double b, int* status) {
+ZEMATH_API double cauchypdf(double x, double a, double b, int* status) noexcept {
     if (any_unusable(x, a, b) || !std::isfinite(a) || !(b > 0) || std::isinf(b)) {
         return reject(status);
     }
@@ -286,7 +231,7 @@ ZEMATH_API double cauchypdf(double x, double a, double b, int* status) {
     return accept(narrow(b / (kPi * (d * d + Real(b) * b))), status);
 }
 
-ZEMATH_API double lappdf(double x, double mu, double b, int* status) {
+ZEMATH_API double lappdf(double x, double mu, double b, int* status) noexcept {
     if (any_unusable(x, mu, b) || !std::isfinite(mu) || !(b > 0) || std::isinf(b)) {
         return reject(status);
     }
@@ -298,7 +243,7 @@ ZEMATH_API double lappdf(double x, double mu, double b, int* status) {
 // The status is tested before every write here too: the hosts always pass one, but a
 // null pointer must not crash the library.
 
-ZEMATH_API double lognpdf(double x, double mu, double sigma, int* status) {
+ZEMATH_API double lognpdf(double x, double mu, double sigma, int* status) noexcept {
     if (any_unusable(x, mu, sigma) || !(x > 0) || !std::isfinite(mu) || !(sigma > 0) ||
         std::isinf(sigma)) {
         return reject(status);
@@ -308,8 +253,8 @@ ZEMATH_API double lognpdf(double x, double mu, double sigma, int* status) {
     return accept(narrow(std::exp(-z * z / 2) / (kSqrt2Pi * sigma * x)), status);
 }
 
-ZEMATH_API double logncdf(double x, double mu, double sigma, int tail, int* status) {
-    return backend_export(status, [&] {
+ZEMATH_API double logncdf(double x, double mu, double sigma, int tail, int* status) noexcept {
+    return routine_frame(status, [&] {
         if (any_unusable(x, mu, sigma) || !(x > 0) || !std::isfinite(mu) || !(sigma > 0) ||
             std::isinf(sigma)) {
             return reject(status);
@@ -321,8 +266,8 @@ ZEMATH_API double logncdf(double x, double mu, double sigma, int tail, int* stat
     });
 }
 
-ZEMATH_API double logninv(double p, double mu, double sigma, int* status) {
-    return backend_export(status, [&] {
+ZEMATH_API double logninv(double p, double mu, double sigma, int* status) noexcept {
+    return routine_frame(status, [&] {
         if (any_unusable(p, mu, sigma) || !(p > 0 && p < 1) || !std::isfinite(mu) || !(sigma > 0) ||
             std::isinf(sigma)) {
             return reject(status);
@@ -338,7 +283,7 @@ ZEMATH_API double logninv(double p, double mu, double sigma, int* status) {
 // ---- Weibull (scale a, shape b) --------------------------------------------------------
 // Kept deliberately: a <= 0 or b <= 0 gives NANUM with status 0, x < 0 gives 0.
 
-ZEMATH_API double wblpdf(double x, double a, double b, int* status) {
+ZEMATH_API double wblpdf(double x, double a, double b, int* status) noexcept {
     if (any_unusable(x, a, b)) return reject(status);
     if (a <= 0 || b <= 0) return quiet_nanum(status);
     if (std::isinf(a) || std::isinf(b)) return reject(status);
@@ -350,7 +295,7 @@ ZEMATH_API double wblpdf(double x, double a, double b, int* status) {
     return accept(narrow(Real(b) / x * std::exp(u - t)), status);
 }
 
-ZEMATH_API double wblcdf(double x, double a, double b, int* status) {
+ZEMATH_API double wblcdf(double x, double a, double b, int* status) noexcept {
     if (any_unusable(x, a, b)) return reject(status);
     if (a <= 0 || b <= 0) return quiet_nanum(status);
     if (std::isinf(a) || std::isinf(b)) return reject(status);
@@ -360,7 +305,7 @@ ZEMATH_API double wblcdf(double x, double a, double b, int* status) {
     return accept(narrow(-std::expm1(-t)), status);  // 1 - exp(-t) without cancellation
 }
 
-ZEMATH_API double wblinv(double p, double a, double b, int* status) {
+ZEMATH_API double wblinv(double p, double a, double b, int* status) noexcept {
     if (any_unusable(p, a, b)) return reject(status);
     if (a <= 0 || b <= 0) return quiet_nanum(status);
     if (std::isinf(a) || std::isinf(b)) return reject(status);

@@ -2,8 +2,9 @@
 //
 // The cdfs call the back-end routines that return both tails and the point probability
 // at once (g01bjc, g01bkc, g01blc) and pick the lower tail for tail code 2, the upper for
-// 1; those routines take no tail selector, so any other code is refused here with the
-// selector error 70. The two densities are computed in-house (stats/discrete_terms).
+// 1; those routines take no tail selector, so any other code is refused with the selector
+// error 70, after the missing-value check like every export of the family. The two
+// densities are computed here (stats/discrete_terms).
 #include <cmath>
 
 #include "core/guard.hpp"
@@ -13,36 +14,22 @@
 #include "stats/distribution_common.hpp"
 #include "zemath/distributions.h"
 
-namespace zemath::stats {
-
-namespace {
-
-double pick(int tail, double lower, double upper, const nag::NagError& fail, int* status) {
-    return finish(tail == 2 ? lower : upper, fail, status);
-}
-
-}  // namespace
-
-}  // namespace zemath::stats
-
 using namespace zemath;
 using namespace zemath::stats;
 
 extern "C" {
 
-ZEMATH_API double binocdf(int k, int n, double p, int tail, int* status) {
-    return guard_value([&] {
-        if (refuse_two_output_tail(tail, status)) return kNanum;
-        if (is_missing(p)) return reject(status);
-        nag::NagError fail;
+ZEMATH_API double binocdf(int k, int n, double p, int tail, int* status) noexcept {
+    return routine_export(status, {p}, [&](nag::NagError* fail) {
         double lower = 0.0, upper = 0.0;
+        if (refuse_two_output_tail(tail, fail)) return lower;
         nag::g01bjc(n, p, k, tail == 2 ? &lower : nullptr, tail == 1 ? &upper : nullptr, nullptr,
-                    &fail);
-        return pick(tail, lower, upper, fail, status);
+                    fail);
+        return tail == 2 ? lower : upper;
     });
 }
 
-ZEMATH_API double binopdf(int x, int nt, double p, int* status) {
+ZEMATH_API double binopdf(int x, int nt, double p, int* status) noexcept {
     return guard_value([&] {
         if (x < 0 || x > nt || !(p >= 0.0 && p <= 1.0) || is_missing(p)) return reject(status);
         set_status(status, ZEMATH_OK);
@@ -50,19 +37,17 @@ ZEMATH_API double binopdf(int x, int nt, double p, int* status) {
     });
 }
 
-ZEMATH_API double poisscdf(int k, double lambda, int tail, int* status) {
-    return guard_value([&] {
-        if (refuse_two_output_tail(tail, status)) return kNanum;
-        if (is_missing(lambda)) return reject(status);
-        nag::NagError fail;
+ZEMATH_API double poisscdf(int k, double lambda, int tail, int* status) noexcept {
+    return routine_export(status, {lambda}, [&](nag::NagError* fail) {
         double lower = 0.0, upper = 0.0;
+        if (refuse_two_output_tail(tail, fail)) return lower;
         nag::g01bkc(lambda, k, tail == 2 ? &lower : nullptr, tail == 1 ? &upper : nullptr, nullptr,
-                    &fail);
-        return pick(tail, lower, upper, fail, status);
+                    fail);
+        return tail == 2 ? lower : upper;
     });
 }
 
-ZEMATH_API double poisspdf(int x, double lambda, int* status) {
+ZEMATH_API double poisspdf(int x, double lambda, int* status) noexcept {
     return guard_value([&] {
         if (is_missing(lambda) || std::isnan(lambda) || std::isinf(lambda)) return reject(status);
         // Kept deliberately: hosts read 0.0, not NANUM, outside the support.
@@ -75,13 +60,12 @@ ZEMATH_API double poisspdf(int x, double lambda, int* status) {
     });
 }
 
-ZEMATH_API double hygecdf(int k, int m, int n, int l, int tail, int* status) {
-    return guard_value([&] {
-        if (refuse_two_output_tail(tail, status)) return kNanum;
-        nag::NagError fail;
+ZEMATH_API double hygecdf(int k, int m, int n, int l, int tail, int* status) noexcept {
+    return routine_export(status, {}, [&](nag::NagError* fail) {
         double lower = 0.0, upper = 0.0, point = 0.0;
-        nag::g01blc(n, l, m, k, &lower, &upper, &point, &fail);
-        return pick(tail, lower, upper, fail, status);
+        if (refuse_two_output_tail(tail, fail)) return lower;
+        nag::g01blc(n, l, m, k, &lower, &upper, &point, fail);
+        return tail == 2 ? lower : upper;
     });
 }
 

@@ -179,7 +179,7 @@ bool known(double v) {
 int moment_engine(std::span<const double> data, std::span<const double> weights, int flag,
                   MomentSummary& out) {
     out = MomentSummary{};
-    if (!weights.empty() && weights.size() != data.size()) return ZEMATH_ERR_SIZES_DIFFER_A;
+    if (!weights.empty() && weights.size() != data.size()) return ZEMATH_ERR_WEIGHTS_LENGTH;
     const bool weighted = !weights.empty();
     const FirstPass p =
         weighted ? first_pass<true>(data, weights.data()) : first_pass<false>(data, nullptr);

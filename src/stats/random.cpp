@@ -65,111 +65,111 @@ int generate(T* out, int n, std::initializer_list<double> parameters, Generate c
 
 extern "C" {
 
-ZEMATH_API int normrnd(double* out, int n, double mean, double variance) {
+ZEMATH_API int normrnd(double* out, int n, double mean, double variance) noexcept {
     return generate(out, n, {mean, variance}, [&](nag::G05State& s, nag::NagError* f) {
         nag::g05lac(mean, variance, n, out, s, f);
     });
 }
 
-ZEMATH_API int unifrnd(double* out, int n, double a, double b) {
+ZEMATH_API int unifrnd(double* out, int n, double a, double b) noexcept {
     return generate(out, n, {a, b},
                     [&](nag::G05State& s, nag::NagError* f) { nag::g05lgc(a, b, n, out, s, f); });
 }
 
-ZEMATH_API int exprnd(double* out, int n, double mean) {
+ZEMATH_API int exprnd(double* out, int n, double mean) noexcept {
     return generate(out, n, {mean},
                     [&](nag::G05State& s, nag::NagError* f) { nag::g05ljc(mean, n, out, s, f); });
 }
 
-ZEMATH_API int betarnd(double* out, int n, double a, double b) {
+ZEMATH_API int betarnd(double* out, int n, double a, double b) noexcept {
     return generate(out, n, {a, b},
                     [&](nag::G05State& s, nag::NagError* f) { nag::g05lec(a, b, n, out, s, f); });
 }
 
-ZEMATH_API int gamrnd(double* out, int n, double a, double b) {
+ZEMATH_API int gamrnd(double* out, int n, double a, double b) noexcept {
     return generate(out, n, {a, b},
                     [&](nag::G05State& s, nag::NagError* f) { nag::g05lfc(a, b, n, out, s, f); });
 }
 
-ZEMATH_API int chi2rnd(double* out, int n, int df) {
+ZEMATH_API int chi2rnd(double* out, int n, int df) noexcept {
     return generate(out, n, {},
                     [&](nag::G05State& s, nag::NagError* f) { nag::g05lcc(df, n, out, s, f); });
 }
 
-ZEMATH_API int trnd(double* out, int n, int df) {
+ZEMATH_API int trnd(double* out, int n, int df) noexcept {
     return generate(out, n, {},
                     [&](nag::G05State& s, nag::NagError* f) { nag::g05lbc(df, n, out, s, f); });
 }
 
-ZEMATH_API int frnd(double* out, int n, int df1, int df2) {
+ZEMATH_API int frnd(double* out, int n, int df1, int df2) noexcept {
     return generate(out, n, {}, [&](nag::G05State& s, nag::NagError* f) {
         nag::g05ldc(df1, df2, n, out, s, f);
     });
 }
 
-ZEMATH_API int caurnd(double* out, int n, double median, double semi_iqr) {
+ZEMATH_API int caurnd(double* out, int n, double median, double semi_iqr) noexcept {
     return generate(out, n, {median, semi_iqr}, [&](nag::G05State& s, nag::NagError* f) {
         nag::g05llc(median, semi_iqr, n, out, s, f);
     });
 }
 
-ZEMATH_API int lognrnd(double* out, int n, double mu, double sigma2) {
+ZEMATH_API int lognrnd(double* out, int n, double mu, double sigma2) noexcept {
     return generate(out, n, {mu, sigma2}, [&](nag::G05State& s, nag::NagError* f) {
         nag::g05lkc(mu, sigma2, n, out, s, f);
     });
 }
 
-ZEMATH_API int lgsrnd(double* out, int n, double a, double b) {
+ZEMATH_API int lgsrnd(double* out, int n, double a, double b) noexcept {
     return generate(out, n, {a, b},
                     [&](nag::G05State& s, nag::NagError* f) { nag::g05lnc(a, b, n, out, s, f); });
 }
 
-ZEMATH_API int wblrnd(double* out, int n, double a, double b) {
+ZEMATH_API int wblrnd(double* out, int n, double a, double b) noexcept {
     return generate(out, n, {a, b},
                     [&](nag::G05State& s, nag::NagError* f) { nag::g05lmc(a, b, n, out, s, f); });
 }
 
-ZEMATH_API int trirnd(double* out, int n, double xmin, double xmode, double xmax) {
+ZEMATH_API int trirnd(double* out, int n, double xmin, double xmode, double xmax) noexcept {
     return generate(out, n, {xmin, xmode, xmax}, [&](nag::G05State& s, nag::NagError* f) {
         nag::g05lhc(xmin, xmode, xmax, n, out, s, f);
     });
 }
 
-ZEMATH_API int binornd(int* out, int n, int trials, double p) {
+ZEMATH_API int binornd(int* out, int n, int trials, double p) noexcept {
     return generate(out, n, {p}, [&](nag::G05State& s, nag::NagError* f) {
         nag::g05mjc(trials, p, n, out, s, f);
     });
 }
 
-ZEMATH_API int geornd(int* out, int n, double p) {
+ZEMATH_API int geornd(int* out, int n, double p) noexcept {
     return generate(out, n, {p},
                     [&](nag::G05State& s, nag::NagError* f) { nag::g05mbc(p, n, out, s, f); });
 }
 
-ZEMATH_API int nbinrnd(int* out, int n, int m, double p) {
+ZEMATH_API int nbinrnd(int* out, int n, int m, double p) noexcept {
     return generate(out, n, {p},
                     [&](nag::G05State& s, nag::NagError* f) { nag::g05mcc(m, p, n, out, s, f); });
 }
 
-ZEMATH_API int poissrnd(int* out, int n, double lambda) {
+ZEMATH_API int poissrnd(int* out, int n, double lambda) noexcept {
     return generate(out, n, {lambda},
                     [&](nag::G05State& s, nag::NagError* f) { nag::g05mkc(lambda, n, out, s, f); });
 }
 
-ZEMATH_API int hygernd(int* out, int n, int population, int sample, int successes) {
+ZEMATH_API int hygernd(int* out, int n, int population, int sample, int successes) noexcept {
     return generate(out, n, {}, [&](nag::G05State& s, nag::NagError* f) {
         nag::g05mlc(population, sample, successes, n, out, s, f);
     });
 }
 
-ZEMATH_API int unidrnd(int* out, int n, int lowest, int highest) {
+ZEMATH_API int unidrnd(int* out, int n, int lowest, int highest) noexcept {
     return generate(out, n, {}, [&](nag::G05State& s, nag::NagError* f) {
         nag::g05mac(lowest, highest, n, out, s, f);
     });
 }
 
 ZEMATH_API int disrnd(int* out, int n, const double* table, int table_size, int first_value,
-                      int table_is_cdf) {
+                      int table_is_cdf) noexcept {
     if (out == nullptr || n <= 0 || table == nullptr) return ZEMATH_ERR_PARAM_RANGE;
     if (table_is_cdf != 0 && table_is_cdf != 1) return ZEMATH_ERR_PARAM_RANGE;
     const bool size_ok = table_size >= 1 && table_size <= nag::g05mzc_max_table_size;
@@ -189,7 +189,7 @@ ZEMATH_API int disrnd(int* out, int n, const double* table, int table_size, int 
 }
 
 ZEMATH_API int mvnrnd(double* out, int samples, int dimension, const double* mean,
-                      const double* covariance) {
+                      const double* covariance) noexcept {
     if (out == nullptr || samples <= 0 || mean == nullptr || covariance == nullptr)
         return ZEMATH_ERR_PARAM_RANGE;
     const bool dimension_ok = dimension >= 1 && dimension <= nag::g05lzc_max_dimension;
@@ -201,20 +201,19 @@ ZEMATH_API int mvnrnd(double* out, int samples, int dimension, const double* mea
         NRVec<double> reference(dimension_ok ? nag::g05lzc_reference_size(dimension) : 0);
         nag::G05State state = fresh_state();
         nag::NagError fail;
-        // One set-up call (which also checks the dimension), then one call per vector.
+        // One set-up call (which also checks the dimension), then every vector from one
+        // scratch vector allocated once.
         nag::g05lzc(nag::Nag_ModeRNG::Nag_InitializeReference, dimension, mean, covariance,
                     dimension, nullptr, state, reference.data(), reference.size(), &fail);
-        for (int i = 0; i < samples && !fail.failed(); ++i) {
-            double* vector =
-                out + static_cast<std::size_t>(i) * static_cast<std::size_t>(dimension);
-            nag::g05lzc(nag::Nag_ModeRNG::Nag_GenerateFromReference, dimension, mean, covariance,
-                        dimension, vector, state, reference.data(), reference.size(), &fail);
-        }
+        if (fail.failed()) return fail.code;
+        NRVec<double> scratch(dimension);
+        nag::g05lzc_generate(dimension, mean, reference.data(), out, samples, state,
+                             scratch.data());
         return fail.code;
     });
 }
 
-ZEMATH_API int permrnd(double* x, int n) {
+ZEMATH_API int permrnd(double* x, int n) noexcept {
     if (x == nullptr || n <= 0) return ZEMATH_ERR_PARAM_RANGE;
     const double first = x[0], last = x[n - 1];
     if (any_unusable({first, last})) return ZEMATH_ERR_PARAM_RANGE;

@@ -29,8 +29,10 @@ std::string strip_comments(const std::string& text) {
         } else if (text.compare(i, 2, "//") == 0 || (line_start && text[i] == '#')) {
             while (i < text.size() && text[i] != '\n') ++i;
         } else {
-            if (text[i] == '\n') line_start = true;
-            else if (!std::isspace(static_cast<unsigned char>(text[i]))) line_start = false;
+            if (text[i] == '\n')
+                line_start = true;
+            else if (!std::isspace(static_cast<unsigned char>(text[i])))
+                line_start = false;
             out += text[i++];
         }
     }

@@ -348,11 +348,13 @@ TEST(PrimitivesScan, ProcessorFormsAgreeBitForBit) {
     };
     if (processor_has_avx2())
         same_as_base([&](auto& r, int& i) {
-            scan_blocks_avx2<double, double, true, true, true>(v.data(), i, int(v.size()), nanum, r);
+            scan_blocks_avx2<double, double, true, true, true>(v.data(), i, int(v.size()), nanum,
+                                                               r);
         });
     if (processor_has_avx512())
         same_as_base([&](auto& r, int& i) {
-            scan_blocks_avx512<double, double, true, true, true>(v.data(), i, int(v.size()), nanum, r);
+            scan_blocks_avx512<double, double, true, true, true>(v.data(), i, int(v.size()), nanum,
+                                                                 r);
         });
 }
 #endif

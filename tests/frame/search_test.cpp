@@ -222,6 +222,18 @@ TEST(Search, RoundRange) {
     }
     double lower = 1, upper = 2;
     EXPECT_EQ(zemath_round_range(&lower, &upper, 3, nullptr), 0);
+    // Ranges a few doubles wide: the rounded range still holds the input, with a step no
+    // finer than the spacing of doubles there.
+    const double narrow[][2] = {{0.9999999999999999, 1.0000000000000002},
+                                {1e300, std::nextafter(1e300, kInf)},
+                                {-5e-324, 5e-324}};
+    for (const auto& r : narrow) {
+        double lo = r[0], hi = r[1], step = 0.0;
+        ASSERT_EQ(zemath_round_range(&lo, &hi, 3, &step), 0) << r[0];
+        EXPECT_LE(lo, r[0]) << r[0];
+        EXPECT_GE(hi, r[1]) << r[1];
+        EXPECT_GE(step, std::nextafter(std::fabs(r[1]), kInf) - std::fabs(r[1])) << r[0];
+    }
 }
 
 TEST(Search, RoundWithTolerance) {

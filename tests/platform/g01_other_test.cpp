@@ -1,6 +1,6 @@
 // Back-end routines of the non-central and discrete distributions, the bivariate normal,
 // the studentized range and Lambert W: accuracy against the mpmath tables of
-// tests/reference/distributions_other_ref.inc, the reference sheet's discrete examples,
+// tests/reference/distributions_other_ref.inc, the published discrete check values,
 // identities between the outputs, and what only the back end shows (its own codes, the
 // outputs a failure leaves alone). The exports' conventions and the check values of the
 // continuous laws are tested through the exports (tests/stats).
@@ -71,7 +71,7 @@ TEST(G01Discrete, AgainstReference) {
     });
 }
 
-// The reference sheet's worked examples (five digits), the degenerate laws (exact), and
+// Published check values (five digits), the degenerate laws (exact), and
 // failures, which leave the outputs as they were (the codes are checked through the exports).
 TEST(G01Discrete, SheetExamplesDegenerateLawsAndFailures) {
     // clang-format off

@@ -42,7 +42,8 @@ Results run_once(const std::vector<double>& data) {
 
 TEST(Reentrancy, ConcurrentCallsMatchSingleThreadedResults) {
     std::vector<double> data(20000);
-    for (size_t i = 0; i < data.size(); ++i) data[i] = static_cast<double>((i * 7919) % 10007) / 10007.0;
+    for (size_t i = 0; i < data.size(); ++i)
+        data[i] = static_cast<double>((i * 7919) % 10007) / 10007.0;
     const Results expected = run_once(data);
     ASSERT_TRUE(std::is_sorted(expected.sorted.begin(), expected.sorted.end()));
 

@@ -20,7 +20,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "platform/nag/quiet_policy.hpp"  // first: configures Boost
+#include "platform/numeric/boost_policy.hpp"  // first: configures Boost
 #include <boost/math/special_functions/lambert_w.hpp>
 
 #include "platform/nag/c05.hpp"
@@ -54,8 +54,8 @@ bool near_branch_point(double dx, double sign, double* w) {
     const double c = std::numbers::e * dx;
     const double p = sign * std::sqrt(2.0 * c);
     // Branch-point series coefficients of W in p.
-    constexpr double m2 = -1.0 / 3.0, m3 = 11.0 / 72.0, m4 = -43.0 / 540.0,
-                     m5 = 769.0 / 17280.0, m6 = -221.0 / 8505.0;
+    constexpr double m2 = -1.0 / 3.0, m3 = 11.0 / 72.0, m4 = -43.0 / 540.0, m5 = 769.0 / 17280.0,
+                     m6 = -221.0 / 8505.0;
     const double series_u = p * (1.0 + p * (m2 + p * (m3 + p * (m4 + p * (m5 + p * m6)))));
     constexpr double kSeriesOnly = 1e-4;  // |p|^6 * 0.026 below 1e-25
     if (std::fabs(p) < kSeriesOnly) {
@@ -66,8 +66,8 @@ bool near_branch_point(double dx, double sign, double* w) {
     // Beyond the series' comfortable range start from Boost on the formed argument.
     if (std::fabs(p) > 0.5) {
         const double x = (dx - kInvEHi) - kInvELo;
-        u = 1.0 + (sign > 0 ? boost::math::lambert_w0(x, detail::QuietPolicy())
-                            : boost::math::lambert_wm1(x, detail::QuietPolicy()));
+        u = 1.0 + (sign > 0 ? boost::math::lambert_w0(x, numeric::BoostPolicy())
+                            : boost::math::lambert_wm1(x, numeric::BoostPolicy()));
     }
     constexpr int kMaxNewton = 20;
     for (int iter = 0; iter < kMaxNewton; ++iter) {
@@ -101,8 +101,8 @@ double c05bac(double x, int branch, bool offset, NagError* fail) {
         }
         const double z = (x - kInvEHi) - kInvELo;
         if (!principal && z >= 0.0) return fail->set(NE_REAL), 0.0;
-        return principal ? boost::math::lambert_w0(z, detail::QuietPolicy())
-                         : boost::math::lambert_wm1(z, detail::QuietPolicy());
+        return principal ? boost::math::lambert_w0(z, numeric::BoostPolicy())
+                         : boost::math::lambert_wm1(z, numeric::BoostPolicy());
     }
     const double branch_point = -kInvEHi;  // the double nearest -1/e
     if (x < branch_point) return fail->set(NE_REAL), 0.0;
@@ -116,9 +116,9 @@ double c05bac(double x, int branch, bool offset, NagError* fail) {
         if (!near_branch_point(dx, principal ? 1.0 : -1.0, &w)) fail->set(NE_CONV);
         return w;
     }
-    if (principal) return boost::math::lambert_w0(x, detail::QuietPolicy());
+    if (principal) return boost::math::lambert_w0(x, numeric::BoostPolicy());
     if (x >= 0.0) return fail->set(NE_REAL), 0.0;
-    const double w = boost::math::lambert_wm1(x, detail::QuietPolicy());
+    const double w = boost::math::lambert_wm1(x, numeric::BoostPolicy());
     if (!std::isfinite(w)) return fail->set(NE_CONV), 0.0;
     return w;
 }

@@ -60,8 +60,7 @@ void g01bjc(int n, double p, int k, double* plek, double* pgtk, double* peqk, Na
 // Poisson(lambda): P(X <= k), P(X > k), P(X = k).
 void g01bkc(double lambda, int k, double* plek, double* pgtk, double* peqk, NagError* fail);
 // Hypergeometric: population n, sample l, m marked; P(X <= k), P(X > k), P(X = k).
-void g01blc(int n, int l, int m, int k, double* plek, double* pgtk, double* peqk,
-            NagError* fail);
+void g01blc(int n, int l, int m, int k, double* plek, double* pgtk, double* peqk, NagError* fail);
 
 // Bivariate standard normal P(X <= x, Y <= y) with correlation rho, |rho| <= 1.
 double g01hac(double x, double y, double rho, NagError* fail);

@@ -25,49 +25,26 @@
 
 #include "platform/nag/g01.hpp"
 #include "platform/nag/log_concave_quadrature.hpp"
-#include "platform/nag/normal_tail.hpp"
+#include "platform/numeric/gauss_legendre.hpp"
+#include "platform/numeric/normal.hpp"
 
 namespace zemath::nag {
 
 namespace {
 
 // Lower and upper standard normal tails, each computed directly.
-double phi_lower(double z) { return detail::normal_lower(z); }
-double phi_upper(double z) { return detail::normal_upper(z); }
+using numeric::normal_lower;
+using numeric::normal_upper;
 
-struct Pair {
-    double weight;
-    double node;
-};
-
-// Gauss-Legendre half rules (weights, negative nodes) of 6, 12 and 20 points.
-constexpr std::array<Pair, 3> kRule6 = {{{0.1713244923791705, -0.9324695142031522},
-                                         {0.3607615730481384, -0.6612093864662647},
-                                         {0.4679139345726904, -0.2386191860831970}}};
-constexpr std::array<Pair, 6> kRule12 = {{{0.04717533638651177, -0.9815606342467191},
-                                          {0.1069393259953183, -0.9041172563704750},
-                                          {0.1600783285433464, -0.7699026741943050},
-                                          {0.2031674267230659, -0.5873179542866171},
-                                          {0.2334925365383547, -0.3678314989981802},
-                                          {0.2491470458134029, -0.1252334085114692}}};
-constexpr std::array<Pair, 10> kRule20 = {{{0.01761400713915212, -0.9931285991850949},
-                                           {0.04060142980038694, -0.9639719272779138},
-                                           {0.06267204833410906, -0.9122344282513259},
-                                           {0.08327674157670475, -0.8391169718222188},
-                                           {0.1019301198172404, -0.7463319064601508},
-                                           {0.1181945319615184, -0.6360536807265150},
-                                           {0.1316886384491766, -0.5108670019508271},
-                                           {0.1420961093183821, -0.3737060887154196},
-                                           {0.1491729864726037, -0.2277858511416451},
-                                           {0.1527533871307259, -0.07652652113349733}}};
-
-template <std::size_t N>
-double sum_small_rho(const std::array<Pair, N>& rule, double hk, double hs, double asr) {
+// Sum over the nodes +-x of a Gauss-Legendre rule on the integral over asin(r).
+template <std::size_t Half>
+double sum_small_rho(const numeric::GaussLegendreRule<Half>& rule, double hk, double hs,
+                     double asr) {
     double sum = 0.0;
-    for (const Pair& p : rule) {
+    for (std::size_t i = 0; i < Half; ++i) {
         for (double sign : {-1.0, 1.0}) {
-            const double sn = std::sin(asr * (sign * p.node + 1.0) / 2.0);
-            sum += p.weight * std::exp((sn * hk - hs) / (1.0 - sn * sn));
+            const double sn = std::sin(asr * (sign * rule.node[i] + 1.0) / 2.0);
+            sum += rule.weight[i] * std::exp((sn * hk - hs) / (1.0 - sn * sn));
         }
     }
     return sum;
@@ -84,14 +61,14 @@ double bvnd(double h, double k, double r) {
             const double asr = std::asin(r);
             double sum = 0.0;
             if (std::fabs(r) < 0.3)
-                sum = sum_small_rho(kRule6, hk, hs, asr);
+                sum = sum_small_rho(numeric::kGaussLegendre6, hk, hs, asr);
             else if (std::fabs(r) < 0.75)
-                sum = sum_small_rho(kRule12, hk, hs, asr);
+                sum = sum_small_rho(numeric::kGaussLegendre12, hk, hs, asr);
             else
-                sum = sum_small_rho(kRule20, hk, hs, asr);
+                sum = sum_small_rho(numeric::kGaussLegendre20, hk, hs, asr);
             bvn = sum * asr / (2.0 * two_pi);
         }
-        return bvn + phi_upper(h) * phi_upper(k);
+        return bvn + normal_upper(h) * normal_upper(k);
     }
     if (r < 0.0) {
         k = -k;
@@ -109,25 +86,27 @@ double bvnd(double h, double k, double r) {
               (1.0 - c * (bs - as) * (1.0 - d * bs / 5.0) / 3.0 + c * d * as * as / 5.0);
     if (-hk < 100.0) {
         const double b = std::sqrt(bs);
-        bvn -= std::exp(-hk / 2.0) * std::sqrt(two_pi) * phi_lower(-b / a) * b *
+        bvn -= std::exp(-hk / 2.0) * std::sqrt(two_pi) * normal_lower(-b / a) * b *
                (1.0 - c * bs * (1.0 - d * bs / 5.0) / 3.0);
     }
     a /= 2.0;
-    for (const Pair& p : kRule20) {
+    const auto& rule = numeric::kGaussLegendre20;
+    for (std::size_t i = 0; i < rule.node.size(); ++i) {
         for (double sign : {-1.0, 1.0}) {
-            const double xs = (a * (sign * p.node + 1.0)) * (a * (sign * p.node + 1.0));
+            const double xs = (a * (sign * rule.node[i] + 1.0)) * (a * (sign * rule.node[i] + 1.0));
             const double rs = std::sqrt(1.0 - xs);
             const double exponent = -(bs / xs + hk) / 2.0;
             if (exponent > -100.0)
-                bvn += a * p.weight * std::exp(exponent) *
+                bvn += a * rule.weight[i] * std::exp(exponent) *
                        (std::exp(-hk * xs / (2.0 * (1.0 + rs) * (1.0 + rs))) / rs -
                         (1.0 + c * xs * (1.0 + d * xs)));
         }
     }
     bvn = -bvn / two_pi;
-    if (r > 0.0) return bvn + phi_upper(std::max(h, k));
+    if (r > 0.0) return bvn + normal_upper(std::max(h, k));
     bvn = -bvn;
-    if (k > h) bvn += h < 0.0 ? phi_lower(k) - phi_lower(h) : phi_upper(h) - phi_upper(k);
+    if (k > h)
+        bvn += h < 0.0 ? normal_lower(k) - normal_lower(h) : normal_upper(h) - normal_upper(k);
     return bvn;
 }
 
@@ -143,7 +122,7 @@ double bvnd(double h, double k, double r) {
 // c(a + t) = c(a) - (rho/sigma) t, with c(a) carried to twice the precision.
 double lower_orthant_by_quadrature(double x, double y, double rho) {
     using detail::Feature;
-    using detail::inverse_mills;
+    using numeric::inverse_mills;
     const double a = std::min(x, y);
     const double b = std::max(x, y);
     // sigma^2 = 1 - rho^2 and c(a) = (b - rho a)/sigma as two-part values.
@@ -164,7 +143,7 @@ double lower_orthant_by_quadrature(double x, double y, double rho) {
     const double c_end_low =
         (std::fma(-c_end, sigma, numerator) + numerator_low - c_end * sigma_low) / sigma;
     const double slope_ratio = rho / sigma;
-    const double density_end = detail::normal_density(a);
+    const double density_end = numeric::normal_density(a);
 
     const auto c_at = [=](double t) { return c_end - slope_ratio * t; };
     const auto d1 = [=](double t) { return -(a + t) - slope_ratio * inverse_mills(c_at(t)); };
@@ -176,7 +155,7 @@ double lower_orthant_by_quadrature(double x, double y, double rho) {
     const auto integrand = [=](double t) {
         const double density = density_end * std::exp(-t * (a + 0.5 * t));
         if (density == 0.0) return 0.0;
-        return density * detail::normal_upper(-c_at(t), -c_end_low);
+        return density * normal_upper(-c_at(t), -c_end_low);
     };
 
     // The end point's scale, and the interior mode (L concave: L' decreasing) if L' < 0 at a.
@@ -197,8 +176,8 @@ double lower_orthant_by_quadrature(double x, double y, double rho) {
     const double step_point = rho != 0.0 ? b / rho - a : 0.0;
     const double step_width = rho != 0.0 ? sigma / std::fabs(rho) : 1.0;
     constexpr double kReach = 40.0;
-    const std::array<Feature, 4> features = {
-        Feature{0.0, end_width}, mode, Feature{step_point, step_width}, Feature{-a, 1.0}};
+    const std::array<Feature, 4> features = {Feature{0.0, end_width}, mode,
+                                             Feature{step_point, step_width}, Feature{-a, 1.0}};
     return detail::integrate_with_features(integrand, -INFINITY, 0.0, features, kReach);
 }
 
@@ -209,16 +188,16 @@ double g01hac(double x, double y, double rho, NagError* fail) {
     if (std::fabs(rho) > 1.0) return fail->set(NE_REAL_ARG_GT), 0.0;
     fail->set(NE_NOERROR);
     if (x == -INFINITY || y == -INFINITY) return 0.0;
-    if (x == INFINITY) return phi_lower(y);
-    if (y == INFINITY) return phi_lower(x);
-    if (rho == 1.0) return phi_lower(std::min(x, y));
+    if (x == INFINITY) return normal_lower(y);
+    if (y == INFINITY) return normal_lower(x);
+    if (rho == 1.0) return normal_lower(std::min(x, y));
     if (rho == -1.0) {
         // P(-y < X <= x): empty unless x > -y; each difference taken in the tail where
         // both terms are small.
         if (x <= -y) return 0.0;
-        if (x <= 0.0) return phi_lower(x) - phi_lower(-y);
-        if (-y >= 0.0) return phi_upper(-y) - phi_upper(x);
-        return std::max(0.0, 1.0 - phi_upper(x) - phi_lower(-y));
+        if (x <= 0.0) return normal_lower(x) - normal_lower(-y);
+        if (-y >= 0.0) return normal_upper(-y) - normal_upper(x);
+        return std::max(0.0, 1.0 - normal_upper(x) - normal_lower(-y));
     }
     // Above 1/8 the absolute accuracy of BVND is a relative one of about 1e-14.
     constexpr double kBvndFloor = 0.125;

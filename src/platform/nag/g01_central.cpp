@@ -3,19 +3,19 @@
 // (g01ecc, g01fcc), F (g01edc, g01fdc), beta (g01eec, g01fec) and gamma (g01efc, g01ffc,
 // g01kfc) laws.
 //
-// Method. Boost.Math 1.74's erfc/erf and their inverses, the regularised incomplete beta
-// and gamma functions (ibeta, ibetac, gamma_p, gamma_q), their derivatives and inverses,
-// all evaluated in long double. The transformed arguments (x/sqrt 2, t^2/(df + t^2),
-// df1 f/(df1 f + df2), g/b) are formed in the wider type too: in the far tails the
-// relative condition number of the probability grows like x^2 (normal) or like the
-// degrees of freedom (t, F), so a double-rounded argument would cost up to 1e-11 there.
-// Every upper tail is computed directly as the complementary function, never as 1 - p;
-// of I_x(a, b) only the side below 1/2 is taken from Boost (its side near 1 can lose
-// digits), the other being 1 minus it in long double. The deviates start from Boost's
-// inverse in double and are polished by a safeguarded Newton iteration on the logarithm of
-// the smaller tail, in log x (or log(1 - x) for a beta root above 1/2): Boost's own inverses
-// stall in the far tails (ibeta_inv(2, 5, 1e-300) stops at 4e-51). Where long double is
-// double (some Windows compilers) the far tails lose up to those condition numbers.
+// Method. The normal tails: the shared double kernel with the argument's rounding fed back
+// (platform/numeric/normal.hpp). Everything else: Boost.Math 1.74's inverse erfc, the
+// regularised incomplete beta and gamma functions (ibeta, ibetac, gamma_p, gamma_q), their
+// derivatives and inverses, all evaluated in long double. The transformed arguments (t^2/(df +
+// t^2), df1 f/(df1 f + df2), g/b) are formed in the wider type too: in the far tails the relative
+// condition number of the probability grows like x^2 (normal) or like the degrees of freedom (t,
+// F), so a double-rounded argument would cost up to 1e-11 there. Every upper tail is computed
+// directly as the complementary function, never as 1 - p; of I_x(a, b) only the side below 1/2 is
+// taken from Boost (its side near 1 can lose digits), the other being 1 minus it in long double.
+// The deviates start from Boost's inverse in double and are polished by a safeguarded Newton
+// iteration on the logarithm of the smaller tail, in log x (or log(1 - x) for a beta root above
+// 1/2): Boost's own inverses stall in the far tails (ibeta_inv(2, 5, 1e-300) stops at 4e-51). Where
+// long double is double the build stops (see platform/numeric/extended.hpp).
 //
 // Accuracy reached (50-digit mpmath references, both tails down to 1e-300, parameters
 // 1e-3 .. 1e6): within 1e-13 relative error everywhere on that grid; see the table in
@@ -40,33 +40,34 @@
 // returned rounded (to 0) rather than refused.
 //
 // Parameter limits beyond the natural domains: beta a, b <= 1e6 and gamma deviate shape
-// <= 1e6 (the limits these routines have always had); chi-square and F degrees of freedom
+// <= 1e6 (kept deliberately: callers rely on these limits); chi-square and F degrees of freedom
 // and the gamma shape of the probability and density <= 1e10, above which the Boost
 // incomplete-gamma and beta evaluations were found to lose accuracy. Student's t takes any
 // df >= 1, +infinity included (the normal law).
 //
-// Boost runs under a policy that makes throwing impossible for the errors these calls
-// can raise: domain, pole, overflow and underflow errors are ignored (the arguments are
-// checked here first); an evaluation error (iteration cap reached) sets errno = EDOM,
-// which AccuracyWatch turns into the warning codes above. The caller's errno is restored.
+// Boost runs under the platform's policy (platform/numeric/boost_policy.hpp), which makes
+// throwing impossible: an evaluation error (iteration cap reached) sets errno = EDOM, which
+// an ErrnoWatch turns into the warning codes above. The caller's errno is restored. The
+// standard normal tails are the shared double kernel (platform/numeric/normal.hpp); the
+// other laws are evaluated in the extended type (platform/numeric/extended.hpp).
 //
 // References: DLMF 7 (error functions), 8.17 (incomplete beta), 8.2 (incomplete gamma);
 // Abramowitz and Stegun 26.5-26.7 for the t, chi-square and F relations.
-#include "platform/nag/quiet_policy.hpp"  // first: checks Boost.Math's defaults
+#include "platform/numeric/boost_policy.hpp"  // first: checks Boost.Math's defaults
 
 #include <boost/math/special_functions/beta.hpp>
 #include <boost/math/special_functions/erf.hpp>
 #include <boost/math/special_functions/gamma.hpp>
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <exception>
 #include <limits>
 #include <utility>
 
 #include "platform/nag/g01.hpp"
 #include "platform/nag/g01_extended.hpp"
+#include "platform/numeric/extended.hpp"
+#include "platform/numeric/normal.hpp"
 
 namespace zemath::nag {
 namespace {
@@ -74,14 +75,10 @@ namespace {
 namespace bm = boost::math;
 namespace bp = boost::math::policies;
 
-using Real = long double;
-
-using Policy =
-    bp::policy<bp::domain_error<bp::ignore_error>, bp::pole_error<bp::ignore_error>,
-               bp::overflow_error<bp::ignore_error>, bp::underflow_error<bp::ignore_error>,
-               bp::denorm_error<bp::ignore_error>, bp::evaluation_error<bp::errno_on_error>,
-               bp::rounding_error<bp::ignore_error>,
-               bp::indeterminate_result_error<bp::ignore_error>>;
+using Real = numeric::Extended;
+using Policy = numeric::BoostPolicy;
+using AccuracyWatch = numeric::ErrnoWatch;
+using numeric::narrow;
 
 // The same in double arithmetic, for the starting values of the deviates only: Boost's
 // double inverses are about twice as fast as its long double ones and accurate to about
@@ -90,7 +87,6 @@ using StartPolicy = bp::normalise<Policy, bp::promote_double<false>>::type;
 
 using Tail = Nag_TailProbability;
 
-constexpr Real kInvSqrt2 = 0.707106781186547524400844362104849039L;
 constexpr Real kSqrt2 = 1.41421356237309504880168872420969808L;
 constexpr double kDoubleMax = std::numeric_limits<double>::max();
 
@@ -102,26 +98,6 @@ constexpr double kMaxShape = 1e10;  // chi-square / F degrees of freedom, gamma 
 // precision wherever its tail is a normal double: the relative difference is about
 // t^4 / (4 df), below 1e-19 for |t| <= 40, and both tails underflow beyond.
 constexpr Real kNormalLimitDf = 1e25L;
-
-// Boost's evaluation-error flag for one routine call; see the header block.
-class AccuracyWatch {
-  public:
-    AccuracyWatch() : saved_(errno) { errno = 0; }
-    ~AccuracyWatch() { errno = saved_; }
-    AccuracyWatch(const AccuracyWatch&) = delete;
-    AccuracyWatch& operator=(const AccuracyWatch&) = delete;
-    bool reduced() const { return errno == EDOM; }
-
-  private:
-    int saved_;
-};
-
-// long double -> double without the undefined conversion of out-of-range values.
-double narrow(Real v) {
-    if (v > kDoubleMax) return std::numeric_limits<double>::infinity();
-    if (v < -kDoubleMax) return -std::numeric_limits<double>::infinity();
-    return static_cast<double>(v);
-}
 
 // A deviate is returned only as a normal double: beyond the largest double, or below the
 // smallest normal one while the exact deviate is positive, p is too close to 0 or 1 for
@@ -146,16 +122,21 @@ bool is_accepted(Tail tail) {
 
 // ---- normal ----------------------------------------------------------------------------
 
-Real normal_tail(Tail tail, Real x) {
+// The tail of an extended argument: its double part and the rest go to the shared double
+// kernel, which carries the rest as a correction (enough for 64 bits of argument).
+double normal_tail(Tail tail, Real x) {
+    const double hi = narrow(x);
+    const double lo = std::isfinite(hi) ? static_cast<double>(x - hi) : 0.0;
     switch (tail) {
         case Tail::Nag_LowerTail:
-            return bm::erfc(-x * kInvSqrt2, Policy()) / 2;
+            return numeric::normal_lower(hi, lo);
         case Tail::Nag_UpperTail:
-            return bm::erfc(x * kInvSqrt2, Policy()) / 2;
+            return numeric::normal_upper(hi, lo);
         case Tail::Nag_TwoTailSignif:
-            return bm::erfc(std::fabs(x) * kInvSqrt2, Policy());
+            return hi < 0.0 ? 2.0 * numeric::normal_lower(hi, lo)
+                            : 2.0 * numeric::normal_upper(hi, lo);
         default:
-            return bm::erf(std::fabs(x) * kInvSqrt2, Policy());
+            return numeric::normal_within(hi, lo);
     }
 }
 
@@ -233,9 +214,9 @@ bool solve_increasing(Eval eval, Real& s, Real lo, Real hi) {
     return false;
 }
 
-// log of the smallest positive long double and of the largest: the solvers' hard bracket.
-constexpr Real kLogMin = -11400.0L;
-constexpr Real kLogMax = 11350.0L;
+// The solvers' hard bracket in log variables: the whole positive range of the extended type.
+constexpr Real kLogMin = numeric::kLogExtendedMin;
+constexpr Real kLogMax = numeric::kLogExtendedMax;
 
 struct BetaRoot {
     Real x, y;  // y = 1 - x, each to full relative accuracy
@@ -250,7 +231,7 @@ struct BetaRoot {
 BetaRoot beta_inverse(Real a, Real b, Real p, Real q) {
     Real y0 = 0;
     Real x0 = -1;  // no start
-    try {
+    {
         AccuracyWatch start;  // the start's own shortfalls are the polish's business
         // In double first, inverting the smaller tail; in long double when the double
         // root is not a normal double on both sides (far tails beyond the double range).
@@ -264,10 +245,6 @@ BetaRoot beta_inverse(Real a, Real b, Real p, Real q) {
         } else {
             x0 = bm::ibeta_inv(a, b, p, &y0, Policy());
         }
-    } catch (const std::exception&) {
-        // Its internal root finders do not take the policy and may throw ("no root");
-        // that only costs the start value.
-        x0 = -1;
     }
     // Work in u = x (with a, b, p, q) or in u = 1 - x (with b, a, q, p), whichever is below
     // 1/2 at the root. Without a start, the root lies above 1/2 when p exceeds I_{1/2}(a, b).
@@ -306,7 +283,7 @@ Real t_two_sided(Real t, Real df, bool within) {
     const Real at = std::fabs(t);
     if (std::isinf(at)) return within ? 1 : 0;
     if (df > kNormalLimitDf) {
-        return within ? bm::erf(at * kInvSqrt2, Policy()) : bm::erfc(at * kInvSqrt2, Policy());
+        return normal_tail(within ? Tail::Nag_TwoTailConfid : Tail::Nag_TwoTailSignif, at);
     }
     const Real t2 = at * at;
     const Real denom = df + t2;
@@ -380,15 +357,13 @@ Real gamma_deviate(Real a, double p, bool* converged) {
     const bool lower_side = p <= 0.5;
     const Real target = lower_side ? Real(p) : 1 - Real(p);
     Real x0 = 0;
-    try {
+    {
         AccuracyWatch start;  // as in beta_inverse: double first, long double if need be
         const double xd = lower_side ? bm::gamma_p_inv(double(a), double(target), StartPolicy())
                                      : bm::gamma_q_inv(double(a), double(target), StartPolicy());
         x0 = std::isnormal(xd) ? Real(xd)
                                : (lower_side ? bm::gamma_p_inv(a, target, Policy())
                                              : bm::gamma_q_inv(a, target, Policy()));
-    } catch (const std::exception&) {  // only the start is lost
-        x0 = 0;
     }
     const Real log_target = std::log(target);
     const Real sign = lower_side ? 1 : -1;

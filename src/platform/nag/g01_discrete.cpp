@@ -21,7 +21,7 @@
 #include <cmath>
 #include <limits>
 
-#include "platform/nag/quiet_policy.hpp"  // first: configures Boost
+#include "platform/numeric/boost_policy.hpp"  // first: configures Boost
 #include <boost/math/distributions/hypergeometric.hpp>
 #include <boost/math/special_functions/beta.hpp>
 #include <boost/math/special_functions/gamma.hpp>
@@ -32,53 +32,58 @@ namespace zemath::nag {
 
 namespace {
 
-using detail::QuietPolicy;
+using numeric::BoostPolicy;
 
-void store(double lower, double upper, double point, double* plek, double* pgtk,
-           double* peqk) {
+void store(double lower, double upper, double point, double* plek, double* pgtk, double* peqk) {
     if (plek) *plek = lower;
     if (pgtk) *pgtk = upper;
     if (peqk) *peqk = point;
 }
 
-// Sum of the hypergeometric point probabilities from x stepping by `step` (+1 or -1)
-// until the support ends or a term no longer changes the sum. The first term is taken
-// from Boost; later ones by the ratio of consecutive probabilities, which is exact
-// rational arithmetic in the arguments. A walk that starts on the far side of the mode
-// first climbs: terms are then compared with the running sum only after it has begun
-// to fall.
-double hypergeometric_walk(long x, long marked, long sample, long population, int step,
-                           double first) {
-    const long lower_end = std::max(0L, sample + marked - population);
-    const long upper_end = std::min(sample, marked);
-    double term = first;
-    double sum = first;
-    double previous = first;
-    constexpr double kNegligible = std::numeric_limits<double>::epsilon() / 4;
-    while (true) {
-        if (step > 0) {
-            if (x >= upper_end) break;
-            // P(x+1)/P(x) = (m-x)(l-x) / ((x+1)(N-m-l+x+1))
-            term *= (static_cast<double>(marked - x) * static_cast<double>(sample - x)) /
-                    (static_cast<double>(x + 1) *
-                     static_cast<double>(population - marked - sample + x + 1));
-            ++x;
-        } else {
-            if (x <= lower_end) break;
-            // P(x-1)/P(x) = x (N-m-l+x) / ((m-x+1)(l-x+1))
-            term *= (static_cast<double>(x) *
-                     static_cast<double>(population - marked - sample + x)) /
-                    (static_cast<double>(marked - x + 1) * static_cast<double>(sample - x + 1));
-            --x;
-        }
-        sum += term;
-        const bool falling = term <= previous;
-        previous = term;
-        if (falling && term <= kNegligible * sum) break;
-        if (term == 0.0 && falling) break;
+// Point probabilities of one hypergeometric law, walked from a known one: the ratio of
+// consecutive probabilities is exact rational arithmetic in the arguments.
+struct HypergeometricWalk {
+    long marked, sample, population;
+
+    // P(x+1)/P(x) = (m-x)(l-x) / ((x+1)(N-m-l+x+1))
+    double up(long x) const {
+        return (static_cast<double>(marked - x) * static_cast<double>(sample - x)) /
+               (static_cast<double>(x + 1) *
+                static_cast<double>(population - marked - sample + x + 1));
     }
-    return sum;
-}
+    // P(x-1)/P(x) = x (N-m-l+x) / ((m-x+1)(l-x+1))
+    double down(long x) const {
+        return (static_cast<double>(x) * static_cast<double>(population - marked - sample + x)) /
+               (static_cast<double>(marked - x + 1) * static_cast<double>(sample - x + 1));
+    }
+
+    // Sum of the probabilities after P(x) = first, stepping by `step` (+1 or -1) up to and
+    // including `end`, until a term no longer changes first + the sum. A walk that starts
+    // on the far side of the mode first climbs: terms are compared with the running total
+    // only after they have begun to fall.
+    double beyond(long x, int step, double first, long end) const {
+        constexpr double kNegligible = std::numeric_limits<double>::epsilon() / 4;
+        double term = first;
+        double previous = first;
+        double rest = 0.0;
+        while (step > 0 ? x < end : x > end) {
+            term *= step > 0 ? up(x) : down(x);
+            x += step;
+            rest += term;
+            const bool falling = term <= previous;
+            previous = term;
+            if (falling && (term <= kNegligible * (first + rest) || term == 0.0)) break;
+        }
+        return rest;
+    }
+
+    // P(x) = first plus the walk beyond it to the end of the support.
+    double tail(long x, int step, double first) const {
+        const long end =
+            step > 0 ? std::min(sample, marked) : std::max(0L, sample + marked - population);
+        return first + beyond(x, step, first, end);
+    }
+};
 
 }  // namespace
 
@@ -93,18 +98,19 @@ void g01bjc(int n, double p, int k, double* plek, double* pgtk, double* peqk, Na
 
     // Degenerate laws: all the mass at 0 (p = 0) or at n (p = 1).
     if (p == 0.0) return store(1.0, 0.0, k == 0 ? 1.0 : 0.0, plek, pgtk, peqk);
-    if (p == 1.0) return store(k == n ? 1.0 : 0.0, k == n ? 0.0 : 1.0, k == n ? 1.0 : 0.0, plek, pgtk, peqk);
+    if (p == 1.0)
+        return store(k == n ? 1.0 : 0.0, k == n ? 0.0 : 1.0, k == n ? 1.0 : 0.0, plek, pgtk, peqk);
 
     const double dn = n;
     const double dk = k;
     // Outputs passed as null are not computed (the exports ask for one tail only).
     // P(X = k) = C(n, k) p^k q^(n-k) = ibeta_derivative(k+1, n-k+1, p) / (n+1).
     const double point =
-        peqk ? boost::math::ibeta_derivative(dk + 1.0, dn - dk + 1.0, p, QuietPolicy()) / (dn + 1.0)
+        peqk ? boost::math::ibeta_derivative(dk + 1.0, dn - dk + 1.0, p, BoostPolicy()) / (dn + 1.0)
              : 0.0;
     if (k == n) return store(1.0, 0.0, point, plek, pgtk, peqk);
-    const double lower = plek ? boost::math::ibetac(dk + 1.0, dn - dk, p, QuietPolicy()) : 0.0;
-    const double upper = pgtk ? boost::math::ibeta(dk + 1.0, dn - dk, p, QuietPolicy()) : 0.0;
+    const double lower = plek ? boost::math::ibetac(dk + 1.0, dn - dk, p, BoostPolicy()) : 0.0;
+    const double upper = pgtk ? boost::math::ibeta(dk + 1.0, dn - dk, p, BoostPolicy()) : 0.0;
     if (!std::isfinite(lower) || !std::isfinite(upper) || !std::isfinite(point))
         return fail->set(NE_CONV);
     store(lower, upper, point, plek, pgtk, peqk);
@@ -118,17 +124,16 @@ void g01bkc(double lambda, int k, double* plek, double* pgtk, double* peqk, NagE
     fail->set(NE_NOERROR);
     const double a = static_cast<double>(k) + 1.0;
     // Outputs passed as null are not computed (the exports ask for one tail only).
-    const double lower = plek ? boost::math::gamma_q(a, lambda, QuietPolicy()) : 0.0;
-    const double upper = pgtk ? boost::math::gamma_p(a, lambda, QuietPolicy()) : 0.0;
+    const double lower = plek ? boost::math::gamma_q(a, lambda, BoostPolicy()) : 0.0;
+    const double upper = pgtk ? boost::math::gamma_p(a, lambda, BoostPolicy()) : 0.0;
     // e^-lambda lambda^k / k! = d/dx P(k+1, x) at x = lambda.
-    const double point = peqk ? boost::math::gamma_p_derivative(a, lambda, QuietPolicy()) : 0.0;
+    const double point = peqk ? boost::math::gamma_p_derivative(a, lambda, BoostPolicy()) : 0.0;
     if (!std::isfinite(lower) || !std::isfinite(upper) || !std::isfinite(point))
         return fail->set(NE_CONV);
     store(lower, upper, point, plek, pgtk, peqk);
 }
 
-void g01blc(int n, int l, int m, int k, double* plek, double* pgtk, double* peqk,
-            NagError* fail) {
+void g01blc(int n, int l, int m, int k, double* plek, double* pgtk, double* peqk, NagError* fail) {
     if (n < 0) return fail->set(NE_INT_ARG_LT);
     if (l < 0) return fail->set(NE_INT_ARG_LT);
     if (l > n) return fail->set(NE_INT_ARG_GT);
@@ -143,65 +148,38 @@ void g01blc(int n, int l, int m, int k, double* plek, double* pgtk, double* peqk
     if (k > highest) return fail->set(NE_INT_ARG_GT);
     fail->set(NE_NOERROR);
 
-    const boost::math::hypergeometric_distribution<double, QuietPolicy> law(
+    const boost::math::hypergeometric_distribution<double, BoostPolicy> law(
         static_cast<unsigned>(m), static_cast<unsigned>(l), static_cast<unsigned>(n));
     const double point = boost::math::pdf(law, static_cast<unsigned>(k));
     if (!std::isfinite(point)) return fail->set(NE_CONV);
 
-    // Lower tail: from k downwards; upper tail: from k+1 upwards. A walk that must
-    // cross the mode starts at the mode instead, where the point probability is
-    // largest, and adds the stretch between the mode and its own start separately, so
-    // that no start underflows.
-    const double mode_real = std::floor((static_cast<double>(marked) + 1.0) *
-                                        (static_cast<double>(sample) + 1.0) /
-                                        (static_cast<double>(population) + 2.0));
+    const double mode_real =
+        std::floor((static_cast<double>(marked) + 1.0) * (static_cast<double>(sample) + 1.0) /
+                   (static_cast<double>(population) + 2.0));
     const long mode = std::clamp(static_cast<long>(mode_real), lowest, highest);
 
+    // Lower tail: from k downwards; upper tail: from k+1 upwards. A walk that must cross
+    // the mode starts at the mode instead, where the point probability is largest, and adds
+    // the stretch between the mode and its own start separately, so that no start
+    // underflows.
+    const HypergeometricWalk walk{marked, sample, population};
+    const auto pdf_at = [&](long x) { return boost::math::pdf(law, static_cast<unsigned>(x)); };
     double lower = 0.0;
     double upper = 0.0;
     if (k <= mode) {
-        lower = hypergeometric_walk(k, marked, sample, population, -1, point);
+        lower = walk.tail(k, -1, point);
         if (k < highest) {
-            // Upper tail = P(k+1 .. mode-1) + P(mode ..): the first part walked down from
-            // mode-1 (stopping at k+1), the second walked up from the mode.
-            const double at_mode = boost::math::pdf(law, static_cast<unsigned>(mode));
-            double stretch = 0.0;
-            if (mode - 1 >= k + 1) {
-                double term = at_mode;
-                for (long x = mode; x > k + 1; --x) {
-                    term *= (static_cast<double>(x) *
-                             static_cast<double>(population - marked - sample + x)) /
-                            (static_cast<double>(marked - x + 1) *
-                             static_cast<double>(sample - x + 1));
-                    stretch += term;
-                    if (term <= std::numeric_limits<double>::epsilon() / 4 * (stretch + at_mode))
-                        break;
-                }
-            }
-            upper = stretch + (mode > k ? hypergeometric_walk(mode, marked, sample, population,
-                                                              +1, at_mode)
-                                        : hypergeometric_walk(k + 1, marked, sample,
-                                                              population, +1,
-                                                              boost::math::pdf(law, static_cast<unsigned>(k + 1))));
+            // P(k+1 .. mode-1) walked down from the mode, plus P(mode ..) walked up.
+            const double at_mode = pdf_at(mode);
+            upper = mode > k ? walk.beyond(mode, -1, at_mode, k + 1) + walk.tail(mode, +1, at_mode)
+                             : walk.tail(k + 1, +1, pdf_at(k + 1));
         }
     } else {
-        // k above the mode: the upper tail walks up from k+1, the lower tail is
-        // P(mode+1 .. k) walked up from the mode side plus P(.. mode) walked down.
-        if (k < highest) {
-            const double next = boost::math::pdf(law, static_cast<unsigned>(k + 1));
-            upper = hypergeometric_walk(k + 1, marked, sample, population, +1, next);
-        }
-        const double at_mode = boost::math::pdf(law, static_cast<unsigned>(mode));
-        double stretch = 0.0;
-        double term = at_mode;
-        for (long x = mode; x < k; ++x) {
-            term *= (static_cast<double>(marked - x) * static_cast<double>(sample - x)) /
-                    (static_cast<double>(x + 1) *
-                     static_cast<double>(population - marked - sample + x + 1));
-            stretch += term;
-            if (term <= std::numeric_limits<double>::epsilon() / 4 * (stretch + at_mode)) break;
-        }
-        lower = stretch + hypergeometric_walk(mode, marked, sample, population, -1, at_mode);
+        // k above the mode: P(mode+1 .. k) walked up from the mode plus P(.. mode) walked
+        // down; the upper tail walks up from k+1.
+        if (k < highest) upper = walk.tail(k + 1, +1, pdf_at(k + 1));
+        const double at_mode = pdf_at(mode);
+        lower = walk.beyond(mode, +1, at_mode, k) + walk.tail(mode, -1, at_mode);
     }
     if (!std::isfinite(lower) || !std::isfinite(upper)) return fail->set(NE_CONV);
     store(std::min(lower, 1.0), std::min(upper, 1.0), point, plek, pgtk, peqk);

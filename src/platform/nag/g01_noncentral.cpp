@@ -29,7 +29,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "platform/nag/quiet_policy.hpp"  // first: configures Boost
+#include "platform/numeric/boost_policy.hpp"  // first: configures Boost
 #include <boost/math/distributions/non_central_beta.hpp>
 #include <boost/math/distributions/non_central_chi_squared.hpp>
 #include <boost/math/distributions/non_central_f.hpp>
@@ -39,13 +39,15 @@
 
 #include "platform/nag/g01.hpp"
 #include "platform/nag/log_concave_quadrature.hpp"
-#include "platform/nag/normal_tail.hpp"
+#include "platform/numeric/chi_scale.hpp"
+#include "platform/numeric/normal.hpp"
+#include "platform/numeric/stirling.hpp"
 
 namespace zemath::nag {
 
 namespace {
 
-using detail::QuietPolicy;
+using numeric::BoostPolicy;
 
 double checked(double value, NagError* fail) {
     if (!std::isfinite(value)) {
@@ -71,8 +73,8 @@ bool bad_positive(double value, NagError* fail) {
     return false;
 }
 
-using detail::inverse_mills;
-double phi_lower(double z) { return detail::normal_lower(z); }
+using numeric::inverse_mills;
+using numeric::normal_lower;
 
 // P(T <= t) for t < 0 < delta, where the series' terms cancel down to a tiny result:
 //     P = E[Phi(t S - delta)] = integral_0^inf Phi(t s - delta) f_S(s) ds,
@@ -81,14 +83,8 @@ double phi_lower(double z) { return detail::normal_lower(z); }
 // L'(y) = v - v s^2 + t s m(c), L''(y) = -2 v s^2 + t s m(c) - (t s)^2 m (m + c),
 // c = t s - delta, m the inverse Mills ratio.
 double nct_lower_by_quadrature(double t, double df, double delta) {
-    const double half_df = 0.5 * df;
     const auto integrand = [=](double y) {
-        const double s = std::exp(y);
-        const double s2 = s * s;
-        if (s2 == 0.0 || !std::isfinite(s2)) return 0.0;
-        const double density =
-            df * s2 * boost::math::gamma_p_derivative(half_df, half_df * s2, QuietPolicy());
-        return density * phi_lower(t * s - delta);
+        return numeric::chi_scale_log_density(y, df) * normal_lower(t * std::exp(y) - delta);
     };
     const auto d1 = [=](double y) {
         const double s = std::exp(y);
@@ -117,8 +113,7 @@ double poisson_mixture_forward(double lambda, const Central& central) {
     const double log_half = std::log(half);
     double sum = 0.0;
     for (int j = 0; j < kForwardTerms; ++j) {
-        const double log_weight =
-            -half + (j > 0 ? j * log_half : 0.0) - boost::math::lgamma(j + 1.0, QuietPolicy());
+        const double log_weight = -half + (j > 0 ? j * log_half : 0.0) - numeric::log_factorial(j);
         const double term = std::exp(log_weight) * central(j);
         sum += term;
         if (term <= 1e-17 * sum && j > 0) break;
@@ -129,8 +124,7 @@ double poisson_mixture_forward(double lambda, const Central& central) {
 
 }  // namespace
 
-double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter,
-              NagError* fail) {
+double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter, NagError* fail) {
     if (std::isnan(t) || std::isnan(df) || std::isnan(delta)) return fail->set(NE_REAL), 0.0;
     if (df < 1.0) return fail->set(NE_REAL_ARG_LT), 0.0;
     if (std::isinf(df) || std::isinf(delta)) return fail->set(NE_REAL_ARG_GT), 0.0;
@@ -138,7 +132,7 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter,
     fail->set(NE_NOERROR);
     if (t == -INFINITY) return 0.0;
     if (t == INFINITY) return 1.0;
-    const boost::math::non_central_t_distribution<double, QuietPolicy> law(df, delta);
+    const boost::math::non_central_t_distribution<double, BoostPolicy> law(df, delta);
     const double series = boost::math::cdf(law, t);
     // For t < 0 < delta the series' terms cancel down to the result: its relative error
     // is about eps / P, fine above 1/100 and worthless far below.
@@ -148,8 +142,7 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter,
     return checked(series, fail);
 }
 
-double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter,
-              NagError* fail) {
+double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter, NagError* fail) {
     if (std::isnan(x)) return fail->set(NE_REAL), 0.0;
     if (x < 0.0) return fail->set(NE_REAL_ARG_LT), 0.0;
     if (bad_positive(df, fail) || bad_lambda(lambda, fail)) return 0.0;
@@ -160,12 +153,12 @@ double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter,
     // Ratio of consecutive mixture terms ~ (lambda/2) (x/2) / ((j+1)(df/2+j+1)).
     if (lambda > 0.0 && 0.25 * lambda * x < kForwardRatio * (0.5 * df + 1.0)) {
         const double y = 0.5 * x, a = 0.5 * df;
-        return checked(poisson_mixture_forward(lambda, [=](int j) {
-                           return boost::math::gamma_p(a + j, y, QuietPolicy());
-                       }),
-                       fail);
+        return checked(
+            poisson_mixture_forward(
+                lambda, [=](int j) { return boost::math::gamma_p(a + j, y, BoostPolicy()); }),
+            fail);
     }
-    const boost::math::non_central_chi_squared_distribution<double, QuietPolicy> law(df, lambda);
+    const boost::math::non_central_chi_squared_distribution<double, BoostPolicy> law(df, lambda);
     return checked(boost::math::cdf(law, x), fail);
 }
 
@@ -173,8 +166,7 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
               NagError* fail) {
     if (std::isnan(f)) return fail->set(NE_REAL), 0.0;
     if (f < 0.0) return fail->set(NE_REAL_ARG_LT), 0.0;
-    if (bad_positive(df1, fail) || bad_positive(df2, fail) || bad_lambda(lambda, fail))
-        return 0.0;
+    if (bad_positive(df1, fail) || bad_positive(df2, fail) || bad_lambda(lambda, fail)) return 0.0;
     if (max_iter < 1) return fail->set(NE_INT_ARG_LT), 0.0;
     fail->set(NE_NOERROR);
     if (f == INFINITY) return 1.0;
@@ -184,11 +176,12 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
         // 1 - I_y(df2/2, df1/2), y = df2 / (df1 f + df2) formed directly, so that a large f
         // keeps the digits of 1 - x.
         const double x = df1 * f / (df1 * f + df2);
-        if (x <= 0.5) return checked(boost::math::ibeta(0.5 * df1, 0.5 * df2, x, QuietPolicy()), fail);
+        if (x <= 0.5)
+            return checked(boost::math::ibeta(0.5 * df1, 0.5 * df2, x, BoostPolicy()), fail);
         const double y = df2 / (df1 * f + df2);
-        return checked(boost::math::ibetac(0.5 * df2, 0.5 * df1, y, QuietPolicy()), fail);
+        return checked(boost::math::ibetac(0.5 * df2, 0.5 * df1, y, BoostPolicy()), fail);
     }
-    const boost::math::non_central_f_distribution<double, QuietPolicy> law(df1, df2, lambda);
+    const boost::math::non_central_f_distribution<double, BoostPolicy> law(df1, df2, lambda);
     return checked(boost::math::cdf(law, f), fail);
 }
 
@@ -204,12 +197,12 @@ double g01gec(double x, double a, double b, double lambda, double /*tol*/, int m
     if (x == 1.0) return 1.0;
     // Ratio of consecutive mixture terms ~ (lambda/2) x (a+b+j)/((j+1)(a+j+1)).
     if (lambda > 0.0 && 0.5 * lambda * x * std::max(1.0, (a + b) / (a + 1.0)) < kForwardRatio) {
-        return checked(poisson_mixture_forward(lambda, [=](int j) {
-                           return boost::math::ibeta(a + j, b, x, QuietPolicy());
-                       }),
-                       fail);
+        return checked(
+            poisson_mixture_forward(
+                lambda, [=](int j) { return boost::math::ibeta(a + j, b, x, BoostPolicy()); }),
+            fail);
     }
-    const boost::math::non_central_beta_distribution<double, QuietPolicy> law(a, b, lambda);
+    const boost::math::non_central_beta_distribution<double, BoostPolicy> law(a, b, lambda);
     return checked(boost::math::cdf(law, x), fail);
 }
 

@@ -29,19 +29,21 @@
 #include <numbers>
 #include <utility>
 
-#include "platform/nag/quiet_policy.hpp"  // first: configures Boost
+#include "platform/numeric/boost_policy.hpp"  // first: configures Boost
 #include <boost/math/special_functions/gamma.hpp>
 #include <boost/math/tools/roots.hpp>
 
 #include "platform/nag/g01.hpp"
 #include "platform/nag/log_concave_quadrature.hpp"
-#include "platform/nag/normal_tail.hpp"
+#include "platform/numeric/chi_scale.hpp"
+#include "platform/numeric/gauss_legendre.hpp"
+#include "platform/numeric/normal.hpp"
 
 namespace zemath::nag {
 
 namespace {
 
-double phi_upper(double z) { return detail::normal_upper(z); }
+using numeric::normal_upper;
 
 // P(range of r independent standard normals <= w): by symmetry
 //     (2 Phi(w/2) - 1)^r + 2 r integral_{w/2}^{inf} phi(u) [Phi(u) - Phi(u - w)]^(r-1) du,
@@ -54,8 +56,8 @@ double range_probability(double w, double r) {
     if (half >= kUpper) return 1.0;
     const auto integrand = [=](double u) {
         // Phi(u) - Phi(u - w), taken between upper tails when both lie above the median.
-        const double inside = u - w >= 0.0 ? phi_upper(u - w) - phi_upper(u)
-                                           : 1.0 - phi_upper(u) - phi_upper(w - u);
+        const double inside = u - w >= 0.0 ? normal_upper(u - w) - normal_upper(u)
+                                           : 1.0 - normal_upper(u) - normal_upper(w - u);
         if (inside <= 0.0) return 0.0;
         return std::exp(-0.5 * u * u) * std::pow(inside, r - 1.0);
     };
@@ -64,7 +66,7 @@ double range_probability(double w, double r) {
     const double step = (kUpper - half) / panels;
     double integral = 0.0;
     for (int i = 0; i < panels; ++i)
-        integral += detail::gauss20(integrand, half + i * step, half + (i + 1) * step);
+        integral += numeric::gauss_legendre20(integrand, half + i * step, half + (i + 1) * step);
     const double total = lead + 2.0 * r / std::sqrt(2.0 * std::numbers::pi) * integral;
     return std::min(total, 1.0);
 }
@@ -80,15 +82,10 @@ double tukey_lower(double q, double v, double r) {
     if (q <= 0.0) return 0.0;
     if (std::isinf(q)) return 1.0;
     if (std::isinf(v)) return range_probability(q, r);
-    const double half_v = 0.5 * v;
     const auto integrand = [=](double y) {
-        const double s = std::exp(y);
-        const double s2 = s * s;
-        if (s2 == 0.0 || !std::isfinite(s2)) return 0.0;
-        const double density =
-            v * s2 * boost::math::gamma_p_derivative(half_v, half_v * s2, detail::QuietPolicy());
+        const double density = numeric::chi_scale_log_density(y, v);
         if (density == 0.0) return 0.0;
-        return density * range_probability(q * s, r);
+        return density * range_probability(q * std::exp(y), r);
     };
     constexpr double kDrop = 45.0;
     const double shifted = 0.5 * std::log1p((r - 1.0) / v);
@@ -120,6 +117,76 @@ double tukey_start(double p, double r, double v) {
     return t * (q * std::log(r - 1.0) + c5);
 }
 
+// The deviate's three phases: the published secant search, a bracket around the root,
+// and TOMS 748 refinement to a few ulps (g01fmc below strings them together).
+
+// The secant search to 1e-4: its last two points and their excess P(q) - p.
+struct Secant {
+    double x0, f0, x1, f1;
+};
+constexpr int kRefineIterations = 100;
+
+template <class Excess>
+Secant secant_search(const Excess& excess, double start) {
+    constexpr double kSecantTolerance = 1e-4;
+    constexpr int kSecantIterations = 50;
+    Secant s{start, excess(start), 0.0, 0.0};
+    s.x1 = s.f0 > 0.0 ? std::max(0.0, s.x0 - 1.0) : s.x0 + 1.0;
+    s.f1 = excess(s.x1);
+    for (int iter = 0; iter < kSecantIterations && s.f1 != s.f0; ++iter) {
+        double next = s.x1 - s.f1 * (s.x1 - s.x0) / (s.f1 - s.f0);
+        s.x0 = s.x1;
+        s.f0 = s.f1;
+        if (!(next > 0.0)) next = 0.0;
+        s.f1 = excess(next);
+        s.x1 = next;
+        if (std::fabs(s.x1 - s.x0) < kSecantTolerance) break;
+    }
+    return s;
+}
+
+struct Bracket {
+    double lo, flo, hi, fhi;
+};
+
+// A bracket [lo, hi] with excess(lo) < 0 < excess(hi): the secant's last two points when
+// they straddle the root, else grown from the last point by doubling steps that start at
+// twice the secant's last move (from a fresh start when the secant left the domain).
+// The excess at q = 0 is -p. On failure the returned ends do not straddle.
+template <class Excess, class Start>
+Bracket bracket_root(const Excess& excess, Secant s, const Start& fresh_start, double p) {
+    Bracket b{s.x0, s.f0, s.x1, s.f1};
+    if (b.lo > b.hi) {
+        std::swap(b.lo, b.hi);
+        std::swap(b.flo, b.fhi);
+    }
+    if (b.flo < 0.0 && b.fhi > 0.0) return b;
+    if (!(s.x1 > 0.0) || !std::isfinite(s.x1)) s.x1 = std::max(fresh_start(), 0.1);
+    b.lo = b.hi = s.x1;
+    b.flo = b.fhi = excess(s.x1);
+    constexpr int kBracketSteps = 200;
+    double step = std::max(2.0 * std::fabs(s.x1 - s.x0), 1e-9 * s.x1);
+    int steps = 0;
+    if (b.flo > 0.0) {
+        while (b.flo > 0.0 && steps++ < kBracketSteps) {
+            b.hi = b.lo;
+            b.fhi = b.flo;
+            b.lo = std::max(0.0, b.lo - step);
+            step *= 2.0;
+            b.flo = b.lo > 0.0 ? excess(b.lo) : -p;
+        }
+    } else {
+        while (b.fhi < 0.0 && steps++ < kBracketSteps) {
+            b.lo = b.hi;
+            b.flo = b.fhi;
+            b.hi += step;
+            step *= 2.0;
+            b.fhi = excess(b.hi);
+        }
+    }
+    return b;
+}
+
 bool bad_arguments(double v, int ir, NagError* fail) {
     if (std::isnan(v)) return fail->set(NE_REAL), true;
     if (ir < 2) return fail->set(NE_INT_ARG_LT), true;
@@ -144,66 +211,18 @@ double g01fmc(double p, double v, int ir, NagError* fail) {
     fail->set(NE_NOERROR);
     const double r = ir;
     const auto excess = [&](double x) { return tukey_lower(x, v, r) - p; };
-
-    // Published secant search to 1e-4.
-    constexpr double kSecantTolerance = 1e-4;
-    constexpr int kSecantIterations = 50;
-    double x0 = tukey_start(p, r, v);
-    double f0 = excess(x0);
-    double x1 = f0 > 0.0 ? std::max(0.0, x0 - 1.0) : x0 + 1.0;
-    double f1 = excess(x1);
-    for (int iter = 0; iter < kSecantIterations && f1 != f0; ++iter) {
-        double next = x1 - f1 * (x1 - x0) / (f1 - f0);
-        x0 = x1;
-        f0 = f1;
-        if (!(next > 0.0)) next = 0.0;
-        f1 = excess(next);
-        x1 = next;
-        if (std::fabs(x1 - x0) < kSecantTolerance) break;
-    }
-    if (f1 == 0.0 && x1 > 0.0) return x1;
-
-    // Refinement: TOMS 748 to a few ulps, in a bracket taken from the secant's last two
-    // points when they straddle the root, else grown from the last point by steps that
-    // start at twice the secant's last move.
-    double lo = x0, flo = f0, hi = x1, fhi = f1;
-    if (lo > hi) {
-        std::swap(lo, hi);
-        std::swap(flo, fhi);
-    }
-    if (!(flo < 0.0 && fhi > 0.0)) {
-        if (!(x1 > 0.0) || !std::isfinite(x1)) x1 = std::max(tukey_start(p, r, v), 0.1);
-        lo = hi = x1;
-        flo = fhi = excess(x1);
-        constexpr int kBracketSteps = 200;
-        double step = std::max(2.0 * std::fabs(x1 - x0), 1e-9 * x1);
-        int steps = 0;
-        if (flo > 0.0) {
-            while (flo > 0.0 && steps++ < kBracketSteps) {
-                hi = lo;
-                fhi = flo;
-                lo = std::max(0.0, lo - step);
-                step *= 2.0;
-                flo = lo > 0.0 ? excess(lo) : -p;
-            }
-        } else {
-            while (fhi < 0.0 && steps++ < kBracketSteps) {
-                lo = hi;
-                flo = fhi;
-                hi += step;
-                step *= 2.0;
-                fhi = excess(hi);
-            }
-        }
-    }
-    if (flo == 0.0) return lo;
-    if (fhi == 0.0) return hi;
-    if (!(flo < 0.0 && fhi > 0.0)) return fail->set(NE_CONV), 0.0;
-    std::uintmax_t iterations = 100;
+    Secant last = secant_search(excess, tukey_start(p, r, v));
+    if (last.f1 == 0.0 && last.x1 > 0.0) return last.x1;
+    const Bracket bracket = bracket_root(
+        excess, last, [&] { return tukey_start(p, r, v); }, p);
+    if (bracket.flo == 0.0) return bracket.lo;
+    if (bracket.fhi == 0.0) return bracket.hi;
+    if (!(bracket.flo < 0.0 && bracket.fhi > 0.0)) return fail->set(NE_CONV), 0.0;
+    std::uintmax_t iterations = kRefineIterations;
     const auto root = boost::math::tools::toms748_solve(
-        excess, lo, hi, flo, fhi, boost::math::tools::eps_tolerance<double>(50), iterations,
-        detail::QuietPolicy());
-    if (iterations >= 100) fail->set(NE_CONV);
+        excess, bracket.lo, bracket.hi, bracket.flo, bracket.fhi,
+        boost::math::tools::eps_tolerance<double>(50), iterations, numeric::BoostPolicy());
+    if (iterations >= kRefineIterations) fail->set(NE_CONV);
     return 0.5 * (root.first + root.second);
 }
 

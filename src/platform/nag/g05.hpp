@@ -92,6 +92,11 @@ void g05lnc(double a, double b, int n, double x[], G05State& state, NagError* fa
 void g05lzc(Nag_ModeRNG mode, int m, const double xmu[], const double c[], int tdc, double x[],
             G05State& state, double r[], int nr, NagError* fail);
 int g05lzc_reference_size(int m);
+// The generation step of g05lzc without its checks, for a caller that has set r up and
+// checked xmu: count vectors x = xmu + A z written one after another (count * m values),
+// z the caller's scratch of m doubles, so that many vectors cost no allocation.
+void g05lzc_generate(int m, const double xmu[], const double r[], double x[], int count,
+                     G05State& state, double z[]);
 inline constexpr int g05lzc_max_dimension = 46340;  // m * m + 1 must fit an int
 
 // ---- Discrete generators (set up and generate in one call) ---------------------------

@@ -303,6 +303,24 @@ void set_up_factor(int m, const double c[], int tdc, double r[], NagError* fail)
 
 }  // namespace
 
+void g05lzc_generate(int m, const double xmu[], const double r[], double x[], int count,
+                     G05State& state, double z[]) {
+    const auto& zn = rng::normal_ziggurat();
+    Engine eng(state);
+    const double* a = r + 1;
+    // x = mu + A z, with z drawn first and the product taken from the top row down.
+    for (int k = 0; k < count; ++k) {
+        double* out = x + static_cast<std::size_t>(k) * static_cast<std::size_t>(m);
+        for (int j = 0; j < m; ++j) z[j] = rng::normal(eng, zn);
+        for (int i = 0; i < m; ++i) {
+            double sum = 0.0;
+            const double* row = a + static_cast<std::size_t>(i) * m;
+            for (int j = 0; j < m; ++j) sum += row[j] * z[j];
+            out[i] = xmu[i] + sum;
+        }
+    }
+}
+
 void g05lzc(Nag_ModeRNG mode, int m, const double xmu[], const double c[], int tdc, double x[],
             G05State& state, double r[], int nr, NagError* fail) {
     fail->set(NE_NOERROR);
@@ -328,11 +346,7 @@ void g05lzc(Nag_ModeRNG mode, int m, const double xmu[], const double c[], int t
         if (fail->failed()) return;
     }
     if (!generate) return;
-    const auto& zn = rng::normal_ziggurat();
-    Engine eng(state);
-    const double* a = r + 1;
-    // x = mu + A z, with z drawn into x first and the product taken from the top row down
-    // through a small stack buffer when m is small, so no allocation happens here.
+    // z lives in a small stack buffer when m is small, so no allocation happens then.
     constexpr int stack_dimension = 64;
     double z_small[stack_dimension];
     double* z = z_small;
@@ -345,13 +359,7 @@ void g05lzc(Nag_ModeRNG mode, int m, const double xmu[], const double c[], int t
         }
         z = z_heap;
     }
-    for (int j = 0; j < m; ++j) z[j] = rng::normal(eng, zn);
-    for (int i = 0; i < m; ++i) {
-        double sum = 0.0;
-        const double* row = a + static_cast<std::size_t>(i) * m;
-        for (int j = 0; j < m; ++j) sum += row[j] * z[j];
-        x[i] = xmu[i] + sum;
-    }
+    g05lzc_generate(m, xmu, r, x, 1, state, z);
     delete[] z_heap;
 }
 

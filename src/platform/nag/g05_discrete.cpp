@@ -22,15 +22,15 @@
 #include <cstdint>
 
 #include "platform/nag/g05_engine.hpp"
+#include "platform/numeric/stirling.hpp"
 
 namespace zemath::nag {
 
 namespace {
 
+using numeric::log_factorial;
 using rng::Engine;
-using rng::log_factorial;
 
-constexpr double kHalfLogTwoPi = 0.91893853320467274178;
 constexpr double kIntMax = static_cast<double>(INT_MAX);
 
 // Sequential inversion of a law on 0, 1, 2, ... from P(0) and the ratio P(k)/P(k-1).
@@ -60,17 +60,14 @@ int invert_sequentially(Engine& eng, double p0, double mean, int upper, Ratio ra
     }
 }
 
-// Stirling correction of ln k!: ln k! - [(k + 1/2) ln(k + 1) - (k + 1) + ln sqrt(2 pi)].
+// Stirling correction of ln k!: ln k! - [(k + 1/2) ln(k + 1) - (k + 1) + ln sqrt(2 pi)],
+// which is Stirling's error term at k + 1.
 double stirling_correction(double k) {
-    if (k < 10)
-        return log_factorial(k) - ((k + 0.5) * std::log(k + 1.0) - (k + 1.0) + kHalfLogTwoPi);
-    const double inv = 1.0 / (k + 1.0);
-    const double inv2 = inv * inv;
-    return (1.0 / 12.0 - (1.0 / 360.0 - inv2 / 1260.0) * inv2) * inv;
+    return numeric::stirling_error(k + 1.0);
 }
 
 class BinomialSampler {
-public:
+  public:
     BinomialSampler(int trials, double p) : n_(trials), flip_(p > 0.5) {
         p_ = flip_ ? 1.0 - p : p;
         const double q = 1.0 - p_;
@@ -111,7 +108,7 @@ public:
         return flip_ ? n_ - k : k;
     }
 
-private:
+  private:
     int invert(Engine& eng) const {
         return invert_sequentially(eng, p0_, mean_, n_, [this](int k) { return a_ / k - s_; });
     }
@@ -175,7 +172,7 @@ private:
 };
 
 class PoissonSampler {
-public:
+  public:
     explicit PoissonSampler(double lambda) : lambda_(lambda), inversion_(lambda < 10.0) {
         if (inversion_) {
             p0_ = std::exp(-lambda);
@@ -209,7 +206,7 @@ public:
         }
     }
 
-private:
+  private:
     double lambda_;
     bool inversion_;
     double p0_ = 0;
@@ -217,7 +214,7 @@ private:
 };
 
 class HypergeometricSampler {
-public:
+  public:
     HypergeometricSampler(int ns, int np, int m) : m_(m) {
         swap_sample_ = np > ns - np;
         swap_good_ = m > ns - m;
@@ -259,7 +256,7 @@ public:
         return static_cast<int>(k);
     }
 
-private:
+  private:
     // ln of the unnormalised probability of k successes.
     double log_weight(double k) const {
         return -(log_factorial(k) + log_factorial(good_ - k) + log_factorial(sample_ - k) +

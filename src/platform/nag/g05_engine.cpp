@@ -1,6 +1,5 @@
-// g05kcc and the read-only tables under the generators: the two ziggurats and the
-// log-factorial table. Tables are built once, at first use (thread-safe static
-// initialisation), and never change afterwards.
+// g05kcc and the read-only tables under the generators: the two ziggurats. Tables are built once,
+// at first use (thread-safe static initialisation), and never change afterwards.
 #include "platform/nag/g05_engine.hpp"
 
 #include <chrono>
@@ -124,31 +123,6 @@ const Ziggurat& exponential_ziggurat() {
         [](long double x) { return std::exp(-x); }, [](long double y) { return -std::log(y); },
         [](long double r) { return std::exp(-r); }, 6.0L, 9.0L);
     return table;
-}
-
-double log_factorial(double k) {
-    constexpr int table_size = 128;
-    struct Table {
-        double value[table_size];
-    };
-    static const Table table = [] {
-        Table t{};
-        long double sum = 0.0L;
-        t.value[0] = 0.0;
-        for (int i = 1; i < table_size; ++i) {
-            sum += std::log(static_cast<long double>(i));
-            t.value[i] = static_cast<double>(sum);
-        }
-        return t;
-    }();
-    if (k < table_size) return table.value[static_cast<int>(k)];
-    // Stirling's series for ln Gamma(x), x = k + 1 >= 129; the next term is below 1e-17.
-    const double x = k + 1.0;
-    const double inv = 1.0 / x;
-    const double inv2 = inv * inv;
-    constexpr double half_log_two_pi = 0.91893853320467274178;
-    return (x - 0.5) * std::log(x) - x + half_log_two_pi +
-           inv * (1.0 / 12.0 - inv2 * (1.0 / 360.0 - inv2 / 1260.0));
 }
 
 }  // namespace rng

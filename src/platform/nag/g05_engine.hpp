@@ -6,8 +6,8 @@
 // variates: 256-layer ziggurats (Marsaglia and Tsang 2000) drawing the layer, the sign
 // and the abscissa from disjoint bits of one 64-bit word (Doornik 2005), with tables
 // whose right end r is solved to closure at first use. Gamma: Marsaglia and Tsang
-// (2000), with G(a) = G(a + 1) U^(1/a) for a < 1 kept in logarithms. Log-factorials:
-// a table below 128 and Stirling's series above (error below 1e-17 there).
+// (2000), with G(a) = G(a + 1) U^(1/a) for a < 1 kept in logarithms. Log-factorials come
+// from platform/numeric/stirling.hpp.
 #pragma once
 
 #include <cmath>
@@ -19,7 +19,7 @@ namespace zemath::nag::rng {
 
 // Fast engine copy: the hot loops keep the four words in registers and write them back.
 class Engine {
-public:
+  public:
     explicit Engine(G05State& state) : state_(state) {
         for (int i = 0; i < 4; ++i) s_[i] = state.iseed[i];
     }
@@ -63,7 +63,7 @@ public:
         return product >> 32;
     }
 
-private:
+  private:
     static std::uint64_t rotl(std::uint64_t x, int k) { return (x << k) | (x >> (64 - k)); }
     G05State& state_;
     std::uint64_t s_[4];
@@ -121,7 +121,7 @@ inline double exponential(Engine& eng, const Ziggurat& z) {
 
 // Gamma(shape, 1) by Marsaglia and Tsang for shape >= 1; set up once per shape.
 class GammaSampler {
-public:
+  public:
     explicit GammaSampler(double shape)
         : small_(shape < 1.0),
           inv_shape_(1.0 / shape),
@@ -142,7 +142,7 @@ public:
         return small_ ? std::log(g) + std::log(eng.uniform_open()) * inv_shape_ : std::log(g);
     }
 
-private:
+  private:
     double core(Engine& eng, const Ziggurat& zn) const {
         for (;;) {
             const double z = normal(eng, zn);
@@ -161,9 +161,6 @@ private:
     double d_;
     double c_;
 };
-
-// ln k! for k >= 0 (a real k is accepted for Stirling's range).
-double log_factorial(double k);
 
 }  // namespace zemath::nag::rng
 

@@ -17,27 +17,11 @@
 #include <array>
 #include <cmath>
 
+#include "platform/numeric/gauss_legendre.hpp"
+
 namespace zemath::nag::detail {
 
-// 20-point Gauss-Legendre rule: positive nodes and their weights.
-inline constexpr std::array<double, 10> kGauss20Node = {
-    0.9931285991850949, 0.9639719272779138, 0.9122344282513259, 0.8391169718222188,
-    0.7463319064601508, 0.6360536807265150, 0.5108670019508271, 0.3737060887154196,
-    0.2277858511416451, 0.07652652113349733};
-inline constexpr std::array<double, 10> kGauss20Weight = {
-    0.01761400713915212, 0.04060142980038694, 0.06267204833410906, 0.08327674157670475,
-    0.1019301198172404,  0.1181945319615184,  0.1316886384491766,  0.1420961093183821,
-    0.1491729864726037,  0.1527533871307259};
-
-template <class F>
-double gauss20(const F& f, double lo, double hi) {
-    const double mid = 0.5 * (lo + hi);
-    const double half = 0.5 * (hi - lo);
-    double sum = 0.0;
-    for (std::size_t i = 0; i < kGauss20Node.size(); ++i)
-        sum += kGauss20Weight[i] * (f(mid + half * kGauss20Node[i]) + f(mid - half * kGauss20Node[i]));
-    return sum * half;
-}
+using numeric::gauss_legendre20;
 
 // Integral of f over [lo, hi] (lo may be -inf, hi +inf). dlog and d2log are the first
 // and second derivatives of ln f (approximate values suffice: they only place panels).
@@ -86,7 +70,7 @@ double integrate_log_concave(const F& f, const D1& dlog, const D2& d2log, double
             const bool last = side > 0 ? b >= end : b <= end;
             if (last) b = end;
             if (side > 0 ? a >= b : b >= a) break;
-            const double piece = side > 0 ? gauss20(f, a, b) : gauss20(f, b, a);
+            const double piece = side > 0 ? gauss_legendre20(f, a, b) : gauss_legendre20(f, b, a);
             total += piece;
             if (last) break;
             if (f(b) * (far - near) <= kNegligible * total) break;
@@ -110,13 +94,13 @@ struct Feature {
 // point +- width * 2^k, k = 0, 1, ..., out to `reach`: every feature is resolved on its
 // own scale and panels widen geometrically away from it.
 template <class F, std::size_t N>
-double integrate_with_features(const F& f, double lo, double hi, const std::array<Feature, N>& features,
-                               double reach) {
+double integrate_with_features(const F& f, double lo, double hi,
+                               const std::array<Feature, N>& features, double reach) {
     constexpr int kLevels = 60;
     double lowest = hi;
     for (const Feature& ft : features) lowest = std::min(lowest, ft.point);
     const double start = std::isfinite(lo) ? lo : lowest - reach;
-    std::array<double, 2 + N * (2 * kLevels + 1)> breaks{};
+    std::array<double, 2 + N*(2 * kLevels + 1)> breaks{};
     std::size_t count = 0;
     breaks[count++] = start;
     breaks[count++] = hi;
@@ -132,7 +116,7 @@ double integrate_with_features(const F& f, double lo, double hi, const std::arra
     std::sort(breaks.begin(), breaks.begin() + count);
     double total = 0.0;
     for (std::size_t i = 0; i + 1 < count; ++i)
-        if (breaks[i + 1] > breaks[i]) total += gauss20(f, breaks[i], breaks[i + 1]);
+        if (breaks[i + 1] > breaks[i]) total += gauss_legendre20(f, breaks[i], breaks[i + 1]);
     return total;
 }
 

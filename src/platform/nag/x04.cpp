@@ -7,7 +7,9 @@
 
 namespace zemath::nag {
 
-void* x04bbc(std::size_t bytes) noexcept { return bytes ? std::malloc(bytes) : nullptr; }
+void* x04bbc(std::size_t bytes) noexcept {
+    return bytes ? std::malloc(bytes) : nullptr;
+}
 
 void x04bdc(void** block) noexcept {
     if (!block) return;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 
+#include "core/allocate.hpp"
 #include "platform/util/sort_kernels.hpp"
 
 namespace zemath::util {
@@ -26,11 +27,6 @@ struct IndexLess {
         return compare(base + a * width, base + b * width) < 0;
     }
 };
-
-template <class T>
-std::unique_ptr<T[]> try_allocate(std::size_t n) {
-    return std::unique_ptr<T[]>(new (std::nothrow) T[n]);
-}
 
 template <std::size_t W, bool Stable>
 bool sort_fixed(unsigned char* base, std::size_t n, RecordCompare compare) {

@@ -1,0 +1,111 @@
+// The shared numerical kernels: their constant tables against the generator's mpmath
+// digits, the log-factorial and Stirling's error against mpmath, two-part arithmetic
+// against exact identities, and the normal tails' symmetry and agreement.
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <cmath>
+#include <limits>
+
+#include "platform/numeric/extended.hpp"
+#include "platform/numeric/gauss_legendre.hpp"
+#include "platform/numeric/normal.hpp"
+#include "platform/numeric/stirling.hpp"
+#include "platform/numeric/two_part.hpp"
+#include "reference/numeric_tables_ref.inc"
+
+namespace {
+
+using namespace zemath::numeric;
+
+template <std::size_t Half, std::size_t N>
+void expect_rule(const GaussLegendreRule<Half>& rule, const double (&node)[N],
+                 const double (&weight)[N], const char* name) {
+    static_assert(Half == N, "rule and reference differ in length");
+    double weight_sum = 0.0;
+    for (std::size_t i = 0; i < N; ++i) {
+        EXPECT_EQ(rule.node[i], node[i]) << name << " node " << i;
+        EXPECT_EQ(rule.weight[i], weight[i]) << name << " weight " << i;
+        weight_sum += 2.0 * rule.weight[i];
+    }
+    EXPECT_NEAR(weight_sum, 2.0, 8 * DBL_EPSILON)
+        << name << ": the weights integrate 1 over [-1, 1]";
+}
+
+TEST(NumericTables, GaussLegendreRulesCarryTheGeneratedDigits) {
+    expect_rule(kGaussLegendre6, kRefGaussNode6, kRefGaussWeight6, "6-point");
+    expect_rule(kGaussLegendre12, kRefGaussNode12, kRefGaussWeight12, "12-point");
+    expect_rule(kGaussLegendre20, kRefGaussNode20, kRefGaussWeight20, "20-point");
+}
+
+TEST(NumericTables, TwentyPointRuleIsExactToDegree39) {
+    // integral_0^2 x^k dx = 2^(k+1)/(k+1); odd and even degrees up to 2n - 1 = 39.
+    for (int k : {0, 1, 2, 7, 20, 38, 39}) {
+        const double got = gauss_legendre20([k](double x) { return std::pow(x, k); }, 0.0, 2.0);
+        const double exact = std::ldexp(1.0, k + 1) / (k + 1);
+        EXPECT_NEAR(got / exact, 1.0, 64 * DBL_EPSILON) << "degree " << k;
+    }
+}
+
+TEST(NumericStirling, LogFactorialAndErrorTermAgainstMpmath) {
+    // ln k!: a few ulps. The error term: the documented absolute bounds (lgamma minus the
+    // formula at non-integers below 15, the truncated series above 15).
+    for (const auto& r : kRefLogFactorial) {
+        const double k = r[0];
+        const bool whole = std::floor(k) == k;
+        if (whole || k >= 128) {
+            EXPECT_NEAR(log_factorial(k), r[1], 4 * DBL_EPSILON * std::fabs(r[1]) + 1e-300)
+                << "ln " << k << "!";
+        }
+        const double error_tolerance = (!whole && k < 15) ? 1e-15
+                                       : k <= 15          ? 2 * DBL_EPSILON * r[2]
+                                       : k <= 35          ? 2e-16
+                                                          : 3e-17;
+        EXPECT_NEAR(stirling_error(k), r[2], error_tolerance) << "Stirling's error at " << k;
+    }
+    for (int k = 0; k < 16; ++k) EXPECT_EQ(stirling_error(k), kRefStirlingError[k]) << k;
+}
+
+TEST(NumericTwoPart, OperationsAreExactWhereTheyMustBe) {
+    // two_sum: a + b = hi + lo exactly, checked in the extended type (64 bits suffice
+    // for these operands, whose exponents differ by less than 11).
+    const double a = 1.0 + 0x1p-30, b = 0x1p-40 + 0x1p-60;
+    const TwoPart s = two_sum(a, b);
+    EXPECT_EQ(Extended(s.hi) + Extended(s.lo), Extended(a) + Extended(b));
+    const TwoPart q = quick_two_sum(a, b);
+    EXPECT_EQ(q.hi, s.hi);
+    EXPECT_EQ(q.lo, s.lo);
+    // two_product: (1 + 2^-30)^2 = 1 + 2^-29 + 2^-60, the last term below double resolution.
+    const TwoPart p = two_product(a, a);
+    EXPECT_EQ(p.hi, 1.0 + 0x1p-29);
+    EXPECT_EQ(p.lo, 0x1p-60);
+    // 1/3 to twice the precision: 3 * (hi + lo) = 1 within 2^-104.
+    const TwoPart third = reciprocal(3.0);
+    const TwoPart one = multiply(TwoPart{3.0, 0.0}, third);
+    EXPECT_EQ(one.hi, 1.0);
+    EXPECT_LE(std::fabs(one.lo), 0x1p-104);
+    // ln of 10^-300 in two parts against its mpmath value -690.77552789821370520539...
+    const TwoPart ln = log_two_part(1e-300, 0.0);
+    EXPECT_NEAR(ln.hi, -690.7755278982137, 1e-12);
+    EXPECT_EQ(negate(add(ln, negate(ln))).hi, 0.0);
+}
+
+TEST(NumericNormal, TailsAreSymmetricAndTheCorrectionIsUsed) {
+    const double kInf = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(normal_upper(kInf), 0.0);
+    EXPECT_EQ(normal_upper(-kInf), 1.0);
+    EXPECT_EQ(normal_within(-kInf), 1.0);
+    EXPECT_EQ(normal_upper(0.0), 0.5);
+    for (double z : {-37.5, -8.0, -1.0, 0.25, 3.0, 20.0}) {
+        EXPECT_EQ(normal_lower(z), normal_upper(-z)) << z;
+        EXPECT_NEAR(normal_lower(z) + normal_upper(z), 1.0, 2 * DBL_EPSILON) << z;
+        EXPECT_NEAR(normal_within(z), 1.0 - 2.0 * normal_upper(std::fabs(z)), 4 * DBL_EPSILON) << z;
+    }
+    // A low part of the argument moves the tail by phi(z) * z_low: at z = 30,
+    // z_low = 1e-15 the tail changes by a relative 3e-14 (d ln Q / dz = -z about).
+    const double base = normal_upper(30.0);
+    const double moved = normal_upper(30.0, 1e-15);
+    EXPECT_NEAR(moved / base - 1.0, -30.0 * 1e-15, 1e-16);
+}
+
+}  // namespace
