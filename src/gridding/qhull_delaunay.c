@@ -10,7 +10,7 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "libqhull_r/qhull_ra.h"
+#include <libqhull_r/qhull_ra.h>
 
 int zemath_qhull_delaunay(int n, double* points, int extra_setting, int* tri, int capacity,
                           int* count);

@@ -1,7 +1,7 @@
 // Shapiro-Wilk normality test: the record-filling export with its two computing paths
 // (the library's own AS R94, or the back end's g01ddc limited to 2000 points), and the
 // bare AS R94 and single-precision AS 181 entry points (kernels in
-// platform/numeric/shapiro_wilk.hpp).
+// platform/nag/shapiro_wilk.hpp).
 #include <algorithm>
 #include <climits>
 #include <cmath>
@@ -10,7 +10,7 @@
 #include "core/guard.hpp"
 #include "core/missing.hpp"
 #include "platform/nag/g01_summary.hpp"
-#include "platform/numeric/shapiro_wilk.hpp"
+#include "platform/nag/shapiro_wilk.hpp"
 #include "zemath/statistics.h"
 #include "zemath/status.h"
 

@@ -14,7 +14,7 @@
 #include <cmath>
 #include <vector>
 
-#include "platform/numeric/shapiro_wilk.hpp"
+#include "platform/nag/shapiro_wilk.hpp"
 
 namespace zemath::nag {
 

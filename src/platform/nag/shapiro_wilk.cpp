@@ -1,6 +1,6 @@
 // Shapiro-Wilk kernels: AS R94 in double precision, AS 181 in single precision.
 // Constants are those of the published algorithms (see shapiro_wilk.hpp).
-#include "platform/numeric/shapiro_wilk.hpp"
+#include "platform/nag/shapiro_wilk.hpp"
 
 #include <algorithm>
 #include <cmath>
