@@ -6,7 +6,9 @@
  * an int. Ascending: -1 when a < b, 1 when a > b, 0 otherwise; descending: 1 when a < b,
  * -1 when a > b, 0 otherwise. Comparisons are plain ordered ones: NaN compares equal to
  * everything (it ends wherever the algorithm leaves it), NANUM is an ordinary tiny
- * negative number (just below 0), -0.0 equals 0.0. Records need no alignment.
+ * negative number (just below 0), -0.0 equals 0.0. Records need no alignment. A NULL
+ * record pointer is the smallest record (first when ascending, last when descending; two
+ * NULLs are equal), so a direct call with NULL never faults.
  *
  * Comparison functions travel as void* (the lookup's return type and the sort entry
  * points' argument), so C callers pass what the lookup returns without casts. */

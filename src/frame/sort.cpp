@@ -35,8 +35,15 @@ namespace {
 // --- Comparison functions ---------------------------------------------------------------
 
 // Keys are read with memcpy: records (key + companion) are packed without alignment.
+// A NULL record pointer orders before every record (two NULLs are equal): the functions
+// are exported and may be called directly, and a null test is one predictable branch.
+inline int null_order(const void* a, const void* b) {
+    return a ? 1 : (b ? -1 : 0);
+}
+
 template <class T>
 int compare_ascend(const void* a, const void* b) {
+    if (!a || !b) return null_order(a, b);
     T x, y;
     std::memcpy(&x, a, sizeof x);
     std::memcpy(&y, b, sizeof y);
@@ -45,6 +52,7 @@ int compare_ascend(const void* a, const void* b) {
 
 template <class T>
 int compare_descend(const void* a, const void* b) {
+    if (!a || !b) return -null_order(a, b);
     T x, y;
     std::memcpy(&x, a, sizeof x);
     std::memcpy(&y, b, sizeof y);
