@@ -140,11 +140,12 @@ ZEMATH_API double poisspdf(int x, double lambda, int* status);
 ZEMATH_API double hygecdf(int k, int m, int n, int l, int tail, int* status);
 
 /* Non-central t lower tail P(T <= t) with df >= 1 (else 5) degrees of freedom and
- * non-centrality delta. maxiter must be >= 1 (else 11); the series are always summed to
- * full precision, so maxiter never truncates them. 300: a series did not converge. */
+ * non-centrality |delta| <= 1e4 (else 7: the series' length grows with delta). maxiter
+ * must be >= 1 (else 11); the series are always summed to full precision, so maxiter
+ * never truncates them. 300: a series did not converge. */
 ZEMATH_API double nctcdf(double t, double df, double delta, int maxiter, int* status);
 /* Non-central chi-square lower tail at x >= 0 (else 5), f > 0 degrees of freedom (else
- * 6), non-centrality lambda >= 0 (else 5). */
+ * 6), non-centrality 0 <= lambda <= 1e9 (else 5 / 7). */
 ZEMATH_API double ncchi2cdf(double x, double f, double lambda, int* status);
 /* Non-central F lower tail at f >= 0 with df1, df2 > 0 and non-centrality lambda >= 0;
  * codes as ncchi2cdf. */

@@ -133,7 +133,12 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter,
               NagError* fail) {
     if (std::isnan(t) || std::isnan(df) || std::isnan(delta)) return fail->set(NE_REAL), 0.0;
     if (df < 1.0) return fail->set(NE_REAL_ARG_LT), 0.0;
-    if (std::isinf(df) || std::isinf(delta)) return fail->set(NE_REAL_ARG_GT), 0.0;
+    // The series' length grows with delta (its Poisson weights centre on delta^2 / 2):
+    // past kMaxNonCentrality a call could run for minutes (delta = DBL_MAX took 49 s to
+    // fail), so larger |delta| is refused as out of range.
+    constexpr double kMaxNonCentrality = 1e4;
+    if (std::isinf(df) || !(std::fabs(delta) <= kMaxNonCentrality))
+        return fail->set(NE_REAL_ARG_GT), 0.0;
     if (max_iter < 1) return fail->set(NE_INT_ARG_LT), 0.0;
     fail->set(NE_NOERROR);
     if (t == -INFINITY) return 0.0;
@@ -153,6 +158,10 @@ double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter,
     if (std::isnan(x)) return fail->set(NE_REAL), 0.0;
     if (x < 0.0) return fail->set(NE_REAL_ARG_LT), 0.0;
     if (bad_positive(df, fail) || bad_lambda(lambda, fail)) return 0.0;
+    // Boost's sum from the Poisson mode stalls for lambda of 5e9 and more (minutes per
+    // call); 1e9 still takes milliseconds. Larger lambda is refused as out of range.
+    constexpr double kMaxChiSquareNonCentrality = 1e9;
+    if (lambda > kMaxChiSquareNonCentrality) return fail->set(NE_REAL_ARG_GT), 0.0;
     if (max_iter < 1) return fail->set(NE_INT_ARG_LT), 0.0;
     fail->set(NE_NOERROR);
     if (x == INFINITY) return 1.0;
