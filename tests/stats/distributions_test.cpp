@@ -324,7 +324,7 @@ TEST(DistributionValues, FinvFallsBackToTheUpperTailTable) {
 
 }  // namespace
 
-// Extreme parameters end quickly with the right answer: a studentized range with v far
+// Extreme arguments end quickly with the right answer: a studentized range with v far
 // beyond 1e19 is the limit law (range of r standard normals; r = 2: erf(q / 2)), and the
 // non-central t and chi-square refuse |delta| above 1e4 and lambda above 1e9 instead of
 // summing for minutes.
@@ -336,6 +336,15 @@ TEST(DistributionValues, ExtremeParametersTakeTheLimitOrAreRefused) {
         // erf(q / 2) = 0.5 at q = 2 * 0.476936276204469873 (inverse erf of 1/2).
         EXPECT_NEAR(srangeinv(0.5, v, 2, &status), 0.953872552408939746, 1e-12) << v;
         EXPECT_EQ(status, 0);
+    }
+    // Huge finite arguments of the bivariate normal are their infinite limits (NaN before).
+    for (double rho : {-0.5, 0.0, 0.984}) {
+        EXPECT_EQ(bivarnormcdf(4.3e-60, -DBL_MAX, rho, &status), 0.0) << rho;
+        EXPECT_EQ(status, 0);
+        EXPECT_NEAR(bivarnormcdf(DBL_MAX, 0.5, rho, &status),
+                    0.5 * std::erfc(-0.5 / std::sqrt(2.0)), 1e-15)
+            << rho;
+        EXPECT_EQ(bivarnormcdf(1e300, 1e300, rho, &status), 1.0) << rho;
     }
     for (double lambda : {1.01e9, 1e12, DBL_MAX}) {
         EXPECT_EQ(ncchi2cdf(0.5, 0.5, lambda, &status), NANUM) << lambda;
