@@ -33,8 +33,9 @@ class Input {
     // One of n choices (n >= 1).
     int pick(int n) { return static_cast<int>(byte() % static_cast<unsigned>(n)); }
 
-    // A count in [-2, max], biased towards the small and the edges.
+    // A count in [-1, max] (max below 0 reads as 0), biased towards the small and the edges.
     int count(int max) {
+        if (max < 0) max = 0;
         switch (byte() % 8) {
             case 0:
                 return 0;
