@@ -147,11 +147,11 @@ ZEMATH_API double nctcdf(double t, double df, double delta, int maxiter, int* st
 /* Non-central chi-square lower tail at x >= 0 (else 5), f > 0 degrees of freedom (else
  * 6), non-centrality 0 <= lambda <= 1e9 (else 5 / 7). */
 ZEMATH_API double ncchi2cdf(double x, double f, double lambda, int* status);
-/* Non-central F lower tail at f >= 0 with df1, df2 > 0 and non-centrality lambda >= 0;
- * codes as ncchi2cdf. */
+/* Non-central F lower tail at f >= 0 with df1, df2 > 0 and non-centrality
+ * 0 <= lambda <= 1e9; codes as ncchi2cdf. */
 ZEMATH_API double ncfcdf(double f, double df1, double df2, double lambda, int* status);
 /* Non-central beta lower tail at 0 <= x <= 1 (else 5 / 7) with shapes a, b > 0 and
- * non-centrality lambda >= 0. */
+ * non-centrality 0 <= lambda <= 1e9 (else 5 / 7). */
 ZEMATH_API double ncbetacdf(double x, double a, double b, double lambda, int* status);
 /* Standard bivariate normal P(X <= x, Y <= y) with correlation corre, |corre| <= 1
  * (else 7). */

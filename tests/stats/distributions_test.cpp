@@ -326,8 +326,8 @@ TEST(DistributionValues, FinvFallsBackToTheUpperTailTable) {
 
 // Extreme arguments end quickly with the right answer: a studentized range with v far
 // beyond 1e19 is the limit law (range of r standard normals; r = 2: erf(q / 2)), and the
-// non-central t and chi-square refuse |delta| above 1e4 and lambda above 1e9 instead of
-// summing for minutes.
+// non-central t refuses |delta| above 1e4 and the non-central mixtures lambda above 1e9
+// instead of summing for minutes (or overflowing an int index).
 TEST(DistributionValues, ExtremeParametersTakeTheLimitOrAreRefused) {
     int status = -1;
     for (double v : {1e20, 1e300, DBL_MAX}) {
@@ -348,6 +348,10 @@ TEST(DistributionValues, ExtremeParametersTakeTheLimitOrAreRefused) {
     }
     for (double lambda : {1.01e9, 1e12, DBL_MAX}) {
         EXPECT_EQ(ncchi2cdf(0.5, 0.5, lambda, &status), NANUM) << lambda;
+        EXPECT_EQ(status, 7) << lambda;
+        EXPECT_EQ(ncfcdf(0.5, 0.5, 0.5, lambda, &status), NANUM) << lambda;  // int overflow before
+        EXPECT_EQ(status, 7) << lambda;
+        EXPECT_EQ(ncbetacdf(0.5, 0.5, 0.5, lambda, &status), NANUM) << lambda;
         EXPECT_EQ(status, 7) << lambda;
     }
     EXPECT_NEAR(ncchi2cdf(1e9, 0.5, 1e9, &status), 0.5, 1e-4);  // mean f + lambda, sd 6e4
