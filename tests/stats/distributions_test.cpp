@@ -337,6 +337,11 @@ TEST(DistributionValues, ExtremeParametersTakeTheLimitOrAreRefused) {
         EXPECT_NEAR(srangeinv(0.5, v, 2, &status), 0.953872552408939746, 1e-12) << v;
         EXPECT_EQ(status, 0);
     }
+    // A denormal Poisson mean with a huge count: probability 0 (NaN before); x = 1 keeps
+    // the denormal lambda e^-lambda.
+    EXPECT_EQ(poisspdf(67116548, 9.8841767809891302e-312, &status), 0.0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(poisspdf(1, 9.8841767809891302e-312, &status), 9.8841767809891302e-312);
     // Huge finite arguments of the bivariate normal are their infinite limits (NaN before).
     for (double rho : {-0.5, 0.0, 0.984}) {
         EXPECT_EQ(bivarnormcdf(4.3e-60, -DBL_MAX, rho, &status), 0.0) << rho;
