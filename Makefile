@@ -3,7 +3,7 @@
 #   make check   install what is missing, build, run the whole test suite
 JOBS ?= 2
 
-.PHONY: demo check deps build sanitize bench format clean
+.PHONY: demo check deps build sanitize bench format clean tsan fuzz
 
 deps:
 	@bash scripts/install-deps.sh
@@ -31,3 +31,18 @@ format:
 
 clean:
 	@rm -rf build
+
+# ---- Robustness: ThreadSanitizer over the concurrency table, libFuzzer targets --------
+# (the bad-argument sweep and the allocation-failure injection run inside `make check`
+# and `make sanitize`). Each builds only what it runs.
+FUZZ_SECONDS ?= 60
+
+tsan: deps
+	@cmake --preset tsan >/dev/null
+	@cmake --build --preset tsan -j $(JOBS) --target zemath_concurrency_tests
+	@TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 ./build/tsan/tests/zemath_concurrency_tests --gtest_brief=1
+
+fuzz: deps
+	@cmake --preset fuzz >/dev/null
+	@cmake --build --preset fuzz -j $(JOBS) --target zemath_fuzz_targets
+	@bash tests/fuzz/run.sh build/fuzz $(FUZZ_SECONDS)

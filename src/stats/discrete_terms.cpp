@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cfloat>
 #include <cmath>
 #include <numbers>
 
@@ -150,6 +151,10 @@ double poisson_point(int x, double lambda) {
     const double k = x;
     if (x < kPoissonLogForm && lambda < kExpRange && k * std::log(lambda) < kExpRange)
         return std::pow(lambda, k) * std::exp(-lambda) / kFactorial[x];
+    // A mean so small that x / lambda overflows (lambda below 1e-297, x >= 100 here) puts
+    // lambda^x / x! far below the smallest denormal; the deviance form would meet inf - inf
+    // (x = 67116548, lambda = 1e-311 gave NaN).
+    if (!(k / lambda <= DBL_MAX)) return 0.0;
     // exp(x ln lambda - lambda - ln x!) regrouped: -stirling_error(x) - deviance - ln(2 pi x)/2.
     const Pair exponent = add(negate(deviance_term(k, lambda, 0.0)), Pair{-stirling_error(k), 0.0});
     return numeric::exp_two_part(exponent) / std::sqrt(2.0 * std::numbers::pi * k);

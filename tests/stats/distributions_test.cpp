@@ -6,6 +6,7 @@
 // distributions_accuracy_test; the back-end routines' own behaviour in tests/platform.
 #include <gtest/gtest.h>
 
+#include <cfloat>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -324,3 +325,50 @@ TEST(DistributionValues, FinvFallsBackToTheUpperTailTable) {
 }
 
 }  // namespace
+
+// Extreme arguments end quickly with the right answer: a studentized range with v far
+// beyond 1e19 is the limit law (range of r standard normals; r = 2: erf(q / 2)), and the
+// non-central t refuses |delta| above 1e4 and the non-central mixtures lambda above 1e9
+// instead of summing for minutes (or overflowing an int index).
+TEST(DistributionValues, ExtremeParametersTakeTheLimitOrAreRefused) {
+    int status = -1;
+    for (double v : {1e20, 1e300, DBL_MAX}) {
+        EXPECT_NEAR(srangecdf(1.5, v, 2, &status), std::erf(0.75), 1e-15) << v;
+        EXPECT_EQ(status, 0);
+        // erf(q / 2) = 0.5 at q = 2 * 0.476936276204469873 (inverse erf of 1/2).
+        EXPECT_NEAR(srangeinv(0.5, v, 2, &status), 0.953872552408939746, 1e-12) << v;
+        EXPECT_EQ(status, 0);
+    }
+    // A denormal Poisson mean with a huge count: probability 0 (NaN before); x = 1 keeps
+    // the denormal lambda e^-lambda.
+    EXPECT_EQ(poisspdf(67116548, 9.8841767809891302e-312, &status), 0.0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(poisspdf(1, 9.8841767809891302e-312, &status), 9.8841767809891302e-312);
+    // Huge finite arguments of the bivariate normal are their infinite limits (NaN before).
+    for (double rho : {-0.5, 0.0, 0.984}) {
+        EXPECT_EQ(bivarnormcdf(4.3e-60, -DBL_MAX, rho, &status), 0.0) << rho;
+        EXPECT_EQ(status, 0);
+        EXPECT_NEAR(bivarnormcdf(DBL_MAX, 0.5, rho, &status),
+                    0.5 * std::erfc(-0.5 / std::sqrt(2.0)), 1e-15)
+            << rho;
+        EXPECT_EQ(bivarnormcdf(1e300, 1e300, rho, &status), 1.0) << rho;
+    }
+    for (double lambda : {1.01e9, 1e12, DBL_MAX}) {
+        EXPECT_EQ(ncchi2cdf(0.5, 0.5, lambda, &status), NANUM) << lambda;
+        EXPECT_EQ(status, 7) << lambda;
+        EXPECT_EQ(ncfcdf(0.5, 0.5, 0.5, lambda, &status), NANUM) << lambda;  // int overflow before
+        EXPECT_EQ(status, 7) << lambda;
+        EXPECT_EQ(ncbetacdf(0.5, 0.5, 0.5, lambda, &status), NANUM) << lambda;
+        EXPECT_EQ(status, 7) << lambda;
+    }
+    EXPECT_NEAR(ncchi2cdf(1e9, 0.5, 1e9, &status), 0.5, 1e-4);  // mean f + lambda, sd 6e4
+    for (double delta : {1.0001e4, -2e4, 1e300, DBL_MAX}) {
+        EXPECT_EQ(nctcdf(2.0, 5.0, delta, 50, &status), NANUM) << delta;
+        EXPECT_EQ(status, 7) << delta;
+    }
+    // At the limit the value is still computed: P(T <= 1e4) for delta = 1e4 is within
+    // 1e-4 of P(chi2_5 >= 5) = 0.41588 (the Z term shifts it by O(1 / delta)).
+    const double at_limit = nctcdf(1e4, 5.0, 1e4, 50, &status);
+    EXPECT_EQ(status, 0);
+    EXPECT_NEAR(at_limit, 0.41588, 1e-4);
+}

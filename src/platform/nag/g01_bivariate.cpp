@@ -187,6 +187,15 @@ double g01hac(double x, double y, double rho, NagError* fail) {
     if (std::isnan(x) || std::isnan(y) || std::isnan(rho)) return fail->set(NE_REAL), 0.0;
     if (std::fabs(rho) > 1.0) return fail->set(NE_REAL_ARG_GT), 0.0;
     fail->set(NE_NOERROR);
+    // Beyond |z| = 40 a normal tail is below 4e-350, under the smallest denormal, so such
+    // an argument gives exactly the result of its infinite limit in double; mapped to it
+    // here because the rules below overflow on huge finite arguments (y = -DBL_MAX gave NaN).
+    constexpr double kTailLimit = 40.0;
+    const auto limit = [](double z) {
+        return z < -kTailLimit ? -INFINITY : (z > kTailLimit ? INFINITY : z);
+    };
+    x = limit(x);
+    y = limit(y);
     if (x == -INFINITY || y == -INFINITY) return 0.0;
     if (x == INFINITY) return normal_lower(y);
     if (y == INFINITY) return normal_lower(x);

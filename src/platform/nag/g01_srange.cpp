@@ -81,7 +81,12 @@ double range_probability(double w, double r) {
 double tukey_lower(double q, double v, double r) {
     if (q <= 0.0) return 0.0;
     if (std::isinf(q)) return 1.0;
-    if (std::isinf(v)) return range_probability(q, r);
+    // The scale chi_v / sqrt(v) moves the probability by O(r q^2 / v) relative (below
+    // 1e3 / v over the range of q that matters); past kLimitDf that is below the double
+    // resolution, while the quadrature's density, of width 1/sqrt(2v), would no longer
+    // be resolved (v = 1e300 gave P = 1 after seconds of work). Such v is the limit law.
+    constexpr double kLimitDf = 1e19;
+    if (v >= kLimitDf) return range_probability(q, r);
     const auto integrand = [=](double y) {
         const double density = numeric::chi_scale_log_density(y, v);
         if (density == 0.0) return 0.0;
