@@ -296,6 +296,57 @@ const Exception kNegativeIsNotRefusal[] = {
     {"Compare_double_Descend", "a comparison result"},
 };
 
+// Failures whose header documents that outputs are written (reset to NANUM first, a
+// count of what was needed, a partial result): (export, status, output) with the reason.
+struct DocumentedWrite {
+    const char* name;
+    int status;
+    const char* output;  // a parameter name, or "*" for every output
+    const char* reason;
+};
+const DocumentedWrite kDocumentedWrites[] = {
+    {"zemath_confidence_levels_for_mean", -151, "*", "entries from a bad level on are NANUM"},
+    {"zemath_confidence_levels_for_variance", -151, "*", "lower and upper set to NANUM first"},
+    {"zemath_two_sample_confidence_levels_for_mean", -151, "*", "entries set to NANUM first"},
+    {"zemath_row_quantiles", -151, "*", "a failing row's outputs are NANUM"},
+    {"zemath_row_quantiles_ex", -151, "*", "a failing row's outputs are NANUM"},
+    {"zemath_row_ttest2", -165, "*", "a failing row's outputs are NANUM"},
+    {"zemath_basic_summary_stats", -151, "*", "outputs written on the no-usable-point failure"},
+    {"zemath_opt_summary_stats", -151, "*", "outputs written on the no-usable-point failure"},
+    {"zemath_desc_stats", -151, "res", "the record is reset when no point is usable"},
+    {"zemath_quantiles", -108, "res", "the record is reset first"},
+    {"zemath_quantiles", -156, "res", "the record is reset first"},
+    {"zemath_quantiles", -158, "res", "the record is reset first"},
+    {"zemath_range", -158, "res", "doubles NANUM and indices -1 when no value is usable"},
+    {"zemath_shapiro_wilk_test", -110, "res", "W and P start as NANUM"},
+    {"zemath_shapiro_wilk_test", -165, "res", "W and P start as NANUM"},
+    {"zemath_find_array_step", -18, "step", "the step is set to 0"},
+    {"zemath_find_array_step", -32, "step", "the step is set to 0"},
+    {"zemath_find_array_step_stat_ex", -32, "*", "step and count are still written"},
+    {"zemath_sampling_resolution", -32, "step", "the mean increment is written"},
+    {"zemath_xyz_examine_data_pro", -1, "rec", "the category, -1 included, is kept in the record"},
+    {"zemath_rainflow_cycles", -25, "n_cycles", "the number of cycles needed is reported"},
+};
+
+bool documented_write(const std::string& name, int status, const std::string& output) {
+    for (const DocumentedWrite& w : kDocumentedWrites)
+        if (name == w.name && status == w.status && (std::string(w.output) == "*" || output == w.output))
+            return true;
+    return false;
+}
+
+// Exports whose buffer lengths follow from value arguments (a range of integers), which
+// the sweep cannot keep within its buffers: their integers take only small values.
+const Exception kValueSizedBuffers[] = {
+    {"zemath_frequency_count_i", "counts holds highest - lowest + 1 values"},
+};
+
+bool value_sized(const std::string& name) {
+    for (const Exception& e : kValueSizedBuffers)
+        if (name == e.name) return true;
+    return false;
+}
+
 bool negative_is_refusal(const std::string& name) {
     for (const Exception& e : kNegativeIsNotRefusal)
         if (name == e.name) return false;
@@ -351,6 +402,10 @@ std::vector<Arg> variants(const Export& e, const Param& p) {
             out.push_back(Arg{});
             break;
         case Kind::Integer: {
+            if (value_sized(e.name)) {
+                for (int64_t v : {0, 1, 2, 3, 17}) scalar(std::min<int64_t>(v, p.max));
+                break;
+            }
             const int64_t counts[] = {0, 1, 2, 3, 17, 64, kMaxCount};
             for (int64_t v : counts) scalar(std::min(v, p.max));
             if (p.is_signed) {
@@ -451,6 +506,7 @@ std::vector<Call> plan(const Export& e) {
             const Param& pi = e.params[i];
             const Param& pj = e.params[j];
             if (pi.kind != Kind::Integer || pj.kind != Kind::Integer) continue;
+            if (value_sized(e.name)) continue;
             for (int64_t vi : pair_values) {
                 for (int64_t vj : pair_values) {
                     if ((vi < 0 && !pi.is_signed) || (vj < 0 && !pj.is_signed)) continue;
@@ -549,7 +605,8 @@ void send(int fd, const std::string& line) {
         if (r.is_status && r.status < 0 && check_refusals) {
             for (size_t i = 0; i < n; ++i) {
                 if (args[i].buffer < 0) continue;
-                if (std::memcmp(before[i].get(), buffers[i].get(), kBufferBytes) != 0)
+                if (std::memcmp(before[i].get(), buffers[i].get(), kBufferBytes) != 0 &&
+                    !documented_write(e.name, r.status, e.params[i].name))
                     send(report_fd, "refused with " + std::to_string(r.status) + " but wrote " +
                                         e.params[i].name + ": " + describe(e, calls[k]));
             }
