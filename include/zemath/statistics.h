@@ -202,7 +202,8 @@ ZEMATH_API int zemath_row_desc_stats(int rows, int columns, const double* matrix
                                      DescStatResults* results, const double* weights, double level,
                                      int nMomentDenFlag) ZEMATH_NOEXCEPT;
 /* The same with the output selection of zemath_desc_stats_ex (unselected fields NANUM,
- * counts -1); -156 also for a NULL options. */
+ * counts -1); -156 also for a NULL options. Rows are written as they are computed: -19
+ * (working storage exhausted) leaves the rows before the failing one written. */
 ZEMATH_API int zemath_row_desc_stats_ex(int rows, int columns, const double* matrix,
                                         const DescStatOptions* options, DescStatResults* results,
                                         const double* weights, double level) ZEMATH_NOEXCEPT;
@@ -261,7 +262,8 @@ ZEMATH_API int zemath_one_row_quantiles(const double* data, unsigned int n, doub
 /* zemath_one_row_quantiles of each row of the row-major matrix rows x columns; element r
  * of each output array (rows values, each optional) belongs to row r (NANUM for a row
  * that fails). Returns the first failing row's status, or -3 when rows or columns is
- * <= 0, -11 when matrix is NULL, -19 when working storage fails. */
+ * <= 0, -11 when matrix is NULL, -19 when working storage fails (rows before the failing
+ * one keep their results). */
 ZEMATH_API int zemath_row_quantiles(int rows, int columns, const double* matrix, double* Min,
                                     double* Max, double* Q1, double* Median, double* Q3,
                                     int nInterpolate) ZEMATH_NOEXCEPT;

@@ -52,7 +52,8 @@ typedef struct zemath_xyz_exam {
  * floor(sqrt(n)) when n >= 4 and k * k > n), and the category is 2; both failing give
  * steps 0 and category 2. A grid of more than nVar * 1e6 nodes is random (2).
  * Returns the category (also in rec->nType), or -1 for a null array, n < 1 or no usable
- * point. rec may be NULL (tolerances 1e-8, nothing removed). */
+ * point; -19 when working storage fails (rec then holds what the examination had
+ * reached). rec may be NULL (tolerances 1e-8, nothing removed). */
 ZEMATH_API int zemath_xyz_examine_data_pro(int n, const double* x, const double* y, const double* z,
                                            zemath_xyz_exam* rec) ZEMATH_NOEXCEPT;
 
