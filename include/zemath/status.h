@@ -58,7 +58,10 @@ enum zemath_status {
     ZEMATH_ERR_CONFIDENCE_LEVEL = -196, /* confidence level not strictly between 0 and 1 */
     ZEMATH_ERR_BAD_ABSCISSA = -220,   /* abscissas not acceptable (not increasing, not finite) */
     ZEMATH_ERR_KRIGING_SOLVE = -38,   /* a kriging system could not be factorised or solved */
-    ZEMATH_ERR_COLLINEAR = -130       /* all nodes of a triangulation are collinear */
+    ZEMATH_ERR_COLLINEAR = -130,      /* all nodes of a triangulation are collinear */
+    ZEMATH_ERR_TOO_MANY_REGIONS = -56, /* more regions found than the caller's capacity */
+    ZEMATH_ERR_PEAK_PREPARE = -57,    /* the derivative for a peak search could not be prepared */
+    ZEMATH_ERR_PEAK_SEARCH = -58      /* the peak search on a derivative failed */
 };
 
 /* Error numbers handed on from the numerical back end (positive). The distribution

@@ -55,6 +55,9 @@ extern "C" ZEMATH_API const char* zemath_status_string(int status) {
         case ZEMATH_ERR_BAD_ABSCISSA: return "abscissas not acceptable";
         case ZEMATH_ERR_KRIGING_SOLVE: return "kriging system could not be solved";
         case ZEMATH_ERR_COLLINEAR: return "all nodes are collinear";
+        case ZEMATH_ERR_TOO_MANY_REGIONS: return "more regions than the capacity";
+        case ZEMATH_ERR_PEAK_PREPARE: return "derivative for the peak search failed";
+        case ZEMATH_ERR_PEAK_SEARCH: return "peak search on the derivative failed";
         case ZEMATH_NAG_REAL_ARG_LT: return "back end: real argument below its limit";
         case ZEMATH_NAG_REAL_ARG_LE: return "back end: real argument at or below its limit";
         case ZEMATH_NAG_REAL_ARG_GT: return "back end: real argument above its limit";
