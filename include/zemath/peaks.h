@@ -1,0 +1,84 @@
+/* zeMath: peak finding on a curve (pX, pY) and filters of peak lists.
+ *
+ * Peak list convention of the detectors: *pnSize is in/out, on entry the number of curve
+ * points, on return the number of peaks found; pPeakX, pPeakY and pIndices receive each
+ * peak's X, Y and index into the caller's arrays, in increasing order of the prepared data;
+ * the caller sizes them for *pnSize entries (entries past the count are left as they were).
+ * pIndices may be NULL (then not written). Outputs must not alias the inputs.
+ * Direction flags (nFlags): 1 positive peaks (maxima), 2 negative peaks (minima), 4 ignore
+ * the sign of Y (without it a positive peak needs Y > 0 and a negative peak Y < 0).
+ * Among equal values the leftmost holds a window's extreme, so a flat top is reported at
+ * its left point only. Inputs are never modified; a refused call (negative return) writes
+ * nothing. -19: working storage could not be allocated. */
+#ifndef ZEMATH_PEAKS_H
+#define ZEMATH_PEAKS_H
+
+#include "types.h"
+
+ZEMATH_EXTERN_C_BEGIN
+
+/* Centres c of windows of 2*nHalf+1 points (nHalf 0 counts as 1) that are the window
+ * maximum (bit 1) or else the window minimum (bit 2), sign rule unless bit 4; points
+ * closer than nHalf to either end are never reported. X not in increasing order is sorted
+ * (stably, Y carried along) and indices are mapped back. NaN in Y: the running tracker's
+ * answer (a NaN that opens a rescan of the window holds the extreme until it leaves).
+ * Returns 0; -11 when pnSize, pX, pY, pPeakX or pPeakY is NULL; -18 when *pnSize <= 0,
+ * nHalf < 0 or *pnSize <= 2*nHalf+1. */
+ZEMATH_API int zemath_find_peaks_by_local_maximum(int* pnSize, const double* pX, const double* pY,
+                                                  double* pPeakX, double* pPeakY, int* pIndices,
+                                                  int nFlags, int nHalf) ZEMATH_NOEXCEPT;
+
+/* As zemath_find_peaks_by_local_maximum without the sign rule (bit 4 is irrelevant). The
+ * window runs over the caller's Y in the given order; on unsorted X the outputs are taken
+ * from the X-sorted copy at the positions found (kept deliberately for existing callers).
+ * Same codes. */
+ZEMATH_API int zemath_find_local_extremes(int* pnSize, const double* pX, const double* pY,
+                                          double* pPeakX, double* pPeakY, int* pIndices, int nFlags,
+                                          int nHalf) ZEMATH_NOEXCEPT;
+
+/* Peaks within a window of dWindowWidth X units. Evenly spaced X (relative tolerance 1e-8)
+ * is used as given; monotonic uneven X is resampled linearly onto an even grid from X[0]
+ * to X[n-1]; other X is sorted. The width becomes w = round(dWindowWidth/|step|) points,
+ * made odd; each point i is tested over the window of half-width min(i, w/2, n-1-i), and a
+ * candidate (the window's leftmost maximum for bit 1 or minimum for bit 2, sign rule
+ * unless bit 4; NaN values are ignored and never peaks) is kept when |Y[i] - Y[i+-hw]| >=
+ * dMinHeight at both window ends (so end points are kept only when dMinHeight <= 0).
+ * Mapping back: sorted data give the caller's index; resampled data give, of the two
+ * caller points nearest the grid X, the higher (peak Y > 0) or lower one, whose index and
+ * Y are reported with the grid X. Returns 0; -11 as the local maximum; -18 when
+ * *pnSize < 3, when the width is negative or NaN, or when w exceeds the point count. */
+ZEMATH_API int zemath_find_peaks_by_search_window(int* pnSize, const double* pX, const double* pY,
+                                                  double* pPeakX, double* pPeakY, int* pIndices,
+                                                  int nFlags, double dWindowWidth,
+                                                  double dMinHeight) ZEMATH_NOEXCEPT;
+
+/* Marks each of the *pnPeaks peaks with |Y| < dMinHeight (X and Y become NANUM, index 0),
+ * then reorders the list by |Y|, largest first (stable), and sets *pnPeaks to the position
+ * of the first entry whose index is 0 (unchanged when none). Kept deliberately: a kept peak
+ * at the caller's point 0 also ends the count. Returns 0; -11 on a NULL pointer; -18 when
+ * *pnPeaks < 1. */
+ZEMATH_API int zemath_test_peaks_by_height(int* pnPeaks, double* pPeakX, double* pPeakY,
+                                           int* pIndices, double dMinHeight) ZEMATH_NOEXCEPT;
+
+/* Reorders the nPeaks peaks by |Y|, largest first (stable), then sets X and Y of every
+ * entry from position nKeep on to NANUM and its index to -1. Returns 0; -11 on a NULL
+ * pointer; -18 when nPeaks < 1 or nKeep < 1; -25 when nKeep > nPeaks. */
+ZEMATH_API int zemath_test_peaks_by_number(int nPeaks, double* pPeakX, double* pPeakY,
+                                           int* pIndices, int nKeep) ZEMATH_NOEXCEPT;
+
+/* pPeakX[j] = pX[pIndices[j]], pPeakY[j] = pY[pIndices[j]] for j = 0..nPeaks-1 in order;
+ * the first index outside [0, nSize) stops the copy with -6 (entries copied stay).
+ * Returns 0 (at once when nPeaks < 1); -11 on a NULL pointer; -6 as said. */
+ZEMATH_API int zemath_match_peaks_centers_by_index(const double* pX, const double* pY, int nSize,
+                                                   const int* pIndices, double* pPeakX,
+                                                   double* pPeakY, int nPeaks) ZEMATH_NOEXCEPT;
+
+/* The k-th order statistic of pData[0..nSize-1] (k from 0): ascending order for
+ * nDirection 0, descending otherwise; NaN orders after every number in both. NANUM when
+ * pData is NULL, k < 0 or k >= nSize, or on allocation failure. */
+ZEMATH_API double zemath_find_k_min_max(const double* pData, int nSize, int k,
+                                        int nDirection) ZEMATH_NOEXCEPT;
+
+ZEMATH_EXTERN_C_END
+
+#endif /* ZEMATH_PEAKS_H */

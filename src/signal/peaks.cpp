@@ -1,0 +1,451 @@
+// Peak finding on a curve (X, Y) and the peak-list filters.
+//
+// Method: the local-maximum and local-extreme detectors slide a window of 2h+1 points and
+// report the centres that are the window's leftmost maximum (or minimum). The window
+// extremes come from two monotonic deques (van Herk / Gil-Werman style running extremes,
+// amortised O(1) per point), which give exactly the answers of the running tracker that
+// rescans a window whose extreme has left it; only data holding NaN take the rescan
+// itself. The search-window detector turns a width in X units into an odd number of
+// points on evenly spaced (or made evenly spaced) data, scans every point with a window
+// that shrinks at the ends and keeps candidates that stand high enough above both window
+// ends. Results are mapped back to the caller's point indices.
+// Failure codes: -11 null pointer, -18 sizes and windows, -25 more peaks kept than exist,
+// -6 an index past the data, -19 allocation.
+#include "signal/peaks.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+#include "core/guard.hpp"
+#include "core/missing.hpp"
+#include "frame/nrvec.hpp"
+#include "frame/primitives.hpp"
+#include "frame/sort.hpp"
+#include "gridding/interpolate.hpp"
+#include "zemath/peaks.h"
+#include "zemath/status.h"
+
+namespace zemath {
+
+namespace {
+
+bool has_nan(std::span<const double> y) {
+    for (double v : y)
+        if (std::isnan(v)) return true;
+    return false;
+}
+
+// The running tracker itself: used only when NaN makes the comparisons non-transitive.
+void rescan_extremes(std::span<const double> y, int half, std::span<int> max_index,
+                     std::span<int> min_index) {
+    const std::size_t width = 2 * static_cast<std::size_t>(half);
+    const std::size_t n = y.size();
+    std::size_t imax = 0, imin = 0;
+    for (std::size_t j = 1; j <= width; ++j) {
+        if (y[j] > y[imax]) imax = j;
+        if (y[j] < y[imin]) imin = j;
+    }
+    max_index[0] = static_cast<int>(imax);
+    min_index[0] = static_cast<int>(imin);
+    for (std::size_t p = 1; p + width < n; ++p) {
+        const std::size_t entering = p + width;
+        if (y[entering] > y[imax]) imax = entering;
+        if (y[entering] < y[imin]) imin = entering;
+        if (imax == p - 1) {
+            imax = p;
+            for (std::size_t j = p + 1; j <= entering; ++j)
+                if (y[j] > y[imax]) imax = j;
+        }
+        if (imin == p - 1) {
+            imin = p;
+            for (std::size_t j = p + 1; j <= entering; ++j)
+                if (y[j] < y[imin]) imin = j;
+        }
+        max_index[p] = static_cast<int>(imax);
+        min_index[p] = static_cast<int>(imin);
+    }
+}
+
+// Leftmost extremes of windows [start, end] whose ends never move left. Values failing
+// `usable` are never pushed. Each index is pushed and popped once.
+class MonotoneWindow {
+  public:
+    explicit MonotoneWindow(std::span<const double> y)
+        : y_(y), max_queue_(y.size()), min_queue_(y.size()) {}
+
+    void advance(std::size_t start, std::size_t end_inclusive, bool skip_nan) {
+        for (; next_ <= end_inclusive; ++next_) {
+            const double v = y_[next_];
+            if (skip_nan && std::isnan(v)) continue;
+            // Strict comparisons keep the earlier of equal values in front: leftmost wins.
+            while (max_tail_ > max_head_ && y_[max_queue_[max_tail_ - 1]] < v) --max_tail_;
+            max_queue_[max_tail_++] = next_;
+            while (min_tail_ > min_head_ && y_[min_queue_[min_tail_ - 1]] > v) --min_tail_;
+            min_queue_[min_tail_++] = next_;
+        }
+        while (max_head_ < max_tail_ && max_queue_[max_head_] < start) ++max_head_;
+        while (min_head_ < min_tail_ && min_queue_[min_head_] < start) ++min_head_;
+    }
+    bool empty() const { return max_head_ == max_tail_; }
+    std::size_t max_at() const { return max_queue_[max_head_]; }
+    std::size_t min_at() const { return min_queue_[min_head_]; }
+
+  private:
+    std::span<const double> y_;
+    std::vector<std::size_t> max_queue_, min_queue_;
+    std::size_t max_head_ = 0, max_tail_ = 0, min_head_ = 0, min_tail_ = 0, next_ = 0;
+};
+
+}  // namespace
+
+void sliding_window_extremes(std::span<const double> y, int half, std::span<int> max_index,
+                             std::span<int> min_index) {
+    half = std::max(half, 1);
+    const std::size_t width = 2 * static_cast<std::size_t>(half);
+    if (y.size() <= width) return;
+    if (has_nan(y)) {
+        rescan_extremes(y, half, max_index, min_index);
+        return;
+    }
+    MonotoneWindow window(y);
+    for (std::size_t p = 0; p + width < y.size(); ++p) {
+        window.advance(p, p + width, false);
+        max_index[p] = static_cast<int>(window.max_at());
+        min_index[p] = static_cast<int>(window.min_at());
+    }
+}
+
+std::vector<int> local_extreme_centres(std::span<const double> y, int half, int flags,
+                                       bool sign_rule) {
+    half = std::max(half, 1);
+    std::vector<int> centres;
+    const std::size_t width = 2 * static_cast<std::size_t>(half);
+    if (y.size() <= width + 1) return centres;
+    const std::size_t windows = y.size() - width;
+    std::vector<int> max_index(windows), min_index(windows);
+    sliding_window_extremes(y, half, max_index, min_index);
+    for (std::size_t p = 0; p < windows; ++p) {
+        const int c = static_cast<int>(p) + half;
+        const double v = y[static_cast<std::size_t>(c)];
+        if ((flags & kPeakPositive) && max_index[p] == c && (!sign_rule || v > 0.0))
+            centres.push_back(c);
+        else if ((flags & kPeakNegative) && min_index[p] == c && (!sign_rule || v < 0.0))
+            centres.push_back(c);
+    }
+    return centres;
+}
+
+std::vector<int> search_window_peaks(std::span<const double> y, int half, int flags,
+                                     double min_height) {
+    std::vector<int> peaks;
+    const std::size_t n = y.size();
+    const bool sign_rule = !(flags & kPeakIgnoreSign);
+    const std::size_t h = static_cast<std::size_t>(std::max(half, 0));
+    MonotoneWindow window(y);
+    for (std::size_t i = 0; i < n; ++i) {
+        const std::size_t hw = std::min({i, h, n - 1 - i});
+        window.advance(i - hw, i + hw, true);
+        if (window.empty()) continue;
+        const double v = y[i];
+        const bool candidate =
+            ((flags & kPeakPositive) && window.max_at() == i && (!sign_rule || v > 0.0)) ||
+            ((flags & kPeakNegative) && window.min_at() == i && (!sign_rule || v < 0.0));
+        if (!candidate) continue;
+        if (std::fabs(v - y[i + hw]) >= min_height && std::fabs(v - y[i - hw]) >= min_height)
+            peaks.push_back(static_cast<int>(i));
+    }
+    return peaks;
+}
+
+double kth_order_statistic(std::span<const double> values, std::size_t k, bool ascending) {
+    std::vector<double> copy(values.begin(), values.end());
+    const auto numbers_end =
+        std::stable_partition(copy.begin(), copy.end(), [](double v) { return !std::isnan(v); });
+    const std::size_t numbers = static_cast<std::size_t>(numbers_end - copy.begin());
+    if (k >= numbers) return copy[k];  // a NaN: NaN orders after every number
+    const auto target = copy.begin() + static_cast<std::ptrdiff_t>(k);
+    if (ascending)
+        std::nth_element(copy.begin(), target, numbers_end);
+    else
+        std::nth_element(copy.begin(), target, numbers_end, std::greater<double>());
+    return *target;
+}
+
+namespace {
+
+// The curve in increasing X order: the caller's arrays when already so, else a copy sorted
+// by X (stable, Y carried along) with the permutation kept.
+struct PreparedCurve {
+    std::span<const double> x, y;
+    NRVec<double> sorted_x, sorted_y;
+    NRVec<int> order;  // order[k]: caller's index of sorted point k
+    bool sorted = false;
+};
+
+void sort_by_x(PreparedCurve& curve, const double* x, const double* y, int n) {
+    curve.sorted_x = NRVec<double>(n);
+    curve.sorted_y = NRVec<double>(n);
+    std::copy(x, x + n, curve.sorted_x.data());
+    sort_with_index(curve.sorted_x, curve.order, true, 1);
+    for (int k = 0; k < n; ++k) curve.sorted_y[k] = y[curve.order[k]];
+    curve.x = {curve.sorted_x.data(), static_cast<std::size_t>(n)};
+    curve.y = {curve.sorted_y.data(), static_cast<std::size_t>(n)};
+    curve.sorted = true;
+}
+
+void prepare_increasing(PreparedCurve& curve, const double* x, const double* y, int n) {
+    bool increasing = true;
+    for (int i = 0; i + 1 < n && increasing; ++i) increasing = x[i + 1] >= x[i];
+    if (increasing) {
+        curve.x = {x, static_cast<std::size_t>(n)};
+        curve.y = {y, static_cast<std::size_t>(n)};
+        return;
+    }
+    sort_by_x(curve, x, y, n);
+}
+
+int caller_index(const PreparedCurve& curve, int k) {
+    return curve.sorted ? curve.order[k] : k;
+}
+
+int local_detector(int* pnSize, const double* pX, const double* pY, double* pPeakX, double* pPeakY,
+                   int* pIndices, int nFlags, int nHalf, bool extremes) {
+    if (pnSize == nullptr || pX == nullptr || pY == nullptr || pPeakX == nullptr ||
+        pPeakY == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    const int n = *pnSize;
+    if (n <= 0 || nHalf < 0 || static_cast<std::int64_t>(n) <= 2 * std::int64_t{nHalf} + 1)
+        return ZEMATH_ERR_TOO_FEW_POINTS;
+    return guard_status([&] {
+        PreparedCurve curve;
+        prepare_increasing(curve, pX, pY, n);
+        // Kept deliberately: the extremes detector tracks the caller's Y in the given order
+        // and takes only the outputs from the sorted copy; callers rely on that.
+        const std::span<const double> tracked =
+            extremes ? std::span<const double>(pY, static_cast<std::size_t>(n)) : curve.y;
+        const bool sign_rule = !extremes && !(nFlags & kPeakIgnoreSign);
+        const std::vector<int> centres = local_extreme_centres(tracked, nHalf, nFlags, sign_rule);
+        for (std::size_t k = 0; k < centres.size(); ++k) {
+            const int c = centres[k];
+            pPeakX[k] = curve.x[static_cast<std::size_t>(c)];
+            pPeakY[k] = curve.y[static_cast<std::size_t>(c)];
+            if (pIndices != nullptr) pIndices[k] = caller_index(curve, c);
+        }
+        *pnSize = static_cast<int>(centres.size());
+        return ZEMATH_OK;
+    });
+}
+
+// The caller's point standing for a peak found on the even grid: of the two caller points
+// nearest in X (first index on equal distances), the higher one for a peak with Y > 0, the
+// lower one otherwise (the nearer on equal Y). Caller X is strictly monotonic here.
+int nearest_caller_point(const double* x, const double* y, int n, double peak_x, double peak_y) {
+    const bool ascending = x[n - 1] > x[0];
+    int lo = 0, hi = n;  // first position not before peak_x in the direction of x
+    while (lo < hi) {
+        const int mid = lo + (hi - lo) / 2;
+        if (ascending ? x[mid] < peak_x : x[mid] > peak_x)
+            lo = mid + 1;
+        else
+            hi = mid;
+    }
+    int best = -1, second = -1;
+    double best_d = 0.0, second_d = 0.0;
+    for (int i = std::max(lo - 2, 0); i <= std::min(lo + 1, n - 1); ++i) {
+        const double d = std::fabs(x[i] - peak_x);
+        if (best < 0 || d < best_d) {
+            second = best;
+            second_d = best_d;
+            best = i;
+            best_d = d;
+        } else if (second < 0 || d < second_d) {
+            second = i;
+            second_d = d;
+        }
+    }
+    if (second < 0) return best;
+    if (peak_y > 0.0) return y[second] > y[best] ? second : best;
+    return y[second] < y[best] ? second : best;
+}
+
+}  // namespace
+
+}  // namespace zemath
+
+using namespace zemath;
+
+ZEMATH_API int zemath_find_peaks_by_local_maximum(int* pnSize, const double* pX, const double* pY,
+                                                  double* pPeakX, double* pPeakY, int* pIndices,
+                                                  int nFlags, int nHalf) noexcept {
+    return local_detector(pnSize, pX, pY, pPeakX, pPeakY, pIndices, nFlags, nHalf, false);
+}
+
+ZEMATH_API int zemath_find_local_extremes(int* pnSize, const double* pX, const double* pY,
+                                          double* pPeakX, double* pPeakY, int* pIndices, int nFlags,
+                                          int nHalf) noexcept {
+    return local_detector(pnSize, pX, pY, pPeakX, pPeakY, pIndices, nFlags, nHalf, true);
+}
+
+ZEMATH_API int zemath_find_peaks_by_search_window(int* pnSize, const double* pX, const double* pY,
+                                                  double* pPeakX, double* pPeakY, int* pIndices,
+                                                  int nFlags, double dWindowWidth,
+                                                  double dMinHeight) noexcept {
+    if (pnSize == nullptr || pX == nullptr || pY == nullptr || pPeakX == nullptr ||
+        pPeakY == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    const int n = *pnSize;
+    if (n < 3) return ZEMATH_ERR_TOO_FEW_POINTS;
+    return guard_status([&]() -> int {
+        const std::size_t count = static_cast<std::size_t>(n);
+        const std::span<const double> caller_x(pX, count);
+        PreparedCurve curve;
+        std::vector<double> grid_x, grid_y;
+        bool interpolated = false;
+        double step = 0.0;
+        const Spacing spacing = get_vector_inc(caller_x, 1e-8);
+        if (spacing.result == 1 || spacing.result == -1) {
+            curve.x = caller_x;
+            curve.y = {pY, count};
+            step = spacing.increment;
+        } else if (spacing.result == 2 || spacing.result == -2) {
+            step = (pX[n - 1] - pX[0]) / static_cast<double>(n - 1);
+            grid_x.resize(count);
+            grid_y.resize(count);
+            for (int i = 0; i < n; ++i) grid_x[static_cast<std::size_t>(i)] = pX[0] + i * step;
+            grid_x[count - 1] = pX[n - 1];
+            std::vector<double> ascending_x(pX, pX + n), ascending_y(pY, pY + n);
+            if (spacing.result < 0) {
+                std::reverse(ascending_x.begin(), ascending_x.end());
+                std::reverse(ascending_y.begin(), ascending_y.end());
+            }
+            const int status = interpolate(ascending_x, ascending_y, grid_x, grid_y,
+                                           InterpMethod::linear, InterpOutside::hold);
+            if (status != ZEMATH_OK) return status;
+            curve.x = grid_x;
+            curve.y = grid_y;
+            interpolated = true;
+        } else {
+            sort_by_x(curve, pX, pY, n);
+            step = (curve.x[count - 1] - curve.x[0]) / static_cast<double>(n - 1);
+        }
+        // Window in points: rounded to nearest, made odd.
+        const double points = std::round(dWindowWidth / std::fabs(step));
+        if (!(points >= 0.0) || points > static_cast<double>(n)) return ZEMATH_ERR_TOO_FEW_POINTS;
+        int window = static_cast<int>(points);
+        if (window % 2 == 0) ++window;
+        if (window > n) return ZEMATH_ERR_TOO_FEW_POINTS;
+        const std::vector<int> peaks = search_window_peaks(curve.y, window / 2, nFlags, dMinHeight);
+        for (std::size_t k = 0; k < peaks.size(); ++k) {
+            const int i = peaks[k];
+            double peak_y = curve.y[static_cast<std::size_t>(i)];
+            int index = caller_index(curve, i);
+            if (interpolated) {
+                index =
+                    nearest_caller_point(pX, pY, n, curve.x[static_cast<std::size_t>(i)], peak_y);
+                peak_y = pY[index];
+            }
+            pPeakX[k] = curve.x[static_cast<std::size_t>(i)];
+            pPeakY[k] = peak_y;
+            if (pIndices != nullptr) pIndices[k] = index;
+        }
+        *pnSize = static_cast<int>(peaks.size());
+        return ZEMATH_OK;
+    });
+}
+
+namespace {
+
+// Reorders the peak list by |Y|, largest first (stable: equal magnitudes keep their
+// order). Entries flagged in `marked` first become NANUM with index 0. Storage is taken
+// before the first write, so an allocation failure leaves the list as it was.
+void order_by_magnitude(int n, double* x, double* y, int* indices,
+                        const std::vector<char>* marked) {
+    std::vector<double> old_x(x, x + n), old_y(y, y + n);
+    std::vector<int> old_index(indices, indices + n);
+    NRVec<double> keys(n);
+    NRVec<int> order(n);
+    for (int k = 0; k < n; ++k) {
+        const auto at = static_cast<std::size_t>(k);
+        if (marked != nullptr && (*marked)[at]) {
+            old_x[at] = kNanum;
+            old_y[at] = kNanum;
+            old_index[at] = 0;
+        }
+        keys[k] = std::fabs(old_y[at]);
+    }
+    sort_with_index(keys, order, false, 1);
+    for (int k = 0; k < n; ++k) {
+        const auto from = static_cast<std::size_t>(order[k]);
+        x[k] = old_x[from];
+        y[k] = old_y[from];
+        indices[k] = old_index[from];
+    }
+}
+
+}  // namespace
+
+ZEMATH_API int zemath_test_peaks_by_height(int* pnPeaks, double* pPeakX, double* pPeakY,
+                                           int* pIndices, double dMinHeight) noexcept {
+    if (pnPeaks == nullptr || pPeakX == nullptr || pPeakY == nullptr || pIndices == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    const int n = *pnPeaks;
+    if (n < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
+    return guard_status([&] {
+        std::vector<char> marked(static_cast<std::size_t>(n));
+        for (int k = 0; k < n; ++k)
+            marked[static_cast<std::size_t>(k)] = std::fabs(pPeakY[k]) < dMinHeight;
+        order_by_magnitude(n, pPeakX, pPeakY, pIndices, &marked);
+        // Kept deliberately: the count is the position of the first index 0, so a kept
+        // peak at the caller's point 0 also ends the list; callers rely on this.
+        for (int k = 0; k < n; ++k) {
+            if (pIndices[k] == 0) {
+                *pnPeaks = k;
+                break;
+            }
+        }
+        return ZEMATH_OK;
+    });
+}
+
+ZEMATH_API int zemath_test_peaks_by_number(int nPeaks, double* pPeakX, double* pPeakY,
+                                           int* pIndices, int nKeep) noexcept {
+    if (pPeakX == nullptr || pPeakY == nullptr || pIndices == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    if (nPeaks < 1 || nKeep < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
+    if (nKeep > nPeaks) return ZEMATH_ERR_TOO_MANY_REQUESTED;
+    return guard_status([&] {
+        order_by_magnitude(nPeaks, pPeakX, pPeakY, pIndices, nullptr);
+        for (int k = nKeep; k < nPeaks; ++k) {
+            pPeakX[k] = kNanum;
+            pPeakY[k] = kNanum;
+            pIndices[k] = -1;
+        }
+        return ZEMATH_OK;
+    });
+}
+
+ZEMATH_API int zemath_match_peaks_centers_by_index(const double* pX, const double* pY, int nSize,
+                                                   const int* pIndices, double* pPeakX,
+                                                   double* pPeakY, int nPeaks) noexcept {
+    if (pX == nullptr || pY == nullptr || pIndices == nullptr || pPeakX == nullptr ||
+        pPeakY == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    for (int j = 0; j < nPeaks; ++j) {
+        const int i = pIndices[j];
+        if (i < 0 || i >= nSize) return ZEMATH_ERR_EMPTY_RANGE;
+        pPeakX[j] = pX[i];
+        pPeakY[j] = pY[i];
+    }
+    return ZEMATH_OK;
+}
+
+ZEMATH_API double zemath_find_k_min_max(const double* pData, int nSize, int k,
+                                        int nDirection) noexcept {
+    if (pData == nullptr || k < 0 || k >= nSize) return kNanum;
+    return guard_value([&] {
+        return kth_order_statistic({pData, static_cast<std::size_t>(nSize)},
+                                   static_cast<std::size_t>(k), nDirection == 0);
+    });
+}
