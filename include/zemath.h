@@ -26,5 +26,6 @@
 #include "zemath/kriging.h"
 #include "zemath/peaks.h"
 #include "zemath/peak_measures.h"
+#include "zemath/baseline.h"
 
 #endif /* ZEMATH_H */
