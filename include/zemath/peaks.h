@@ -79,6 +79,25 @@ ZEMATH_API int zemath_match_peaks_centers_by_index(const double* pX, const doubl
 ZEMATH_API double zemath_find_k_min_max(const double* pData, int nSize, int k,
                                         int nDirection) ZEMATH_NOEXCEPT;
 
+/* Peaks where the first derivative changes sign: from rising to not rising for bit 1, from
+ * falling to not falling for bit 2 (sign rule unless bit 4); both searches run and the
+ * peaks are reported in index order. X not in increasing order is sorted first (stably)
+ * and indices are mapped back. Unsmoothed (bSmoothDerivative false): point i is a maximum
+ * when the slope from i-1 to i is > 0 and the slope from i to i+1 is <= 0 (zemath_derivative
+ * modes 4 and 2; a flat top is reported at its left point; end points never). Smoothed:
+ * the Savitzky-Golay first derivative over nSGPoints points (half window (nSGPoints-1)/2 on
+ * both sides, order nSGOrder, zero crossings snapped); a change from > 0 to <= 0 between i
+ * and i+1 gives the higher of the two points (the left one on equal Y), the mirror for
+ * minima. Returns 0; -11 when pnSize, pX, pY, pPeakX or pPeakY is NULL; -18 when
+ * *pnSize <= 0; -35 when smoothing is asked with nSGPoints <= 3, nSGOrder <= 0 or
+ * nSGOrder >= nSGPoints; -57 when the derivative cannot be formed (too few points or usable
+ * points, a smoothing window wider than the data, equal first abscissas). The search on
+ * the derivative itself cannot fail, so -58 is not returned. */
+ZEMATH_API int zemath_find_peaks_1st_derivative(int* pnSize, const double* pX, const double* pY,
+                                                double* pPeakX, double* pPeakY, int* pIndices,
+                                                int nFlags, bool bSmoothDerivative, int nSGPoints,
+                                                int nSGOrder) ZEMATH_NOEXCEPT;
+
 ZEMATH_EXTERN_C_END
 
 #endif /* ZEMATH_PEAKS_H */

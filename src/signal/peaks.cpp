@@ -22,8 +22,11 @@
 #include "core/missing.hpp"
 #include "frame/nrvec.hpp"
 #include "frame/primitives.hpp"
+#include "frame/search.hpp"
 #include "frame/sort.hpp"
 #include "gridding/interpolate.hpp"
+#include "signal/integration.hpp"
+#include "zemath/smoothing.h"
 #include "zemath/peaks.h"
 #include "zemath/status.h"
 
@@ -447,5 +450,76 @@ ZEMATH_API double zemath_find_k_min_max(const double* pData, int nSize, int k,
     return guard_value([&] {
         return kth_order_statistic({pData, static_cast<std::size_t>(nSize)},
                                    static_cast<std::size_t>(k), nDirection == 0);
+    });
+}
+
+ZEMATH_API int zemath_find_peaks_1st_derivative(int* pnSize, const double* pX, const double* pY,
+                                                double* pPeakX, double* pPeakY, int* pIndices,
+                                                int nFlags, bool bSmoothDerivative, int nSGPoints,
+                                                int nSGOrder) noexcept {
+    if (pnSize == nullptr || pX == nullptr || pY == nullptr || pPeakX == nullptr ||
+        pPeakY == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    const int n = *pnSize;
+    if (n <= 0) return ZEMATH_ERR_TOO_FEW_POINTS;
+    if (bSmoothDerivative && (nSGPoints <= 3 || nSGOrder <= 0 || nSGOrder >= nSGPoints))
+        return ZEMATH_ERR_NEGATIVE_SMOOTHING;
+    return guard_status([&]() -> int {
+        const std::size_t count = static_cast<std::size_t>(n);
+        PreparedCurve curve;
+        prepare_increasing(curve, pX, pY, n);
+        const bool sign_rule = !(nFlags & kPeakIgnoreSign);
+        const auto sign_ok = [&](double v, bool maximum) {
+            return !sign_rule || (maximum ? v > 0.0 : v < 0.0);
+        };
+        std::vector<int> peaks;
+        if (bSmoothDerivative) {
+            const int half = (nSGPoints - 1) / 2;
+            std::vector<double> slope(count);
+            if (zemath_savitsky_golay_derivative(curve.x.data(), curve.y.data(), slope.data(), n,
+                                                 half, half, nSGOrder, 1, true) != ZEMATH_OK)
+                return ZEMATH_ERR_PEAK_PREPARE;
+            // A sign change of the smoothed slope between i and i+1: the peak is the more
+            // extreme of the two points (the left one on equal Y).
+            for (std::size_t pass = 0; pass < 2; ++pass) {
+                const bool maximum = pass == 0;
+                if (!(nFlags & (maximum ? kPeakPositive : kPeakNegative))) continue;
+                for (std::size_t i = 0; i + 1 < count; ++i) {
+                    const double a = slope[i], b = slope[i + 1];
+                    if (is_missing(a) || is_missing(b)) continue;
+                    if (maximum ? !(a > 0.0 && b <= 0.0) : !(a < 0.0 && b >= 0.0)) continue;
+                    const double ya = curve.y[i], yb = curve.y[i + 1];
+                    const std::size_t at = (maximum ? yb > ya : yb < ya) ? i + 1 : i;
+                    if (sign_ok(curve.y[at], maximum)) peaks.push_back(static_cast<int>(at));
+                }
+            }
+        } else {
+            std::vector<double> forward(curve.y.begin(), curve.y.end()), backward = forward;
+            if (derivative_in_place(curve.x, forward, 2) != ZEMATH_OK ||
+                derivative_in_place(curve.x, backward, 4) != ZEMATH_OK)
+                return ZEMATH_ERR_PEAK_PREPARE;
+            // Rising into the point and not rising out of it: a maximum (a flat top at its
+            // left point); the mirror for a minimum.
+            for (std::size_t pass = 0; pass < 2; ++pass) {
+                const bool maximum = pass == 0;
+                if (!(nFlags & (maximum ? kPeakPositive : kPeakNegative))) continue;
+                for (std::size_t i = 1; i + 1 < count; ++i) {
+                    const double in = backward[i], out = forward[i];
+                    if (is_missing(in) || is_missing(out)) continue;
+                    if (maximum ? (in > 0.0 && out <= 0.0) : (in < 0.0 && out >= 0.0))
+                        if (sign_ok(curve.y[i], maximum)) peaks.push_back(static_cast<int>(i));
+                }
+            }
+        }
+        std::sort(peaks.begin(), peaks.end());
+        peaks.erase(std::unique(peaks.begin(), peaks.end()), peaks.end());
+        for (std::size_t k = 0; k < peaks.size(); ++k) {
+            const auto i = static_cast<std::size_t>(peaks[k]);
+            pPeakX[k] = curve.x[i];
+            pPeakY[k] = curve.y[i];
+            if (pIndices != nullptr) pIndices[k] = caller_index(curve, peaks[k]);
+        }
+        *pnSize = static_cast<int>(peaks.size());
+        return ZEMATH_OK;
     });
 }

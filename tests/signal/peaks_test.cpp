@@ -21,7 +21,7 @@ struct PeakCurveReference {
     std::vector<int> shape;
     double noise;
     int half;
-    std::vector<int> relmax, relmin, findpeaks;
+    std::vector<int> relmax, relmin, findpeaks, relmax1, relmin1;
 };
 
 #include "reference/peaks_ref.inc"
@@ -339,6 +339,87 @@ TEST(PeakDetectors, BadDataGivesEmptyOrSaneLists) {
     y[5] = y[6] = y[7] = nan;
     y[12] = 4.0;
     EXPECT_EQ(search_window(x, y, 1, 5.0, 1.0).index, (std::vector<int>{12}));
+}
+
+PeakList first_derivative(const std::vector<double>& x, const std::vector<double>& y, int flags,
+                          bool smooth, int points, int order) {
+    PeakList out;
+    out.count = static_cast<int>(x.size());
+    out.x.assign(x.size(), -7.0);
+    out.y.assign(x.size(), -7.0);
+    out.index.assign(x.size(), -7);
+    out.status =
+        zemath_find_peaks_1st_derivative(&out.count, x.data(), y.data(), out.x.data(), out.y.data(),
+                                         out.index.data(), flags, smooth, points, order);
+    out.index.resize(static_cast<std::size_t>(out.status == 0 ? out.count : 0));
+    return out;
+}
+
+TEST(PeakDetectors, FirstDerivativeSignChanges) {
+    for (const auto& ref : kPeakCurves) {
+        // Unsmoothed: every strict neighbour maximum and minimum (SciPy, order 1).
+        std::vector<int> both = ref.relmax1;
+        both.insert(both.end(), ref.relmin1.begin(), ref.relmin1.end());
+        std::sort(both.begin(), both.end());
+        EXPECT_EQ(first_derivative(ref.x, ref.y, 1 | 2 | 4, false, 0, 0).index, both);
+        EXPECT_EQ(first_derivative(ref.x, ref.y, 1, false, 0, 0).index, ref.relmax1);
+        // Smoothed: the tall detections sit on the true centres.
+        const double lowest = *std::min_element(ref.heights.begin(), ref.heights.end());
+        PeakList smooth = first_derivative(ref.x, ref.y, 1, true, 21, 2);
+        ASSERT_EQ(smooth.status, 0);
+        std::vector<double> tall;
+        for (std::size_t k = 0; k < smooth.index.size(); ++k)
+            if (smooth.y[k] > 0.5 * lowest) tall.push_back(smooth.x[k]);
+        ASSERT_EQ(tall.size(), ref.centres.size());
+        const double spacing = 100.0 / static_cast<double>(ref.x.size() - 1);
+        for (std::size_t k = 0; k < tall.size(); ++k)
+            EXPECT_NEAR(tall[k], ref.centres[k], 3.0 * spacing + 0.05) << k;
+    }
+    // Flat top at its left point; the sign rule; end points never.
+    const std::vector<double> x = {0, 1, 2, 3, 4, 5}, y = {9, 1, 3, 3, 1, 9};
+    EXPECT_EQ(first_derivative(x, y, 1, false, 0, 0).index, (std::vector<int>{2}));
+    const std::vector<double> negative = {-9, -1, -3, -3, -1, -9};
+    EXPECT_EQ(first_derivative(x, negative, 1, false, 0, 0).index, (std::vector<int>{}));
+    EXPECT_EQ(first_derivative(x, negative, 1 | 4, false, 0, 0).index, (std::vector<int>{1, 4}));
+    EXPECT_EQ(first_derivative(x, negative, 2, false, 0, 0).index, (std::vector<int>{2}));
+}
+
+TEST(PeakDetectors, FirstDerivativeCodes) {
+    const std::vector<double> x = {0, 1, 2, 3, 4}, y = {0, 1, 0, 1, 0};
+    const struct {
+        int n;
+        bool smooth;
+        int points, order, expected;
+    } cases[] = {
+        {0, false, 0, 0, ZEMATH_ERR_TOO_FEW_POINTS},
+        {-1, true, 5, 2, ZEMATH_ERR_TOO_FEW_POINTS},
+        {5, true, 3, 1, ZEMATH_ERR_NEGATIVE_SMOOTHING},
+        {5, true, 5, 0, ZEMATH_ERR_NEGATIVE_SMOOTHING},
+        {5, true, 5, 5, ZEMATH_ERR_NEGATIVE_SMOOTHING},
+        {5, true, 21, 2, ZEMATH_ERR_PEAK_PREPARE},  // window wider than the data
+        {1, false, 0, 0, ZEMATH_ERR_PEAK_PREPARE},  // no slope from one point
+        {5, false, 3, 9, 0},                        // settings unused without smoothing
+    };
+    for (const auto& c : cases) {
+        int n = c.n;
+        double px[5] = {-7, -7, -7, -7, -7}, py[5] = {-7, -7, -7, -7, -7};
+        EXPECT_EQ(zemath_find_peaks_1st_derivative(&n, x.data(), y.data(), px, py, nullptr, 1,
+                                                   c.smooth, c.points, c.order),
+                  c.expected)
+            << c.n << " " << c.points << " " << c.order;
+        if (c.expected != 0) {
+            EXPECT_EQ(n, c.n);
+            EXPECT_EQ(px[0], -7.0);
+        }
+    }
+    int n = 5;
+    double px[5], py[5];
+    EXPECT_EQ(zemath_find_peaks_1st_derivative(&n, x.data(), y.data(), nullptr, py, nullptr, 1,
+                                               false, 0, 0),
+              ZEMATH_ERR_NULL_POINTER);
+    EXPECT_EQ(zemath_find_peaks_1st_derivative(nullptr, x.data(), y.data(), px, py, nullptr, 1,
+                                               false, 0, 0),
+              ZEMATH_ERR_NULL_POINTER);
 }
 
 TEST(PeakListFilters, ByHeightAndNumber) {
