@@ -44,6 +44,29 @@ ZEMATH_API int zemath_make_base_markers(int* pMarkers, double* pMarkerX, double*
  * or fewer than two usable values exist. */
 ZEMATH_API double zemath_get_noise_level(int nSize, const double* pY) ZEMATH_NOEXCEPT;
 
+/* Last index e of the run of points from nStart that stays straight: each next point is
+ * accepted while its distance in Y from the line of the run so far is at most
+ * T = dAbsTolerance + dRelTolerance * (max Y - min Y over the whole curve); the line is the
+ * least-squares line of the run for nOption 0, the chord from the run's first to its last
+ * accepted point for nOption 1 (a run of one point accepts the next one). One pass, O(1)
+ * per point. Returns e (>= nStart); -11 on a NULL pointer; -18 when nStart lies outside
+ * [0, nSize); -10 for another nOption. */
+ZEMATH_API int zemath_check_linear(int nSize, const double* pX, const double* pY, int nStart,
+                                   double dAbsTolerance, double dRelTolerance,
+                                   int nOption) ZEMATH_NOEXCEPT;
+
+/* Straight stretches of the curve: from s = 0, while s < nSize - step (step =
+ * nMinPoints/3 rounded, at least 1), zemath_check_linear(s) is asked with dTolerance2 as
+ * the absolute and dTolerance1 as the relative tolerance and nOption; a run [s, e] with
+ * e - s > nMinPoints is stored into pStart/pEnd (capacity nMaxRegions) and the scan goes
+ * on at e + 1, otherwise at s + step. Returns the number of regions; -11 on a NULL pointer;
+ * -56 when one region more than nMaxRegions would be stored (the regions stored so far
+ * stay written); a negative code of zemath_check_linear. */
+ZEMATH_API int zemath_find_base_regions(int nSize, const double* pX, const double* pY,
+                                        int nMinPoints, int nMaxRegions, int* pStart, int* pEnd,
+                                        double dTolerance1, double dTolerance2,
+                                        int nOption) ZEMATH_NOEXCEPT;
+
 ZEMATH_EXTERN_C_END
 
 #endif /* ZEMATH_BASELINE_H */

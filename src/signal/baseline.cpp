@@ -134,3 +134,68 @@ ZEMATH_API double zemath_get_noise_level(int nSize, const double* pY) noexcept {
     if (pY == nullptr || nSize < 2) return kNanum;
     return guard_value([&] { return noise_level({pY, static_cast<std::size_t>(nSize)}); });
 }
+
+ZEMATH_API int zemath_check_linear(int nSize, const double* pX, const double* pY, int nStart,
+                                   double dAbsTolerance, double dRelTolerance,
+                                   int nOption) noexcept {
+    if (pX == nullptr || pY == nullptr) return ZEMATH_ERR_NULL_POINTER;
+    if (nStart < 0 || nStart >= nSize) return ZEMATH_ERR_TOO_FEW_POINTS;
+    if (nOption != 0 && nOption != 1) return ZEMATH_ERR_BAD_OPTION;
+    double lo = pY[0], hi = pY[0];
+    for (int i = 1; i < nSize; ++i) {
+        lo = std::min(lo, pY[i]);
+        hi = std::max(hi, pY[i]);
+    }
+    const double tolerance = dAbsTolerance + dRelTolerance * (hi - lo);
+    // Running sums of the run, centred on its first point for accuracy.
+    const double x0 = pX[nStart], y0 = pY[nStart];
+    double sx = 0.0, sy = 0.0, sxx = 0.0, sxy = 0.0;
+    int count = 1, end = nStart;
+    for (int i = nStart + 1; i < nSize; ++i) {
+        const double dx = pX[i] - x0, dy = pY[i] - y0;
+        if (count >= 2) {
+            double predicted;
+            if (nOption == 0) {
+                const double m = count;
+                const double denominator = m * sxx - sx * sx;
+                const double slope = denominator != 0.0 ? (m * sxy - sx * sy) / denominator : 0.0;
+                predicted = (sy - slope * sx) / m + slope * dx;
+            } else {
+                const double ex = pX[end] - x0, ey = pY[end] - y0;
+                predicted = ex != 0.0 ? ey * dx / ex : ey;
+            }
+            if (!(std::fabs(dy - predicted) <= tolerance)) break;
+        }
+        sx += dx;
+        sy += dy;
+        sxx += dx * dx;
+        sxy += dx * dy;
+        ++count;
+        end = i;
+    }
+    return end;
+}
+
+ZEMATH_API int zemath_find_base_regions(int nSize, const double* pX, const double* pY,
+                                        int nMinPoints, int nMaxRegions, int* pStart, int* pEnd,
+                                        double dTolerance1, double dTolerance2,
+                                        int nOption) noexcept {
+    if (pX == nullptr || pY == nullptr || pStart == nullptr || pEnd == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    const int step = std::max(static_cast<int>(std::lround(nMinPoints / 3.0)), 1);
+    int regions = 0;
+    for (int s = 0; s < nSize - step;) {
+        const int e = zemath_check_linear(nSize, pX, pY, s, dTolerance2, dTolerance1, nOption);
+        if (e < 0) return e;
+        if (e - s > nMinPoints) {
+            if (regions >= nMaxRegions) return ZEMATH_ERR_TOO_MANY_REGIONS;
+            pStart[regions] = s;
+            pEnd[regions] = e;
+            ++regions;
+            s = e + 1;
+        } else {
+            s += step;
+        }
+    }
+    return regions;
+}

@@ -130,4 +130,48 @@ TEST(Baseline, NoiseLevelEstimatesTheNoiseSd) {
     EXPECT_EQ(zemath_get_noise_level(2, nullptr), NANUM);
 }
 
+TEST(Baseline, LinearRunsAndBaseRegions) {
+    // A straight line with noise well inside the tolerance: one region over all of it.
+    const int n = 60;
+    std::vector<double> x(n), y(n);
+    std::mt19937_64 gen(5);
+    std::uniform_real_distribution<double> jitter(-0.01, 0.01);
+    for (int i = 0; i < n; ++i) {
+        x[i] = 0.5 * i;
+        y[i] = 2.0 - 0.3 * x[i] + jitter(gen);
+    }
+    int start[4] = {-7, -7, -7, -7}, end[4] = {-7, -7, -7, -7};
+    for (int option : {0, 1}) {
+        EXPECT_EQ(zemath_check_linear(n, x.data(), y.data(), 0, 0.05, 0.0, option), n - 1);
+        ASSERT_EQ(
+            zemath_find_base_regions(n, x.data(), y.data(), 10, 4, start, end, 0.0, 0.05, option),
+            1);
+        EXPECT_EQ(start[0], 0);
+        EXPECT_EQ(end[0], n - 1);
+    }
+    // Flat, then a peak, then flat: the run from 0 ends just before the peak, and the two
+    // flat stretches become regions; a capacity of one gives -56.
+    std::vector<double> bumpy(n, 1.0);
+    for (int i = 25; i < 35; ++i) bumpy[i] = 1.0 + 5.0 * std::sin((i - 24) * M_PI / 11.0);
+    EXPECT_EQ(zemath_check_linear(n, x.data(), bumpy.data(), 0, 0.1, 0.0, 0), 24);
+    ASSERT_EQ(zemath_find_base_regions(n, x.data(), bumpy.data(), 10, 4, start, end, 0.0, 0.1, 0),
+              2);
+    EXPECT_EQ(start[0], 0);
+    EXPECT_EQ(end[0], 24);
+    EXPECT_EQ(end[1], n - 1);
+    EXPECT_GE(start[1], 35);
+    EXPECT_EQ(zemath_find_base_regions(n, x.data(), bumpy.data(), 10, 1, start, end, 0.0, 0.1, 0),
+              ZEMATH_ERR_TOO_MANY_REGIONS);
+    // The relative tolerance (dTolerance1) scales with the Y range: 1.2 times it lets all pass.
+    EXPECT_EQ(zemath_find_base_regions(n, x.data(), bumpy.data(), 10, 4, start, end, 1.2, 0.0, 0),
+              1);
+    EXPECT_EQ(zemath_check_linear(n, x.data(), y.data(), n, 0.1, 0.0, 0),
+              ZEMATH_ERR_TOO_FEW_POINTS);
+    EXPECT_EQ(zemath_check_linear(n, x.data(), y.data(), 0, 0.1, 0.0, 2), ZEMATH_ERR_BAD_OPTION);
+    EXPECT_EQ(zemath_find_base_regions(n, x.data(), y.data(), 10, 4, start, end, 0.0, 0.1, 7),
+              ZEMATH_ERR_BAD_OPTION);
+    EXPECT_EQ(zemath_find_base_regions(n, x.data(), nullptr, 10, 4, start, end, 0.0, 0.1, 0),
+              ZEMATH_ERR_NULL_POINTER);
+}
+
 }  // namespace
