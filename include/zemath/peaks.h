@@ -98,6 +98,29 @@ ZEMATH_API int zemath_find_peaks_1st_derivative(int* pnSize, const double* pX, c
                                                 int nFlags, bool bSmoothDerivative, int nSGPoints,
                                                 int nSGOrder) ZEMATH_NOEXCEPT;
 
+/* Peaks at local extremes of the second derivative over windows of 2*nHalf+1 points (nHalf
+ * 0 counts as 1): a centre where Y'' is the window's leftmost minimum and negative is a
+ * maximum of Y (bit 1); where Y'' is the window maximum and positive, a minimum (bit 2);
+ * sign rule on Y unless bit 4. Resolves shoulders that have no maximum of their own. Y''
+ * is the centred finite-difference derivative (zemath_derivative, mode 0) taken twice; X
+ * not in increasing order is sorted first. On irregular X (or noisy Y) this Y'' is rough
+ * and gives extra extremes: smooth first or use zemsp_find_peaks_2nd_derivative. Returns 0;
+ * -11 as the local maximum; -18 when
+ * *pnSize < 3, nHalf < 0, *pnSize <= 2*max(nHalf,1)+1, or the derivative cannot be
+ * formed. */
+ZEMATH_API int zemath_find_peaks_2nd_derivative(int* pnSize, const double* pX, const double* pY,
+                                                double* pPeakX, double* pPeakY, int* pIndices,
+                                                int nFlags, int nHalf) ZEMATH_NOEXCEPT;
+
+/* As zemath_find_peaks_2nd_derivative with Y'' from the Savitzky-Golay second derivative
+ * over nSGPoints points (half window (nSGPoints-1)/2 each side) of order nSGOrder. -18 also
+ * when nSGPoints <= 3, nSGOrder < 2, nSGOrder >= nSGPoints or the window exceeds the
+ * data. */
+ZEMATH_API int zemsp_find_peaks_2nd_derivative(int* pnSize, const double* pX, const double* pY,
+                                               double* pPeakX, double* pPeakY, int* pIndices,
+                                               int nFlags, int nHalf, int nSGPoints,
+                                               int nSGOrder) ZEMATH_NOEXCEPT;
+
 ZEMATH_EXTERN_C_END
 
 #endif /* ZEMATH_PEAKS_H */

@@ -523,3 +523,83 @@ ZEMATH_API int zemath_find_peaks_1st_derivative(int* pnSize, const double* pX, c
         return ZEMATH_OK;
     });
 }
+
+namespace {
+
+// Peaks at window extremes of the second derivative: a negative minimum of Y'' marks a
+// maximum of Y (bit 1), a positive maximum of Y'' a minimum of Y (bit 2).
+int second_derivative_detector(int* pnSize, const double* pX, const double* pY, double* pPeakX,
+                               double* pPeakY, int* pIndices, int nFlags, int nHalf,
+                               int smoothing_points, int smoothing_order) {
+    if (pnSize == nullptr || pX == nullptr || pY == nullptr || pPeakX == nullptr ||
+        pPeakY == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    const int n = *pnSize;
+    const int half = std::max(nHalf, 1);
+    if (n < 3 || nHalf < 0 || static_cast<std::int64_t>(n) <= 2 * std::int64_t{half} + 1)
+        return ZEMATH_ERR_TOO_FEW_POINTS;
+    if (smoothing_points != 0 &&
+        (smoothing_points <= 3 || smoothing_order < 2 || smoothing_order >= smoothing_points))
+        return ZEMATH_ERR_TOO_FEW_POINTS;
+    return guard_status([&]() -> int {
+        const std::size_t count = static_cast<std::size_t>(n);
+        PreparedCurve curve;
+        prepare_increasing(curve, pX, pY, n);
+        std::vector<double> second(count);
+        if (smoothing_points == 0) {
+            std::copy(curve.y.begin(), curve.y.end(), second.begin());
+            if (derivative_in_place(curve.x, second, 0) != ZEMATH_OK ||
+                derivative_in_place(curve.x, second, 0) != ZEMATH_OK)
+                return ZEMATH_ERR_TOO_FEW_POINTS;
+        } else {
+            const int side = (smoothing_points - 1) / 2;
+            if (zemath_savitsky_golay_derivative(curve.x.data(), curve.y.data(), second.data(), n,
+                                                 side, side, smoothing_order, 2,
+                                                 false) != ZEMATH_OK)
+                return ZEMATH_ERR_TOO_FEW_POINTS;
+        }
+        const bool sign_rule = !(nFlags & kPeakIgnoreSign);
+        std::vector<int> peaks;
+        const auto collect = [&](int flag, bool maximum) {
+            if (!(nFlags & flag)) return;
+            // Window minimum of Y'' below 0 for a maximum, window maximum above 0 otherwise.
+            for (int c : local_extreme_centres(second, half,
+                                               maximum ? kPeakNegative : kPeakPositive, true)) {
+                const auto i = static_cast<std::size_t>(c);
+                if (is_missing(second[i]) || is_missing(curve.y[i])) continue;
+                if (!sign_rule || (maximum ? curve.y[i] > 0.0 : curve.y[i] < 0.0))
+                    peaks.push_back(c);
+            }
+        };
+        collect(kPeakPositive, true);
+        collect(kPeakNegative, false);
+        std::sort(peaks.begin(), peaks.end());
+        peaks.erase(std::unique(peaks.begin(), peaks.end()), peaks.end());
+        for (std::size_t k = 0; k < peaks.size(); ++k) {
+            const auto i = static_cast<std::size_t>(peaks[k]);
+            pPeakX[k] = curve.x[i];
+            pPeakY[k] = curve.y[i];
+            if (pIndices != nullptr) pIndices[k] = caller_index(curve, peaks[k]);
+        }
+        *pnSize = static_cast<int>(peaks.size());
+        return ZEMATH_OK;
+    });
+}
+
+}  // namespace
+
+ZEMATH_API int zemath_find_peaks_2nd_derivative(int* pnSize, const double* pX, const double* pY,
+                                                double* pPeakX, double* pPeakY, int* pIndices,
+                                                int nFlags, int nHalf) noexcept {
+    return second_derivative_detector(pnSize, pX, pY, pPeakX, pPeakY, pIndices, nFlags, nHalf, 0,
+                                      0);
+}
+
+ZEMATH_API int zemsp_find_peaks_2nd_derivative(int* pnSize, const double* pX, const double* pY,
+                                               double* pPeakX, double* pPeakY, int* pIndices,
+                                               int nFlags, int nHalf, int nSGPoints,
+                                               int nSGOrder) noexcept {
+    if (nSGPoints == 0) nSGPoints = -1;  // 0 would select the unsmoothed path
+    return second_derivative_detector(pnSize, pX, pY, pPeakX, pPeakY, pIndices, nFlags, nHalf,
+                                      nSGPoints, nSGOrder);
+}

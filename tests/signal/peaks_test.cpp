@@ -422,6 +422,62 @@ TEST(PeakDetectors, FirstDerivativeCodes) {
               ZEMATH_ERR_NULL_POINTER);
 }
 
+TEST(PeakDetectors, SecondDerivativeFindsCentresAndShoulders) {
+    for (const auto& ref : kPeakCurves) {
+        // Noise-free, evenly spaced curves (on irregular X the difference Y'' is rough).
+        const double d1 = ref.x[1] - ref.x[0], d2 = ref.x[2] - ref.x[1];
+        if (ref.noise > 0.0 || std::fabs(d1 - d2) > 1e-9 * d1) continue;
+        const double lowest = *std::min_element(ref.heights.begin(), ref.heights.end());
+        const double spacing = 100.0 / static_cast<double>(ref.x.size() - 1);
+        for (bool smooth : {false, true}) {
+            std::vector<double> px(ref.x.size()), py(ref.x.size());
+            int n = static_cast<int>(ref.x.size());
+            const int status =
+                smooth ? zemsp_find_peaks_2nd_derivative(&n, ref.x.data(), ref.y.data(), px.data(),
+                                                         py.data(), nullptr, 1, 3, 7, 2)
+                       : zemath_find_peaks_2nd_derivative(&n, ref.x.data(), ref.y.data(), px.data(),
+                                                          py.data(), nullptr, 1, 3);
+            ASSERT_EQ(status, 0);
+            std::vector<double> tall;
+            for (int k = 0; k < n; ++k)
+                if (py[k] > 0.5 * lowest) tall.push_back(px[k]);
+            ASSERT_EQ(tall.size(), ref.centres.size()) << smooth;
+            for (std::size_t k = 0; k < tall.size(); ++k)
+                EXPECT_NEAR(tall[k], ref.centres[k], 2.0 * spacing + 0.05) << k;
+        }
+    }
+    // A shoulder: two Gaussians 2 sd apart (heights 5, 3) give one maximum but two Y'' minima.
+    std::vector<double> x(401), y(401);
+    for (int i = 0; i < 401; ++i) {
+        x[i] = -10.0 + 0.05 * i;
+        y[i] = 5.0 * std::exp(-0.5 * (x[i] + 1.0) * (x[i] + 1.0)) +
+               3.0 * std::exp(-0.5 * (x[i] - 1.0) * (x[i] - 1.0));
+    }
+    EXPECT_EQ(first_derivative(x, y, 1, false, 0, 0).index.size(), 1u);
+    int n = 401;
+    std::vector<double> px(401), py(401);
+    ASSERT_EQ(zemath_find_peaks_2nd_derivative(&n, x.data(), y.data(), px.data(), py.data(),
+                                               nullptr, 1, 5),
+              0);
+    EXPECT_EQ(n, 2);
+    // Codes.
+    n = 5;
+    EXPECT_EQ(zemath_find_peaks_2nd_derivative(&n, x.data(), y.data(), px.data(), py.data(),
+                                               nullptr, 1, 2),
+              ZEMATH_ERR_TOO_FEW_POINTS);
+    n = 401;
+    EXPECT_EQ(zemath_find_peaks_2nd_derivative(&n, nullptr, y.data(), px.data(), py.data(), nullptr,
+                                               1, 2),
+              ZEMATH_ERR_NULL_POINTER);
+    EXPECT_EQ(zemsp_find_peaks_2nd_derivative(&n, x.data(), y.data(), px.data(), py.data(), nullptr,
+                                              1, 2, 5, 1),
+              ZEMATH_ERR_TOO_FEW_POINTS);
+    EXPECT_EQ(zemsp_find_peaks_2nd_derivative(&n, x.data(), y.data(), px.data(), py.data(), nullptr,
+                                              1, 2, 0, 2),
+              ZEMATH_ERR_TOO_FEW_POINTS);
+    EXPECT_EQ(n, 401);
+}
+
 TEST(PeakListFilters, ByHeightAndNumber) {
     // By height: marked peaks go to the end; the count is the position of the first index 0.
     {
