@@ -12,6 +12,8 @@
 #include "frame/nrvec.hpp"
 #include "frame/search.hpp"
 #include "frame/sort.hpp"
+#include "core/missing.hpp"
+#include "signal/integration.hpp"
 #include "zemath/peak_measures.h"
 #include "zemath/status.h"
 
@@ -115,6 +117,68 @@ ZEMATH_API int zemath_y_form_x(int nSize, const double* pX, const double* pY, do
             i = lo;
         }
         *pYOut = y[i] + (y[i + 1] - y[i]) * (dX - x[i]) / (x[i + 1] - x[i]);
+        return ZEMATH_OK;
+    });
+}
+
+ZEMATH_API int zemath_generate_peak_data(int nSize, const double* pX, double* pY, int nShape,
+                                         double dCentre, double dHeight, double dFWHM,
+                                         double dOffset) noexcept {
+    if (pX == nullptr || pY == nullptr) return ZEMATH_ERR_NULL_POINTER;
+    if (nSize < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
+    if (nShape != ZEMATH_PEAK_GAUSSIAN && nShape != ZEMATH_PEAK_LORENTZIAN)
+        return ZEMATH_ERR_BAD_OPTION;
+    if (!(dFWHM > 0.0) || !std::isfinite(dFWHM)) return ZEMATH_ERR_PARAM_RANGE;
+    const double half = 0.5 * dFWHM;
+    // exp(-4 ln2 d^2 / w^2) is 1/2 at d = w/2.
+    const double gauss = 4.0 * std::log(2.0) / (dFWHM * dFWHM);
+    for (int i = 0; i < nSize; ++i) {
+        const double x = pX[i];
+        if (is_missing(x)) {
+            pY[i] = kNanum;
+            continue;
+        }
+        const double d = x - dCentre;
+        pY[i] = dOffset + (nShape == ZEMATH_PEAK_GAUSSIAN
+                               ? dHeight * std::exp(-gauss * d * d)
+                               : dHeight * half * half / (d * d + half * half));
+    }
+    return ZEMATH_OK;
+}
+
+ZEMATH_API int zemath_calc_peak_moments(int nSize, const double* pX, const double* pY,
+                                        const double* pBase, int nFirst, int nLast,
+                                        double* pMoments) noexcept {
+    if (pX == nullptr || pY == nullptr || pMoments == nullptr) return ZEMATH_ERR_NULL_POINTER;
+    if (nFirst < 0 || nLast >= nSize || nLast - nFirst < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
+    return guard_status([&] {
+        std::vector<double> x, h;
+        for (int i = nFirst; i <= nLast; ++i) {
+            const double base = pBase != nullptr ? pBase[i] : 0.0;
+            if (is_missing(pX[i]) || is_missing(pY[i]) || is_missing(base)) continue;
+            x.push_back(pX[i]);
+            h.push_back(pY[i] - base);
+        }
+        if (x.size() < 2) return ZEMATH_ERR_TOO_FEW_POINTS;
+        std::vector<double> weighted(x.size());
+        const auto moment = [&](double centre, int power) {
+            for (std::size_t k = 0; k < x.size(); ++k)
+                weighted[k] = std::pow(x[k] - centre, power) * h[k];
+            return area_under_curve(x, weighted, 0);
+        };
+        const double area = area_under_curve(x, h, 0);
+        double out[5] = {area, kNanum, kNanum, kNanum, kNanum};
+        if (area != 0.0) {
+            const double centroid = moment(0.0, 1) / area;
+            const double variance = moment(centroid, 2) / area;
+            out[1] = centroid;
+            out[2] = variance;
+            if (variance != 0.0) {
+                out[3] = moment(centroid, 3) / area / std::pow(variance, 1.5);
+                out[4] = moment(centroid, 4) / area / (variance * variance);
+            }
+        }
+        std::copy(out, out + 5, pMoments);
         return ZEMATH_OK;
     });
 }

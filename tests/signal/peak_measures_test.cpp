@@ -112,4 +112,60 @@ TEST(PeakMeasures, RefusalsWriteNothing) {
     EXPECT_TRUE(std::isnan(v));
 }
 
+TEST(PeakMeasures, GeneratedPeaksHaveTheirParameters) {
+    // Fine grid over +-40 widths: the half-height crossings give the FWHM, the trapezoid
+    // area and moments the closed forms (Gaussian: area h w sqrt(pi / (4 ln 2)), variance
+    // (w / (2 sqrt(2 ln 2)))^2, skewness 0, kurtosis 3; Lorentzian over [c-L, c+L]:
+    // 2 h g atan(L / g) with g = w / 2).
+    const double centre = 3.25, height = 7.5, fwhm = 1.7, offset = 0.4;
+    const int n = 16001;
+    std::vector<double> x(n), y(n), base(n, offset);
+    const double half_range = 40.0 * fwhm;
+    for (int i = 0; i < n; ++i) x[i] = centre - half_range + 2.0 * half_range * i / (n - 1);
+    for (int shape : {ZEMATH_PEAK_GAUSSIAN, ZEMATH_PEAK_LORENTZIAN}) {
+        ASSERT_EQ(
+            zemath_generate_peak_data(n, x.data(), y.data(), shape, centre, height, fwhm, offset),
+            0);
+        std::vector<double> crossings(n);
+        int count = 0;
+        ASSERT_EQ(zemath_get_level_crossing(n, x.data(), y.data(), offset + 0.5 * height, &count,
+                                            crossings.data()),
+                  0);
+        ASSERT_EQ(count, 2);
+        EXPECT_NEAR(crossings[1] - crossings[0], fwhm, 1e-4);
+        double m[5];
+        ASSERT_EQ(zemath_calc_peak_moments(n, x.data(), y.data(), base.data(), 0, n - 1, m), 0);
+        EXPECT_NEAR(m[1], centre, 1e-9);
+        if (shape == ZEMATH_PEAK_GAUSSIAN) {
+            const double sd = fwhm / (2.0 * std::sqrt(2.0 * std::log(2.0)));
+            EXPECT_NEAR(m[0], height * fwhm * std::sqrt(M_PI / (4.0 * std::log(2.0))), 1e-9);
+            EXPECT_NEAR(m[2], sd * sd, 1e-6);
+            EXPECT_NEAR(m[3], 0.0, 1e-9);
+            EXPECT_NEAR(m[4], 3.0, 1e-5);
+        } else {
+            const double g = 0.5 * fwhm;
+            EXPECT_NEAR(m[0], 2.0 * height * g * std::atan(half_range / g), 1e-5);
+        }
+    }
+    double out[3] = {-7, -7, -7};
+    const double xs[] = {0, 1, 2};
+    EXPECT_EQ(zemath_generate_peak_data(3, xs, out, 2, 0, 1, 1, 0), ZEMATH_ERR_BAD_OPTION);
+    EXPECT_EQ(zemath_generate_peak_data(3, xs, out, 0, 0, 1, 0.0, 0), ZEMATH_ERR_PARAM_RANGE);
+    EXPECT_EQ(zemath_generate_peak_data(3, xs, out, 0, 0, 1, std::nan(""), 0),
+              ZEMATH_ERR_PARAM_RANGE);
+    EXPECT_EQ(zemath_generate_peak_data(0, xs, out, 0, 0, 1, 1, 0), ZEMATH_ERR_TOO_FEW_POINTS);
+    EXPECT_EQ(zemath_generate_peak_data(3, nullptr, out, 0, 0, 1, 1, 0), ZEMATH_ERR_NULL_POINTER);
+    EXPECT_EQ(out[0], -7.0);
+    double m[5] = {-7, -7, -7, -7, -7};
+    const double flat[] = {1, 1, 1};
+    EXPECT_EQ(zemath_calc_peak_moments(3, xs, flat, nullptr, 1, 1, m), ZEMATH_ERR_TOO_FEW_POINTS);
+    EXPECT_EQ(zemath_calc_peak_moments(3, xs, flat, nullptr, 0, 3, m), ZEMATH_ERR_TOO_FEW_POINTS);
+    EXPECT_EQ(zemath_calc_peak_moments(3, xs, nullptr, nullptr, 0, 2, m), ZEMATH_ERR_NULL_POINTER);
+    EXPECT_EQ(m[0], -7.0);
+    // Zero area above the base: the moments are NANUM.
+    ASSERT_EQ(zemath_calc_peak_moments(3, xs, flat, flat, 0, 2, m), 0);
+    EXPECT_EQ(m[0], 0.0);
+    EXPECT_EQ(m[1], NANUM);
+}
+
 }  // namespace
