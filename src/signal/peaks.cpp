@@ -72,32 +72,46 @@ void rescan_extremes(std::span<const double> y, int half, std::span<int> max_ind
 }
 
 // Leftmost extremes of windows [start, end] whose ends never move left. Values failing
-// `usable` are never pushed. Each index is pushed and popped once.
+// `usable` are never pushed. Each index is pushed and popped once. Either extreme may be
+// left untracked (then its accessor must not be called).
 class MonotoneWindow {
   public:
-    explicit MonotoneWindow(std::span<const double> y)
-        : y_(y), max_queue_(y.size()), min_queue_(y.size()) {}
+    MonotoneWindow(std::span<const double> y, bool track_max = true, bool track_min = true)
+        : y_(y),
+          track_max_(track_max),
+          track_min_(track_min),
+          max_queue_(track_max ? y.size() : 0),
+          min_queue_(track_min ? y.size() : 0) {}
 
     void advance(std::size_t start, std::size_t end_inclusive, bool skip_nan) {
         for (; next_ <= end_inclusive; ++next_) {
             const double v = y_[next_];
             if (skip_nan && std::isnan(v)) continue;
+            const auto index = static_cast<int>(next_);
             // Strict comparisons keep the earlier of equal values in front: leftmost wins.
-            while (max_tail_ > max_head_ && y_[max_queue_[max_tail_ - 1]] < v) --max_tail_;
-            max_queue_[max_tail_++] = next_;
-            while (min_tail_ > min_head_ && y_[min_queue_[min_tail_ - 1]] > v) --min_tail_;
-            min_queue_[min_tail_++] = next_;
+            if (track_max_) {
+                while (max_tail_ > max_head_ && y_[idx(max_queue_[max_tail_ - 1])] < v) --max_tail_;
+                max_queue_[max_tail_++] = index;
+            }
+            if (track_min_) {
+                while (min_tail_ > min_head_ && y_[idx(min_queue_[min_tail_ - 1])] > v) --min_tail_;
+                min_queue_[min_tail_++] = index;
+            }
         }
-        while (max_head_ < max_tail_ && max_queue_[max_head_] < start) ++max_head_;
-        while (min_head_ < min_tail_ && min_queue_[min_head_] < start) ++min_head_;
+        if (track_max_)
+            while (max_head_ < max_tail_ && idx(max_queue_[max_head_]) < start) ++max_head_;
+        if (track_min_)
+            while (min_head_ < min_tail_ && idx(min_queue_[min_head_]) < start) ++min_head_;
     }
-    bool empty() const { return max_head_ == max_tail_; }
-    std::size_t max_at() const { return max_queue_[max_head_]; }
-    std::size_t min_at() const { return min_queue_[min_head_]; }
+    bool empty() const { return track_max_ ? max_head_ == max_tail_ : min_head_ == min_tail_; }
+    std::size_t max_at() const { return idx(max_queue_[max_head_]); }
+    std::size_t min_at() const { return idx(min_queue_[min_head_]); }
 
   private:
+    static std::size_t idx(int i) { return static_cast<std::size_t>(i); }
     std::span<const double> y_;
-    std::vector<std::size_t> max_queue_, min_queue_;
+    bool track_max_, track_min_;
+    std::vector<int> max_queue_, min_queue_;
     std::size_t max_head_ = 0, max_tail_ = 0, min_head_ = 0, min_tail_ = 0, next_ = 0;
 };
 
@@ -127,15 +141,30 @@ std::vector<int> local_extreme_centres(std::span<const double> y, int half, int 
     const std::size_t width = 2 * static_cast<std::size_t>(half);
     if (y.size() <= width + 1) return centres;
     const std::size_t windows = y.size() - width;
-    std::vector<int> max_index(windows), min_index(windows);
-    sliding_window_extremes(y, half, max_index, min_index);
+    const auto report = [&](std::size_t p, std::size_t max_at, std::size_t min_at) {
+        const std::size_t c = p + static_cast<std::size_t>(half);
+        const double v = y[c];
+        if ((flags & kPeakPositive) && max_at == c && (!sign_rule || v > 0.0))
+            centres.push_back(static_cast<int>(c));
+        else if ((flags & kPeakNegative) && min_at == c && (!sign_rule || v < 0.0))
+            centres.push_back(static_cast<int>(c));
+    };
+    if (has_nan(y)) {
+        std::vector<int> max_index(windows), min_index(windows);
+        rescan_extremes(y, half, max_index, min_index);
+        for (std::size_t p = 0; p < windows; ++p)
+            report(p, static_cast<std::size_t>(max_index[p]),
+                   static_cast<std::size_t>(min_index[p]));
+        return centres;
+    }
+    // Only the extremes the flags ask for are tracked.
+    const bool want_max = flags & kPeakPositive, want_min = flags & kPeakNegative;
+    if (!want_max && !want_min) return centres;
+    MonotoneWindow window(y, want_max, want_min);
+    const std::size_t none = y.size();
     for (std::size_t p = 0; p < windows; ++p) {
-        const int c = static_cast<int>(p) + half;
-        const double v = y[static_cast<std::size_t>(c)];
-        if ((flags & kPeakPositive) && max_index[p] == c && (!sign_rule || v > 0.0))
-            centres.push_back(c);
-        else if ((flags & kPeakNegative) && min_index[p] == c && (!sign_rule || v < 0.0))
-            centres.push_back(c);
+        window.advance(p, p + width, false);
+        report(p, want_max ? window.max_at() : none, want_min ? window.min_at() : none);
     }
     return centres;
 }

@@ -149,6 +149,17 @@ TEST(PeakDetectors, TrackerGivesLeftmostExtremesOnTiedData) {
             ASSERT_EQ(maxi[p], leftmost(y, first, last, true)) << half << " " << p;
             ASSERT_EQ(mini[p], leftmost(y, first, last, false)) << half << " " << p;
         }
+        // The detectors' centres: window maxima for bit 1, else minima for bit 2.
+        for (int flags : {1, 2, 3}) {
+            std::vector<int> expected;
+            for (std::size_t p = 0; p < windows; ++p) {
+                const int first = static_cast<int>(p), c = first + h, last = first + 2 * h;
+                if (((flags & 1) && leftmost(y, first, last, true) == c) ||
+                    ((flags & 2) && leftmost(y, first, last, false) == c))
+                    expected.push_back(c);
+            }
+            EXPECT_EQ(zemath::local_extreme_centres(y, half, flags, false), expected) << flags;
+        }
     }
 }
 
