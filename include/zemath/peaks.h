@@ -121,6 +121,20 @@ ZEMATH_API int zemsp_find_peaks_2nd_derivative(int* pnSize, const double* pX, co
                                                int nFlags, int nHalf, int nSGPoints,
                                                int nSGOrder) ZEMATH_NOEXCEPT;
 
+/* Two markers per peak where the curve falls to dHeightFraction of the peak's Y on each
+ * side: from the peak index p the walk goes left (then right) while the point stays beyond
+ * the level L = dHeightFraction*Y[p] (above it for Y[p] > 0, below it otherwise), stopping
+ * at the first point at or past L or at the end of the data. The left marker of peak k is
+ * stored at 2k, the right at 2k+1: pMarkers gets that point's index, pMarkerX the linear
+ * crossing of L between it and its inner neighbour (the end point's X when the curve never
+ * reaches L), pMarkerY the level L (the end point's Y then). With dHeightFraction 0.5 the
+ * distance of the two marker X is the full width at half maximum. Returns 0; -11 on a NULL
+ * pointer; -18 when nSize < 1 or nPeaks < 0; -6 when a peak index lies outside
+ * [0, nSize); -151 when dHeightFraction is not in [0, 1). */
+ZEMATH_API int zemath_find_markers_of_peaks_by_height_and_width(
+    int nSize, const double* pX, const double* pY, int nPeaks, const int* pPeakIndices,
+    double dHeightFraction, int* pMarkers, double* pMarkerX, double* pMarkerY) ZEMATH_NOEXCEPT;
+
 ZEMATH_EXTERN_C_END
 
 #endif /* ZEMATH_PEAKS_H */

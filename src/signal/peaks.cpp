@@ -632,3 +632,38 @@ ZEMATH_API int zemsp_find_peaks_2nd_derivative(int* pnSize, const double* pX, co
     return second_derivative_detector(pnSize, pX, pY, pPeakX, pPeakY, pIndices, nFlags, nHalf,
                                       nSGPoints, nSGOrder);
 }
+
+ZEMATH_API int zemath_find_markers_of_peaks_by_height_and_width(
+    int nSize, const double* pX, const double* pY, int nPeaks, const int* pPeakIndices,
+    double dHeightFraction, int* pMarkers, double* pMarkerX, double* pMarkerY) noexcept {
+    if (pX == nullptr || pY == nullptr || pPeakIndices == nullptr || pMarkers == nullptr ||
+        pMarkerX == nullptr || pMarkerY == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    if (nSize < 1 || nPeaks < 0) return ZEMATH_ERR_TOO_FEW_POINTS;
+    for (int k = 0; k < nPeaks; ++k)
+        if (pPeakIndices[k] < 0 || pPeakIndices[k] >= nSize) return ZEMATH_ERR_EMPTY_RANGE;
+    if (!(dHeightFraction >= 0.0 && dHeightFraction < 1.0)) return ZEMATH_ERR_PARAM_RANGE;
+    for (int k = 0; k < nPeaks; ++k) {
+        const int p = pPeakIndices[k];
+        const double level = dHeightFraction * pY[p];
+        const bool positive = pY[p] > 0.0;
+        const auto beyond = [&](int i) { return positive ? pY[i] > level : pY[i] < level; };
+        for (int side = 0; side < 2; ++side) {
+            const int step = side == 0 ? -1 : 1, last = side == 0 ? 0 : nSize - 1;
+            int i = p;
+            while (i != last && beyond(i)) i += step;
+            const int slot = 2 * k + side;
+            pMarkers[slot] = i;
+            if (beyond(i) || i == p) {  // never reached the level (or the peak is at it)
+                pMarkerX[slot] = pX[i];
+                pMarkerY[slot] = pY[i];
+            } else {
+                const int inner = i - step;
+                const double t = (level - pY[inner]) / (pY[i] - pY[inner]);
+                pMarkerX[slot] = pX[inner] + t * (pX[i] - pX[inner]);
+                pMarkerY[slot] = level;
+            }
+        }
+    }
+    return ZEMATH_OK;
+}

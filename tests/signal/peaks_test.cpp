@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "signal/peaks.hpp"
+#include "zemath/peak_measures.h"
 #include "zemath/peaks.h"
 #include "zemath/status.h"
 #include "zemath/types.h"
@@ -487,6 +488,50 @@ TEST(PeakDetectors, SecondDerivativeFindsCentresAndShoulders) {
                                               1, 2, 0, 2),
               ZEMATH_ERR_TOO_FEW_POINTS);
     EXPECT_EQ(n, 401);
+}
+
+TEST(PeakDetectors, HalfHeightMarkersGiveTheWidth) {
+    // Generated Gaussian (centre 4, height 6, FWHM 2.5) and Lorentzian (centre 16, height
+    // 3, FWHM 1.5) on a 0.01 grid: markers at half height are FWHM apart.
+    const int n = 2001;
+    std::vector<double> x(n), g(n), l(n), y(n);
+    for (int i = 0; i < n; ++i) x[i] = 0.01 * i;
+    ASSERT_EQ(zemath_generate_peak_data(n, x.data(), g.data(), 0, 4.0, 6.0, 2.5, 0.0), 0);
+    ASSERT_EQ(zemath_generate_peak_data(n, x.data(), l.data(), 1, 16.0, 3.0, 1.5, 0.0), 0);
+    for (int i = 0; i < n; ++i) y[i] = g[i] + l[i];
+    const int peaks[] = {400, 1600, 0};
+    int markers[6];
+    double mx[6], my[6];
+    // Each shape alone: the markers at half height are FWHM apart.
+    ASSERT_EQ(zemath_find_markers_of_peaks_by_height_and_width(n, x.data(), g.data(), 1, peaks, 0.5,
+                                                               markers, mx, my),
+              0);
+    EXPECT_NEAR(mx[1] - mx[0], 2.5, 1e-4);
+    EXPECT_NEAR(my[0], 3.0, 1e-12);
+    ASSERT_EQ(zemath_find_markers_of_peaks_by_height_and_width(n, x.data(), l.data(), 1, peaks + 1,
+                                                               0.5, markers, mx, my),
+              0);
+    EXPECT_NEAR(mx[1] - mx[0], 1.5, 1e-4);
+    // Both together, with a peak at the first point.
+    ASSERT_EQ(zemath_find_markers_of_peaks_by_height_and_width(n, x.data(), y.data(), 3, peaks, 0.5,
+                                                               markers, mx, my),
+              0);
+    EXPECT_NEAR(mx[3] - mx[2], 1.5, 1e-2);
+    // A peak at the first point: its left marker is the point itself.
+    EXPECT_EQ(markers[4], 0);
+    const int outside[] = {n};
+    EXPECT_EQ(zemath_find_markers_of_peaks_by_height_and_width(n, x.data(), y.data(), 1, outside,
+                                                               0.5, markers, mx, my),
+              ZEMATH_ERR_EMPTY_RANGE);
+    EXPECT_EQ(zemath_find_markers_of_peaks_by_height_and_width(n, x.data(), y.data(), 1, peaks, 1.0,
+                                                               markers, mx, my),
+              ZEMATH_ERR_PARAM_RANGE);
+    EXPECT_EQ(zemath_find_markers_of_peaks_by_height_and_width(0, x.data(), y.data(), 1, peaks, 0.5,
+                                                               markers, mx, my),
+              ZEMATH_ERR_TOO_FEW_POINTS);
+    EXPECT_EQ(zemath_find_markers_of_peaks_by_height_and_width(n, x.data(), nullptr, 1, peaks, 0.5,
+                                                               markers, mx, my),
+              ZEMATH_ERR_NULL_POINTER);
 }
 
 TEST(PeakListFilters, ByHeightAndNumber) {
