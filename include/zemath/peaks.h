@@ -46,7 +46,8 @@ ZEMATH_API int zemath_find_local_extremes(int* pnSize, const double* pX, const d
  * Mapping back: sorted data give the caller's index; resampled data give, of the two
  * caller points nearest the grid X, the higher (peak Y > 0) or lower one, whose index and
  * Y are reported with the grid X. Returns 0; -11 as the local maximum; -18 when
- * *pnSize < 3, when the width is negative or NaN, or when w exceeds the point count. */
+ * *pnSize < 3, when the width is negative or NaN, when w exceeds the point count, or when
+ * uneven X leaves fewer than two usable (non-NANUM) points to resample. */
 ZEMATH_API int zemath_find_peaks_by_search_window(int* pnSize, const double* pX, const double* pY,
                                                   double* pPeakX, double* pPeakY, int* pIndices,
                                                   int nFlags, double dWindowWidth,
