@@ -316,6 +316,11 @@ TEST(PeakDetectors, RefusalsWriteNothing) {
     n = 5;
     EXPECT_EQ(zemath_find_peaks_by_search_window(&n, x.data(), nullptr, px, py, idx, 1, 1.0, 0.0),
               ZEMATH_ERR_NULL_POINTER);
+    // Uneven X with every Y missing: nothing to resample.
+    const std::vector<double> uneven_x = {0, 1, 3, 4, 7}, missing_y(5, NANUM);
+    EXPECT_EQ(zemath_find_peaks_by_search_window(&n, uneven_x.data(), missing_y.data(), px, py, idx,
+                                                 1, 1.0, 0.0),
+              ZEMATH_ERR_TOO_FEW_POINTS);
     // All X equal: no step, refused.
     const std::vector<double> flat_x(5, 1.0);
     EXPECT_EQ(
