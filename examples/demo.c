@@ -14,6 +14,7 @@ void demo_imaging(const double* x, const double* y, int n);
 void demo_gridding(void);
 void demo_statistics(const double* y, int n);
 void demo_smoothing(const double* x, const double* y, int n);
+void demo_peaks(const double* x, const double* y, int n);
 
 #ifndef ZEMATH_SAMPLE_DATA
 #define ZEMATH_SAMPLE_DATA "examples/data/sample_curve.dat"
@@ -70,6 +71,7 @@ int main(int argc, char** argv) {
     printf("status -11 reads           : \"%s\"\n", zemath_status_string(-11));
     demo_primitives(x, y, n);
     demo_search(x, y, n);
+    demo_peaks(x, y, n);
     demo_distributions();
     demo_random();
     demo_rainflow();

@@ -24,5 +24,8 @@
 #include "zemath/xyz.h"
 #include "zemath/triangulation.h"
 #include "zemath/kriging.h"
+#include "zemath/peaks.h"
+#include "zemath/peak_measures.h"
+#include "zemath/baseline.h"
 
 #endif /* ZEMATH_H */

@@ -62,7 +62,10 @@
     X(ZEMATH_ERR_NO_USABLE_VALUE, -158, "no usable value") \
     X(ZEMATH_ERR_CONSTANT_DATA, -185, "all values are equal") \
     X(ZEMATH_ERR_CONFIDENCE_LEVEL, -196, "confidence level not strictly between 0 and 1") \
-    X(ZEMATH_ERR_BAD_ABSCISSA, -220, "abscissas not acceptable")
+    X(ZEMATH_ERR_BAD_ABSCISSA, -220, "abscissas not acceptable") \
+    X(ZEMATH_ERR_TOO_MANY_REGIONS, -56, "more regions found than the output can hold") \
+    X(ZEMATH_ERR_PEAK_PREPARE, -57, "the derivative for a peak search could not be prepared") \
+    X(ZEMATH_ERR_PEAK_SEARCH, -58, "the peak search on a derivative failed")
 
 /* Error numbers handed on from the numerical routines (positive); the distribution
  * functions return these through their status pointer. */

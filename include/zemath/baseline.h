@@ -1,0 +1,72 @@
+/* zeMath: baselines under the peaks of a curve (pX, pY), X increasing: the straight line
+ * through the end points, baseline points of a smooth curve, base markers on both sides
+ * of each peak, and the noise level of a curve. Inputs are never modified; a refused call
+ * (negative return) writes nothing. -19: working storage could not be allocated. */
+#ifndef ZEMATH_BASELINE_H
+#define ZEMATH_BASELINE_H
+
+#include "types.h"
+
+ZEMATH_EXTERN_C_BEGIN
+
+/* nBase evenly spaced points from X[0] to X[nSize-1] into pBaseX (the last exactly
+ * X[nSize-1]) and the straight line through the two end points at them into pBaseY. A
+ * one-point curve, or equal end abscissas, give the constant Y[0]; nBase 1 gives the first
+ * end point. Returns 0; -11 on a NULL pointer; -18 when nSize < 1 or nBase < 1. */
+ZEMATH_API int zemath_init_baseline_by_connect_ends(int nSize, const double* pX, const double* pY,
+                                                    int nBase, double* pBaseX,
+                                                    double* pBaseY) ZEMATH_NOEXCEPT;
+
+/* Indices (ascending) of the points of a smooth curve that lie low and flat at once:
+ * |Y[i]| < 0.05*(max Y - min Y) and |Y'[i]| < 0.05*(max Y' - min Y'), with Y' the centred
+ * finite-difference derivative (zemath_derivative, mode 0), written to pIndices (capacity
+ * nSize). NANUM points are skipped. Returns the count (>= 0); -11 on a NULL pointer; -7
+ * when nSize < 2; -8 when fewer than two usable points exist. */
+ZEMATH_API int zemath_find_baseline_part_in_smooth_curve(int nSize, const double* pX,
+                                                         const double* pY,
+                                                         int* pIndices) ZEMATH_NOEXCEPT;
+
+/* Two base markers per peak where the curve meets the baseline pBase (same indexing as
+ * pY): with T half the mean absolute difference of successive Y, from each peak index p
+ * walk left while |Y - B| > T (stopping at 0) and right likewise (stopping at nSize-1); a
+ * peak already within T of the baseline gives L = R = p. Left marker of peak k at 2k,
+ * right at 2k+1, in pMarkers (indices), pMarkerX and pMarkerY. pOption is reserved (must
+ * be non-NULL, not read). Returns 0; -11 on a NULL pointer; -5 when nMarkers != 2*nPeaks;
+ * -18 when nSize < 1 or nPeaks < 0; -6 when a peak index lies outside [0, nSize). */
+ZEMATH_API int zemath_make_base_markers(int* pMarkers, double* pMarkerX, double* pMarkerY,
+                                        int nMarkers, const int* pPeakIndices, int nPeaks,
+                                        const double* pX, const double* pY, const int* pOption,
+                                        const double* pBase, int nSize) ZEMATH_NOEXCEPT;
+
+/* Noise level of pY[0..nSize-1]: the median absolute difference of successive usable
+ * values (NANUM and NaN skipped) divided by 0.6745*sqrt(2), which estimates the standard
+ * deviation of white Gaussian noise and is barely moved by peaks. NANUM when pY is NULL
+ * or fewer than two usable values exist. */
+ZEMATH_API double zemath_get_noise_level(int nSize, const double* pY) ZEMATH_NOEXCEPT;
+
+/* Last index e of the run of points from nStart that stays straight: each next point is
+ * accepted while its distance in Y from the line of the run so far is at most
+ * T = dAbsTolerance + dRelTolerance * (max Y - min Y over the whole curve); the line is the
+ * least-squares line of the run for nOption 0, the chord from the run's first to its last
+ * accepted point for nOption 1 (a run of one point accepts the next one). One pass, O(1)
+ * per point. Returns e (>= nStart); -11 on a NULL pointer; -18 when nStart lies outside
+ * [0, nSize); -10 for another nOption. */
+ZEMATH_API int zemath_check_linear(int nSize, const double* pX, const double* pY, int nStart,
+                                   double dAbsTolerance, double dRelTolerance,
+                                   int nOption) ZEMATH_NOEXCEPT;
+
+/* Straight stretches of the curve: from s = 0, while s < nSize - step (step =
+ * nMinPoints/3 rounded, at least 1), zemath_check_linear(s) is asked with dTolerance2 as
+ * the absolute and dTolerance1 as the relative tolerance and nOption; a run [s, e] with
+ * e - s > nMinPoints is stored into pStart/pEnd (capacity nMaxRegions) and the scan goes
+ * on at e + 1, otherwise at s + step. Returns the number of regions; -11 on a NULL pointer;
+ * -56 when one region more than nMaxRegions would be stored (the regions stored so far
+ * stay written); a negative code of zemath_check_linear. */
+ZEMATH_API int zemath_find_base_regions(int nSize, const double* pX, const double* pY,
+                                        int nMinPoints, int nMaxRegions, int* pStart, int* pEnd,
+                                        double dTolerance1, double dTolerance2,
+                                        int nOption) ZEMATH_NOEXCEPT;
+
+ZEMATH_EXTERN_C_END
+
+#endif /* ZEMATH_BASELINE_H */
