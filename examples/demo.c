@@ -9,6 +9,7 @@
 void demo_primitives(const double* x, const double* y, int n);
 void demo_search(const double* x, const double* y, int n);
 void demo_random(void);
+void demo_special(void);
 
 #ifndef ZEMATH_SAMPLE_DATA
 #define ZEMATH_SAMPLE_DATA "examples/data/sample_curve.dat"
@@ -68,5 +69,6 @@ int main(int argc, char** argv) {
     demo_search(x, y, n);
     demo_distributions();
     demo_random();
+    demo_special();
     return 0;
 }

@@ -11,5 +11,7 @@
 #include "zemath/sort.h"
 #include "zemath/distributions.h"
 #include "zemath/random.h"
+#include "zemath/special.h"
+#include "zemath/function_table.h"
 
 #endif /* ZEMATH_H */

@@ -12,6 +12,12 @@ ZEMATH_EXTERN_C_BEGIN
 /* Modulus of a d_complex; forwards to cabsz. */
 ZEMATH_API double cabs(d_complex z);
 
+/* The error function, its complement and the gamma function of the script table;
+ * forward to erfz, erfcz and gammaz (special.h). */
+ZEMATH_API double erf(double x);
+ZEMATH_API double erfc(double x);
+ZEMATH_API double gamma(double x);
+
 ZEMATH_EXTERN_C_END
 
 #endif /* ZEMATH_PLAINNAMES_H */
