@@ -239,6 +239,34 @@ TEST(SpecialFunctions, ConventionsAndPublishedValues) {
         EXPECT_NEAR(c.got, c.expected, c.tol * std::fmax(1.0, std::fabs(c.expected))) << c.what;
 }
 
+TEST(SpecialFunctions, PrefixedFamilyRules) {
+    const double pi = std::acos(-1.0);
+    const double quarter = std::sqrt(0.5);  // sin(pi/4) = sin(3 pi/4)
+    // {what, got, expected}: NANUM rules and the negative-order formula.
+    const struct {
+        const char* what;
+        double got, expected;
+    } cases[] = {
+        {"j0 beyond 1e16", zemath_bessel_j0(2e16), NANUM},
+        {"y1 at 0", zemath_bessel_y1(0.0), NANUM},
+        {"i_nu nu 0", zemath_bessel_i_nu(1.0, 0), NANUM},
+        {"i_nu nu 4", zemath_bessel_i_nu(1.0, 4), NANUM},
+        {"i_nu x < 0", zemath_bessel_i_nu(-1.0, 1), NANUM},
+        {"i_nu overflow", zemath_bessel_i_nu(700.9217937, 2), NANUM},
+        {"i_nu(0) nu > 0", zemath_bessel_i_nu(0.0, 3), 0.0},
+        {"i_nu(0) nu < 0", zemath_bessel_i_nu(0.0, -3), NANUM},
+        {"erf at +inf", zemath_erf(kInf), 1.0},
+        {"erfc at -inf", zemath_erfc(-kInf), 2.0},
+        {"erf NANUM", zemath_erf(NANUM), NANUM},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.got, c.expected) << c.what;
+    // I_{-3/4} = I_{3/4} + (2/pi) sin(3 pi/4) K_{3/4}; the runtime J0 agrees with the table's.
+    EXPECT_NEAR(zemath_bessel_i_nu(2.0, -3),
+                bessel_i_nu(2.0, 3) + 2 / pi * quarter * bessel_k_nu(2.0, 3), 1e-14);
+    EXPECT_NEAR(zemath_bessel_j0(2.5), bessel_j0(2.5), 1e-15);
+    EXPECT_NEAR(zemath_bessel_y0(2.5), 0.49807035961523, 1e-13);
+}
+
 // ---- the context table and integralKS ---------------------------------------------
 
 struct Counted {
