@@ -15,6 +15,7 @@ void demo_gridding(void);
 void demo_statistics(const double* y, int n);
 void demo_smoothing(const double* x, const double* y, int n);
 void demo_peaks(const double* x, const double* y, int n);
+void demo_special(void);
 
 #ifndef ZEMATH_SAMPLE_DATA
 #define ZEMATH_SAMPLE_DATA "examples/data/sample_curve.dat"
@@ -79,5 +80,6 @@ int main(int argc, char** argv) {
     demo_gridding();
     demo_statistics(y, n);
     demo_smoothing(x, y, n);
+    demo_special();
     return 0;
 }

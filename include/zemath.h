@@ -27,5 +27,7 @@
 #include "zemath/peaks.h"
 #include "zemath/peak_measures.h"
 #include "zemath/baseline.h"
+#include "zemath/special.h"
+#include "zemath/function_table.h"
 
 #endif /* ZEMATH_H */

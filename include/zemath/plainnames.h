@@ -23,6 +23,12 @@ ZEMATH_API d_complex atan(d_complex z) ZEMATH_NOEXCEPT;              /* atanz */
 ZEMATH_API d_complex atanh(d_complex z) ZEMATH_NOEXCEPT;             /* atanhz */
 ZEMATH_API d_complex cpow(d_complex z, d_complex w) ZEMATH_NOEXCEPT; /* cpowz */
 
+/* The error function, its complement and the gamma function of the script table;
+ * forward to erfz, erfcz and gammaz (special.h). */
+ZEMATH_API double erf(double x);
+ZEMATH_API double erfc(double x);
+ZEMATH_API double gamma(double x);
+
 ZEMATH_EXTERN_C_END
 
 #endif /* ZEMATH_PLAINNAMES_H */

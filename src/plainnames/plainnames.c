@@ -4,6 +4,7 @@
  * hosts open this library with RTLD_LOCAL so the real math functions stay untouched. */
 #include "zemath/complex.h"
 #include "zemath/plainnames.h"
+#include "zemath/special.h"
 
 ZEMATH_API double cabs(d_complex z) {
     return cabsz(z);
@@ -38,3 +39,6 @@ ZEMATH_API d_complex atanh(d_complex z) {
 ZEMATH_API d_complex cpow(d_complex z, d_complex w) {
     return cpowz(z, w);
 }
+ZEMATH_API double erf(double x) { return erfz(x); }
+ZEMATH_API double erfc(double x) { return erfcz(x); }
+ZEMATH_API double gamma(double x) { return gammaz(x); }

@@ -2,7 +2,9 @@
 // x >= -1/e) or the lower branch (W <= -1, -1/e <= x < 0).
 //
 // Method: Boost.Math's lambert_w0 / lambert_wm1 (rational approximations and Halley
-// refinement, about 1 ulp) for an argument given directly. With offset the argument is
+// refinement) for an argument given directly, followed by one Newton step on
+// w e^w = x with a fused residual where Boost is a few ulps off (x < 1); on the lower
+// branch at subnormal x, Newton on w + ln(-w) = ln(-x). With offset the argument is
 // dx = x + 1/e, and near the branch point the answer is found from dx itself, since
 // forming -1/e + dx would already cost the digits that matter there: with W = u - 1,
 //     g(u) = (u - 1) e^u + 1 = e dx,   g(u) = sum_{n>=2} (n-1) u^n / n!,
@@ -28,6 +30,13 @@
 namespace zemath::nag {
 
 namespace {
+
+// Below this the principal-branch result is polished (polish()); above it Boost is at
+// rounding level and e^w may overflow.
+constexpr double kPolishBelow = 1.0;
+// Lower branch: below this distance from 0 (the subnormal range) the solution is found
+// from logarithms, where Boost's evaluation loses the argument.
+constexpr double kSubnormalEdge = 2.2250738585072014e-308;
 
 // 1/e = kInvEHi + kInvELo to about 107 bits.
 constexpr double kInvEHi = 0.36787944117144233;
@@ -69,19 +78,54 @@ bool near_branch_point(double dx, double sign, double* w) {
         u = 1.0 + (sign > 0 ? boost::math::lambert_w0(x, numeric::BoostPolicy())
                             : boost::math::lambert_wm1(x, numeric::BoostPolicy()));
     }
-    constexpr int kMaxNewton = 20;
+    // Newton's method. Stopping rule: the step itself can never fall reliably below one
+    // ulp of u, because g(u) - c is computed with a rounding error of a few ulps of c;
+    // near the root the steps bounce at that level, so a test of the step against a
+    // relative bound near machine epsilon fails at scattered arguments. Instead, stop
+    // one step after the convergence became quadratic: for Newton on g the relative
+    // error after a step of relative size r is about r^2 / 2 (g'' / 2g' = (u + 1) / 2u),
+    // so once |step| <= 1e-9 |u| the new iterate is as accurate as rounding allows.
+    constexpr int kMaxNewton = 40;
+    constexpr double kQuadratic = 1e-9;
     for (int iter = 0; iter < kMaxNewton; ++iter) {
         const double slope = u * std::exp(u);
         if (slope == 0.0 || !std::isfinite(slope)) break;
         const double step = (branch_offset_g(u) - c) / slope;
+        if (!std::isfinite(step)) break;
         u -= step;
-        if (std::fabs(step) <= 2e-16 * std::fabs(u)) {
+        if (std::fabs(step) <= kQuadratic * std::fabs(u)) {
             *w = u - 1.0;
             return std::isfinite(u);
         }
     }
     *w = u - 1.0;
     return false;
+}
+
+// One Newton step on w e^w = x. Boost's rational approximations are a few ulps off
+// between x = -0.25 and 0 (up to about 1e-15 relative near x = -0.19); the step, with
+// the residual formed by a fused multiply-add, brings them to rounding level. Used
+// where e^w is a normal number and the condition w / (1 + w) is modest.
+double polish(double w, double x) {
+    const double ew = std::exp(w);
+    const double slope = (1.0 + w) * ew;
+    if (slope == 0.0 || !std::isfinite(slope)) return w;
+    const double step = std::fma(w, ew, -x) / slope;
+    return std::isfinite(step) ? w - step : w;
+}
+
+// W_{-1}(x) for x so close to 0 that x e^{-w} leaves the normal range (x subnormal):
+// Newton's method on w + ln(-w) = ln(-x), from the asymptotic start L1 - ln(-L1).
+double lower_branch_near_zero(double x) {
+    const double l1 = std::log(-x);
+    double w = l1 - std::log(-l1);
+    for (int iter = 0; iter < 8; ++iter) {
+        const double f = w + std::log(-w) - l1;
+        const double step = f / (1.0 + 1.0 / w);
+        w -= step;
+        if (std::fabs(step) <= 1e-9 * std::fabs(w)) break;
+    }
+    return w;
 }
 
 }  // namespace
@@ -101,8 +145,12 @@ double c05bac(double x, int branch, bool offset, NagError* fail) {
         }
         const double z = (x - kInvEHi) - kInvELo;
         if (!principal && z >= 0.0) return fail->set(NE_REAL), 0.0;
-        return principal ? boost::math::lambert_w0(z, numeric::BoostPolicy())
-                         : boost::math::lambert_wm1(z, numeric::BoostPolicy());
+        if (principal) {
+            const double w = boost::math::lambert_w0(z, numeric::BoostPolicy());
+            return z < kPolishBelow ? polish(w, z) : w;
+        }
+        if (z > -kSubnormalEdge) return lower_branch_near_zero(z);
+        return polish(boost::math::lambert_wm1(z, numeric::BoostPolicy()), z);
     }
     const double branch_point = -kInvEHi;  // the double nearest -1/e
     if (x < branch_point) return fail->set(NE_REAL), 0.0;
@@ -116,9 +164,13 @@ double c05bac(double x, int branch, bool offset, NagError* fail) {
         if (!near_branch_point(dx, principal ? 1.0 : -1.0, &w)) fail->set(NE_CONV);
         return w;
     }
-    if (principal) return boost::math::lambert_w0(x, numeric::BoostPolicy());
+    if (principal) {
+        const double w = boost::math::lambert_w0(x, numeric::BoostPolicy());
+        return x < kPolishBelow ? polish(w, x) : w;
+    }
     if (x >= 0.0) return fail->set(NE_REAL), 0.0;
-    const double w = boost::math::lambert_wm1(x, numeric::BoostPolicy());
+    if (x > -kSubnormalEdge) return lower_branch_near_zero(x);
+    const double w = polish(boost::math::lambert_wm1(x, numeric::BoostPolicy()), x);
     if (!std::isfinite(w)) return fail->set(NE_CONV), 0.0;
     return w;
 }
