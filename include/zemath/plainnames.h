@@ -25,9 +25,9 @@ ZEMATH_API d_complex cpow(d_complex z, d_complex w) ZEMATH_NOEXCEPT; /* cpowz */
 
 /* The error function, its complement and the gamma function of the script table;
  * forward to erfz, erfcz and gammaz (special.h). */
-ZEMATH_API double erf(double x);
-ZEMATH_API double erfc(double x);
-ZEMATH_API double gamma(double x);
+ZEMATH_API double erf(double x) ZEMATH_NOEXCEPT;
+ZEMATH_API double erfc(double x) ZEMATH_NOEXCEPT;
+ZEMATH_API double gamma(double x) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END
 

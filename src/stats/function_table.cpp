@@ -3,6 +3,7 @@
 // integrates a host function.
 #include "stats/function_table.hpp"
 
+#include <utility>
 #include <climits>
 #include <cmath>
 #include <cstring>
@@ -361,16 +362,21 @@ ZEMATH_API int zemath_KS_functions_get_list(CStringArray* names, CStringArray* a
                                             int category, CStringArray* labels) noexcept {
     if (names == nullptr || argumentLists == nullptr) return -1;
     return zemath::guard_status([&] {
-        names->RemoveAll();
-        argumentLists->RemoveAll();
+        // Built aside and moved in at the end, so that storage failing part way leaves the
+        // caller's arrays as they were.
+        CStringArray found_names, found_arguments;
+        CStringArray found_labels = labels != nullptr ? *labels : CStringArray();  // appended to
         int appended = 0;
         for (const FunctionRow& row : zemath::stats::function_rows()) {
             if (row.category != category) continue;
-            names->Add(row.name);
-            argumentLists->Add(row.arguments);
-            if (labels != nullptr) labels->Add(row.label);
+            found_names.Add(row.name);
+            found_arguments.Add(row.arguments);
+            if (labels != nullptr) found_labels.Add(row.label);
             ++appended;
         }
+        *names = std::move(found_names);
+        *argumentLists = std::move(found_arguments);
+        if (labels != nullptr) *labels = std::move(found_labels);
         return appended > 0 ? appended : -1;
     });
 }

@@ -262,7 +262,15 @@ const std::vector<Export>& all_exports() {
 // Untyped writable pointers: comparison callbacks get real comparison functions over
 // one-byte keys (legal for any record width), blocks to release get only NULL (any other
 // pointer would be freed). Any other void* is a data buffer.
+// A host integrand for the context of the function table's integral row.
+inline double sweep_integrand(void*, double x) {
+    return std::exp(-x * x);
+}
+inline KSFInfo sweep_integrand_info = {sweep_integrand, nullptr};
+inline KSFInfo sweep_no_integrand = {nullptr, nullptr};
+
 std::vector<void*> void_pointer_shapes(const std::string& name) {
+    if (name == "context") return {nullptr, &sweep_no_integrand, &sweep_integrand_info};
     if (name == "compare")
         return {nullptr, reinterpret_cast<void*>(&Compare_BYTE_Ascend),
                 reinterpret_cast<void*>(&Compare_char_Descend)};

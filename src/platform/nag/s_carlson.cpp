@@ -31,7 +31,7 @@ namespace {
 // RC keeps Boost's long double evaluation: in double its principal value for y < 0
 // loses every digit when x and |y| are 350 decades apart. RF, RD, RJ are accurate to
 // about 3e-14 in double and three times faster so.
-using detail::QuietPolicy;
+using QuietPolicy = numeric::BoostPolicy;
 using DoublePolicy = detail::SpecialPolicy;
 constexpr double kUpLim = std::numeric_limits<double>::max() / 5.0;
 constexpr double kLoLim = 5.0 * std::numeric_limits<double>::min();

@@ -137,8 +137,8 @@ void s14bac(double a, double x, double /*tol*/, double* p, double* q, NagError* 
         return;
     }
     // Long double inside: in double, Temme's expansion for large a loses two digits.
-    *p = boost::math::gamma_p(a, x, detail::QuietPolicy());
-    *q = boost::math::gamma_q(a, x, detail::QuietPolicy());
+    *p = boost::math::gamma_p(a, x, numeric::BoostPolicy());
+    *q = boost::math::gamma_q(a, x, numeric::BoostPolicy());
     if (!std::isfinite(*p) || !std::isfinite(*q)) fail->set(NE_CONV);
 }
 

@@ -13,7 +13,7 @@
 // function, Math. Comp. 23, 631-637 (routine CALERF).
 #include <cmath>
 
-#include "platform/nag/normal_tail.hpp"
+#include "platform/numeric/normal.hpp"
 #include "platform/nag/s.hpp"
 
 namespace zemath::nag {
@@ -111,12 +111,12 @@ double cody_erf(double x, int mode) {
 
 double s15abc(double x, NagError* fail) {
     fail->set(NE_NOERROR);
-    return detail::normal_lower(x);
+    return numeric::normal_lower(x);
 }
 
 double s15acc(double x, NagError* fail) {
     fail->set(NE_NOERROR);
-    return detail::normal_upper(x);
+    return numeric::normal_upper(x);
 }
 
 double s15adc(double x, NagError* fail) {
