@@ -146,16 +146,19 @@ ZEMATH_API double hygecdf(int k, int m, int n, int l, int tail, int* status) ZEM
  * non-centrality |delta| <= 1e4 (else 7: the series' length grows with delta). maxiter
  * must be >= 1 (else 11); the series are always summed to full precision, so maxiter
  * never truncates them. 300: a series did not converge. */
-ZEMATH_API double nctcdf(double t, double df, double delta, int maxiter, int* status) ZEMATH_NOEXCEPT;
+ZEMATH_API double nctcdf(double t, double df, double delta, int maxiter,
+                         int* status) ZEMATH_NOEXCEPT;
 /* Non-central chi-square lower tail at x >= 0 (else 5), f > 0 degrees of freedom (else
  * 6), non-centrality 0 <= lambda <= 1e9 (else 5 / 7). */
 ZEMATH_API double ncchi2cdf(double x, double f, double lambda, int* status) ZEMATH_NOEXCEPT;
 /* Non-central F lower tail at f >= 0 with df1, df2 > 0 and non-centrality
  * 0 <= lambda <= 1e9; codes as ncchi2cdf. */
-ZEMATH_API double ncfcdf(double f, double df1, double df2, double lambda, int* status) ZEMATH_NOEXCEPT;
+ZEMATH_API double ncfcdf(double f, double df1, double df2, double lambda,
+                         int* status) ZEMATH_NOEXCEPT;
 /* Non-central beta lower tail at 0 <= x <= 1 (else 5 / 7) with shapes a, b > 0 and
  * non-centrality 0 <= lambda <= 1e9 (else 5 / 7). */
-ZEMATH_API double ncbetacdf(double x, double a, double b, double lambda, int* status) ZEMATH_NOEXCEPT;
+ZEMATH_API double ncbetacdf(double x, double a, double b, double lambda,
+                            int* status) ZEMATH_NOEXCEPT;
 /* Standard bivariate normal P(X <= x, Y <= y) with correlation corre, |corre| <= 1
  * (else 7). */
 ZEMATH_API double bivarnormcdf(double x, double y, double corre, int* status) ZEMATH_NOEXCEPT;

@@ -177,10 +177,10 @@ ZEMATH_API int zemath_basic_summary_stats(int n, const double* data, int* N, dou
 /* The remaining fields of zemath_desc_stats (Mode, whether several values share the
  * mode's count, GeoSD, LCL, UCL, SDx2, SDx3), each optional. Returns as zemath_desc_stats
  * (-156 for a NULL data pointer). */
-ZEMATH_API int zemath_opt_summary_stats(unsigned int n, const double* data, double level, double* Mode,
-                                        bool* several_modes, double* GeoSD, double* LCL, double* UCL,
-                                        double* SDx2, double* SDx3, int nMomentDenFlag,
-                                        const double* weights) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_opt_summary_stats(unsigned int n, const double* data, double level,
+                                        double* Mode, bool* several_modes, double* GeoSD,
+                                        double* LCL, double* UCL, double* SDx2, double* SDx3,
+                                        int nMomentDenFlag, const double* weights) ZEMATH_NOEXCEPT;
 
 /* zemath_desc_stats over nRanges ranges of data: range r is points bounds[2r] ..
  * bounds[2r+1] (0-based, inclusive, integral values). out[r] is reset (doubles NANUM,
@@ -230,8 +230,8 @@ ZEMATH_API double zemath_absolute_arithmetic_average(const double* data, int n) 
  * Returns 0; -156 when data, percents or results is NULL; -155 when n <= 0 or
  * nPercents <= 0; -151 when nInterpolate is outside 0..5; -108 when a weight is negative
  * (results untouched). */
-ZEMATH_API int zemath_percentiles(const double* data, int n, const double* percents,
-                                  int nPercents, double* results, int nInterpolate,
+ZEMATH_API int zemath_percentiles(const double* data, int n, const double* percents, int nPercents,
+                                  double* results, int nInterpolate,
                                   const double* weights) ZEMATH_NOEXCEPT;
 
 /* ---- Quantiles, ranges, frequencies ------------------------------------------------- */
@@ -247,16 +247,17 @@ ZEMATH_API int zemath_percentiles(const double* data, int n, const double* perce
  * -155 when n or nPercents exceeds INT_MAX; -151 when the rule is outside 0..5; -108
  * for a negative weight (posting "_ZEMS_CW_3"); -158 when no value is usable. */
 ZEMATH_API int zemath_quantiles(const double* data, unsigned int n, const QuantileOptions* opt,
-                                QuantileResults* res, const double* percents, unsigned int nPercents,
-                                double* results, const double* weights) ZEMATH_NOEXCEPT;
+                                QuantileResults* res, const double* percents,
+                                unsigned int nPercents, double* results,
+                                const double* weights) ZEMATH_NOEXCEPT;
 
 /* Min, Max, Q1, Median, Q3 (each optional) of data[0..n-1]. Kept deliberately: five or
  * more values always give the five-number summary (hinges) over the raw values, NANUM
  * included, whatever the rule; fewer use zemath_quantiles with the rule.
  * Returns 0; -3 when n is 0; -11 when data is NULL; -151 (rule) or -158 (no usable
  * value) from zemath_quantiles for n < 5. */
-ZEMATH_API int zemath_one_row_quantiles(const double* data, unsigned int n, double* Min, double* Max,
-                                        double* Q1, double* Median, double* Q3,
+ZEMATH_API int zemath_one_row_quantiles(const double* data, unsigned int n, double* Min,
+                                        double* Max, double* Q1, double* Median, double* Q3,
                                         int nInterpolate) ZEMATH_NOEXCEPT;
 
 /* zemath_one_row_quantiles of each row of the row-major matrix rows x columns; element r
@@ -270,7 +271,8 @@ ZEMATH_API int zemath_row_quantiles(int rows, int columns, const double* matrix,
 /* The same with IQR and Range per row (rows values each, optional). */
 ZEMATH_API int zemath_row_quantiles_ex(int rows, int columns, const double* matrix, double* Min,
                                        double* Max, double* Q1, double* Median, double* Q3,
-                                       double* IQR, double* Range, int nInterpolate) ZEMATH_NOEXCEPT;
+                                       double* IQR, double* Range,
+                                       int nInterpolate) ZEMATH_NOEXCEPT;
 
 /* Minimum, maximum (first occurrences), their indices and the range of the usable
  * values of data[0..n-1] (NANUM and NaN skipped). Returns 0; -156 when data or res is
@@ -280,7 +282,8 @@ ZEMATH_API int zemath_range(const double* data, unsigned int n, RangeResults* re
 /* Median (the usual: mean of the two middle values for an even count) of the usable
  * values of data[0..n-1] into *median. Returns 0; -18 when n < 1 or a pointer is NULL;
  * -65 when no value is usable (median untouched). A usable NaN gives NaN. */
-ZEMATH_API int zemath_get_median_in_vector(int n, const double* data, double* median) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_get_median_in_vector(int n, const double* data,
+                                           double* median) ZEMATH_NOEXCEPT;
 
 /* Distinct usable values of data[0..n-1] (NANUM and NaN skipped) ascending into values
  * and their counts into counts (both need room for n values); their number into
@@ -335,7 +338,8 @@ ZEMATH_API int zemath_get_percentiles_data(const double* data, unsigned int n, c
 /* Histogram bin width for data[0..n-1]: method 0 2 (P75 - P25) n^(-1/3), percentiles by
  * the rule; 1 3.49 SD n^(-1/3) (flag-0 SD); 2 (Max - Min) / (log2 n + 1). NANUM for
  * NULL data, n <= 0, another method, or when the ingredients are not available. */
-ZEMATH_API double zemath_bin_width(const double* data, int n, int method, int nInterpolate) ZEMATH_NOEXCEPT;
+ZEMATH_API double zemath_bin_width(const double* data, int n, int method,
+                                   int nInterpolate) ZEMATH_NOEXCEPT;
 
 /* Percentiles of a distribution curve: (x, y) with x non-decreasing is a density curve;
  * its cumulative area (trapezoid rule; points whose y is NANUM are skipped) is searched
@@ -361,21 +365,22 @@ ZEMATH_API int zemath_percentiles_distribution(int n, const double* x, const dou
 /* One-sample t test from a summary: res gets N, Mean, SD, SE = NANUM, DOF = N - 1,
  * t = sqrt(N) (Mean - Value) / SD and its P (NANUM for N = 1). Returns 0; -151 when a
  * pointer is NULL, TailType is outside 0..2, or Mean, SD or t is NANUM; -155 when N < 1. */
-ZEMATH_API int zemath_one_sample_t_test_with_summarized_data(const TTestSummary* summary,
-                                                             const TTestHypothesis* hyp,
-                                                             OneSampleTTestResults* res) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_one_sample_t_test_with_summarized_data(
+    const TTestSummary* summary, const TTestHypothesis* hyp,
+    OneSampleTTestResults* res) ZEMATH_NOEXCEPT;
 /* Paired t test from the summary of the differences, which fills both sample slots and
  * MeanDiff; DOF = N - 1 and, when SD != 0, t = (Mean - Value) / (SD / sqrt(N)) and P (other
  * statistics NANUM). N = 1: DOF 0, statistics NANUM, returns 0. Returns 0; -151 when a
  * pointer is NULL or TailType is outside 0..2; -165 when N < 1. */
-ZEMATH_API int zemath_two_sample_t_test_pair_with_summarized_data(const TTestSummary* diff,
-                                                                  const TTestHypothesis* hyp,
-                                                                  TwoSampleTTestResults* res) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_two_sample_t_test_pair_with_summarized_data(
+    const TTestSummary* diff, const TTestHypothesis* hyp,
+    TwoSampleTTestResults* res) ZEMATH_NOEXCEPT;
 /* Two-sample t test (equal variances) of mean1 - mean2 = Value from summaries: DOF =
  * N1 + N2 - 2, t and P (NANUM when N < 2 or SD <= 0 in either sample). unequal (optional,
  * 3 doubles) receives t, DOF and P of the unequal-variance test. Returns 0; -151 when a
  * pointer other than unequal is NULL or TailType is outside 0..2. */
-ZEMATH_API int zemath_two_sample_t_test_with_summarized_data(const TTestSummary* s1, const TTestSummary* s2,
+ZEMATH_API int zemath_two_sample_t_test_with_summarized_data(const TTestSummary* s1,
+                                                             const TTestSummary* s2,
                                                              const TTestHypothesis* hyp,
                                                              TwoSampleTTestResults* res,
                                                              double* unequal) ZEMATH_NOEXCEPT;
@@ -383,36 +388,42 @@ ZEMATH_API int zemath_two_sample_t_test_with_summarized_data(const TTestSummary*
 /* One-sample t test of data[0..n-1] (SE filled). Returns 0; -156 when a pointer is NULL;
  * -151 (tail); -155 when n > INT_MAX; -165 with fewer than 2 usable points; -151 as the
  * summarized test. */
-ZEMATH_API int zemath_one_sample_t_test(const double* data, unsigned int n, const TTestHypothesis* hyp,
+ZEMATH_API int zemath_one_sample_t_test(const double* data, unsigned int n,
+                                        const TTestHypothesis* hyp,
                                         OneSampleTTestResults* res) ZEMATH_NOEXCEPT;
 /* The same with scalar outputs (each optional): t, P and DOF for the hypothesised mean. */
 ZEMATH_API int zemath_t_test_one_sample(const double* data, unsigned int n, double mean, int tail,
                                         double* t, double* P, int* DOF) ZEMATH_NOEXCEPT;
 /* Two-sample t test of x[0..nx-1] against y[0..ny-1] (SE1, SE2 and the pooled SEDiff
  * filled); unequal as the summarized form. Returns 0, -156, -151, -155 or -165. */
-ZEMATH_API int zemath_two_sample_t_test(const double* x, unsigned int nx, const double* y, unsigned int ny,
-                                        const TTestHypothesis* hyp, TwoSampleTTestResults* res,
+ZEMATH_API int zemath_two_sample_t_test(const double* x, unsigned int nx, const double* y,
+                                        unsigned int ny, const TTestHypothesis* hyp,
+                                        TwoSampleTTestResults* res,
                                         double* unequal) ZEMATH_NOEXCEPT;
 /* Paired t test of x[i] - y[i], i < n (SE slots hold the SE of the mean difference).
  * Returns 0, -156, -151, -155 or -165 (fewer than 2 complete pairs). */
 ZEMATH_API int zemath_two_sample_t_test_pair(const double* x, const double* y, unsigned int n,
-                                             const TTestHypothesis* hyp, TwoSampleTTestResults* res) ZEMATH_NOEXCEPT;
+                                             const TTestHypothesis* hyp,
+                                             TwoSampleTTestResults* res) ZEMATH_NOEXCEPT;
 /* Row-wise two-sample t tests (equal variances, hypothesised difference 0) of row r of
  * m1 (rows x columns1, row-major) against row r of m2 (rows x columns2): t[r], P[r],
  * DOF[r] (each array optional, rows values; NANUM for a failing row). Returns the first
  * failing row's status, or -156 (m1 or m2 NULL), -155 (a size < 1), -151 (tail). */
-ZEMATH_API int zemath_row_ttest2(int rows, const double* m1, int columns1, const double* m2, int columns2,
-                                 int tail, double* t, double* P, double* DOF) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_row_ttest2(int rows, const double* m1, int columns1, const double* m2,
+                                 int columns2, int tail, double* t, double* P,
+                                 double* DOF) ZEMATH_NOEXCEPT;
 /* One-sample z test of the mean of data[0..n-1] against mean with known sigma: z and P
  * (optional). Returns 0; -156 (data NULL); -151 (tail, sigma <= 0 or not finite, mean not
  * finite); -155 (n > INT_MAX); -165 (no usable point). */
-ZEMATH_API int zemath_one_sample_z_test(const double* data, unsigned int n, double mean, double sigma,
-                                        int tail, double* z, double* P) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_one_sample_z_test(const double* data, unsigned int n, double mean,
+                                        double sigma, int tail, double* z,
+                                        double* P) ZEMATH_NOEXCEPT;
 /* F test of equal variances: F = var(x) / var(y) with df1 = Nx - 1, df2 = Ny - 1; P upper
  * (tail 1), lower (2) or twice the smaller tail, at most 1 (0). Outputs optional; F and P
  * NANUM when var(y) = 0. Returns 0, -156, -151, -155 or -165. */
-ZEMATH_API int zemath_f_test(const double* x, unsigned int nx, const double* y, unsigned int ny, int tail,
-                             double* F, double* P, double* df1, double* df2) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_f_test(const double* x, unsigned int nx, const double* y, unsigned int ny,
+                             int tail, double* F, double* P, double* df1,
+                             double* df2) ZEMATH_NOEXCEPT;
 /* One-sample chi-square variance test: chi2 = (N - 1) s^2 / variance, DOF = N - 1, P by
  * the tail as zemath_f_test. Returns 0, -156, -151 (tail, variance <= 0), -155 or -165. */
 ZEMATH_API int zemath_chi_square_test(const double* data, unsigned int n, double variance, int tail,
@@ -420,7 +431,8 @@ ZEMATH_API int zemath_chi_square_test(const double* data, unsigned int n, double
 /* Two-sample chi-square variance test (Bartlett's statistic, 1 degree of freedom, upper
  * tail): chi2 and P (optional; NANUM when a variance is 0). Returns 0, -156, -155 or -165. */
 ZEMATH_API int zemath_two_sample_chi_square_test(const double* x, unsigned int nx, const double* y,
-                                                 unsigned int ny, double* chi2, double* P) ZEMATH_NOEXCEPT;
+                                                 unsigned int ny, double* chi2,
+                                                 double* P) ZEMATH_NOEXCEPT;
 
 /* ---- Confidence intervals ------------------------------------------------------------
  * A level c in (0, 1) becomes p = 1 - (1 - c) / 2 (two-sided, one_sided = 0) or p = c.
@@ -429,43 +441,45 @@ ZEMATH_API int zemath_two_sample_chi_square_test(const double* x, unsigned int n
 /* Interval for a variance: S = SD^2 DOF; lower = S / chi2inv(p, DOF), upper =
  * S / chi2inv(1 - p, DOF); NANUM for DOF 0 or -1. Returns 0; -151 when count is 0, a
  * pointer is NULL, or a level is outside (0, 1) (at once: that and later entries NANUM). */
-ZEMATH_API int zemath_confidence_levels_for_variance(unsigned int count, const double* levels, double SD,
-                                                     double DOF, double* lower, double* upper,
-                                                     int one_sided) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_confidence_levels_for_variance(unsigned int count, const double* levels,
+                                                     double SD, double DOF, double* lower,
+                                                     double* upper, int one_sided) ZEMATH_NOEXCEPT;
 /* Interval for the ratio of two variances: R = SD1^2 / SD2^2 from SDs[2] and sizes[2];
  * lower = R / finv(p, N1 - 1, N2 - 1), upper = R / finv(1 - p, ...); everything NANUM
  * when N1 + N2 < 3. Levels are not range-checked (a bad level leaves NANUM). Returns 0;
  * -151 when count is 0 or a pointer is NULL. */
-ZEMATH_API int zemath_two_sample_confidence_levels_for_variance(unsigned int count, const double* levels,
+ZEMATH_API int zemath_two_sample_confidence_levels_for_variance(unsigned int count,
+                                                                const double* levels,
                                                                 const double* SDs, const int* sizes,
                                                                 double* lower, double* upper,
                                                                 int one_sided) ZEMATH_NOEXCEPT;
 /* Interval for a mean: mean -+ tinv(p, N - 1) SD / sqrt(N) (NANUM for N < 2). Returns 0;
  * -151 as zemath_confidence_levels_for_variance. */
-ZEMATH_API int zemath_confidence_levels_for_mean(unsigned int count, const double* levels, double mean,
-                                                 double SD, int N, double* lower, double* upper,
-                                                 int one_sided) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_confidence_levels_for_mean(unsigned int count, const double* levels,
+                                                 double mean, double SD, int N, double* lower,
+                                                 double* upper, int one_sided) ZEMATH_NOEXCEPT;
 /* Interval for mean1 - mean2 from two summaries: pooled (equal_variances non-zero) or
  * Satterthwaite standard error and degrees of freedom (NANUM when a size is below 2).
  * Returns 0; -151 as above (also for a NULL summary). */
-ZEMATH_API int zemath_two_sample_confidence_levels_for_mean(unsigned int count, const double* levels,
-                                                            const TTestSummary* s1, const TTestSummary* s2,
-                                                            int equal_variances, double* lower,
-                                                            double* upper, int one_sided) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_two_sample_confidence_levels_for_mean(
+    unsigned int count, const double* levels, const TTestSummary* s1, const TTestSummary* s2,
+    int equal_variances, double* lower, double* upper, int one_sided) ZEMATH_NOEXCEPT;
 
 /* Parameters of a normal law fitted to data[0..n-1] (NANUM skipped) with two-sided
  * confidence limits at level: mu = mean with Student's t limits, sigma = SD (divisor
  * N - 1) with chi-square limits SD sqrt((N-1) / chi2inv(p or 1 - p, N - 1)). Outputs
  * optional. Returns 0; -156 (data NULL); -196 (level); -155 (n > INT_MAX); -165 (fewer
  * than 2 usable points). */
-ZEMATH_API int zemath_confidence_limit_Norm(const double* data, unsigned int n, double level, double* mu,
-                                            double* mu_lower, double* mu_upper, double* sigma,
-                                            double* sigma_lower, double* sigma_upper) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_confidence_limit_Norm(const double* data, unsigned int n, double level,
+                                            double* mu, double* mu_lower, double* mu_upper,
+                                            double* sigma, double* sigma_lower,
+                                            double* sigma_upper) ZEMATH_NOEXCEPT;
 /* Mean of an exponential law fitted to data[0..n-1] (NANUM skipped) with its exact
  * two-sided limits 2 N mean / chi2inv(p or 1 - p, 2N). Outputs optional. Returns 0; -156;
  * -196; -155; -165 (no usable point); -151 (a negative value). */
-ZEMATH_API int zemath_confidence_limit_Exp(const double* data, unsigned int n, double level, double* mean,
-                                           double* lower, double* upper) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_confidence_limit_Exp(const double* data, unsigned int n, double level,
+                                           double* mean, double* lower,
+                                           double* upper) ZEMATH_NOEXCEPT;
 
 /* ---- Power and sample size of t tests ---------------------------------------------------
  * alpha the significance level in (0, 1); difference the true mean difference (to the
@@ -477,26 +491,32 @@ ZEMATH_API int zemath_confidence_limit_Exp(const double* data, unsigned int n, d
  * group) whose power reaches each target, -1 for a target outside (0, 1) or beyond 2^30.
  * Each returns 0; -156 when an array is NULL; -151 for alpha, SD, tail or a non-finite
  * difference. */
-ZEMATH_API int zemath_tTest_powers(double alpha, double difference, double SD, int tail, unsigned int count,
-                                   const int* sizes, double* powers) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_tTest_powers(double alpha, double difference, double SD, int tail,
+                                   unsigned int count, const int* sizes,
+                                   double* powers) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_tTest_powers1(double alpha, double difference, double SD, int tail, int size,
                                     double* power) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_tTest_samplesize(double alpha, double difference, double SD, int tail,
-                                       unsigned int count, const double* targets, int* sizes) ZEMATH_NOEXCEPT;
+                                       unsigned int count, const double* targets,
+                                       int* sizes) ZEMATH_NOEXCEPT;
 ZEMATH_API int zemath_two_sample_tTest_powers(double alpha, double difference, double SD, int tail,
-                                              unsigned int count, const int* sizes, double* powers) ZEMATH_NOEXCEPT;
-ZEMATH_API int zemath_two_sample_tTest_powers1(double alpha, double difference, double SD, int tail, int size,
-                                               double* power) ZEMATH_NOEXCEPT;
-ZEMATH_API int zemath_two_sample_tTest_samplesize(double alpha, double difference, double SD, int tail,
-                                                  unsigned int count, const double* targets,
+                                              unsigned int count, const int* sizes,
+                                              double* powers) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_two_sample_tTest_powers1(double alpha, double difference, double SD, int tail,
+                                               int size, double* power) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_two_sample_tTest_samplesize(double alpha, double difference, double SD,
+                                                  int tail, unsigned int count,
+                                                  const double* targets,
                                                   int* sizes) ZEMATH_NOEXCEPT;
-ZEMATH_API int zemath_two_sample_tTest_powers_pair(double alpha, double difference, double SD, int tail,
-                                                   unsigned int count, const int* sizes,
+ZEMATH_API int zemath_two_sample_tTest_powers_pair(double alpha, double difference, double SD,
+                                                   int tail, unsigned int count, const int* sizes,
                                                    double* powers) ZEMATH_NOEXCEPT;
-ZEMATH_API int zemath_two_sample_tTest_powers_pair1(double alpha, double difference, double SD, int tail,
-                                                    int size, double* power) ZEMATH_NOEXCEPT;
-ZEMATH_API int zemath_two_sample_tTest_samplesize_pair(double alpha, double difference, double SD, int tail,
-                                                       unsigned int count, const double* targets,
+ZEMATH_API int zemath_two_sample_tTest_powers_pair1(double alpha, double difference, double SD,
+                                                    int tail, int size,
+                                                    double* power) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_two_sample_tTest_samplesize_pair(double alpha, double difference, double SD,
+                                                       int tail, unsigned int count,
+                                                       const double* targets,
                                                        int* sizes) ZEMATH_NOEXCEPT;
 
 /* ---- Shapiro-Wilk normality test ------------------------------------------------------ */
@@ -527,8 +547,8 @@ ZEMATH_API int zemath_shapiro_wilk_test_R94(const double* x, int n, double* a, i
  * W, pw receive the statistic and p-value (1 and 1 on failure); the indicator goes to
  * *ifault and is returned: 0; 1 n <= 2; 2 n > 2000. Returns -156 when a pointer is
  * NULL. */
-ZEMATH_API int zemath_shapiro_wilk_test_AS181(const float* data, unsigned int n, float* W, float* pw,
-                                              int* ifault) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_shapiro_wilk_test_AS181(const float* data, unsigned int n, float* W,
+                                              float* pw, int* ifault) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END
 

@@ -39,6 +39,12 @@ ZEMATH_API d_complex atanh(d_complex z) {
 ZEMATH_API d_complex cpow(d_complex z, d_complex w) {
     return cpowz(z, w);
 }
-ZEMATH_API double erf(double x) { return erfz(x); }
-ZEMATH_API double erfc(double x) { return erfcz(x); }
-ZEMATH_API double gamma(double x) { return gammaz(x); }
+ZEMATH_API double erf(double x) {
+    return erfz(x);
+}
+ZEMATH_API double erfc(double x) {
+    return erfcz(x);
+}
+ZEMATH_API double gamma(double x) {
+    return gammaz(x);
+}

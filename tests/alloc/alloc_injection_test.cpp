@@ -173,8 +173,8 @@ Outcome inject(const Export& e, const Call& c) {
             for (size_t i = 0; i < e.params.size(); ++i)
                 if (args[i].buffer >= 0 &&
                     std::memcmp(b.before[i].get(), b.now[i].get(), kBufferBytes) != 0 &&
-                    !(r.is_status && documented_write(e.name, static_cast<int>(r.status),
-                                                      e.params[i].name)))
+                    !(r.is_status &&
+                      documented_write(e.name, static_cast<int>(r.status), e.params[i].name)))
                     out.problems.push_back("allocation " + std::to_string(k) + " failed and " +
                                            e.params[i].name + " was written: " + describe(e, c));
         } else if (same) {

@@ -346,7 +346,8 @@ const DocumentedWrite kDocumentedWrites[] = {
 
 bool documented_write(const std::string& name, int status, const std::string& output) {
     for (const DocumentedWrite& w : kDocumentedWrites)
-        if (name == w.name && status == w.status && (std::string(w.output) == "*" || output == w.output))
+        if (name == w.name && status == w.status &&
+            (std::string(w.output) == "*" || output == w.output))
             return true;
     return false;
 }

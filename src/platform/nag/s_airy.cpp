@@ -21,7 +21,8 @@ namespace zemath::nag {
 
 namespace {
 
-using QuietPolicy = numeric::BoostPolicy;  // long double inside: the double policy loses digits here
+using QuietPolicy =
+    numeric::BoostPolicy;  // long double inside: the double policy loses digits here
 constexpr double kPhaseLimit = -5e10;
 constexpr double kAiUnderflow = 103.9;
 constexpr double kBiOverflow = 104.1;
