@@ -157,9 +157,10 @@ ZEMATH_API double ks2density(double x, double y, double vx, double vy, double wx
                              double wy) ZEMATH_NOEXCEPT;
 
 /* ---- The prefixed family ----------------------------------------------------------
- * The same functions with the same arguments under the zemath_ prefix, computed by the
- * library's own algorithms; the values and NANUM rules are those of the unprefixed
- * namesakes above, except:
+ * The same functions with the same arguments under the zemath_ prefix. For now they
+ * evaluate through the same routines as the unprefixed namesakes above (an independent
+ * set of algorithms, so that each family checks the other, is still to be written); the
+ * values and NANUM rules are those of the namesakes, except:
  * - zemath_bessel_j0, _j1, _y0, _y1 use the C runtime's Bessel functions (j0, j1, y0,
  *   y1) and give NANUM for |x| > 1e16 (and, for Y, x <= 0);
  * - zemath_bessel_i_nu(x, nu): NANUM when nu = 0, |nu| > 3, x < 0 or x >= 700.9217937;
