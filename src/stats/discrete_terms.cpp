@@ -15,7 +15,7 @@
 #include <numbers>
 
 #include "platform/numeric/stirling.hpp"
-#include "platform/numeric/two_part.hpp"
+#include "platform/numeric/double_double.hpp"
 
 namespace zemath::stats {
 

@@ -2,7 +2,7 @@
 // binomial coefficient they are built from (the library's combinations function).
 #pragma once
 
-#include "platform/numeric/two_part.hpp"
+#include "platform/numeric/double_double.hpp"
 
 namespace zemath::stats {
 

@@ -15,7 +15,6 @@ using zemath::nag::c05bac;
 using zemath::nag::NagError;
 
 constexpr long double kE = 2.718281828459045235360287471352662498L;
-constexpr long double kInvE = 0.367879441171442321595523770161460867L;
 constexpr double kUlpsAllowed = 4.0;
 
 double ulp(double v) {

@@ -11,7 +11,7 @@
 #include "platform/numeric/gauss_legendre.hpp"
 #include "platform/numeric/normal.hpp"
 #include "platform/numeric/stirling.hpp"
-#include "platform/numeric/two_part.hpp"
+#include "platform/numeric/double_double.hpp"
 #include "reference/numeric_tables_ref.inc"
 
 namespace {

@@ -175,8 +175,8 @@ Param classify() {
     } else if constexpr (std::is_same_v<T, bool>) {
         p.kind = Kind::Boolean;
     } else if constexpr (std::is_integral_v<T> || std::is_enum_v<T>) {
-        using I = std::conditional_t<std::is_enum_v<T>, std::underlying_type<T>,
-                                     std::type_identity<T>>::type;
+        using I = typename std::conditional_t<std::is_enum_v<T>, std::underlying_type<T>,
+                                              std::type_identity<T>>::type;
         p.kind = Kind::Integer;
         p.is_signed = std::is_signed_v<I>;
         p.narrow = sizeof(I) < sizeof(int);

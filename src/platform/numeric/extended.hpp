@@ -4,7 +4,7 @@
 //     and the in-house exponential, Cauchy, Laplace, log-normal and Weibull functions,
 //     whose transformed arguments (x/sqrt 2, t^2/(df + t^2), (ln x - mu)/sigma, ...) carry
 //     relative condition numbers up to x^2 or the degrees of freedom;
-//   - two-part doubles (two_part.hpp) where a kernel of its own needs a few terms to
+//   - two-part doubles (double_double.hpp) where a kernel of its own needs a few terms to
 //     twice the precision inside double-only code (deviances of the discrete laws, the
 //     corrected argument of the double normal tail, the bivariate normal's offsets):
 //     fma-exact and as fast as double.

@@ -4,7 +4,7 @@
 //
 // Method. Phi(-z) = erfc(z/sqrt 2)/2 loses about z^2 ulps when z/sqrt 2 is rounded before
 // erfc sees it (1e-13 at z = 37); the rounding error of the product (exact with fma, see
-// two_part.hpp) and any low part the caller carries for z are fed back through erfc's
+// double_double.hpp) and any low part the caller carries for z are fed back through erfc's
 // derivative: erfc(t + e) = erfc(t) - 2/sqrt(pi) e^(-t^2) e, the next term being e^2 t
 // times smaller. The density's exponent s^2/2 is split the same way. Both tails are
 // computed directly, never as 1 minus the other.
@@ -14,7 +14,7 @@
 
 #include <cmath>
 
-#include "platform/numeric/two_part.hpp"
+#include "platform/numeric/double_double.hpp"
 
 namespace zemath::numeric {
 
