@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "sweep_exports.inc"
+#include "zemath/string_array.hpp"
 
 extern "C" int __lsan_do_recoverable_leak_check() __attribute__((weak));
 
@@ -147,6 +148,10 @@ void release_record(void* record) {
         zemath_free_2dSpline_struct(static_cast<zemath_2dSpline*>(record));
     else if constexpr (std::is_same_v<V, zemath_Comm>)
         zemath_free_comm_struct(static_cast<zemath_Comm*>(record));
+    else if constexpr (std::is_same_v<V, Triangulation>)
+        zemath_triangulation_free(static_cast<Triangulation*>(record));
+    else if constexpr (std::is_same_v<V, CStringArray>)
+        static_cast<CStringArray*>(record)->~CStringArray();  // all-zero is its empty state
 }
 
 template <class T>
