@@ -184,7 +184,7 @@ ZEMATH_API int zemath_find_base_regions(int nSize, const double* pX, const doubl
         return ZEMATH_ERR_NULL_POINTER;
     const int step = std::max(static_cast<int>(std::lround(nMinPoints / 3.0)), 1);
     int regions = 0;
-    for (int s = 0; s < nSize - step;) {
+    for (int s = 0; static_cast<long long>(s) < static_cast<long long>(nSize) - step;) {
         const int e = zemath_check_linear(nSize, pX, pY, s, dTolerance2, dTolerance1, nOption);
         if (e < 0) return e;
         if (e - s > nMinPoints) {
