@@ -150,7 +150,8 @@ ZEMATH_API int zemath_calc_peak_moments(int nSize, const double* pX, const doubl
                                         const double* pBase, int nFirst, int nLast,
                                         double* pMoments) noexcept {
     if (pX == nullptr || pY == nullptr || pMoments == nullptr) return ZEMATH_ERR_NULL_POINTER;
-    if (nFirst < 0 || nLast >= nSize || nLast - nFirst < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
+    if (nFirst < 0 || nLast >= nSize || static_cast<long long>(nLast) - nFirst < 1)
+        return ZEMATH_ERR_TOO_FEW_POINTS;
     return guard_status([&] {
         std::vector<double> x, h;
         for (int i = nFirst; i <= nLast; ++i) {
