@@ -4,13 +4,13 @@
 // at once (g01bjc, g01bkc, g01blc) and pick the lower tail for tail code 2, the upper for
 // 1; those routines take no tail selector, so any other code is refused with the selector
 // error 70, after the missing-value check like every export of the family. The two
-// densities are computed here (stats/discrete_terms).
+// densities are computed here (platform/numeric/discrete_terms).
 #include <cmath>
 
 #include "core/guard.hpp"
 #include "core/missing.hpp"
 #include "platform/nag/g01.hpp"
-#include "stats/discrete_terms.hpp"
+#include "platform/numeric/discrete_terms.hpp"
 #include "stats/distribution_common.hpp"
 #include "zemath/distributions.h"
 
@@ -33,7 +33,7 @@ ZEMATH_API double binopdf(int x, int nt, double p, int* status) noexcept {
     return guard_value([&] {
         if (x < 0 || x > nt || !(p >= 0.0 && p <= 1.0) || is_missing(p)) return reject(status);
         set_status(status, ZEMATH_OK);
-        return binomial_point(x, nt, p);
+        return numeric::binomial_point(x, nt, p);
     });
 }
 
@@ -56,7 +56,7 @@ ZEMATH_API double poisspdf(int x, double lambda, int* status) noexcept {
             return 0.0;
         }
         set_status(status, ZEMATH_OK);
-        return poisson_point(x, lambda);
+        return numeric::poisson_point(x, lambda);
     });
 }
 

@@ -9,9 +9,11 @@
 //   hypergeometric the point probabilities are summed from k away from the mode, on the
 //                  side whose tail is asked for; the opposite tail is summed from k+1 the
 //                  other way (both sums stop once a term no longer changes the total).
-// The incomplete beta and gamma functions and the point probabilities are Boost.Math's
-// (Didonato-Morris / Temme methods, Lanczos-scaled power terms). Accuracy measured
-// against mpmath (tests/reference): see the accuracy table in the test data.
+// The incomplete beta and gamma functions are Boost.Math's (Didonato-Morris / Temme
+// methods); the hypergeometric point probability is Boost.Math's exact products up to
+// populations of 104729 and a ratio of binomial ones beyond (Loader 2000,
+// platform/numeric/discrete_terms), relatively accurate up to populations of 2^31 - 1. Accuracy
+// measured against mpmath (tests/reference): see the accuracy table in the test data.
 //
 // Failures: NE_INT_ARG_LT / NE_INT_ARG_GT for integer arguments outside their ranges,
 // NE_REAL_ARG_LT / NE_REAL_ARG_GT / NE_REAL_ARG_LE for p or lambda (NaN included).
@@ -24,9 +26,11 @@
 #include "platform/numeric/boost_policy.hpp"  // first: configures Boost
 #include <boost/math/distributions/hypergeometric.hpp>
 #include <boost/math/special_functions/beta.hpp>
+#include <boost/math/special_functions/prime.hpp>
 #include <boost/math/special_functions/gamma.hpp>
 
 #include "platform/nag/g01.hpp"
+#include "platform/numeric/discrete_terms.hpp"
 
 namespace zemath::nag {
 
@@ -146,11 +150,31 @@ void g01blc(int n, int l, int m, int k, double* plek, double* pgtk, double* peqk
     const long highest = std::min(sample, marked);
     if (k < lowest) return fail->set(NE_INT_ARG_LT);
     if (k > highest) return fail->set(NE_INT_ARG_GT);
+    // X and n - l - m + X count the same draws from both complements (sample and marked),
+    // so the tails agree. Taking the form whose sample + marked stays within the population
+    // keeps that sum an int, which the law's range check needs.
+    if (sample + marked > population)
+        return g01blc(n, n - l, n - m, static_cast<int>(k + population - sample - marked), plek,
+                      pgtk, peqk, fail);
     fail->set(NE_NOERROR);
 
+    // Point probabilities: up to the largest tabulated prime, Boost.Math's products of exact
+    // factorials or prime factors (a few ulps). Beyond, where its Lanczos form loses about
+    // N eps, C(m, x) C(N-m, l-x) / C(N, l) as a ratio of binomial point probabilities at
+    // p = l/N: the powers of p cancel exactly whatever p's rounding, each factor keeps its
+    // relative accuracy, and the divisor (the binomial law at its mode) cannot underflow.
+    const bool exact_products = population <= boost::math::prime(boost::math::max_prime - 1);
     const boost::math::hypergeometric_distribution<double, BoostPolicy> law(
         static_cast<unsigned>(m), static_cast<unsigned>(l), static_cast<unsigned>(n));
-    const double point = boost::math::pdf(law, static_cast<unsigned>(k));
+    const double p = static_cast<double>(sample) / static_cast<double>(population);
+    const double at_sample = exact_products ? 1.0 : numeric::binomial_point(l, n, p);
+    const auto pdf_at = [&](long x) {
+        if (exact_products) return boost::math::pdf(law, static_cast<unsigned>(x));
+        const int xi = static_cast<int>(x);
+        return numeric::binomial_point(xi, m, p) * numeric::binomial_point(l - xi, n - m, p) /
+               at_sample;
+    };
+    const double point = pdf_at(k);
     if (!std::isfinite(point)) return fail->set(NE_CONV);
 
     const double mode_real =
@@ -163,7 +187,6 @@ void g01blc(int n, int l, int m, int k, double* plek, double* pgtk, double* peqk
     // the stretch between the mode and its own start separately, so that no start
     // underflows.
     const HypergeometricWalk walk{marked, sample, population};
-    const auto pdf_at = [&](long x) { return boost::math::pdf(law, static_cast<unsigned>(x)); };
     double lower = 0.0;
     double upper = 0.0;
     if (k <= mode) {

@@ -6,7 +6,7 @@
 // terms minus the deviances x ln(x/np) + np - x and (n-x) ln((n-x)/nq) + nq - (n-x), so
 // the O(n) logarithms that cancel are never formed; the deviances are summed in two-part
 // arithmetic, so that e^E keeps a few ulps even when |E| is in the hundreds.
-#include "stats/discrete_terms.hpp"
+#include "platform/numeric/discrete_terms.hpp"
 
 #include <algorithm>
 #include <array>
@@ -17,7 +17,7 @@
 #include "platform/numeric/stirling.hpp"
 #include "platform/numeric/double_double.hpp"
 
-namespace zemath::stats {
+namespace zemath::numeric {
 
 namespace {
 
@@ -160,4 +160,4 @@ double poisson_point(int x, double lambda) {
     return numeric::exp_two_part(exponent) / std::sqrt(2.0 * std::numbers::pi * k);
 }
 
-}  // namespace zemath::stats
+}  // namespace zemath::numeric

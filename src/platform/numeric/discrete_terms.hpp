@@ -4,7 +4,7 @@
 
 #include "platform/numeric/double_double.hpp"
 
-namespace zemath::stats {
+namespace zemath::numeric {
 
 // ln C(n, k) for 0 <= k <= n. Exact products while C(n, k) < 2^53; beyond that from
 // Stirling's series with its error term, without forming the large ln n! terms.
@@ -12,7 +12,7 @@ double ln_combinations(int n, int k);
 
 // x ln(x / m) + m - x with m = m + m_low (m_low: the rounding error of a product), the
 // deviance term of the binomial and Poisson laws, as a two-part value.
-numeric::TwoPart deviance_term(double x, double m, double m_low);
+TwoPart deviance_term(double x, double m, double m_low);
 
 // C(nt, x) p^x (1-p)^(nt-x) for 0 <= x <= nt, 0 <= p <= 1.
 double binomial_point(int x, int nt, double p);
@@ -20,4 +20,4 @@ double binomial_point(int x, int nt, double p);
 // lambda^x e^-lambda / x! for x >= 0, lambda > 0.
 double poisson_point(int x, double lambda);
 
-}  // namespace zemath::stats
+}  // namespace zemath::numeric
