@@ -74,10 +74,9 @@ const std::vector<PowerCase> kPower = {
 #undef POWER_CASES
 };
 
-// Values that go through Student's t deviate (mean intervals, power) are held to
-// kTDeviate: the library's t deviate is currently accurate to about 1e-9 relative at some
-// degrees of freedom (e.g. 6 and 14), which bounds them.
-constexpr double kTDeviate = 5e-9;
+// Values that go through Student's t deviate (mean intervals, power): a deviate accurate
+// to a few ulps moves an interval end or a power by a few more.
+constexpr double kTDeviate = 1e-13;
 
 void near(double got, double want, double tol, const std::string& what) {
     EXPECT_NEAR(got, want, tol * std::max(1e-300, std::fabs(want))) << what;
