@@ -480,6 +480,30 @@ ZEMATH_API int zemath_confidence_limit_Norm(const double* data, unsigned int n, 
 ZEMATH_API int zemath_confidence_limit_Exp(const double* data, unsigned int n, double level,
                                            double* mean, double* lower,
                                            double* upper) ZEMATH_NOEXCEPT;
+/* Maximum-likelihood fit of a gamma law (shape a, scale b: the a and b of gampdf) to
+ * data[0..n-1] (NANUM skipped), with two-sided limits at level from the normal law of
+ * ln(estimate): estimate exp(-+z se / estimate), z = norminv(1 - (1 - level) / 2), se from
+ * the inverse Fisher information of the sample (limits therefore stay positive). The
+ * shape solves ln a - psi(a) = ln(mean) - mean(ln x); the scale is mean / a. Outputs
+ * optional (NULL skips one); nothing is written on a refused call. Returns 0; -156 (data
+ * NULL); -196 (level not strictly between 0 and 1); -155 (n > INT_MAX); -151 (a value
+ * that is not NANUM and not positive and finite, NaN included); -165 (fewer than two
+ * distinct usable values: the likelihood has no maximum); -19 (memory). */
+ZEMATH_API int zemath_confidence_limit_Gamma(const double* data, unsigned int n, double level,
+                                             double* shape, double* shape_lower,
+                                             double* shape_upper, double* scale,
+                                             double* scale_lower,
+                                             double* scale_upper) ZEMATH_NOEXCEPT;
+/* Maximum-likelihood fit of a Weibull law (scale a, shape b: the a and b of wblcdf,
+ * P(X <= x) = 1 - exp(-(x/a)^b)) to data[0..n-1] (NANUM skipped), with two-sided limits
+ * as zemath_confidence_limit_Gamma's, se from the inverse observed information (the
+ * negated Hessian of the log-likelihood at the estimate). The shape solves
+ * sum x^b ln x / sum x^b - 1/b = mean(ln x); the scale is mean(x^b)^(1/b). Outputs,
+ * refusals and codes as zemath_confidence_limit_Gamma. */
+ZEMATH_API int zemath_confidence_limit_Wbl(const double* data, unsigned int n, double level,
+                                           double* scale, double* scale_lower, double* scale_upper,
+                                           double* shape, double* shape_lower,
+                                           double* shape_upper) ZEMATH_NOEXCEPT;
 
 /* ---- Power and sample size of t tests ---------------------------------------------------
  * alpha the significance level in (0, 1); difference the true mean difference (to the

@@ -21,6 +21,7 @@
 #include "platform/nag/g07.hpp"
 #include "platform/util/probability.hpp"
 #include "stats/moments.hpp"
+#include "stats/parameter_fits.hpp"
 #include "zemath/distributions.h"
 #include "zemath/statistics.h"
 #include "zemath/status.h"
@@ -656,4 +657,58 @@ ZEMATH_API int zemath_confidence_limit_Exp(const double* data, unsigned int n, d
     put(lower, known(upper_chi) ? total / upper_chi : kNanum);
     put(upper, known(lower_chi) && lower_chi > 0.0 ? total / lower_chi : kNanum);
     return ZEMATH_OK;
+}
+
+namespace {
+
+// Gamma and Weibull limits: the data's usable values (NANUM skipped) must be positive and
+// finite; the limits come from the normal law of the log of each estimate (so they stay
+// positive): estimate exp(-+z se / estimate).
+template <class Fit>
+int fitted_limits(const double* data, unsigned int n, double level, Fit fit, double* first,
+                  double* first_lower, double* first_upper, double* second, double* second_lower,
+                  double* second_upper) {
+    if (data == nullptr) return ZEMATH_ERR_NULL_STATS;
+    if (!level_ok(level)) return ZEMATH_ERR_CONFIDENCE_LEVEL;
+    if (n > static_cast<unsigned int>(INT_MAX)) return ZEMATH_ERR_SIZES_DIFFER;
+    for (unsigned int i = 0; i < n; ++i)
+        if (!is_missing(data[i]) && !(data[i] > 0.0 && std::isfinite(data[i])))
+            return ZEMATH_ERR_PARAM_RANGE;
+    return zemath::guard_status([&]() -> int {
+        std::vector<double> usable;
+        usable.reserve(n);
+        for (unsigned int i = 0; i < n; ++i)
+            if (!is_missing(data[i])) usable.push_back(data[i]);
+        const zemath::stats::ParameterFit f = fit(std::span<const double>(usable));
+        if (!f.ok) return ZEMATH_ERR_TOO_FEW_DATA;
+        const double z = norminv(level_probability(level, 0), nullptr);
+        const auto limit = [&](double estimate, double variance, double sign) {
+            return estimate * std::exp(sign * z * std::sqrt(variance) / estimate);
+        };
+        put(first, f.first);
+        put(first_lower, limit(f.first, f.var_first, -1.0));
+        put(first_upper, limit(f.first, f.var_first, 1.0));
+        put(second, f.second);
+        put(second_lower, limit(f.second, f.var_second, -1.0));
+        put(second_upper, limit(f.second, f.var_second, 1.0));
+        return ZEMATH_OK;
+    });
+}
+
+}  // namespace
+
+ZEMATH_API int zemath_confidence_limit_Gamma(const double* data, unsigned int n, double level,
+                                             double* shape, double* shape_lower,
+                                             double* shape_upper, double* scale,
+                                             double* scale_lower, double* scale_upper) noexcept {
+    return fitted_limits(data, n, level, zemath::stats::fit_gamma, shape, shape_lower, shape_upper,
+                         scale, scale_lower, scale_upper);
+}
+
+ZEMATH_API int zemath_confidence_limit_Wbl(const double* data, unsigned int n, double level,
+                                           double* scale, double* scale_lower, double* scale_upper,
+                                           double* shape, double* shape_lower,
+                                           double* shape_upper) noexcept {
+    return fitted_limits(data, n, level, zemath::stats::fit_weibull, scale, scale_lower,
+                         scale_upper, shape, shape_lower, shape_upper);
 }
