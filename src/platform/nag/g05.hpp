@@ -21,7 +21,7 @@
 //   NE_INT          a relation between integer parameters fails (a > b, sample > population)
 //   NE_BAD_PARAM    an enumerated argument out of range
 //   NE_INCOMPAT_PARAM  a reference vector too short or not set up for these arguments
-//   NE_ALLOC_FAIL   working storage could not be allocated
+// Allocation failure propagates as std::bad_alloc (the rule in nag.hpp).
 #pragma once
 
 #include <cstdint>

@@ -18,7 +18,7 @@
 #include <cmath>
 #include <initializer_list>
 #include <limits>
-#include <new>
+#include <vector>
 
 #include "platform/nag/g05_engine.hpp"
 
@@ -338,29 +338,12 @@ void g05lzc(Nag_ModeRNG mode, int m, const double xmu[], const double c[], int t
     }
     if (!set_up && r[0] != m && refuse(fail, NE_INCOMPAT_PARAM)) return;
     if (set_up) {
-        try {
-            set_up_factor(m, c, tdc, r, fail);
-        } catch (const std::bad_alloc&) {
-            fail->set(NE_ALLOC_FAIL);
-        }
+        set_up_factor(m, c, tdc, r, fail);
         if (fail->failed()) return;
     }
     if (!generate) return;
-    // z lives in a small stack buffer when m is small, so no allocation happens then.
-    constexpr int stack_dimension = 64;
-    double z_small[stack_dimension];
-    double* z = z_small;
-    double* z_heap = nullptr;
-    if (m > stack_dimension) {
-        z_heap = new (std::nothrow) double[static_cast<std::size_t>(m)];
-        if (z_heap == nullptr) {
-            fail->set(NE_ALLOC_FAIL);
-            return;
-        }
-        z = z_heap;
-    }
-    g05lzc_generate(m, xmu, r, x, 1, state, z);
-    delete[] z_heap;
+    std::vector<double> z(static_cast<std::size_t>(m));
+    g05lzc_generate(m, xmu, r, x, 1, state, z.data());
 }
 
 }  // namespace zemath::nag

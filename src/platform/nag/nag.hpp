@@ -5,6 +5,11 @@
 // Each substitute routine is exposed under its routine code (g01eac, c05bac, ...) with a
 // NagError* last argument: code 0 on success, a positive error number on failure, so
 // that the library's wrappers read exactly like the calls they replace.
+//
+// Allocation failure has one rule: a substitute never catches it. std::bad_alloc leaves
+// the routine (whose working storage lives in containers, so nothing leaks) and the
+// export's guard (core/guard.hpp) turns it into -19 or NANUM; no routine reports
+// NE_ALLOC_FAIL.
 #pragma once
 
 #include <cstddef>
