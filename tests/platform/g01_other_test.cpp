@@ -194,6 +194,27 @@ TEST(G01Srange, RoundTrip) {
     }
 }
 
+// Group counts up to INT_MAX: the range's integral ends where its integrand has died out
+// (panels of width 1/sqrt(r) over the whole range took hours there). More groups give a
+// wider range, so P(q) falls with r; at r = 2 it is the reference grid's law.
+TEST(G01Srange, HugeGroupCountsStayOrderedAndAnswer) {
+    for (double q : {3.0, 6.0, 12.0}) {
+        double previous = 1.0;
+        for (int r : {1000, 100000, 10000000, 2147483646}) {
+            NagError fail;
+            const double p = g01emc(q, 10.0, r, &fail);
+            ASSERT_EQ(fail.code, 0) << q << " " << r;
+            EXPECT_LE(p, previous) << q << " " << r;
+            EXPECT_GE(p, 0.0);
+            previous = p;
+        }
+    }
+    NagError fail;
+    const double q = g01fmc(0.842, 65.0, 2159711, &fail);
+    EXPECT_EQ(fail.code, 0);
+    EXPECT_NEAR(g01emc(q, 65.0, 2159711, &fail), 0.842, 1e-10);
+}
+
 TEST(C05Lambert, IdentityAndOwnScreening) {
     // w e^w = x on both branches (w e^w carries w's relative error times 1 + |w|).
     NagError fail;

@@ -61,9 +61,34 @@ double range_probability(double w, double r) {
         if (inside <= 0.0) return 0.0;
         return std::exp(-0.5 * u * u) * std::pow(inside, r - 1.0);
     };
+    // The integrand decreases from u = w/2 on (phi does, and so does Phi(u) - Phi(u - w),
+    // whose interval moves away from 0). When panels of width 6/sqrt(r) would exceed
+    // kMaxPanels (r above about 1600), the integral ends where the integrand has fallen
+    // e^-46 below its start, found by doubling steps and bisection (for large r far short
+    // of kUpper), and at most kMaxPanels panels cover that stretch: a call's work is
+    // bounded for any r, where the width alone would need r^(1/2) panels.
+    constexpr double kDrop = 46.0;
+    constexpr int kMaxPanels = 64;
+    const double start_value = integrand(half);
+    if (!(start_value > 0.0)) return std::min(lead, 1.0);
+    const double floor_value = start_value * std::exp(-kDrop);
     const double panel = std::min(2.0, 6.0 / std::sqrt(r));
-    const int panels = std::max(1, static_cast<int>(std::ceil((kUpper - half) / panel)));
-    const double step = (kUpper - half) / panels;
+    double end = kUpper;
+    if ((kUpper - half) / panel > kMaxPanels && integrand(kUpper) < floor_value) {
+        double below = half, step_out = 1.0 / 64;
+        while (below + step_out < kUpper && integrand(below + step_out) >= floor_value) {
+            below += step_out;
+            step_out *= 2.0;
+        }
+        double above = std::min(kUpper, below + step_out);
+        for (int i = 0; i < 40; ++i) {
+            const double mid = 0.5 * (below + above);
+            (integrand(mid) >= floor_value ? below : above) = mid;
+        }
+        end = above;
+    }
+    const int panels = std::clamp(static_cast<int>(std::ceil((end - half) / panel)), 1, kMaxPanels);
+    const double step = (end - half) / panels;
     double integral = 0.0;
     for (int i = 0; i < panels; ++i)
         integral += numeric::gauss_legendre20(integrand, half + i * step, half + (i + 1) * step);
