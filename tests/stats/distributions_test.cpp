@@ -230,6 +230,9 @@ TEST(DistributionValues, CheckValuesLimitsAndPoles) {
         {Fn::betacdf, {0, 0.5, 2}, 1, 1, 0}, {Fn::logncdf, {std::exp(1.0), 1, 2}, 2, 0.5, 1e-16},
         {Fn::binopdf, {0, 0, 0.3}, 0, 1, 0}, {Fn::binopdf, {0, 7, 0}, 0, 1, 0},
         {Fn::binopdf, {7, 7, 1}, 0, 1, 0}, {Fn::binopdf, {3, 7, 1}, 0, 0, 0},
+        // Subnormal and tiny p: n p leaves the normal range (NaN was returned here).
+        {Fn::binopdf, {7, 250, 1e-313}, 0, 0, 0}, {Fn::binopdf, {0, 250, 1e-313}, 0, 1, 0},
+        {Fn::binopdf, {1, 1000, 1e-300}, 0, 1e-297, 1e-12},  // n p (1 - p)^(n-1)
     };
     // clang-format on
     for (const Row& r : rows) check(r);

@@ -117,6 +117,12 @@ double ln_combinations(int n, int k) {
 double binomial_point(int x, int nt, double p) {
     if (p == 0.0) return x == 0 ? 1.0 : 0.0;
     if (p == 1.0) return x == nt ? 1.0 : 0.0;
+    // p so small that n p may leave the normal range (the deviance form would divide by
+    // it): the plain logarithmic form, whose value is then far below the normal range
+    // unless x = 0, where it is (1 - p)^n.
+    constexpr double kTinyP = 1e-280;
+    if (p < kTinyP)
+        return std::exp(ln_combinations(nt, x) + x * std::log(p) + (nt - x) * std::log1p(-p));
     // ln p and ln(1-p) in two parts (1 - p split exactly by two-sum), so that exponents
     // of several hundred keep their last digits.
     const Pair q_exact = two_sum(1.0, -p);
