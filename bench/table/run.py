@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """The benchmark table: our exports (libzemath through ctypes) beside NumPy/SciPy peers,
-in one process, taking turns. One module per family in this folder supplies its rows.
+in one process, taking turns. One module per family (families/<family>.py) supplies its rows.
 
     /usr/bin/python3 bench/table/run.py [family ...]
 
@@ -60,7 +60,7 @@ def main():
           "med = of the wall medians, cpu = of the CPU medians")
     print(runner.HEADER)
     for family in chosen:
-        module = importlib.import_module(family)
+        module = importlib.import_module(f"families.{family}")
         runner.run_family(family, module.rows)
     with open("/proc/loadavg") as f:
         load_after = f.read().split()[:3]

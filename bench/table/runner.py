@@ -196,7 +196,10 @@ def close(rtol=1e-12, atol=0.0):
             return f"shapes {a.shape} vs {b.shape}"
         bad = ~np.isclose(a, b, rtol=rtol, atol=atol, equal_nan=True)
         if bad.any():
-            return f"{int(bad.sum())} of {a.size} values beyond rel {rtol:g}"
+            with np.errstate(all="ignore"):
+                rel = np.abs(a[bad] - b[bad]) / np.maximum(np.abs(a[bad]), np.abs(b[bad]))
+            worst = np.nanmax(rel) if np.isfinite(rel).any() else float("nan")
+            return f"{int(bad.sum())} of {a.size} values beyond rel {rtol:g}, worst {worst:.1e}"
         return None
     return check
 
