@@ -166,14 +166,14 @@ def fmt_time(seconds):
     return f"{seconds * 1e6:.3g} us"
 
 
-HEADER = (f"{'operation':<34} {'size':>9} | {'ours min':>9} {'ours med':>9} {'ours cpu':>9} | "
+HEADER = (f"{'operation':<38} {'size':>9} | {'ours min':>9} {'ours med':>9} {'ours cpu':>9} | "
           f"{'peer min':>9} {'peer med':>9} {'peer cpu':>9} | {'min':>5} {'med':>5} {'cpu':>5} | note")
 
 
 def format_row(row):
     o_min, o_med, o_cpu = row.results["ours"]
     p_min, p_med, p_cpu = row.results["peer"]
-    return (f"{row.operation:<34} {row.size:>9} | {fmt_time(o_min):>9} {fmt_time(o_med):>9} "
+    return (f"{row.operation:<38} {row.size:>9} | {fmt_time(o_min):>9} {fmt_time(o_med):>9} "
             f"{fmt_time(o_cpu):>9} | {fmt_time(p_min):>9} {fmt_time(p_med):>9} "
             f"{fmt_time(p_cpu):>9} | {o_min / p_min:>5.2f} {o_med / p_med:>5.2f} "
             f"{o_cpu / p_cpu if p_cpu > 0 else float('nan'):>5.2f} | {row.note}")
