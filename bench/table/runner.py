@@ -27,13 +27,8 @@ ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)
 BUILD = os.environ.get("BUILD", os.path.join(ROOT, "build", "release"))
 MIN_MEASURE = 0.02  # seconds per measurement when calls are short
 
-dbl_p = np.ctypeslib.ndpointer(dtype=np.float64, flags="C_CONTIGUOUS")
-int_p = np.ctypeslib.ndpointer(dtype=np.int32, flags="C_CONTIGUOUS")
-u16_p = np.ctypeslib.ndpointer(dtype=np.uint16, flags="C_CONTIGUOUS")
-u32_p = np.ctypeslib.ndpointer(dtype=np.uint32, flags="C_CONTIGUOUS")
 c_int, c_uint, c_double, c_long = ctypes.c_int, ctypes.c_uint, ctypes.c_double, ctypes.c_long
-c_int_ref = ctypes.POINTER(ctypes.c_int)
-c_double_ref = ctypes.POINTER(ctypes.c_double)
+c_bool = ctypes.c_bool
 
 _lib = None
 _loops = None

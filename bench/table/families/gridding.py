@@ -49,10 +49,8 @@ def cloud(g, n, perturbed):
 def rows():
     tri_p = ctypes.POINTER(Triangulation)
     triangulate = export("zemath_triangulation", c_int, [c_int, VP, VP, VP, tri_p, c_uint])
-    export("zemath_triangulation_init", None, [tri_p])
-    export("zemath_triangulation_free", None, [tri_p])
-    from runner import lib
-    init, free = lib().zemath_triangulation_init, lib().zemath_triangulation_free
+    init = export("zemath_triangulation_init", None, [tri_p])
+    free = export("zemath_triangulation_free", None, [tri_p])
     merge = export("zemath_xyz_remove_duplicates", c_int,
                    [c_int, VP, VP, VP, c_int, c_double, c_double, c_int])
     kriging = export("zemath_2d_kriging_grid", c_int,

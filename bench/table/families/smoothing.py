@@ -15,7 +15,7 @@ at window 201 only at 1e4 (SciPy's per-window selection takes seconds per call b
 import numpy as np
 from scipy import ndimage, signal
 
-from runner import VP, Row, c_double, c_int, close, export, ptr, rng
+from runner import VP, Row, c_bool, c_double, c_int, close, export, ptr, rng
 
 FAMILY = "smoothing"
 
@@ -36,9 +36,9 @@ def lowpass(x):
 
 def rows():
     savgol = export("zemath_savitsky_golay", c_int, [VP, VP, c_int] + [c_int] * 5)
-    adjave = export("zemath_adjave_smooth", c_int, [VP, VP, c_int, c_int, c_int, ctypes_bool()])
+    adjave = export("zemath_adjave_smooth", c_int, [VP, VP, c_int, c_int, c_int, c_bool])
     median = export("zemath_median_filter", c_int,
-                    [c_int, VP, VP, c_int, c_double, c_int, ctypes_bool()])
+                    [c_int, VP, VP, c_int, c_double, c_int, c_bool])
     binomial = export("zemath_binomial_smooth", c_int, [c_int, VP, VP, c_int, c_int])
     fft_lowpass = export("zemsp_fft_filter_smoothing", c_int, [c_int, VP, VP, c_double])
     coeffs = signal.savgol_coeffs(51, 3, use="dot")
@@ -89,8 +89,3 @@ def rows():
                                                               mode="reflect"),
                       "peer: ndimage.median_filter('reflect'); ours also skips NANUM",
                       rounds=3 if n >= 1_000_000 else 5, check=close(1e-12))
-
-
-def ctypes_bool():
-    import ctypes
-    return ctypes.c_bool
