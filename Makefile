@@ -23,8 +23,12 @@ sanitize: deps
 	@cmake --build --preset sanitize -j $(JOBS)
 	@ctest --preset sanitize -j $(JOBS)
 
-bench: build
-	@bash bench/run_all.sh
+# One table of ratios, ours over the NumPy/SciPy peer's time, both run in one process
+# (bench/table/run.py; FAMILIES="sort search" for a part). Builds only what it loads.
+bench: deps
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS) --target zemath zemath_bench_loops
+	@/usr/bin/python3 bench/table/run.py $(FAMILIES)
 
 format:
 	@find include src tests bench examples -name '*.[ch]' -o -name '*.[ch]pp' | xargs clang-format -i

@@ -1,7 +1,7 @@
 // Gridding: Delaunay triangulation (built-in and engine builds) of 1e5 and 1e6 points,
 // uniform in the unit square and on a perturbed grid; examination and duplicate removal
 // of 1e6 points; kriging of a 500 x 500 grid from 1e4 scattered points. Items processed
-// are input points (targets for kriging). bench/gridding_peer.py times SciPy on the same
+// are input points (targets for kriging). bench/table/families/gridding.py times SciPy on the same
 // kinds of data (scipy.spatial.Delaunay, RBFInterpolator with a neighbour count).
 #include <benchmark/benchmark.h>
 

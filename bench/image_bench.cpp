@@ -1,6 +1,6 @@
 // Image rank filters and XY reduction: the percentile filter on a 2048 x 2048 16-bit
 // image (uniform random pixels, fixed seed) with square windows of side 3, 15 and 51
-// at 50%, and the median-rank call of the same window; bench/image_peer.py times SciPy
+// at 50%, and the median-rank call of the same window; bench/table/families/image.py times SciPy
 // on the same sizes.
 #include <benchmark/benchmark.h>
 

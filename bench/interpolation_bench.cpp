@@ -1,7 +1,7 @@
 // zemath_interpolate with as many new abscissas as data points (n = 1e4, 1e6, 1e7):
 // uneven ascending x, y = sin(x) + noise, new x uniform over the data's range and sorted
 // (one sweep) or, for the linear method, in random order (bisection). Each call builds the
-// interpolant and evaluates it, as the SciPy peer does (bench/interpolation_peer.py:
+// interpolant and evaluates it, as the SciPy peer does (bench/table/families/interpolation.py:
 // numpy.interp, CubicSpline natural / not-a-knot, Akima1DInterpolator, PchipInterpolator).
 #include <benchmark/benchmark.h>
 

@@ -2,7 +2,7 @@
 // spaced X (y = sin(x/7) + 0.5 sin(x/53) + noise, fixed seed). The local-maximum detector
 // with half windows of 5 and 50 points (peer: scipy.signal.argrelmax, order 5 / 50); the
 // search-window detector with windows of 11 and 101 points and no height limit (peer:
-// scipy.signal.find_peaks with distance 11 / 101). Same data in bench/peaks_peer.py.
+// argrelmax with order 5 / 50). The same recipe in bench/table/families/peaks.py.
 #include <benchmark/benchmark.h>
 
 #include <cmath>

@@ -1,7 +1,7 @@
 // Streaming primitives on doubles at 1e3, 1e5 and 1e7 points (the last far beyond the
 // caches): zemath_d_minmax, zemath_d_sum (with min, max, indices and count) and
 // zemath_d_mean_variance (two passes). Bytes processed = 8 per point per call, so GB/s
-// compare with bench/primitives_peer.py, which times NumPy on the same sizes.
+// compare with bench/table/families/primitives.py, which times NumPy on the same sizes.
 #include <benchmark/benchmark.h>
 
 #include <map>

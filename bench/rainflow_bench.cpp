@@ -1,7 +1,7 @@
 // Rainflow counting of load histories at 1e3..1e7 points (standard normal loads, every
 // other point a turning point on average): the cycle list (turning points, four-point
 // rule, residue as half cycles, ranges and means) and the 64-class rainflow matrices.
-// Items processed = points, so the rate shows linear growth; bench/rainflow_peer.py runs
+// Items processed = points, so the rate shows linear growth; bench/table/families/rainflow.py runs
 // a NumPy implementation of the same four-point rule on the same sizes.
 #include <benchmark/benchmark.h>
 

@@ -1,7 +1,7 @@
 // Throughput of the random-sample exports at 1e7 samples (each call includes its own
 // fresh seeding, a few microseconds), in CPU time like the peer (the machine may be shared).
-// bench/random_peer.py draws the same laws with the same parameters through NumPy's default
-// generator (PCG64) for the ratio.
+// bench/table/families/random.py draws the same laws with the same parameters through NumPy's
+// default generator (PCG64) for the ratio.
 #include <benchmark/benchmark.h>
 
 #include <vector>

@@ -1,16 +1,12 @@
 #!/usr/bin/env bash
-# Runs every benchmark program and, beside it, its peer script on the same sizes, so the
-# ratios in the reports come from one run on one machine.
+# Runs every Google Benchmark program (in-C++ timings, for profiling the library's own
+# code). The comparison with the NumPy/SciPy peers is the table that `make bench` prints
+# (bench/table/run.py), where both sides run in one process, taking turns.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 BUILD=${BUILD:-build/release}
 for program in "$BUILD"/bench/*_bench; do
   [ -x "$program" ] || continue
-  name=$(basename "$program" _bench)
-  echo "== $name: zeMath"
+  echo "== $(basename "$program" _bench)"
   "$program" --benchmark_min_time=0.2 "$@"
-  if [ -f "bench/${name}_peer.py" ]; then
-    echo "== $name: peer"
-    /usr/bin/python3 "bench/${name}_peer.py"
-  fi
 done

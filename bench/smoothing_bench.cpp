@@ -1,4 +1,4 @@
-// Smoothing filters at 1e4, 1e6 and 1e7 points, beside bench/smoothing_peer.py (SciPy and
+// Smoothing filters at 1e4, 1e6 and 1e7 points, beside bench/table/families/smoothing.py (SciPy and
 // NumPy on the same sizes): Savitzky-Golay window 51 order 3 (end fits, like SciPy's
 // 'interp', and mirror padding), adjacent average window 51, median filter at windows 11,
 // 51 and 201 (growth with the window), binomial smoothing (10 passes) and the FFT low-pass,

@@ -1,8 +1,8 @@
 // Sorting and searching benchmarks: random doubles with an int index companion sorted
 // through CZSorter (both methods) beside std::stable_sort of (key, index) pairs, and
 // zemath_array_find_indices of 1e6 random targets into sorted arrays. The peer script
-// bench/sort_peer.py times numpy.argsort(kind='stable') and numpy.searchsorted on the
-// same sizes and distribution (uniform on [0, 1)).
+// bench/table/families/{sort,search}.py times numpy.argsort(kind='stable') and numpy.searchsorted
+// on the same sizes and distribution (uniform on [0, 1)).
 #include <benchmark/benchmark.h>
 
 #include <algorithm>

@@ -1,0 +1,1 @@
+"""One module per family: each supplies rows() for the benchmark table."""

@@ -1,0 +1,125 @@
+"""Distribution functions over arrays of random arguments, against the scipy.special
+functions that compute the same value (lower tails). Our scalar exports are mapped over
+the arrays by bench/table/loops.c (one indirect call per value: a nanosecond or two, and
+one ctypes call per array); the peer ufuncs loop in C as well.
+
+Arguments (fixed seed), spread over the documented domain, in two sets per law:
+  tails  the probability level P is log-uniform in [1e-300, 0.5] and lands on either
+         tail with equal odds; x is the law's quantile at that level;
+  body   x is the law's quantile at p uniform in (0, 1).
+(quantiles computed once by SciPy, untimed; arguments where SciPy gives no finite
+quantile are dropped). Degrees of freedom, shapes and scales are log-uniform over [1, 1e6]
+(t) or [1e-3, 1e6] (chi-square, gamma, beta). The deviates take p = P on the lower tail
+or 1 - P' (P' log-uniform in [1e-16, 0.5]) on the upper one (tails), or p uniform (body).
+The non-central t takes df log-uniform in [1, 1e6], |delta| log-uniform in [1e-3, 1e4]
+with a random sign, and t = delta + z (1 + |delta| / sqrt(df)) with z standard normal.
+Outputs are compared: a note reports values differing beyond 1e-9 relative and the worst
+(in far tails and for the non-central t the peer's own accuracy is part of it).
+"""
+import warnings
+
+import numpy as np
+from scipy import special, stats
+
+from runner import Row, address, close, loops, ptr, rng
+
+FAMILY = "distributions"
+N = 20_000
+
+
+def log_uniform(g, lo, hi, n):
+    return np.exp(g.uniform(np.log(lo), np.log(hi), n))
+
+
+def draw_x(g, law, kind, n):
+    """Quantiles of the frozen law (array parameters of length n) for the set `kind`."""
+    if kind == "tails":
+        level = 10.0 ** g.uniform(-300, np.log10(0.5), n)
+        upper = g.random(n) < 0.5
+        return np.where(upper, law.isf(level), law.ppf(level))
+    return law.ppf(g.random(n))
+
+
+def draw_p(g, kind, n):
+    if kind == "tails":
+        lower = 10.0 ** g.uniform(-300, np.log10(0.5), n)
+        upper = 1 - 10.0 ** g.uniform(-16, np.log10(0.5), n)
+        return np.where(g.random(n) < 0.5, lower, upper)
+    return g.random(n)
+
+
+def rows():
+    warnings.filterwarnings("ignore", category=RuntimeWarning)
+    L = loops()
+    g = rng(FAMILY)
+    out = np.empty(N)
+    po = ptr(out)
+    keep = []  # arrays whose addresses the rows hold
+
+    def arr(a):
+        a = np.ascontiguousarray(a, dtype=np.float64)
+        keep.append(a)
+        return ptr(a)
+
+    def finite(*cols):
+        ok = np.all([np.isfinite(c) for c in cols], axis=0)
+        return [np.ascontiguousarray(c[ok][:N]) for c in cols]
+
+    def mapped(f, n, *ptrs, tail=2):
+        if len(ptrs) == 1 and tail is None:
+            return lambda: (L.bench_map_p(f, ptrs[0], po, n), out[:n])[1]
+        fn = {1: L.bench_map_x_tail, 2: L.bench_map_xa_tail, 3: L.bench_map_xab_tail}[len(ptrs)]
+        return lambda: (fn(f, *ptrs, tail, po, n), out[:n])[1]
+
+    M = 2 * N  # draws before dropping non-finite quantiles
+    for kind in ("tails", "body"):
+        label = f"2e4 {kind}"
+        (x,) = finite(draw_x(g, stats.norm, kind, M))
+        yield Row(FAMILY, "normcdf", label, mapped(address("normcdf"), len(x), arr(x)),
+                  lambda x=x: special.ndtr(x), "peer: scipy.special.ndtr", check=close(1e-9))
+        p = draw_p(g, kind, N)
+        yield Row(FAMILY, "norminv", label, mapped(address("norminv"), N, arr(p), tail=None),
+                  lambda p=p: special.ndtri(p), "peer: scipy.special.ndtri", check=close(1e-9))
+
+        df = log_uniform(g, 1, 1e6, M)
+        t, df_t = finite(draw_x(g, stats.t(df), kind, M), df)
+        yield Row(FAMILY, "tcdf", label, mapped(address("tcdf"), len(t), arr(t), arr(df_t)),
+                  lambda t=t, df_t=df_t: special.stdtr(df_t, t), "peer: scipy.special.stdtr",
+                  check=close(1e-9))
+        p = draw_p(g, kind, len(df_t))
+        yield Row(FAMILY, "tinv", label, mapped(address("tinv"), len(p), arr(p), arr(df_t)),
+                  lambda p=p, df_t=df_t: special.stdtrit(df_t, p), "peer: scipy.special.stdtrit",
+                  check=close(1e-9))
+
+        df = log_uniform(g, 1e-3, 1e6, M)
+        xc, df_c = finite(draw_x(g, stats.chi2(df), kind, M), df)
+        yield Row(FAMILY, "chi2cdf", label,
+                  mapped(address("chi2cdf"), len(xc), arr(xc), arr(df_c)),
+                  lambda xc=xc, df_c=df_c: special.chdtr(df_c, xc), "peer: scipy.special.chdtr",
+                  check=close(1e-9))
+
+        a, b = log_uniform(g, 1e-3, 1e6, M), log_uniform(g, 1e-3, 1e6, M)
+        xg, ag, bg = finite(draw_x(g, stats.gamma(a, scale=b), kind, M), a, b)
+        yield Row(FAMILY, "gamcdf", label,
+                  mapped(address("gamcdf"), len(xg), arr(xg), arr(ag), arr(bg)),
+                  lambda xg=xg, ag=ag, bg=bg: special.gammainc(ag, xg / bg),
+                  "peer: scipy.special.gammainc(a, x / b)", check=close(1e-9))
+
+        a, b = log_uniform(g, 1e-3, 1e6, M), log_uniform(g, 1e-3, 1e6, M)
+        xb, ab, bb = finite(draw_x(g, stats.beta(a, b), kind, M), a, b)
+        yield Row(FAMILY, "betacdf", label,
+                  mapped(address("betacdf"), len(xb), arr(xb), arr(ab), arr(bb)),
+                  lambda xb=xb, ab=ab, bb=bb: special.betainc(ab, bb, xb),
+                  "peer: scipy.special.betainc", check=close(1e-9))
+
+    # Non-central t (lower tail; the loop's int argument is maxiter).
+    m = 2_000
+    df = log_uniform(g, 1, 1e6, m)
+    delta = log_uniform(g, 1e-3, 1e4, m) * np.where(g.random(m) < 0.5, -1, 1)
+    tn = delta + g.standard_normal(m) * (1 + np.abs(delta) / np.sqrt(df))
+    f = address("nctcdf")
+    ptn, pdfn, pdn = arr(tn), arr(df), arr(delta)
+    yield Row(FAMILY, "nctcdf", "2e3 random",
+              lambda: (L.bench_map_xab_tail(f, ptn, pdfn, pdn, 1000, po, m), out[:m])[1],
+              lambda: special.nctdtr(df, delta, tn), "peer: scipy.special.nctdtr (cdflib)",
+              rounds=3, check=close(1e-9))
