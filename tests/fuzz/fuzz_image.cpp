@@ -58,8 +58,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
             const int width = side(in, 9), height = side(in, 9), shape = param(in, 4);
             const double threshold = in.byte() & 1 ? in.real() : 0.0;
             const double percent = in.real();
-            int r0 = param(in, rows), c0 = param(in, cols), r1 = param(in, rows),
-                c1 = param(in, cols);
+            const int rmax = std::clamp(rows, 0, 64), cmax = std::clamp(cols, 0, 64);
+            int r0 = param(in, rmax), c0 = param(in, cmax), r1 = param(in, rmax),
+                c1 = param(in, cmax);
             if (in.byte() & 1) r0 = 0, c0 = 0, r1 = -1, c1 = -1;
             unsigned short* pi = null_in ? nullptr : data_or_null(image);
             const int status =
