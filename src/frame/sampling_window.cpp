@@ -30,6 +30,19 @@ bool in_shape(int shape, int row, int col, int width, int height) {
     }
 }
 
+// Largest column offset c >= 0 of row r inside the ellipse (the row holds -c..c on an odd
+// width, -1-c..c on an even one), or -1 when the row has no cell. The test is monotonic in
+// |c - centre|, so a bisection finds the edge in O(log width).
+int ellipse_half_extent(int row, int width, int height) {
+    if (!in_shape(kWindowEllipse, row, 0, width, height)) return -1;
+    int inside = 0, outside = (width - 1) / 2 + 1;
+    while (outside - inside > 1) {
+        const int mid = inside + (outside - inside) / 2;
+        (in_shape(kWindowEllipse, row, mid, width, height) ? inside : outside) = mid;
+    }
+    return inside;
+}
+
 }  // namespace
 
 int sampling_window_cells(int n_cols, int width, int height, int shape,
@@ -37,16 +50,47 @@ int sampling_window_cells(int n_cols, int width, int height, int shape,
     cells.clear();
     if (shape < kWindowRectangle || shape > kWindowDiagonalCross) return ZEMATH_ERR_BAD_OPTION;
     if (n_cols < 1 || width < 1 || height < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
-    const int row_first = std::max(-(height / 2), clip.row_low);
-    const int row_last = std::min((height - 1) / 2, clip.row_high);
-    const int col_first = std::max(-(width / 2), clip.col_low);
-    const int col_last = std::min((width - 1) / 2, clip.col_high);
-    for (long long r = row_first; r <= row_last; ++r)
-        for (long long c = col_first; c <= col_last; ++c)
-            if (in_shape(shape, static_cast<int>(r), static_cast<int>(c), width, height))
-                cells.push_back(
-                    {static_cast<int>(r), static_cast<int>(c),
-                     static_cast<std::ptrdiff_t>(r) * n_cols + static_cast<std::ptrdiff_t>(c)});
+    long long row_first = std::max(-(height / 2), clip.row_low);
+    long long row_last = std::min((height - 1) / 2, clip.row_high);
+    const long long col_first = std::max(-(width / 2), clip.col_low);
+    const long long col_last = std::min((width - 1) / 2, clip.col_high);
+    if (shape == kWindowDiagonalCross) {
+        // Rows beyond the widest column hold no diagonal cell: never walked.
+        row_first = std::max<long long>(row_first, -(width / 2));
+        row_last = std::min<long long>(row_last, width / 2);
+    }
+    // Cells are listed row by row, each row as the spans of the shape cut to the clip, so
+    // the work follows the cells listed, not the window's bounding rectangle.
+    const auto span = [&](long long r, long long lo, long long hi) {
+        for (long long c = std::max(lo, col_first); c <= std::min(hi, col_last); ++c)
+            cells.push_back(
+                {static_cast<int>(r), static_cast<int>(c),
+                 static_cast<std::ptrdiff_t>(r) * n_cols + static_cast<std::ptrdiff_t>(c)});
+    };
+    for (long long r = row_first; r <= row_last; ++r) {
+        switch (shape) {
+            case kWindowRectangle:
+                span(r, col_first, col_last);
+                break;
+            case kWindowEllipse: {
+                const int half = ellipse_half_extent(static_cast<int>(r), width, height);
+                if (half >= 0) span(r, width % 2 ? -half : -1LL - half, half);
+                break;
+            }
+            case kWindowCross:
+                if (r == 0)
+                    span(r, col_first, col_last);
+                else
+                    span(r, 0, 0);
+                break;
+            default: {  // diagonal cross, columns -|r| and |r|
+                const long long a = r < 0 ? -r : r;
+                span(r, -a, -a);
+                if (a != 0) span(r, a, a);
+                break;
+            }
+        }
+    }
     return static_cast<int>(cells.size());
 }
 
@@ -75,14 +119,9 @@ long long sampling_window_count(int width, int height, int shape) {
     if (lines > kCountedLines) return w * h;
     long long count = 0;
     for (int l = -(lines / 2); l <= (lines - 1) / 2; ++l) {
-        if (!in_shape(kWindowEllipse, l, 0, across, lines)) continue;
-        int inside = 0, outside = (across - 1) / 2 + 1;  // in_shape(inside), !in_shape(outside)
-        while (outside - inside > 1) {
-            const int mid = inside + (outside - inside) / 2;
-            (in_shape(kWindowEllipse, l, mid, across, lines) ? inside : outside) = mid;
-        }
-        // Odd sides: cells -inside..inside; even sides: -1-inside..inside.
-        count += across % 2 ? 2LL * inside + 1 : 2LL * (inside + 1);
+        const int half = ellipse_half_extent(l, across, lines);
+        // Odd sides: cells -half..half; even sides: -1-half..half.
+        if (half >= 0) count += across % 2 ? 2LL * half + 1 : 2LL * (half + 1);
     }
     return count;
 }

@@ -186,6 +186,17 @@ TEST(SamplingWindow, HugeWindowsAreCountedWithoutListingTheirCells) {
     // About 0.785 * 40000^2 cells, within an int but far beyond the capacity given.
     EXPECT_EQ(get_sampling_window_offset(10, 40000, 40000, 1, rows, nullptr, nullptr, 64), -18);
     EXPECT_EQ(get_sampling_window_offset(10, 40000, 40000, 0, rows, nullptr, nullptr, 64), -18);
+    // A diagonal cross 3 rows high and INT_MAX wide has 5 cells; they are listed without
+    // walking the INT_MAX columns (or, tall and narrow, the INT_MAX rows).
+    int cols[8];
+    ASSERT_EQ(get_sampling_window_offset(10, INT_MAX, 3, 3, rows, cols, nullptr, 8), 5);
+    EXPECT_EQ(rows[0], -1);
+    EXPECT_EQ(cols[0], -1);
+    EXPECT_EQ(cols[1], 1);
+    EXPECT_EQ(rows[4], 1);
+    ASSERT_EQ(get_sampling_window_offset(10, 3, INT_MAX, 3, rows, cols, nullptr, 8), 5);
+    EXPECT_EQ(rows[0], -1);
+    EXPECT_EQ(rows[4], 1);
 }
 
 }  // namespace
