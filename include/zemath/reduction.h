@@ -33,9 +33,10 @@ ZEMATH_EXTERN_C_BEGIN
  * 2 the cross of the centre row and column; 3 the diagonal cross (|row| = |column|).
  * With row_offsets, col_offsets and linear_offsets all NULL, returns the cell count only;
  * otherwise each non-NULL array (capacity slots) receives one entry per cell. Returns
- * the cell count (>= 1); -10 unknown nShape; -18 nCols, nWidth or nHeight below 1,
- * capacity below the count, or a linear offset that does not fit an int; -19 working
- * storage could not be allocated. */
+ * the cell count (>= 1); -10 unknown nShape; -18 nCols, nWidth or nHeight below 1, a
+ * count that does not fit an int, capacity below the count, or a linear offset that does
+ * not fit an int; -19 working storage could not be allocated. The count is formed
+ * without listing the cells. */
 ZEMATH_API int get_sampling_window_offset(int nCols, int nWidth, int nHeight, int nShape,
                                           int* row_offsets, int* col_offsets, int* linear_offsets,
                                           int capacity) ZEMATH_NOEXCEPT;

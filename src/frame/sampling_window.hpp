@@ -13,6 +13,7 @@
 //     clipped to the rectangle.
 #pragma once
 
+#include <climits>
 #include <cstddef>
 #include <vector>
 
@@ -30,9 +31,21 @@ enum WindowShape : int {
     kWindowDiagonalCross = 3
 };
 
-// The cells of the window, appended to cells (cleared first). Returns their count, or
-// -10 for an unknown shape, -18 when nCols, nWidth or nHeight is below 1.
+// Offsets a caller can use: cells outside these bounds are not listed (a window much
+// larger than the data it is applied to then costs storage in proportion to the data).
+struct WindowClip {
+    int row_low = INT_MIN, row_high = INT_MAX, col_low = INT_MIN, col_high = INT_MAX;
+};
+
+// The cells of the window inside clip, appended to cells (cleared first). Returns their
+// count, or -10 for an unknown shape, -18 when nCols, nWidth or nHeight is below 1. The
+// caller keeps the listed count within an int (a clip, or sampling_window_count).
 int sampling_window_cells(int n_cols, int width, int height, int shape,
-                          std::vector<WindowCell>& cells);
+                          std::vector<WindowCell>& cells, const WindowClip& clip = {});
+
+// The number of cells of the whole window (valid shape and sides >= 1), without listing
+// them: O(1), or O(min(width, height) log) for the ellipse. Exact up to INT_MAX; a count
+// beyond it may come back as another value beyond it.
+long long sampling_window_count(int width, int height, int shape);
 
 }  // namespace zemath

@@ -163,7 +163,9 @@ ZEMATH_API int zemath_image_lines_profile(const double* image, int nRows, int nC
         if (!std::isfinite(total)) return static_cast<int>(ZEMATH_ERR_GENERAL);
         int segment = 0;
         for (int i = 0; i < nPoints; ++i) {
-            const double s = i == nPoints - 1 ? total : total * i / (nPoints - 1);
+            // The fraction first: total * i overflowed for lengths near the double range.
+            const double s =
+                i == nPoints - 1 ? total : total * (static_cast<double>(i) / (nPoints - 1));
             while (segment < nVertices - 2 && s > cumulative[segment + 1]) ++segment;
             const double length = cumulative[segment + 1] - cumulative[segment];
             const double t = length > 0 ? (s - cumulative[segment]) / length : 0.0;

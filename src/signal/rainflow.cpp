@@ -528,8 +528,14 @@ ZEMATH_API int zemath_rainflow_damage(const double* range, const double* count, 
     for (int k = 0; k < n; ++k) {
         const double weight = count != nullptr ? count[k] : 1.0;
         if (bad(range[k]) || bad(weight)) return ZEMATH_ERR_PARAM_RANGE;
-        if (range[k] > endurance_limit && range[k] > 0)
-            sum += weight * (std::pow(range[k], exponent) / intercept);
+        // A cycle counted zero times does no damage, even where S^m alone overflows.
+        if (range[k] > endurance_limit && range[k] > 0 && weight > 0) {
+            double term = std::pow(range[k], exponent) / intercept;
+            // S^m beyond the double range while S^m / C is not: take it by logarithms.
+            if (!std::isfinite(term))
+                term = std::exp(exponent * std::log(range[k]) - std::log(intercept));
+            sum += weight * term;
+        }
     }
     *damage = sum;
     return 0;

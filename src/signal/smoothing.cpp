@@ -552,6 +552,8 @@ ZEMATH_API int zemath_polynomial_fit(const double* pX, const double* pY, int nSi
                                      double* pCoef) noexcept {
     if (pX == nullptr || pY == nullptr || pCoef == nullptr) return ZEMATH_ERR_NULL_POINTER;
     if (nDegree < 0 || nSize < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
+    // Never more usable points than nSize: refused before nDegree + 1 slots are allocated.
+    if (nDegree >= nSize) return ZEMATH_ERR_TOO_FEW_POINTS;
     return guard_status([&]() -> int {
         std::vector<double> coef(static_cast<std::size_t>(nDegree) + 1);
         const int status = polynomial_fit(span_of(pX, nSize), span_of(pY, nSize), nDegree, coef);

@@ -298,8 +298,14 @@ ZEMATH_API int zemath_reduce_2D_data(const double* z, int nRows, int nCols, int 
     if (nRows < 1 || nCols < 1) return ZEMATH_ERR_TOO_FEW_MATRIX;
     if (nWidth < 1 || nHeight < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
     return guard_status([&] {
+        // Window cells that can land inside the matrix only: a block larger than the
+        // matrix is cut at its edge, so the offsets past nRows - 1 - nHeight / 2 (and
+        // likewise for the columns) never reach a cell.
+        WindowClip clip;
+        clip.row_high = nRows - 1 - nHeight / 2;
+        clip.col_high = nCols - 1 - nWidth / 2;
         std::vector<WindowCell> cells;
-        const int count = sampling_window_cells(nCols, nWidth, nHeight, nShape, cells);
+        const int count = sampling_window_cells(nCols, nWidth, nHeight, nShape, cells, clip);
         if (count < 0) return count;
         const int block_rows = nRows / nHeight + (nRows % nHeight != 0);
         const int block_cols = nCols / nWidth + (nCols % nWidth != 0);
@@ -307,10 +313,11 @@ ZEMATH_API int zemath_reduce_2D_data(const double* z, int nRows, int nCols, int 
         for (int bi = 0; bi < block_rows; ++bi) {
             for (int bj = 0; bj < block_cols; ++bj) {
                 // The window centred so that its cells cover exactly this block.
-                const int r = bi * nHeight + nHeight / 2, c = bj * nWidth + nWidth / 2;
+                const long long r = static_cast<long long>(bi) * nHeight + nHeight / 2;
+                const long long c = static_cast<long long>(bj) * nWidth + nWidth / 2;
                 std::size_t used = 0;
                 for (const WindowCell& cell : cells) {
-                    const int rr = r + cell.row, cc = c + cell.col;
+                    const long long rr = r + cell.row, cc = c + cell.col;
                     if (rr < 0 || rr >= nRows || cc < 0 || cc >= nCols) continue;
                     values[used++] = z[static_cast<std::ptrdiff_t>(rr) * nCols + cc];
                 }

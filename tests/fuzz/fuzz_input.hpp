@@ -46,7 +46,7 @@ class Input {
             case 3:
                 return max;
             default:
-                return static_cast<int>(raw<uint16_t>() % static_cast<unsigned>(max + 1));
+                return static_cast<int>(raw<uint16_t>() % (static_cast<unsigned>(max) + 1u));
         }
     }
 

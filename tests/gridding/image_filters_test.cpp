@@ -151,4 +151,52 @@ TEST(SamplingWindow, CellsOfEachShape) {
     EXPECT_EQ(get_sampling_window_offset(INT_MAX, 1, 3, 0, nullptr, nullptr, linear, 64), -18);
 }
 
+// The count alone (no output array) must equal the number of cells listed, for every
+// shape and both parities of each side.
+TEST(SamplingWindow, CountMatchesTheCellsListed) {
+    std::vector<int> rows(32 * 32);
+    for (int shape = 0; shape <= 3; ++shape)
+        for (int width = 1; width <= 32; ++width)
+            for (int height = 1; height <= 32; ++height)
+                ASSERT_EQ(get_sampling_window_offset(50, width, height, shape, nullptr, nullptr,
+                                                     nullptr, 0),
+                          get_sampling_window_offset(50, width, height, shape, rows.data(), nullptr,
+                                                     nullptr, 32 * 32))
+                    << width << "x" << height << " shape " << shape;
+}
+
+// Huge windows are counted, not listed: the count, a count beyond an int and a capacity
+// refusal come back at once (listing them first exhausted memory).
+TEST(SamplingWindow, HugeWindowsAreCountedWithoutListingTheirCells) {
+    int rows[64];
+    for (int shape = 0; shape <= 2; ++shape)
+        EXPECT_EQ(
+            get_sampling_window_offset(10, INT_MAX, INT_MAX, shape, nullptr, nullptr, nullptr, 0),
+            -18)
+            << shape;
+    // Diagonal cross: 1 + 4 (INT_MAX - 1) / 2 cells, beyond an int.
+    EXPECT_EQ(get_sampling_window_offset(10, INT_MAX, INT_MAX, 3, nullptr, nullptr, nullptr, 0),
+              -18);
+    // One row INT_MAX wide: every cell, whatever the shape.
+    for (int shape = 0; shape <= 3; ++shape)
+        EXPECT_EQ(get_sampling_window_offset(10, INT_MAX, 1, shape, nullptr, nullptr, nullptr, 0),
+                  shape == 3 ? 1 : INT_MAX)
+            << shape;
+    EXPECT_EQ(get_sampling_window_offset(10, 1, INT_MAX, 1, nullptr, nullptr, nullptr, 0), INT_MAX);
+    // About 0.785 * 40000^2 cells, within an int but far beyond the capacity given.
+    EXPECT_EQ(get_sampling_window_offset(10, 40000, 40000, 1, rows, nullptr, nullptr, 64), -18);
+    EXPECT_EQ(get_sampling_window_offset(10, 40000, 40000, 0, rows, nullptr, nullptr, 64), -18);
+    // A diagonal cross 3 rows high and INT_MAX wide has 5 cells; they are listed without
+    // walking the INT_MAX columns (or, tall and narrow, the INT_MAX rows).
+    int cols[8];
+    ASSERT_EQ(get_sampling_window_offset(10, INT_MAX, 3, 3, rows, cols, nullptr, 8), 5);
+    EXPECT_EQ(rows[0], -1);
+    EXPECT_EQ(cols[0], -1);
+    EXPECT_EQ(cols[1], 1);
+    EXPECT_EQ(rows[4], 1);
+    ASSERT_EQ(get_sampling_window_offset(10, 3, INT_MAX, 3, rows, cols, nullptr, 8), 5);
+    EXPECT_EQ(rows[0], -1);
+    EXPECT_EQ(rows[4], 1);
+}
+
 }  // namespace

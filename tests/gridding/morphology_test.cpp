@@ -91,6 +91,17 @@ TEST(Morphology, ProfilesMatchScipyBilinear) {
     EXPECT_EQ(values[1], kProfileImage[0]);
 }
 
+// A path whose length is finite but near the double range: the sample distances are
+// k / (nPoints - 1) of it (total * k overflowed to inf before the division).
+TEST(Morphology, ProfileDistancesOfAVeryLongPath) {
+    const double vx[2] = {0.0, 1e308}, vy[2] = {0.0, 0.0};
+    double distance[4], values[4];
+    ASSERT_EQ(zemath_image_lines_profile(kProfileImage, 9, 12, vx, vy, 2, 4, distance, values), 4);
+    for (int k = 0; k < 4; ++k) EXPECT_NEAR(distance[k], 1e308 / 3.0 * k, 1e293) << k;
+    EXPECT_EQ(values[0], kProfileImage[0]);
+    EXPECT_EQ(values[2], NANUM);  // far outside the image
+}
+
 TEST(Morphology, XyzProfileSkipsMissing) {
     const double image[6] = {1, NANUM, 3, 4, 5, NANUM};
     double x[6], y[6], z[6];

@@ -249,6 +249,21 @@ TEST(Rainflow, DamageMatchesReference) {
     EXPECT_EQ(d, 0.0);
 }
 
+// S^m overflowing a double: a cycle counted zero times adds nothing (it gave 0 * inf = NaN),
+// and a finite S^m / C is still formed (1e3^120 / 1e300 = 1e60).
+TEST(Rainflow, DamageWhereThePowerOverflows) {
+    const double range[] = {1e3, 1e3};
+    const double zero_count[] = {0.0, 0.0};
+    double d = -1;
+    ASSERT_EQ(zemath_rainflow_damage(range, zero_count, 2, 120, 1e300, 0, &d), 0);
+    EXPECT_EQ(d, 0.0);
+    const double counts[] = {0.5, 1.0};
+    ASSERT_EQ(zemath_rainflow_damage(range, counts, 2, 120, 1e300, 0, &d), 0);
+    EXPECT_NEAR(d, 1.5e60, 1e-12 * 1.5e60);
+    ASSERT_EQ(zemath_rainflow_damage(range, nullptr, 1, 200, 1e10, 0, &d), 0);
+    EXPECT_EQ(d, std::numeric_limits<double>::infinity());  // truly beyond the range
+}
+
 TEST(Rainflow, RefusedCallsWriteNothing) {
     std::vector<double> load{0, 4, 1, 3, 0}, time(5), nan_load{0, 4, kNaN, 3, 0};
     std::vector<double> inf_load{0, 4, kInf, 3, 0};

@@ -242,6 +242,11 @@ TEST(PolynomialFit, RecoversCoefficients) {
     const double same[] = {1, 1, 1};
     EXPECT_EQ(zemath_polynomial_fit(same, same, 3, 1, coef), -1);
     EXPECT_EQ(zemath_polynomial_fit(same, same, 3, 3, coef), -18);
+    // A degree no point count can meet is refused before its coefficients are allocated
+    // (INT_MAX + 1 slots were allocated and zero-filled first). coef must stay untouched.
+    double guard[3] = {7, 7, 7};
+    EXPECT_EQ(zemath_polynomial_fit(same, same, 3, std::numeric_limits<int>::max(), guard), -18);
+    EXPECT_EQ(guard[0], 7.0);
 }
 
 TEST(Loess, ReproducesLinesAndResistsOutliers) {

@@ -152,6 +152,30 @@ TEST(XYReduction, SamplingWindowReductions) {
     EXPECT_EQ(y[2], 4.0);
 }
 
+// A block larger than the matrix is cut at the matrix edge: one block, the rectangle
+// taking every cell and the cross (centre row and column far outside) none. The window
+// used to be listed cell by cell first, INT_MAX x INT_MAX of them.
+TEST(XYReduction, BlocksFarLargerThanTheMatrix) {
+    std::vector<double> z(12);
+    for (int k = 0; k < 12; ++k) z[k] = k;
+    double out = kUntouched;
+    int rows = 0, cols = 0;
+    ASSERT_EQ(zemath_reduce_2D_data(z.data(), 3, 4, INT_MAX, INT_MAX, 0, 8, &out, &rows, &cols), 0);
+    EXPECT_EQ(rows, 1);
+    EXPECT_EQ(cols, 1);
+    EXPECT_EQ(out, 66.0);  // 0 + 1 + ... + 11
+    ASSERT_EQ(zemath_reduce_2D_data(z.data(), 3, 4, INT_MAX, INT_MAX, 2, 8, &out, &rows, &cols), 0);
+    EXPECT_EQ(out, NANUM);
+    // Tall blocks 7 rows high on 3 rows: the block's rows 0..2 of its rectangle, columns
+    // in pairs; maxima 9 and 11.
+    double two[2] = {kUntouched, kUntouched};
+    ASSERT_EQ(zemath_reduce_2D_data(z.data(), 3, 4, 2, 7, 0, 2, two, &rows, &cols), 0);
+    EXPECT_EQ(rows, 1);
+    EXPECT_EQ(cols, 2);
+    EXPECT_EQ(two[0], 9.0);
+    EXPECT_EQ(two[1], 11.0);
+}
+
 TEST(XYReduction, RefusalsWriteNothing) {
     const double x[3] = {0, 1, 2}, y[3] = {1, 2, 3};
     double out[8] = {kUntouched, kUntouched, kUntouched, kUntouched,
