@@ -495,6 +495,13 @@ def gen_f():
             with np.errstate(all="ignore"):
                 x0 = finite_double(stats.f.ppf(p, d1, d2))
             add("finv", [p, d1, d2], 0, quantile_positive(pair, dens, p, x0))
+    # Lower tails below 1e-300, where the deviate's start must not come from an iterative
+    # inverse (one took minutes there).
+    for p, d1, d2 in [(1e-306, 11.34, 8.0), (2.2250738585072014e-308, 3.7121092391726429, 1e10),
+                      (1e-305, 0.5, 3.0)]:
+        pair = lambda x: f_pair(x, d1, d2)
+        dens = lambda x: f_density(x, d1, d2)
+        add("finv", [p, d1, d2], 0, quantile_positive(pair, dens, p, None))
     # Ftable: the upper-tail quantile P(F > f) = p for integer degrees of freedom.
     for d1, d2 in [(1, 1), (2, 10), (5, 20), (10, 3), (30, 30), (1, 1000)]:
         pair = lambda x: f_pair(x, d1, d2)

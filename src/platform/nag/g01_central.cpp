@@ -218,6 +218,9 @@ bool solve_increasing(Eval eval, Real& s, Real lo, Real hi) {
 constexpr Real kLogMin = numeric::kLogExtendedMin;
 constexpr Real kLogMax = numeric::kLogExtendedMax;
 
+// Below this smaller tail the beta deviate's start does not come from Boost (see there).
+constexpr Real kBoostStartTail = 1e-290L;
+
 struct BetaRoot {
     Real x, y;  // y = 1 - x, each to full relative accuracy
     bool converged;
@@ -231,7 +234,20 @@ struct BetaRoot {
 BetaRoot beta_inverse(Real a, Real b, Real p, Real q) {
     Real y0 = 0;
     Real x0 = -1;  // no start
-    {
+    if (std::min(p, q) < kBoostStartTail) {
+        // Boost's inverse can take minutes below this; the leading term of the tail,
+        // I_x(a, b) ~ x^a / (a B(a, b)) near 0 (and the same in 1 - x with b, a near 1),
+        // starts the polish instead.
+        const Real log_beta =
+            bm::lgamma(a, Policy()) + bm::lgamma(b, Policy()) - bm::lgamma(a + b, Policy());
+        const bool lower = p <= q;
+        const Real e = lower ? a : b;
+        const Real u = std::exp((std::log(lower ? p : q) + std::log(e) + log_beta) / e);
+        if (u > 0 && u < 0.5L) {
+            x0 = lower ? u : 1 - u;
+            y0 = lower ? 1 - u : u;
+        }
+    } else {
         AccuracyWatch start;  // the start's own shortfalls are the polish's business
         // In double first, inverting the smaller tail; in long double when the double
         // root is not a normal double on both sides (far tails beyond the double range).
