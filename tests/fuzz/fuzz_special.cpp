@@ -5,6 +5,8 @@
 // table never reads past the argument count it announces and leaves result untouched
 // when it refuses; the integral of a host function always terminates.
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -14,7 +16,15 @@
 
 using zemath_fuzz::data_or_null;
 using zemath_fuzz::Input;
-using zemath_fuzz::require;
+
+// Aborts on a broken property, naming its line, so that the fuzzer keeps the input.
+#define require(ok) check_property((ok), __LINE__)
+static void check_property(bool ok, int line) {
+    if (!ok) {
+        std::fprintf(stderr, "property broken at line %d\n", line);
+        __builtin_trap();
+    }
+}
 
 namespace {
 
@@ -154,8 +164,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
     const int i = in.integer();
     switch (which) {
         case 0: {  // one-argument functions
-            const UnaryRow& row = kUnary[in.pick(kUnaryCount)];
+            const int pick = in.pick(kUnaryCount);
+            const UnaryRow& row = kUnary[pick];
             const double v = row.f(a);
+            if (std::getenv("ZEMATH_FUZZ_TRACE")) std::fprintf(stderr, "row %d (%.17g) = %.17g\n", pick, a, v);
             check_value(v);
             if (std::isnan(a) || a == NANUM || (std::isinf(a) && !row.infinity_allowed))
                 require(v == NANUM);
