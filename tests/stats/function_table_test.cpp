@@ -252,6 +252,30 @@ TEST(SpecialFunctions, BesselJ0NeverAboveOneNearZero) {
     EXPECT_EQ(bessel_j0(1e-9), 1.0);
 }
 
+TEST(SpecialFunctions, AnglesBetweenPointsNearTheOverflowLimit) {
+    // Differences of coordinates near DBL_MAX overflow; the angle must not (it was NaN).
+    const double m = std::numeric_limits<double>::max();
+    const struct {
+        double x1, y1, x2, y2;
+        int mode;
+        double degrees;
+    } cases[] = {
+        {m, 0, -m, 0, 1, 180},
+        {m, 0, -m, 0, 0, 0},
+        {-m, -m, m, m, 1, 45},
+        {-m, -m, m, m, 0, 45},
+        {m, -m, -m, m, 1, 135},
+        {m, -m, -m, m, 0, -45},
+        {-m, m, m / 2, -m / 2, 1, 315},
+        {m, 4.9e-324, -9e298, -1, 1, 180},
+        {0.75 * m, m, -m, -m, 1, 180 + 180 / std::acos(-1.0) * std::atan(2 / 1.75)},
+    };
+    for (const auto& c : cases)
+        EXPECT_NEAR(angleint1(c.x1, c.y1, c.x2, c.y2, 1, c.mode), c.degrees, 1e-12 * 360)
+            << c.x1 << " " << c.y1 << " " << c.x2 << " " << c.y2 << " mode " << c.mode;
+    EXPECT_NEAR(angleint2(-m, -m, m, m, m, -m, -m, m, 1, 1), 90.0, 1e-10);
+}
+
 TEST(SpecialFunctions, PrefixedFamilyRules) {
     const double pi = std::acos(-1.0);
     const double quarter = std::sqrt(0.5);  // sin(pi/4) = sin(3 pi/4)
