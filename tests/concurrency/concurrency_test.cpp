@@ -62,7 +62,6 @@ std::vector<double> slice(const std::vector<double>& v, int thread) {
     return {v.begin() + static_cast<long>(begin), v.begin() + static_cast<long>(begin + 2048)};
 }
 
-
 // A curve of 512 points: three peaks (the first moved by the thread number) on a ripple.
 struct Curve {
     std::vector<double> x, y;
@@ -207,8 +206,8 @@ const Row kRows[] = {
          }
          EXPECT_EQ(zemath_savitsky_golay(c.y.data(), s.data(), n, 4, 4, 3, 1, 0), 0);
          append(out, s);
-         EXPECT_EQ(zemath_savitsky_golay_derivative(c.x.data(), c.y.data(), s.data(), n, 3, 3, 2,
-                                                    1, true),
+         EXPECT_EQ(zemath_savitsky_golay_derivative(c.x.data(), c.y.data(), s.data(), n, 3, 3, 2, 1,
+                                                    true),
                    0);
          append(out, s);
          EXPECT_EQ(zemath_adj_average(s.data(), c.y.data(), n, 2, 2, 0), 0);
@@ -260,9 +259,9 @@ const Row kRows[] = {
          append(out, d);
          for (int method = 0; method < 2; ++method) {
              zemath_IntegrationResult r{};
-             EXPECT_EQ(zemath_integrate(c.x.data(), c.y.data(), 3, n - 2, &r, method, method,
-                                        nullptr),
-                       0);
+             EXPECT_EQ(
+                 zemath_integrate(c.x.data(), c.y.data(), 3, n - 2, &r, method, method, nullptr),
+                 0);
              out.insert(out.end(), {r.area, r.abs_area, r.x_half_area, r.x_centroid, r.fwhm,
                                     static_cast<double>(r.peak_index)});
          }
@@ -288,9 +287,9 @@ const Row kRows[] = {
          out.push_back(value);
          const double scales[] = {2.0, 5.0};
          std::vector<double> re(2 * c.y.size()), im(re.size());
-         EXPECT_EQ(zemath_cwt(c.y.data(), n, scales, 2, ZEMATH_WAVELET_MORLET, 6.0, re.data(),
-                              im.data()),
-                   0);
+         EXPECT_EQ(
+             zemath_cwt(c.y.data(), n, scales, 2, ZEMATH_WAVELET_MORLET, 6.0, re.data(), im.data()),
+             0);
          append(out, re);
          append(out, im);
          return out;
@@ -368,8 +367,8 @@ const Row kRows[] = {
                    0);
          append(out, by);
          std::vector<int> idx(c.y.size());
-         const int flat = zemath_find_baseline_part_in_smooth_curve(n, c.x.data(), c.y.data(),
-                                                                    idx.data());
+         const int flat =
+             zemath_find_baseline_part_in_smooth_curve(n, c.x.data(), c.y.data(), idx.data());
          EXPECT_GE(flat, 0);
          out.push_back(flat);
          out.insert(out.end(), idx.begin(), idx.begin() + std::max(flat, 0));
@@ -399,9 +398,9 @@ const Row kRows[] = {
          const int n = c.n();
          std::vector<double> out, crossings(c.y.size());
          int count = 0;
-         EXPECT_EQ(zemath_get_level_crossing(n, c.x.data(), c.y.data(), 0.3, &count,
-                                             crossings.data()),
-                   0);
+         EXPECT_EQ(
+             zemath_get_level_crossing(n, c.x.data(), c.y.data(), 0.3, &count, crossings.data()),
+             0);
          out.push_back(count);
          out.insert(out.end(), crossings.begin(), crossings.begin() + count);
          double v = 0;
@@ -415,8 +414,7 @@ const Row kRows[] = {
                    0);
          append(out, g);
          double moments[5] = {};
-         EXPECT_EQ(zemath_calc_peak_moments(n, c.x.data(), g.data(), nullptr, 50, 400, moments),
-                   0);
+         EXPECT_EQ(zemath_calc_peak_moments(n, c.x.data(), g.data(), nullptr, 50, 400, moments), 0);
          out.insert(out.end(), moments, moments + 5);
          return out;
      }},
@@ -445,17 +443,16 @@ const Row kRows[] = {
          std::vector<int> from(load.size()), to(load.size());
          std::vector<double> range(load.size()), mean(load.size()), count(load.size());
          int cycles = 0, closed = 0;
-         EXPECT_EQ(zemath_rainflow_cycles(load.data(), n, 0.05, 0, n, from.data(), to.data(),
-                                          range.data(), mean.data(), count.data(), &cycles,
-                                          &closed),
-                   0);
+         EXPECT_EQ(
+             zemath_rainflow_cycles(load.data(), n, 0.05, 0, n, from.data(), to.data(),
+                                    range.data(), mean.data(), count.data(), &cycles, &closed),
+             0);
          out.push_back(cycles);
          out.push_back(closed);
          out.insert(out.end(), range.begin(), range.begin() + cycles);
          double damage = 0;
-         EXPECT_EQ(zemath_rainflow_damage(range.data(), count.data(), cycles, 3.0, 1e6, 0.1,
-                                          &damage),
-                   0);
+         EXPECT_EQ(
+             zemath_rainflow_damage(range.data(), count.data(), cycles, 3.0, 1e6, 0.1, &damage), 0);
          out.push_back(damage);
          std::vector<int> total(64), closed_m(64), from_to(64);
          EXPECT_EQ(Rainflow_Matrix(n, time.data(), load.data(), 8, total.data(), closed_m.data(),
@@ -483,15 +480,15 @@ const Row kRows[] = {
          const int n = static_cast<int>(g.x.size());
          std::vector<double> out;
          zemath_xyz_exam rec{1e-8, 1e-8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -1};
-         const int category = zemath_xyz_examine_data_pro(n, g.x.data(), g.y.data(), g.z.data(),
-                                                          &rec);
+         const int category =
+             zemath_xyz_examine_data_pro(n, g.x.data(), g.y.data(), g.z.data(), &rec);
          out.insert(out.end(), {static_cast<double>(category), static_cast<double>(rec.nVar),
                                 rec.dXStep, rec.dYStep, rec.dXmax, rec.dYmax});
          int nvar = 0;
          double v[6] = {};
-         out.push_back(zemath_xyz_examine_data_ex(n, g.x.data(), g.y.data(), g.z.data(), 1e-8,
-                                                  1e-8, &nvar, &v[0], &v[1], &v[2], &v[3], &v[4],
-                                                  &v[5], true, 1));
+         out.push_back(zemath_xyz_examine_data_ex(n, g.x.data(), g.y.data(), g.z.data(), 1e-8, 1e-8,
+                                                  &nvar, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5],
+                                                  true, 1));
          out.insert(out.end(), v, v + 6);
          double step = 0;
          int count = 0;
@@ -509,8 +506,8 @@ const Row kRows[] = {
                    0);
          append(out, mat);
          std::vector<double> x = g.x, y = g.y, z = g.z;
-         const int kept = zemath_xyz_remove_duplicates(n, x.data(), y.data(), z.data(), 1, 1e-9,
-                                                       1e-9, 0);
+         const int kept =
+             zemath_xyz_remove_duplicates(n, x.data(), y.data(), z.data(), 1, 1e-9, 1e-9, 0);
          out.push_back(kept);
          out.insert(out.end(), z.begin(), z.begin() + std::max(kept, 0));
          return out;
@@ -532,9 +529,9 @@ const Row kRows[] = {
              out.push_back(value);
              int count = 0;
              std::vector<double> bx(static_cast<size_t>(tri.boundaryCount)), by(bx), bz(bx);
-             EXPECT_EQ(zemath_triangulation_boundary(&tri, &count, bx.data(), by.data(),
-                                                     bz.data(), 0),
-                       0);
+             EXPECT_EQ(
+                 zemath_triangulation_boundary(&tri, &count, bx.data(), by.data(), bz.data(), 0),
+                 0);
              append(out, bz);
              const double qx[] = {0.2, 0.4, 0.6, 0.8}, qy[] = {0.3, 0.5, 0.7, 0.1};
              double qz[4] = {};
@@ -544,18 +541,17 @@ const Row kRows[] = {
          }
          const double tx[] = {0.25, 0.5, 0.75}, ty[] = {0.5, 0.25, 0.75};
          double tz[3] = {};
-         EXPECT_EQ(zemath_tri_linear_interpolate(n, p.x.data(), p.y.data(), p.z.data(), 3, tx, ty,
-                                                 tz, 0),
-                   0);
+         EXPECT_EQ(
+             zemath_tri_linear_interpolate(n, p.x.data(), p.y.data(), p.z.data(), 3, tx, ty, tz, 0),
+             0);
          out.insert(out.end(), tz, tz + 3);
-         EXPECT_EQ(zemath_tri_natural_neighbor_interpolate(n, p.x.data(), p.y.data(), p.z.data(),
-                                                           3, tx, ty, tz, 0),
+         EXPECT_EQ(zemath_tri_natural_neighbor_interpolate(n, p.x.data(), p.y.data(), p.z.data(), 3,
+                                                           tx, ty, tz, 0),
                    0);
          out.insert(out.end(), tz, tz + 3);
          Triangulation reduced;
          zemath_triangulation_init(&reduced);
-         EXPECT_EQ(zemath_triangulation_reduce(n, p.x.data(), p.y.data(), p.z.data(), &reduced,
-                                               40),
+         EXPECT_EQ(zemath_triangulation_reduce(n, p.x.data(), p.y.data(), p.z.data(), &reduced, 40),
                    0);
          out.push_back(reduced.nodes);
          out.insert(out.end(), reduced.x, reduced.x + reduced.nodes);
@@ -601,9 +597,9 @@ const Row kRows[] = {
              image[k] = static_cast<unsigned short>((k * 7919 + 131 * t) % 4000);
          std::vector<double> out;
          std::vector<unsigned short> work = image;
-         EXPECT_EQ(zemath_us_percentile_filter(work.data(), rows, cols, 50.0, 3, 5, 1, 0.0, 0, 0,
-                                               -1, -1),
-                   0);
+         EXPECT_EQ(
+             zemath_us_percentile_filter(work.data(), rows, cols, 50.0, 3, 5, 1, 0.0, 0, 0, -1, -1),
+             0);
          out.insert(out.end(), work.begin(), work.end());
          work = image;
          EXPECT_EQ(zemath_us_conserve_filter(work.data(), rows, cols, 3, 3, 0, 10.0, 2, 2, 20, 25),
@@ -613,11 +609,9 @@ const Row kRows[] = {
          const double angle = 30.0 + t;
          out.push_back(zemath_make_strel(6, &angle, 1, strel, 5, 5));
          std::vector<double> m(image.begin(), image.end()), dilated(m.size()), eroded(m.size());
-         EXPECT_EQ(zemath_dilate_matrix_with_strel(m.data(), rows, cols, strel, 5, 5,
-                                                   dilated.data()),
-                   0);
-         EXPECT_EQ(zemath_erode_matrix_with_strel(m.data(), rows, cols, strel, 5, 5,
-                                                  eroded.data()),
+         EXPECT_EQ(
+             zemath_dilate_matrix_with_strel(m.data(), rows, cols, strel, 5, 5, dilated.data()), 0);
+         EXPECT_EQ(zemath_erode_matrix_with_strel(m.data(), rows, cols, strel, 5, 5, eroded.data()),
                    0);
          append(out, dilated);
          append(out, eroded);
@@ -628,8 +622,8 @@ const Row kRows[] = {
                    40);
          append(out, values);
          std::vector<double> x(m.size()), y(m.size()), z(m.size());
-         out.push_back(zemath_image_xyz_profile(m.data(), rows, cols, 0.5, 0.1, -1.0, 0.2,
-                                                x.data(), y.data(), z.data()));
+         out.push_back(zemath_image_xyz_profile(m.data(), rows, cols, 0.5, 0.1, -1.0, 0.2, x.data(),
+                                                y.data(), z.data()));
          append(out, y);
          double axes[5] = {};
          EXPECT_EQ(zemath_us_find_natural_axes(image.data(), rows, cols, 2000, &axes[0], &axes[1],
@@ -733,9 +727,8 @@ const Row kRows[] = {
          for (int k = 0; k < 50; ++k) {
              const double px = -1.5 + 0.06 * k, py = 0.3 - 0.01 * k;
              out.push_back(zemath_d_point_in_polygon(x.data(), y.data(), n, px, py));
-             out.push_back(zemath_f_point_in_polygon(fx.data(), fy.data(), n,
-                                                     static_cast<float>(px),
-                                                     static_cast<float>(py)));
+             out.push_back(zemath_f_point_in_polygon(
+                 fx.data(), fy.data(), n, static_cast<float>(px), static_cast<float>(py)));
          }
          return out;
      }},
@@ -766,15 +759,15 @@ const Row kRows[] = {
          out.insert(out.end(), {q.Q1, q.Median, q.Q3, static_cast<double>(q.iMax)});
          std::vector<double> values(x.size()), counts(x.size());
          int distinct = 0;
-         EXPECT_EQ(zemath_discrete_frequencies(x.data(), n, values.data(), counts.data(),
-                                               &distinct),
-                   0);
+         EXPECT_EQ(
+             zemath_discrete_frequencies(x.data(), n, values.data(), counts.data(), &distinct), 0);
          out.push_back(distinct);
          double bins[32];
          int nbins = 0;
          EXPECT_EQ(zemath_frequency_count(x.data(), n, -0.3, 0.7, 0.05, bins, 32, &nbins), 0);
          out.insert(out.end(), bins, bins + nbins);
-         const std::vector<double> y(s.data.begin() + 3000 - 50 * t, s.data.begin() + 3400 - 50 * t);
+         const std::vector<double> y(s.data.begin() + 3000 - 50 * t,
+                                     s.data.begin() + 3400 - 50 * t);
          const TTestHypothesis hyp{0, 0.1, t % 3};
          TwoSampleTTestResults r2{};
          double unequal[3] = {};
@@ -786,8 +779,8 @@ const Row kRows[] = {
          EXPECT_EQ(zemath_f_test(x.data(), n, y.data(), 400, 0, &F, &P, &df1, &df2), 0);
          out.insert(out.end(), {F, P});
          double mu[3], sigma[3];
-         EXPECT_EQ(zemath_confidence_limit_Norm(x.data(), n, 0.9, &mu[0], &mu[1], &mu[2],
-                                                &sigma[0], &sigma[1], &sigma[2]),
+         EXPECT_EQ(zemath_confidence_limit_Norm(x.data(), n, 0.9, &mu[0], &mu[1], &mu[2], &sigma[0],
+                                                &sigma[1], &sigma[2]),
                    0);
          out.insert(out.end(), {mu[1], mu[2], sigma[1], sigma[2]});
          const int sizes[] = {5, 20, 80};
@@ -796,9 +789,9 @@ const Row kRows[] = {
          out.insert(out.end(), powers, powers + 3);
          const double targets[] = {0.8, 0.9};
          int needed[2];
-         EXPECT_EQ(zemath_two_sample_tTest_samplesize(0.05, 0.4 + 0.1 * t, 1.0, 0, 2, targets,
-                                                      needed),
-                   0);
+         EXPECT_EQ(
+             zemath_two_sample_tTest_samplesize(0.05, 0.4 + 0.1 * t, 1.0, 0, 2, targets, needed),
+             0);
          out.insert(out.end(), needed, needed + 2);
          std::vector<double> finite = x;  // the test refuses a NaN value
          for (double& v : finite)
@@ -818,16 +811,32 @@ const Row kRows[] = {
          std::vector<double> out;
          for (int k = 0; k < 40; ++k) {
              const double x = 0.37 * k + 0.013 * t + 0.05;
-             out.insert(out.end(),
-                        {airy_ai(x - 6), airy_bi(x - 6), bessel_j0(x), bessel_y1(x),
-                         bessel_i0(x), bessel_k1(x), bessel_i_nu(x, 1 + k % 3),
-                         bessel_k_nu_scaled(x, -1 - k % 3), kelvin_ber(x), kelvin_kei(x),
-                         fresnel_s(x), exp_integral(x - 3), cos_integral(x), sin_integral(x),
-                         elliptic_integral_rj(x, 1.0, 2.0, 0.5 + x), gammaz(x - 4.5),
-                         log_gamma(x), real_polygamma(x, k % 4), incomplete_gamma(1.5, x),
-                         jacobian_theta(k % 5, x, 0.3), erfcx(x - 3), erfinv(x / 16 - 0.6),
-                         angleint2(0, 0, 1, x, 0, 0, -x, 1, t & 1, 1),
-                         zemath_bessel_j1(x), zemath_kelvin_ker(x), zemath_erfc(x - 2)});
+             out.insert(out.end(), {airy_ai(x - 6),
+                                    airy_bi(x - 6),
+                                    bessel_j0(x),
+                                    bessel_y1(x),
+                                    bessel_i0(x),
+                                    bessel_k1(x),
+                                    bessel_i_nu(x, 1 + k % 3),
+                                    bessel_k_nu_scaled(x, -1 - k % 3),
+                                    kelvin_ber(x),
+                                    kelvin_kei(x),
+                                    fresnel_s(x),
+                                    exp_integral(x - 3),
+                                    cos_integral(x),
+                                    sin_integral(x),
+                                    elliptic_integral_rj(x, 1.0, 2.0, 0.5 + x),
+                                    gammaz(x - 4.5),
+                                    log_gamma(x),
+                                    real_polygamma(x, k % 4),
+                                    incomplete_gamma(1.5, x),
+                                    jacobian_theta(k % 5, x, 0.3),
+                                    erfcx(x - 3),
+                                    erfinv(x / 16 - 0.6),
+                                    angleint2(0, 0, 1, x, 0, 0, -x, 1, t & 1, 1),
+                                    zemath_bessel_j1(x),
+                                    zemath_kelvin_ker(x),
+                                    zemath_erfc(x - 2)});
          }
          // The script table: a lookup by name and calls by row number.
          char name[] = "bessel_i_nu";
@@ -852,7 +861,8 @@ const Row kRows[] = {
          const int listed = zemath_KS_functions_get_list(&names, &lists, t % 4, nullptr);
          EXPECT_GT(listed, 0);
          out.push_back(listed);
-         for (int k = 0; k < listed; ++k) out.push_back(static_cast<double>(std::strlen(names.GetAt(k))));
+         for (int k = 0; k < listed; ++k)
+             out.push_back(static_cast<double>(std::strlen(names.GetAt(k))));
          return out;
      }},
 };
