@@ -58,6 +58,12 @@ bool coordinate_usable(double v) {
     return !is_missing(v) && !std::isnan(v);
 }
 
+// Sorted neighbours a <= b belong to one chain. Equal values always do: the difference of
+// two equal infinities is NaN, which compares false with any tolerance.
+bool chained(double a, double b, double tol) {
+    return b == a || b - a <= tol;
+}
+
 }  // namespace
 
 int merge_duplicates(int n, double* x, double* y, std::span<double* const> values, DupMethod method,
@@ -110,7 +116,7 @@ int merge_duplicates(int n, double* x, double* y, std::span<double* const> value
     const std::size_t total = idx.size();
     while (start < total) {
         std::size_t end = start + 1;  // x-cluster: gaps within xtol, chained
-        while (end < total && x[idx[end]] - x[idx[end - 1]] <= xtol) ++end;
+        while (end < total && chained(x[idx[end - 1]], x[idx[end]], xtol)) ++end;
         if (!options.use_y) {
             emit(start, end);
         } else {
@@ -122,7 +128,7 @@ int merge_duplicates(int n, double* x, double* y, std::span<double* const> value
             std::size_t g = start;
             while (g < end) {
                 std::size_t h = g + 1;
-                while (h < end && y[idx[h]] - y[idx[h - 1]] <= ytol) ++h;
+                while (h < end && chained(y[idx[h - 1]], y[idx[h]], ytol)) ++h;
                 emit(g, h);
                 g = h;
             }

@@ -62,10 +62,23 @@ struct Mapped {
     std::vector<double> u, v, z;
 };
 
+// Position on the bucket grid, (v - lo) k / (hi - lo) / margin for data spanning [lo, hi]
+// (0 when hi = lo). Near DBL_MAX the difference, the span or the product can overflow
+// (the position came out NaN); the halved coordinates, an exact scaling, give it then.
+double grid_position(double v, double lo, double hi, double k) {
+    const double span = hi - lo;
+    if (!(span > 0.0)) return 0.0;
+    if (std::isfinite(span)) {
+        const double u = (v - lo) * k / span / kBoxMargin;
+        if (std::isfinite(u) || !std::isfinite(v)) return u;
+    }
+    return (0.5 * v - 0.5 * lo) / (0.5 * hi - 0.5 * lo) * k / kBoxMargin;
+}
+
 class Kriging {
   public:
-    Kriging(const Params& p, Mapped data, double xmin, double xspan, double ymin, double yspan)
-        : p_(p), d_(std::move(data)), xmin_(xmin), xspan_(xspan), ymin_(ymin), yspan_(yspan) {
+    Kriging(const Params& p, Mapped data, double xmin, double xmax, double ymin, double ymax)
+        : p_(p), d_(std::move(data)), xmin_(xmin), xmax_(xmax), ymin_(ymin), ymax_(ymax) {
         const int k = p_.buckets;
         start_.assign(static_cast<std::size_t>(k) * k + 1, 0);
         std::vector<int> bucket(d_.u.size());
@@ -81,12 +94,8 @@ class Kriging {
         inv_r2_ = 1.0 / (p_.range * p_.range);
     }
 
-    double map_x(double x) const {
-        return xspan_ > 0.0 ? (x - xmin_) * p_.buckets / xspan_ / kBoxMargin : 0.0;
-    }
-    double map_y(double y) const {
-        return yspan_ > 0.0 ? (y - ymin_) * p_.buckets / yspan_ / kBoxMargin : 0.0;
-    }
+    double map_x(double x) const { return grid_position(x, xmin_, xmax_, p_.buckets); }
+    double map_y(double y) const { return grid_position(y, ymin_, ymax_, p_.buckets); }
 
     int bucket_of(double u, double v) const {
         const int k = p_.buckets;
@@ -224,7 +233,7 @@ class Kriging {
   private:
     Params p_;
     Mapped d_;
-    double xmin_, xspan_, ymin_, yspan_;
+    double xmin_, xmax_, ymin_, ymax_;
     double inv_r2_ = 1.0;
     std::vector<int> start_, order_;
 };
@@ -253,14 +262,14 @@ int krige(int n, const double* x, const double* y, const double* z, int n_point,
         if (m < 1) return 0;
         const auto [xlo, xhi] = std::minmax_element(data.u.begin(), data.u.end());
         const auto [ylo, yhi] = std::minmax_element(data.v.begin(), data.v.end());
-        const double xmin = *xlo, xspan = *xhi - *xlo, ymin = *ylo, yspan = *yhi - *ylo;
+        const double xmin = *xlo, xmax = *xhi, ymin = *ylo, ymax = *yhi;
         const Params p = bucket_params(count, smooth, exponent);
         const double k = p.buckets;
         for (int i = 0; i < count; ++i) {
-            data.u[i] = xspan > 0.0 ? (data.u[i] - xmin) * k / xspan / kBoxMargin : 0.0;
-            data.v[i] = yspan > 0.0 ? (data.v[i] - ymin) * k / yspan / kBoxMargin : 0.0;
+            data.u[i] = grid_position(data.u[i], xmin, xmax, k);
+            data.v[i] = grid_position(data.v[i], ymin, ymax, k);
         }
-        const Kriging engine(p, std::move(data), xmin, xspan, ymin, yspan);
+        const Kriging engine(p, std::move(data), xmin, xmax, ymin, ymax);
         std::vector<double> tu(static_cast<std::size_t>(m)), tv(static_cast<std::size_t>(m));
         for (int i = 0; i < m; ++i) {
             const bool ok = !std::isnan(xt[i]) && !std::isnan(yt[i]) && !is_missing(xt[i]) &&

@@ -30,6 +30,14 @@ int shapiro_wilk(const double* data, unsigned int n, ShapiroWilkResults& res, in
     if (sorted.size() < 3) return ZEMATH_ERR_TOO_FEW_DATA;
     const auto [low, high] = std::minmax_element(sorted.begin(), sorted.end());
     if (*high - *low == 0.0) return ZEMATH_ERR_CONSTANT_DATA;
+    // W and its p-value do not change when the sample is scaled. Sums of squares of values
+    // beyond 2^500 can overflow (W came out NaN with status 0), so such a sample is first
+    // brought to magnitudes near 1 by a power of two, which is exact.
+    const double largest = std::max(std::fabs(*low), std::fabs(*high));
+    if (largest > 0x1p500) {
+        const int exponent = std::ilogb(largest);
+        for (double& v : sorted) v = std::ldexp(v, -exponent);
+    }
     std::sort(sorted.begin(), sorted.end());
     const std::size_t m = sorted.size();
     // Kept deliberately: an unknown method computes nothing and reports W = P = 0 with

@@ -61,7 +61,13 @@ double line_angle(double px1, double py1, double px2, double py2, int mode) {
     const bool same_x = util::approx_equal(px1, px2);
     const bool same_y = util::approx_equal(py1, py2);
     if (same_x && same_y) return NANUM;
-    const double dx = px2 - px1, dy = py2 - py1;
+    double dx = px2 - px1, dy = py2 - py1;
+    if (!std::isfinite(std::hypot(dx, dy))) {
+        // The differences or the length overflowed (coordinates near DBL_MAX): a quarter of
+        // every coordinate gives the same angle without overflow.
+        dx = 0.25 * px2 - 0.25 * px1;
+        dy = 0.25 * py2 - 0.25 * py1;
+    }
     const double pi = pi_value();
     if (mode != 0) {
         double angle = same_x ? pi / 2.0 : std::acos(dx / std::hypot(dx, dy));

@@ -7,7 +7,8 @@ import random
 import struct
 
 CASES = {"primitives": 12, "sort": 8, "search": 10, "distributions": 38, "random": 22,
-         "smoothing": 26, "peaks": 26, "rainflow": 7, "image": 14, "reduction": 13}
+         "smoothing": 26, "peaks": 26, "rainflow": 7, "image": 14, "reduction": 13,
+         "statistics": 24, "special": 14, "gridding": 16}
 
 
 def seed(case, rng):

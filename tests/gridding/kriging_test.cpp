@@ -49,6 +49,41 @@ Field scattered(int n, unsigned seed, bool constant) {
     return f;
 }
 
+TEST(Kriging, CoordinatesNearTheOverflowLimit) {
+    // Positions are measured in bucket units, so scaling every coordinate leaves the
+    // estimates unchanged; data spanning most of the double range used to map to NaN
+    // (the span overflowed) and an undefined conversion to a bucket number.
+    const Field f = scattered(300, 19, false);
+    const double m = std::numeric_limits<double>::max();
+    const Vec tx{0, 20, 50, 99, 30}, ty{0, 1, -2, 4.5, 3};
+    const struct {
+        double a, b, big;  // x -> (a x + b) big, y -> 4 a y big
+    } cases[] = {{1, -32, std::ldexp(1.0, 1016)}, {1, -50, 1.7e306}, {0.02, -1, 0.9 * m}};
+    for (const auto [a, b, big] : cases) {  // the last spans more than DBL_MAX in x
+        Vec x = f.x, y = f.y, sx = tx, sy = ty;
+        for (double& v : x) v = (a * v + b) * big;
+        for (double& v : y) v *= 4 * a * big;
+        for (double& v : sx) v = (a * v + b) * big;
+        for (double& v : sy) v *= 4 * a * big;
+        Vec plain(5), huge(5), plain_var(5), huge_var(5);
+        Vec ux = f.x, uy = f.y, utx = tx, uty = ty;
+        for (double& v : uy) v *= 4;
+        for (double& v : uty) v *= 4;
+        ASSERT_EQ(
+            zemath_2d_kriging_scat_ex(300, ux.data(), uy.data(), f.z.data(), 4, 1.0, 1.5, 5,
+                                      utx.data(), uty.data(), plain.data(), plain_var.data(), 0),
+            0);
+        ASSERT_EQ(zemath_2d_kriging_scat_ex(300, x.data(), y.data(), f.z.data(), 4, 1.0, 1.5, 5,
+                                            sx.data(), sy.data(), huge.data(), huge_var.data(), 0),
+                  0)
+            << big;
+        for (int k = 0; k < 5; ++k) {
+            EXPECT_NEAR(huge[k], plain[k], 1e-9) << big << " target " << k;
+            EXPECT_NEAR(huge_var[k], plain_var[k], 1e-9) << big << " target " << k;
+        }
+    }
+}
+
 TEST(Kriging, ReproducesDataAndConstants) {
     struct Case {
         int n;

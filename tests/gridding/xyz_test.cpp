@@ -81,6 +81,21 @@ TEST(XyzDuplicates, MissingValuesAndMethodFive) {
     EXPECT_EQ((Vec{px[0], py[0], px[1], py[1]}), (Vec{0, 7, 1, 8}));
 }
 
+TEST(XyzDuplicates, EqualInfiniteCoordinatesAreDuplicates) {
+    // Infinite coordinates are kept; two points at the same infinite x or y are one point
+    // (their difference is NaN, and used to keep them apart at any tolerance).
+    const double inf = std::numeric_limits<double>::infinity();
+    for (double tol : {0.0, 1e-8}) {
+        Vec x{0, 1, -0.0, inf, inf}, y{inf, 2, inf, -1, -1}, z{1, 5, 3, 4, 8};
+        ASSERT_EQ(zemath_xyz_remove_duplicates(5, x.data(), y.data(), z.data(), 0, tol, tol, 0), 3)
+            << tol;
+        EXPECT_EQ((Vec{y[0], z[0], x[1], z[1], x[2], y[2], z[2]}), (Vec{inf, 2, 1, 5, inf, -1, 6}));
+        Vec px{inf, 0, inf}, py{1, 2, 5};
+        ASSERT_EQ(zemath_xy_remove_duplicates(3, px.data(), py.data(), 4, tol), 2);
+        EXPECT_EQ((Vec{px[1], py[1]}), (Vec{inf, 6}));
+    }
+}
+
 struct Grid {
     Vec x, y, z;
 };

@@ -239,6 +239,43 @@ TEST(SpecialFunctions, ConventionsAndPublishedValues) {
         EXPECT_NEAR(c.got, c.expected, c.tol * std::fmax(1.0, std::fabs(c.expected))) << c.what;
 }
 
+TEST(SpecialFunctions, BesselJ0NeverAboveOneNearZero) {
+    // J0(x) = 1 - x^2/4 + x^4/64 - ...: 1 exactly (rounded) for |x| < 2^-27, and just below
+    // 1 beyond; the rational approximation used to give 1 + 2^-52 for every |x| < 1.6e-8.
+    for (double x : {0.0, -0.0, 4.9e-324, 1e-300, 1.5426549549857303e-178, 1e-20, -3e-9, 1.5e-8,
+                     7.4e-9, 1e-5, -1e-4, 1.2e-4, 5e-4}) {
+        const double j = bessel_j0(x);
+        EXPECT_LE(j, 1.0) << x;
+        const double series = 1.0 - x * x / 4 + x * x * x * x / 64;
+        EXPECT_NEAR(j, series, 1.2e-16) << x;
+    }
+    EXPECT_EQ(bessel_j0(1e-9), 1.0);
+}
+
+TEST(SpecialFunctions, AnglesBetweenPointsNearTheOverflowLimit) {
+    // Differences of coordinates near DBL_MAX overflow; the angle must not (it was NaN).
+    const double m = std::numeric_limits<double>::max();
+    const struct {
+        double x1, y1, x2, y2;
+        int mode;
+        double degrees;
+    } cases[] = {
+        {m, 0, -m, 0, 1, 180},
+        {m, 0, -m, 0, 0, 0},
+        {-m, -m, m, m, 1, 45},
+        {-m, -m, m, m, 0, 45},
+        {m, -m, -m, m, 1, 135},
+        {m, -m, -m, m, 0, -45},
+        {-m, m, m / 2, -m / 2, 1, 315},
+        {m, 4.9e-324, -9e298, -1, 1, 180},
+        {0.75 * m, m, -m, -m, 1, 180 + 180 / std::acos(-1.0) * std::atan(2 / 1.75)},
+    };
+    for (const auto& c : cases)
+        EXPECT_NEAR(angleint1(c.x1, c.y1, c.x2, c.y2, 1, c.mode), c.degrees, 1e-12 * 360)
+            << c.x1 << " " << c.y1 << " " << c.x2 << " " << c.y2 << " mode " << c.mode;
+    EXPECT_NEAR(angleint2(-m, -m, m, m, m, -m, -m, m, 1, 1), 90.0, 1e-10);
+}
+
 TEST(SpecialFunctions, PrefixedFamilyRules) {
     const double pi = std::acos(-1.0);
     const double quarter = std::sqrt(0.5);  // sin(pi/4) = sin(3 pi/4)

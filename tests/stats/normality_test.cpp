@@ -52,6 +52,33 @@ TEST(ShapiroWilk, BothPathsMatchRToTenDigits) {
     RecordProperty("worst_relative_P", text);
 }
 
+TEST(ShapiroWilk, HugeMagnitudesGiveTheSameStatistic) {
+    // W is scale-invariant; squares of values near 1e300 overflow, which used to give
+    // W = NaN with status 0. The R references must hold for the scaled samples as well.
+    for (double scale : {1e300, std::ldexp(1.0, 1000), -1e250}) {
+        for (size_t k = 0; k < kCases.size(); k += 7) {
+            std::vector<double> x = kCases[k].data;
+            if (x.size() > 2000) continue;
+            for (double& v : x) v *= scale;
+            for (int method : {0, 1}) {
+                ShapiroWilkResults r{};
+                ASSERT_EQ(
+                    zemath_shapiro_wilk_test(static_cast<unsigned>(x.size()), x.data(), &r, method),
+                    0);
+                EXPECT_NEAR(r.W, kCases[k].w, 1e-10 * kCases[k].w) << scale << " case " << k;
+                EXPECT_NEAR(r.P, kCases[k].p, 1e-10 * kCases[k].p) << scale << " case " << k;
+            }
+        }
+    }
+    // Three equally spaced points give W = 1 (P = 1), even spread over the whole range.
+    const double max = std::numeric_limits<double>::max();
+    const double x[] = {max, -max, 0.0};
+    ShapiroWilkResults r{};
+    ASSERT_EQ(zemath_shapiro_wilk_test(3, x, &r, 0), 0);
+    EXPECT_NEAR(r.W, 1.0, 1e-15);
+    EXPECT_NEAR(r.P, 1.0, 1e-7);
+}
+
 TEST(ShapiroWilk, ClassicExampleAndBareEntryPoints) {
     // Shapiro and Wilk's eleven weights (W 0.79 in their paper).
     std::vector<double> x = {148, 154, 158, 160, 161, 162, 166, 170, 182, 195, 236};
