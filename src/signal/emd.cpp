@@ -135,6 +135,31 @@ int one_envelope(std::span<const double> x, std::span<const double> y, std::span
     return ZEMATH_OK;
 }
 
+// The extremes of zemath_find_local_extremes over three-point windows (flags 1 and 2
+// apart, no sign rule): the centre is the window's leftmost maximum exactly when it is
+// above its left neighbour and not below its right one (the mirror for a minimum). One
+// pass for both kinds on data without NaN; with NaN the window tracker's own rule.
+void three_point_extremes(std::span<const double> y, std::vector<int>& maxima,
+                          std::vector<int>& minima) {
+    maxima.clear();
+    minima.clear();
+    const std::size_t n = y.size();
+    bool has_nan = false;
+    for (std::size_t c = 1; c + 1 < n; ++c) {
+        const double left = y[c - 1], mid = y[c], right = y[c + 1];
+        if (mid > left && mid >= right)
+            maxima.push_back(static_cast<int>(c));
+        else if (mid < left && mid <= right)
+            minima.push_back(static_cast<int>(c));
+        has_nan = has_nan || std::isnan(mid);
+    }
+    if (n > 0) has_nan = has_nan || std::isnan(y[0]) || std::isnan(y[n - 1]);
+    if (has_nan) {
+        maxima = local_extreme_centres(y, 1, kPeakPositive, false);
+        minima = local_extreme_centres(y, 1, kPeakNegative, false);
+    }
+}
+
 int sign_of(double v) {
     return (v > 0.0) - (v < 0.0);
 }
@@ -146,8 +171,7 @@ int envelopes(std::span<const double> x, std::span<const double> y, int mode,
               EnvelopeWork& work) {
     // Extremes over three-point windows without the sign rule: a flat top counts once,
     // at its left point; the end points are never extremes.
-    work.maxima = local_extreme_centres(y, 1, kPeakPositive, false);
-    work.minima = local_extreme_centres(y, 1, kPeakNegative, false);
+    three_point_extremes(y, work.maxima, work.minima);
     if (work.maxima.empty() || work.minima.empty()) return ZEMATH_ERR_TOO_FEW_POINTS;
     // Lower first into its own buffer: upper may not be written before both succeed.
     int status = one_envelope(x, y, work.minima, mode, lower, work);
@@ -228,8 +252,9 @@ bool sifting_done(std::span<const double> mean, std::span<const double> amp, int
 }
 
 bool enough_extremes(std::span<const double> y) {
-    return local_extreme_centres(y, 1, kPeakPositive, false).size() >= 2 &&
-           local_extreme_centres(y, 1, kPeakNegative, false).size() >= 2;
+    std::vector<int> maxima, minima;
+    three_point_extremes(y, maxima, minima);
+    return maxima.size() >= 2 && minima.size() >= 2;
 }
 
 int sift(std::span<const double> x, std::span<const double> y, const Thresholds& thresholds,

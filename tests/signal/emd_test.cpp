@@ -14,6 +14,7 @@
 
 #include "signal/emd.hpp"
 #include "zemath/emd.h"
+#include "zemath/peaks.h"
 #include "zemath/status.h"
 
 namespace {
@@ -105,6 +106,34 @@ TEST(EmdEnvelope, SingleExtremesAndMissingPoints) {
             EXPECT_EQ(upper[i], 2.0);
             EXPECT_EQ(lower[i], -1.0);
         }
+    }
+}
+
+// The envelopes count the extremes of zemath_find_local_extremes over three-point windows,
+// plateaus (the leftmost point) and a NaN included.
+TEST(EmdEnvelope, ExtremesAreThoseOfTheLocalExtremeDetector) {
+    const std::vector<std::vector<double>> signals = {
+        {0, 2, 2, 1, 1, 3, 0, 0, 0, 2, -1, -1, 4, 4, 4, 0},
+        {1, 0, 0, 1, 1, 0, 2, 2, 0, -1, 3, 3, 3, 3, -2, 5},
+        {0, 1, 0, kNaN, 1, -1, 2, -2, 0, 3, 1, -3, 0, 2},
+    };
+    for (const std::vector<double>& y : signals) {
+        const int n = static_cast<int>(y.size());
+        const std::vector<double> x = ramp(n);
+        std::vector<double> px(y.size()), py(y.size()), upper(y.size()), lower(y.size());
+        int n_max = -1, n_min = -1;
+        ASSERT_EQ(zemath_emd_get_upper_lower_envelope(n, x.data(), y.data(), upper.data(),
+                                                      lower.data(), &n_max, &n_min, 0),
+                  0);
+        int expect_max = n, expect_min = n;
+        ASSERT_EQ(zemath_find_local_extremes(&expect_max, x.data(), y.data(), px.data(), py.data(),
+                                             nullptr, 1, 1),
+                  0);
+        ASSERT_EQ(zemath_find_local_extremes(&expect_min, x.data(), y.data(), px.data(), py.data(),
+                                             nullptr, 2, 1),
+                  0);
+        EXPECT_EQ(n_max, expect_max);
+        EXPECT_EQ(n_min, expect_min);
     }
 }
 
