@@ -128,10 +128,50 @@ std::size_t envelope_nodes(std::span<const double> x, std::span<const double> y,
 
 int one_envelope(std::span<const double> x, std::span<const double> y, std::span<const int> index,
                  int mode, std::span<double> out, EnvelopeWork& work) {
-    if (envelope_nodes(x, y, index, work) < 2) return ZEMATH_ERR_TOO_FEW_POINTS;
-    // Beyond dropped mirror images the end value is held rather than extrapolated.
-    interpolate_clean(work.node_x, work.node_y, x, out, static_cast<InterpMethod>(mode),
-                      InterpOutside::hold);
+    const std::size_t nodes = envelope_nodes(x, y, index, work);
+    if (nodes < 2) return ZEMATH_ERR_TOO_FEW_POINTS;
+    const auto method = static_cast<InterpMethod>(mode);
+    if (method == InterpMethod::nearest) {
+        // Beyond dropped mirror images the end value is held rather than extrapolated.
+        interpolate_clean(work.node_x, work.node_y, x, out, method, InterpOutside::hold);
+        return ZEMATH_OK;
+    }
+    // The pieces of interpolate_clean (the same node slopes and power-form coefficients,
+    // so the same values), evaluated by one merge of the ascending targets with the nodes:
+    // the targets are the curve's own X, so no search is needed.
+    const double* nx = work.node_x.data();
+    const double* ny = work.node_y.data();
+    const bool cubic = method != InterpMethod::linear;
+    if (cubic) {
+        work.slope.resize(nodes);
+        work.c2.resize(nodes - 1);
+        work.c3.resize(nodes - 1);
+        cubic_node_slopes(method, work.node_x, work.node_y, work.slope);
+        for (std::size_t j = 0; j + 1 < nodes; ++j) {
+            const double h = nx[j + 1] - nx[j], secant = (ny[j + 1] - ny[j]) / h, inv_h = 1 / h;
+            const double t = (work.slope[j] + work.slope[j + 1] - 2 * secant) * inv_h;
+            work.c3[j] = t * inv_h;
+            work.c2[j] = (secant - work.slope[j]) * inv_h - t;
+        }
+    }
+    const double* slope = work.slope.data();
+    const double* c2 = work.c2.data();
+    const double* c3 = work.c3.data();
+    const std::size_t last = nodes - 2;
+    std::size_t j = 0;
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        const double t = x[i];
+        if (t < nx[0] || t > nx[nodes - 1]) {  // beyond dropped images: the end value held
+            out[i] = t < nx[0] ? ny[0] : ny[nodes - 1];
+            continue;
+        }
+        while (j < last && nx[j + 1] <= t) ++j;
+        const double u = t - nx[j];
+        if (cubic)
+            out[i] = ny[j] + u * (slope[j] + u * (c2[j] + u * c3[j]));
+        else
+            out[i] = (ny[j + 1] - ny[j]) / (nx[j + 1] - nx[j]) * u + ny[j];
+    }
     return ZEMATH_OK;
 }
 

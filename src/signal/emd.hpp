@@ -49,6 +49,7 @@ int prepare_curve(const double* x, const double* y, std::size_t n, bool require_
 struct EnvelopeWork {
     std::vector<int> maxima, minima;
     std::vector<double> node_x, node_y;
+    std::vector<double> slope, c2, c3;  // cubic pieces in power form
 };
 
 // Upper and lower envelopes of (x, y) at every x: the interpolation (method `mode`,
