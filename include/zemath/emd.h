@@ -68,7 +68,9 @@ ZEMATH_EXTERN_C_BEGIN
  *   -106 the largest |value| of the remainder fell below 1e-10 (an absolute level, kept
  *        deliberately), tested before each sifting and before the extreme test, so a
  *        remainder that becomes exactly 0 ends here: the IMFs found so far, *pnIMF and
- *        the residue are written and valid;
+ *        the residue are written and valid. This is the usual ending on clean sums of
+ *        tones: when the last tone passes the stopping test at once, its IMF is the
+ *        whole remainder and the next remainder is exactly 0;
  *   -109 an envelope could not be built while sifting: the same outputs are written,
  *        with the remainder before that sifting as residue;
  *   -19  storage exhausted (rows already stored stay written). */

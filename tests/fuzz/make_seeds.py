@@ -6,7 +6,7 @@ import pathlib
 import random
 import struct
 
-CASES = {"primitives": 12, "sort": 8, "search": 10, "distributions": 38, "random": 22}
+CASES = {"primitives": 12, "sort": 8, "search": 10, "distributions": 38, "random": 22, "emd": 5}
 
 
 def seed(case, rng):
