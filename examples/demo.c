@@ -10,6 +10,7 @@ void demo_primitives(const double* x, const double* y, int n);
 void demo_search(const double* x, const double* y, int n);
 void demo_random(void);
 void demo_rainflow(void);
+void demo_emd(void);
 void demo_imaging(const double* x, const double* y, int n);
 void demo_gridding(void);
 void demo_statistics(const double* y, int n);
@@ -76,6 +77,7 @@ int main(int argc, char** argv) {
     demo_distributions();
     demo_random();
     demo_rainflow();
+    demo_emd();
     demo_imaging(x, y, n);
     demo_gridding();
     demo_statistics(y, n);

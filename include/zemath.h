@@ -20,6 +20,7 @@
 #include "zemath/progress.h"
 #include "zemath/moving.h"
 #include "zemath/rainflow.h"
+#include "zemath/emd.h"
 #include "zemath/interpolation.h"
 #include "zemath/xyz.h"
 #include "zemath/triangulation.h"

@@ -65,7 +65,11 @@
     X(ZEMATH_ERR_BAD_ABSCISSA, -220, "abscissas not acceptable") \
     X(ZEMATH_ERR_TOO_MANY_REGIONS, -56, "more regions found than the output can hold") \
     X(ZEMATH_ERR_PEAK_PREPARE, -57, "the derivative for a peak search could not be prepared") \
-    X(ZEMATH_ERR_PEAK_SEARCH, -58, "the peak search on a derivative failed")
+    X(ZEMATH_ERR_PEAK_SEARCH, -58, "the peak search on a derivative failed") \
+    X(ZEMATH_ERR_TOO_FEW_EXTREMES, -105, "too few extremes to build envelopes") \
+    X(ZEMATH_ERR_REMAINDER_VANISHED, -106, "the remainder vanished") \
+    X(ZEMATH_ERR_SIFTING_LIMIT, -107, "sifting limit exceeded") \
+    X(ZEMATH_ERR_SIFT_ENVELOPE, -109, "envelopes could not be built while sifting")
 
 /* Error numbers handed on from the numerical routines (positive); the distribution
  * functions return these through their status pointer. */
@@ -95,7 +99,8 @@
     A(ZEMATH_ERR_NO_POINTS, ZEMATH_ERR_SIZE_MISMATCH)            /* monotonicity of an empty array */ \
     A(ZEMATH_ERR_BAD_FRACTION, ZEMATH_ERR_SIZE_BELOW_ONE)        /* order check: fraction outside [0, 1] */ \
     A(ZEMATH_ERR_SIZES_DIFFER_A, ZEMATH_ERR_WEIGHTS_LENGTH)      /* earlier name of -174 */ \
-    A(ZEMATH_ERR_SIZES_DIFFER_B, ZEMATH_ERR_LENGTHS_DIFFER)      /* earlier name of -175 */
+    A(ZEMATH_ERR_SIZES_DIFFER_B, ZEMATH_ERR_LENGTHS_DIFFER)      /* earlier name of -175 */ \
+    A(ZEMATH_ERR_ENVELOPE, ZEMATH_ERR_STATS_INPUT)               /* envelope mean: envelopes failed */
 /* clang-format on */
 
 #endif /* ZEMATH_STATUS_LIST_H */

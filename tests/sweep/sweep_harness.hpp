@@ -339,10 +339,13 @@ const DocumentedWrite kDocumentedWrites[] = {
     {"zemath_sampling_resolution", -32, "step", "the mean increment is written"},
     {"zemath_xyz_examine_data_pro", -1, "rec", "the category, -1 included, is kept in the record"},
     {"zemath_rainflow_cycles", -25, "n_cycles", "the number of cycles needed is reported"},
+    {"zemath_empirical_mode_decomposition", -106, "*", "IMFs, count and residue reached"},
+    {"zemath_empirical_mode_decomposition", -109, "*", "IMFs, count and residue reached"},
     // Storage exhausted (-19) part way through.
     {"zemath_row_quantiles", -19, "*", "rows before the failing one keep their results"},
     {"zemath_row_quantiles_ex", -19, "*", "rows before the failing one keep their results"},
     {"zemath_row_desc_stats_ex", -19, "*", "rows before the failing one keep their results"},
+    {"zemath_empirical_mode_decomposition", -19, "*", "IMF rows already stored stay written"},
     {"zemath_quantiles", -19, "res", "the record is reset first"},
     {"zemath_shapiro_wilk_test", -19, "res", "W and P start as NANUM"},
     {"zemath_shapiro_wilk_test_AS181", -19, "*", "W and pw are 1 on failure"},
