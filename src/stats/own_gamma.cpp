@@ -219,12 +219,12 @@ double polygamma(double x, int k) {
     return finite_or_nanum(polygamma_asymptotic(y, k) - sign * factorial * sum);
 }
 
-namespace {
+namespace {}  // namespace
 
 // ln v to twice double precision, v > 0 normal: v = 2^e f with f in [3/4, 3/2), u = f - 1
 // exact, ln f = 2 atanh(s), s = u/(2 + u) formed in two parts (|s| < 1/5); the terms of
 // the atanh series after the first are below 3e-3 of it, so a double suffices for them.
-numeric::TwoPart log_two_double(double v) {
+numeric::TwoPart detail::log_two_double(double v) {
     using namespace numeric;
     int e = 0;
     double f = std::frexp(v, &e);
@@ -251,6 +251,8 @@ numeric::TwoPart log_two_double(double v) {
     return add(add(two_product(de, kLn2Hi), TwoPart{de * kLn2Lo, 0.0}), ln_f);
 }
 
+namespace {
+
 // x^a e^-x / Gamma(a + 1), a > 0, x > 0.
 double power_prefactor(double a, double x) {
     if (a < kStirlingFrom) {
@@ -267,7 +269,7 @@ double power_prefactor(double a, double x) {
     using namespace numeric;
     const double l = x / a;
     const double remainder = std::fma(-l, a, x);
-    const TwoPart log_ratio = add(log_two_double(l), TwoPart{remainder / x, 0.0});
+    const TwoPart log_ratio = add(detail::log_two_double(l), TwoPart{remainder / x, 0.0});
     TwoPart exponent = add(two_sum(x, -a), negate(multiply(TwoPart{a, 0.0}, log_ratio)));
     exponent = add(exponent, TwoPart{stirling_correction(a), 0.0});
     return exp_two_part(negate(exponent)) / std::sqrt(2.0 * std::numbers::pi * a);

@@ -329,43 +329,44 @@ ZEMATH_API double zemath_bessel_y1(double x) noexcept {
 }
 
 // I_a(x) + (2/pi) sin(a pi) K_a(x) for negative nu, as the library's own routine
-// defines the negative orders; the overflow limit of the unscaled function.
+// defines the negative orders; the overflow limit of the unscaled function. The checks
+// are spelled out here, where the rules of the prefixed function are stated.
 ZEMATH_API double zemath_bessel_i_nu(double x, int nu) noexcept {
     if (!usable({x}) || nu == 0 || nu > 3 || nu < -3 || x < 0.0) return NANUM;
     if (x >= kINuOverflow) return NANUM;
     if (x == 0.0) return nu > 0 ? 0.0 : NANUM;
-    return bessel_i_nu(x, nu);
+    return own::bessel_i_nu(x, nu);
 }
 
 ZEMATH_API double zemath_bessel_i0_scaled(double x) noexcept {
-    return bessel_i0_scaled(x);
+    return own::bessel_i0_scaled(x);
 }
 ZEMATH_API double zemath_bessel_i1(double x) noexcept {
-    return bessel_i1(x);
+    return own::bessel_i1(x);
 }
 ZEMATH_API double zemath_bessel_i1_scaled(double x) noexcept {
-    return bessel_i1_scaled(x);
+    return own::bessel_i1_scaled(x);
 }
 ZEMATH_API double zemath_bessel_i_nu_scaled(double x, int nu) noexcept {
-    return bessel_i_nu_scaled(x, nu);
+    return own::bessel_i_nu_scaled(x, nu);
 }
 ZEMATH_API double zemath_bessel_k0(double x) noexcept {
-    return bessel_k0(x);
+    return own::bessel_k0(x);
 }
 ZEMATH_API double zemath_bessel_k0_scaled(double x) noexcept {
-    return bessel_k0_scaled(x);
+    return own::bessel_k0_scaled(x);
 }
 ZEMATH_API double zemath_bessel_k1(double x) noexcept {
-    return bessel_k1(x);
+    return own::bessel_k1(x);
 }
 ZEMATH_API double zemath_bessel_k1_scaled(double x) noexcept {
-    return bessel_k1_scaled(x);
+    return own::bessel_k1_scaled(x);
 }
 ZEMATH_API double zemath_bessel_k_nu(double x, int nu) noexcept {
-    return bessel_k_nu(x, nu);
+    return own::bessel_k_nu(x, nu);
 }
 ZEMATH_API double zemath_bessel_k_nu_scaled(double x, int nu) noexcept {
-    return bessel_k_nu_scaled(x, nu);
+    return own::bessel_k_nu_scaled(x, nu);
 }
 ZEMATH_API double zemath_cos_integral(double x) noexcept {
     return own::cos_integral(x);

@@ -12,9 +12,9 @@ envelope of an oscillating function, so that the error is absolute near its zero
 The grids sit on the switch points of the own algorithms (src/stats/own_*.cpp): 1.5 (erf,
 erfc; Fresnel), 2 (normal law), 0.5/1.5/2.5/10 (ln Gamma), 10 (Gamma), 20 and the zero of
 psi (polygamma), a = 10 and x = a + 1 (incomplete gamma), 1 (E1), 50 and the zero of Ei
-(E1 at negative x), 4 (Si, Ci), q = e^-pi (theta), and the regions the shared grids
-leave out: negative r of RJ (principal value), arguments beyond 2^300 (RJ's rescaling),
-the far tails, q near 1.
+(E1 at negative x), 4 (Si, Ci), q = e^-pi (theta), 30 and 1 (Bessel I and K), and the
+regions the shared grids leave out: negative r of RJ (principal value), arguments beyond
+2^250 (the principal value's rescaling), the far tails, q near 1.
 Run: /usr/bin/python3 tests/reference/gen_special_own.py
 """
 import math
@@ -154,6 +154,26 @@ for (x, y) in [(1.0, 1.0 + 1e-12), (1.0, 1.0 - 1e-12), (1e300, 1e-300), (1e-300,
 for (x, y, z) in [(1e300, 1e300, 1e-300), (0.0, 1e300, 1e300), (1.0, 1.0, 1.0), (1e-300, 1e-300, 1.0)]:
     add("elliptic_integral_rf", [x, y, z], mp.elliprf)
     add("elliptic_integral_rd", [x, y, z], mp.elliprd)
+
+# modified Bessel functions: the switch points 30 (I: series, Hankel expansion) and 1 (K:
+# series, trapezoid rule), the step change of the trapezoid rule near x = 37 and 90
+bx = switch(30.0) + switch(1.0) + linspace(0.5, 1.5, 21) + linspace(25, 40, 31) + [36.0, 37.0, 38.0, 85.0, 90.0, 95.0, 1e3, 1e5]
+for x in bx:
+    add("bessel_i0_scaled", [x], lambda t: mp.exp(-abs(t)) * mp.besseli(0, t))
+    add("bessel_i1_scaled", [-x], lambda t: mp.exp(-abs(t)) * mp.besseli(1, t))
+    add("bessel_k0", [x], lambda t: mp.besselk(0, t))
+    add("bessel_k1", [x], lambda t: mp.besselk(1, t))
+    add("bessel_k0_scaled", [x], lambda t: mp.exp(t) * mp.besselk(0, t))
+    add("bessel_k1_scaled", [x], lambda t: mp.exp(t) * mp.besselk(1, t))
+    if x <= 713:
+        add("bessel_i1", [x], lambda t: mp.besseli(1, t))
+    for nu in (-3, -2, -1, 1, 2, 3):
+        v = MPF(nu) / 4
+        if x < 700:
+            add("bessel_i_nu", [x, nu], lambda t, n, v=v: mp.besseli(v, t))
+        add("bessel_k_nu", [x, nu], lambda t, n, v=v: mp.besselk(v, t))
+        add("bessel_i_nu_scaled", [x, nu], lambda t, n, v=v: mp.exp(-t) * mp.besseli(v, t))
+        add("bessel_k_nu_scaled", [x, nu], lambda t, n, v=v: mp.exp(t) * mp.besselk(v, t))
 
 # theta
 qs = [math.exp(-math.pi), math.nextafter(math.exp(-math.pi), 0), math.nextafter(math.exp(-math.pi), 1),
