@@ -174,14 +174,13 @@ ZEMATH_API double ks2density(double x, double y, double vx, double vy, double wx
  *   fraction); zemath_jacobian_theta (q-series and Jacobi's imaginary transformation);
  *   zemath_bessel_i0_scaled, _i1, _i1_scaled, _k0, _k0_scaled, _k1, _k1_scaled,
  *   _i_nu, _i_nu_scaled, _k_nu, _k_nu_scaled (power series, the Hankel expansion, the
- *   trapezoid rule on the integral of K).
+ *   trapezoid rule on the integral of K); zemath_kelvin_ber, _bei, _ker, _kei (series in
+ *   double-double arithmetic, the Hankel expansions).
  *   zemath_erf and zemath_erfc give NANUM at +-infinity like every other function here.
  *   zemath_real_polygamma near the zeros of psi^(k) at negative x (even k): accurate
  *   to 1e-13 of the size of the terms, i.e. absolute there.
  * - the C runtime: zemath_bessel_j0, _j1, _y0, _y1 use the C library's j0, j1, y0, y1
  *   and give NANUM for |x| > 1e16 (and, for Y, x <= 0);
- * - still forwarding to the namesakes' routines (own algorithms not yet written):
- *   zemath_kelvin_ber, _bei, _ker, _kei;
  * - zemath_bessel_i_nu(x, nu): NANUM when nu = 0, |nu| > 3, x < 0 or x >= 700.9217937;
  *   at x = 0, 0.0 for nu > 0 and NANUM for nu < 0; otherwise, with a = |nu|/4,
  *   I_a(x) for nu > 0 and I_a(x) + (2/pi) sin(a pi) K_a(x) for nu < 0. */

@@ -2,7 +2,7 @@
 // exports of special.h, written independently of the platform back end that serves the
 // unprefixed table functions, so that each family checks the other. One source file per
 // family (own_error.cpp, own_gamma.cpp, own_elliptic.cpp, own_expint.cpp, own_bessel.cpp,
-// own_fresnel.cpp, own_theta.cpp); each opens with its method, switch points and
+// own_kelvin.cpp, own_fresnel.cpp, own_theta.cpp); each opens with its method, switch points and
 // accuracy.
 //
 // Every function here returns NANUM for NaN, +-infinity and NANUM arguments, at poles and

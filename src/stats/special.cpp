@@ -414,16 +414,16 @@ ZEMATH_API double zemath_jacobian_theta(int k, double x, double q) noexcept {
     return own::jacobian_theta(k, x, q);
 }
 ZEMATH_API double zemath_kelvin_bei(double x) noexcept {
-    return kelvin_bei(x);
+    return own::kelvin_bei(x);
 }
 ZEMATH_API double zemath_kelvin_ber(double x) noexcept {
-    return kelvin_ber(x);
+    return own::kelvin_ber(x);
 }
 ZEMATH_API double zemath_kelvin_kei(double x) noexcept {
-    return kelvin_kei(x);
+    return own::kelvin_kei(x);
 }
 ZEMATH_API double zemath_kelvin_ker(double x) noexcept {
-    return kelvin_ker(x);
+    return own::kelvin_ker(x);
 }
 ZEMATH_API double zemath_log_gamma(double x) noexcept {
     return own::log_gamma(x);

@@ -12,7 +12,7 @@ envelope of an oscillating function, so that the error is absolute near its zero
 The grids sit on the switch points of the own algorithms (src/stats/own_*.cpp): 1.5 (erf,
 erfc; Fresnel), 2 (normal law), 0.5/1.5/2.5/10 (ln Gamma), 10 (Gamma), 20 and the zero of
 psi (polygamma), a = 10 and x = a + 1 (incomplete gamma), 1 (E1), 50 and the zero of Ei
-(E1 at negative x), 4 (Si, Ci), q = e^-pi (theta), 30 and 1 (Bessel I and K), and the
+(E1 at negative x), 4 (Si, Ci), q = e^-pi (theta), 30 and 1 (Bessel I and K), 20 (Kelvin), and the
 regions the shared grids leave out: negative r of RJ (principal value), arguments beyond
 2^250 (the principal value's rescaling), the far tails, q near 1.
 Run: /usr/bin/python3 tests/reference/gen_special_own.py
@@ -174,6 +174,22 @@ for x in bx:
         add("bessel_k_nu", [x, nu], lambda t, n, v=v: mp.besselk(v, t))
         add("bessel_i_nu_scaled", [x, nu], lambda t, n, v=v: mp.exp(-t) * mp.besseli(v, t))
         add("bessel_k_nu_scaled", [x, nu], lambda t, n, v=v: mp.exp(t) * mp.besselk(v, t))
+
+# Kelvin: the switch point 20 (double-double series, Hankel expansions), the far range
+def ber_env(x):
+    return abs(mp.besseli(0, abs(x) * mp.expjpi(MPF(1) / 4)))
+
+
+def ker_env(x):
+    return abs(mp.besselk(0, x * mp.expjpi(MPF(1) / 4)))
+
+
+for x in switch(20.0) + linspace(17, 23, 25) + [1e-300, 1e-8, 49.0]:
+    add("kelvin_ber", [x], lambda t: mp.ber(0, t), ber_env)
+    add("kelvin_bei", [-x], lambda t: mp.bei(0, t), ber_env)
+for x in switch(20.0) + linspace(17, 23, 25) + [1e-300, 1e-8, 300.5, 777.7, 999.0]:
+    add("kelvin_ker", [x], lambda t: mp.ker(0, t), ker_env)
+    add("kelvin_kei", [x], lambda t: mp.kei(0, t), ker_env)
 
 # theta
 qs = [math.exp(-math.pi), math.nextafter(math.exp(-math.pi), 0), math.nextafter(math.exp(-math.pi), 1),
