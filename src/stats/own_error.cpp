@@ -7,12 +7,15 @@
 //       S(w) = sum_n w^n / (1 * 3 * ... * (2n + 1)),
 //   which has no cancellation; the tail functions are 1 minus it (at most a factor 30
 //   of cancellation at the switch points, about 3e-15).
-// - Beyond: the Laplace continued fraction of the Mills ratio (DLMF 7.9.2),
+// - Beyond: erfc z = e^(-z^2) erfcx(z), 1 - Phi(x) = phi(x) sqrt(pi/2) erfcx(x/sqrt 2),
+//   with erfcx on [1.4, 8.5] from a Chebyshev series of 35 terms (coefficients generated
+//   at 60 digits by tests/reference/gen_own_special_coefficients.py), and beyond 8.5
+//   from the Laplace continued fraction of the Mills ratio (DLMF 7.9.2),
 //       erfc z = e^(-z^2)/sqrt(pi) * 1/(z + (1/2)/(z + 1/(z + (3/2)/(z + ...)))),
 //       1 - Phi(x) = phi(x) * 1/(x + 1/(x + 2/(x + 3/(x + ...)))),
-//   evaluated by the modified Lentz method (about 100 terms at the switch points, 10 at
-//   x = 10; cap 2000 terms). The other tail by 1 minus it, or by reflection
-//   (erfc(-z) = 2 - erfc z, Phi(-x) = 1 - Phi(x)).
+//   evaluated by the modified Lentz method (about 12 terms at z = 8.5; cap 2000 terms).
+//   The other tail by 1 minus it, or by reflection (erfc(-z) = 2 - erfc z,
+//   Phi(-x) = 1 - Phi(x)).
 // - The Gaussian factors e^(-z^2) and e^(-x^2/2) take the square exactly (hi + lo by
 //   fma), so that no ulps of x^2 enter the exponent: this keeps the far tails (erfc to
 //   z = 26.5, 1 - Phi to x = 38) at full relative accuracy.
@@ -64,6 +67,8 @@ double mills_fraction(double x, double s) {
 
 namespace {
 
+#include "stats/own_special_coefficients.inc"
+
 constexpr double kErfSeriesLimit = 1.5;
 constexpr double kNormalSeriesLimit = 2.0;
 constexpr double kErfTail = 27.0;     // erfc underflows to 0 beyond
@@ -89,11 +94,24 @@ double erf_series(double z) {
            odd_factorial_series(2.0 * z * z);
 }
 
+// e^(z^2) erfc z for z > kErfcxChebLo: the Chebyshev series (Clenshaw) up to
+// kErfcxChebHi, the continued fraction beyond.
+double erfcx_positive(double z) {
+    if (z > kErfcxChebHi) return std::numbers::inv_sqrtpi * detail::mills_fraction(z, 0.5);
+    const double t = (2.0 * z - (kErfcxChebLo + kErfcxChebHi)) / (kErfcxChebHi - kErfcxChebLo);
+    double b1 = 0.0, b2 = 0.0;
+    for (int k = kErfcxChebCount - 1; k >= 1; --k) {
+        const double b0 = 2.0 * t * b1 - b2 + kErfcxCheb[k];
+        b2 = b1;
+        b1 = b0;
+    }
+    return t * b1 - b2 + 0.5 * kErfcxCheb[0];
+}
+
 // erfc z for z > kErfSeriesLimit.
 double erfc_fraction(double z) {
     if (z >= kErfTail) return 0.0;
-    return std::numbers::inv_sqrtpi * detail::exp_minus_square(z, 1.0) *
-           detail::mills_fraction(z, 0.5);
+    return detail::exp_minus_square(z, 1.0) * erfcx_positive(z);
 }
 
 // Phi(x) - 1/2 for |x| <= kNormalSeriesLimit (odd in x).
@@ -101,10 +119,15 @@ double normal_series(double x) {
     return kInvSqrtTwoPi * detail::exp_minus_square(x, 0.5) * x * odd_factorial_series(x * x);
 }
 
-// 1 - Phi(x) for x > kNormalSeriesLimit.
+// 1 - Phi(x) for x > kNormalSeriesLimit: phi(x) times the Mills ratio, sqrt(pi/2)
+// erfcx(x/sqrt 2) (the rounding of x/sqrt 2 moves erfcx by about an ulp: its logarithmic
+// derivative times z is below 1) or the continued fraction beyond the Chebyshev range.
 double normal_fraction(double x) {
     if (x >= kNormalTail) return 0.0;
-    return kInvSqrtTwoPi * detail::exp_minus_square(x, 0.5) * detail::mills_fraction(x, 1.0);
+    const double z = x / std::numbers::sqrt2;
+    const double mills = z <= kErfcxChebHi ? std::sqrt(std::numbers::pi / 2.0) * erfcx_positive(z)
+                                           : detail::mills_fraction(x, 1.0);
+    return kInvSqrtTwoPi * detail::exp_minus_square(x, 0.5) * mills;
 }
 
 double checked(double v) {

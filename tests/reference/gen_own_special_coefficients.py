@@ -13,7 +13,11 @@ Writes src/stats/own_special_coefficients.inc. Every value is computed by mpmath
                           psi(x0) - 0 rounded, i.e. 0): psi near its zero;
     kEiRoot, kEiRootTaylor[j]
                           the positive zero y0 of the exponential integral Ei (two
-                          parts) and Ei^(j)(y0) / j!: E1(-y) = -Ei(y) near y0.
+                          parts) and Ei^(j)(y0) / j!: E1(-y) = -Ei(y) near y0;
+    kErfcxCheb[k]         the Chebyshev coefficients of erfcx(z) = e^(z^2) erfc(z) on
+                          [kErfcxChebLo, kErfcxChebHi] (interpolation at 80 Chebyshev
+                          nodes, the series cut where every later coefficient is below
+                          1e-18 of the first; the sum is c_0/2 + sum c_k T_k(t)).
 Run: /usr/bin/python3 tests/reference/gen_own_special_coefficients.py
 """
 import os
@@ -69,6 +73,28 @@ lines.append(f"constexpr int kEiTaylorCount = {EI_TAYLOR_COUNT};")
 lines.append("constexpr double kEiRootTaylor[kEiTaylorCount] = {")
 for j, c in enumerate(mp.taylor(mp.ei, y0, EI_TAYLOR_COUNT - 1)):
     lines.append(f"    {f(c) if j > 0 else '0.0'},")
+lines.append("};")
+
+CHEB_LO, CHEB_HI, CHEB_NODES = 1.4, 8.5, 80
+
+
+def erfcx(z):
+    return mp.exp(z * z) * mp.erfc(z)
+
+
+nodes = [mp.cos(mp.pi * (j + mp.mpf(0.5)) / CHEB_NODES) for j in range(CHEB_NODES)]
+values = [erfcx((CHEB_HI - CHEB_LO) / mp.mpf(2) * t + (CHEB_HI + CHEB_LO) / mp.mpf(2)) for t in nodes]
+cheb = [2 * mp.fsum(values[j] * mp.cos(mp.pi * k * (j + mp.mpf(0.5)) / CHEB_NODES)
+                    for j in range(CHEB_NODES)) / CHEB_NODES for k in range(CHEB_NODES)]
+count = next(k for k in range(CHEB_NODES)
+             if all(abs(cheb[j]) < 1e-18 * abs(cheb[0]) for j in range(k, CHEB_NODES)))
+lines.append("")
+lines.append(f"constexpr double kErfcxChebLo = {CHEB_LO!r};")
+lines.append(f"constexpr double kErfcxChebHi = {CHEB_HI!r};")
+lines.append(f"constexpr int kErfcxChebCount = {count};")
+lines.append("constexpr double kErfcxCheb[kErfcxChebCount] = {")
+for c in cheb[:count]:
+    lines.append(f"    {f(c)},")
 lines.append("};")
 
 path = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "src", "stats",
