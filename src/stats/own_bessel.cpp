@@ -9,7 +9,9 @@
 //   all terms positive (about 40 terms at x = 30, cap 500); x > 30: the Hankel expansion
 //   e^-x I_v(x) = (2 pi x)^(-1/2) sum_k (-1)^k a_k(v) / x^k (DLMF 10.40.1), stopped
 //   below 1e-17 (at most 25 terms at x = 30; the omitted e^-2x part is below 1e-26).
-// - K_v(x), x > 1: the trapezoid rule on e^x K_v(x) = int_0^inf e^(-x (cosh t - 1))
+// - K_v(x), x > 30: the Hankel expansion e^x K_v(x) = sqrt(pi/(2x)) sum_k a_k(v)/x^k
+//   (DLMF 10.40.2), stopped below 1e-17 (at most 25 terms at x = 30).
+// - K_v(x), 1 < x <= 30: the trapezoid rule on e^x K_v(x) = int_0^inf e^(-x (cosh t - 1))
 //   cosh(v t) dt (DLMF 10.32.9), with cosh t - 1 = 2 sinh^2(t/2) (no cancellation for
 //   small t) and the step h = pi^2/(44 + x), or 0.66/sqrt(x) where larger and valid: the
 //   integrand is analytic in the strip |Im t| < pi/2, so the error falls like
@@ -23,7 +25,7 @@
 //   at most a factor 4 below the terms at x = 1; K_{1/2}(x) = sqrt(pi/(2x)) e^-x exactly.
 // - Negative orders of I: I_{-v} = I_v + (2/pi) sin(v pi) K_v (DLMF 10.27.2), both terms
 //   positive. K_{-v} = K_v.
-// Switch points: x = 30 (I), x = 1 (K).
+// Switch points: x = 30 (I), x = 1 and 30 (K).
 // Accuracy: worst relative error a few 1e-15 against 50-digit references
 // (tests/reference/special_own_worst_errors.txt).
 // Domain (NANUM outside): I1 for |x| > 713.98 (overflow); K0, K1 for x <= 0, K1 also for
@@ -93,6 +95,20 @@ double i_scaled(double v, double x) {
     return i_hankel_scaled(v, x);
 }
 
+// e^x K_v(x) by the Hankel expansion sqrt(pi/(2x)) sum_k a_k(v)/x^k, x > kISeriesLimit.
+double k_hankel_scaled(double v, double x) {
+    const double mu = 4.0 * v * v;
+    double term = 1.0, sum = 1.0;
+    for (int k = 1; k <= 60; ++k) {
+        const double next = -term * ((2.0 * k - 1.0) * (2.0 * k - 1.0) - mu) / (8.0 * k * x);
+        if (std::fabs(next) > std::fabs(term)) break;  // the smallest term has passed
+        sum += next;
+        term = next;
+        if (std::fabs(next) < 1e-17 * std::fabs(sum)) break;
+    }
+    return std::sqrt(std::numbers::pi / (2.0 * x)) * sum;
+}
+
 // e^x K_v(x) by the trapezoid rule, x > kKSeriesLimit.
 double k_trapezoid_scaled(double v, double x) {
     // Two sufficient steps: pi^2/(44 + x) from the strip half-width pi/2, valid for every
@@ -143,6 +159,7 @@ double k1_series(double x) {
 // e^x K_v(x), x > 0, v in {0, 1/4, 1/2, 3/4, 1}.
 double k_scaled(double v, double x) {
     if (v == 0.5) return std::sqrt(std::numbers::pi / (2.0 * x));
+    if (x > kISeriesLimit) return k_hankel_scaled(v, x);
     if (x > kKSeriesLimit) return k_trapezoid_scaled(v, x);
     double k;
     if (v == 0.0) {
@@ -209,14 +226,14 @@ double bessel_k1_scaled(double x) {
 double bessel_k0(double x) {
     if (detail::unusable(x) || x <= 0.0) return NANUM;
     if (x <= kKSeriesLimit) return finish(k0_series(x));
-    return finish(k_trapezoid_scaled(0.0, x) * std::exp(-x));
+    return finish(k_scaled(0.0, x) * std::exp(-x));
 }
 
 double bessel_k1(double x) {
     if (detail::unusable(x) || x <= 0.0 || x < 1.0 / std::numeric_limits<double>::max())
         return NANUM;
     if (x <= kKSeriesLimit) return finish(k1_series(x));
-    return finish(k_trapezoid_scaled(1.0, x) * std::exp(-x));
+    return finish(k_scaled(1.0, x) * std::exp(-x));
 }
 
 double bessel_i_nu_scaled(double x, int nu) {

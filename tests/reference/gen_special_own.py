@@ -155,8 +155,8 @@ for (x, y, z) in [(1e300, 1e300, 1e-300), (0.0, 1e300, 1e300), (1.0, 1.0, 1.0), 
     add("elliptic_integral_rf", [x, y, z], mp.elliprf)
     add("elliptic_integral_rd", [x, y, z], mp.elliprd)
 
-# modified Bessel functions: the switch points 30 (I: series, Hankel expansion) and 1 (K:
-# series, trapezoid rule), the step change of the trapezoid rule near x = 37 and 90
+# modified Bessel functions: the switch points 30 (I: series, Hankel expansion; K: trapezoid
+# rule, Hankel expansion) and 1 (K: series, trapezoid rule), and points on either side
 bx = switch(30.0) + switch(1.0) + linspace(0.5, 1.5, 21) + linspace(25, 40, 31) + [36.0, 37.0, 38.0, 85.0, 90.0, 95.0, 1e3, 1e5]
 for x in bx:
     add("bessel_i0_scaled", [x], lambda t: mp.exp(-abs(t)) * mp.besseli(0, t))
