@@ -177,6 +177,8 @@ ZEMATH_API double ks2density(double x, double y, double vx, double vy, double wx
  *   trapezoid rule on the integral of K); zemath_kelvin_ber, _bei, _ker, _kei (series in
  *   double-double arithmetic, the Hankel expansions).
  *   zemath_erf and zemath_erfc give NANUM at +-infinity like every other function here.
+ *   zemath_elliptic_integral_rj with r < 0 gives NANUM when the arguments span more
+ *   than about 1e400 (the rescaled principal-value formula would underflow).
  *   zemath_real_polygamma near the zeros of psi^(k) at negative x (even k): accurate
  *   to 1e-13 of the size of the terms, i.e. absolute there.
  * - the C runtime: zemath_bessel_j0, _j1, _y0, _y1 use the C library's j0, j1, y0, y1

@@ -15,14 +15,17 @@
 //   principal value RC(x, y) = sqrt(x/(x - y)) RC(x - y, -y).
 // - RJ for r > 0 by the duplication with the side sum of RC(alpha_m, beta_m) (Carlson
 //   1979; both arguments sums of positive terms, evaluated as RC(alpha/beta, 1)/sqrt(beta)
-//   with the ratio formed from square roots); r < 0: the Cauchy principal value by DLMF 19.20.14
+//   with the ratio formed from square roots, and RC(rho^2, 1) in closed form, acos or
+//   acosh, where rho is below 1/2 or above 2); r < 0: the Cauchy principal value by DLMF 19.20.14
 //   with the arguments sorted x <= y <= z and p = y + (z - y)(y - x)/(y - r): (y - r) RJ(x,y,z,r) =
 //   (p - y) RJ(x,y,z,p) - 3 RF(x,y,z) + 3 sqrt(xyz/(xz - p r)) RC(xz - p r, -p r).
 // Accuracy: worst relative error about 2e-15 on grids spanning 1e-200..1e200
 // (tests/stats/special_own_test.cpp).
 // Domain (NANUM outside): RC x >= 0, y != 0; RF x, y, z >= 0 with at most one 0; RD x,
 // y >= 0 with at most one 0, z > 0; RJ x, y, z >= 0 with at most one 0, r != 0. Every
-// argument at most DBL_MAX/5 in size and sums of two at least 5 DBL_MIN.
+// argument at most DBL_MAX/5 in size and sums of two at least 5 DBL_MIN. The principal
+// value of RJ is also refused when its arguments span so many decades (beyond about
+// 1e400 between the largest and the smallest) that the rescaled ones underflow to 0.
 // References: B. C. Carlson, Numerical computation of real or complex elliptic
 // integrals, Numerical Algorithms 10 (1995) 13-26; DLMF 19.20.14, 19.36.
 #include <algorithm>
@@ -47,7 +50,8 @@ bool in_range(double v) {
 }
 
 double rc_positive(double x, double y) {
-    // x >= 0, y > 0.
+    // x >= 0, y > 0 (y = 0, reached only through an underflow, is the pole).
+    if (!(y > 0.0)) return std::nan("");
     double a = (x + 2.0 * y) / 3.0;
     const double s0 = y - a;  // (y - A0); s = s0 / (4^m A)
     double fac = 1.0;
@@ -68,6 +72,19 @@ double rc_positive(double x, double y) {
         fac *= 0.25;
     }
     return std::nan("");
+}
+
+// RC(rho^2, 1), rho >= 0: the closed forms acos(rho)/sqrt(1 - rho^2) below 1/2 and
+// acosh(rho)/(rho sqrt(1 - 1/rho^2)) above 2 (both well conditioned there, and free of
+// the slow subnormal iterations a tiny or huge rho would cost the duplication); the
+// duplication between.
+double rc_square_one(double rho) {
+    if (rho < 0.5) return std::acos(rho) / std::sqrt((1.0 - rho) * (1.0 + rho));
+    if (rho > 2.0) {
+        const double inv = 1.0 / rho;
+        return std::acosh(rho) / (rho * std::sqrt((1.0 - inv) * (1.0 + inv)));
+    }
+    return rc_positive(rho * rho, 1.0);
 }
 
 double rf_core(double x, double y, double z) {
@@ -121,6 +138,9 @@ double rd_core(double x, double y, double z) {
 }
 
 double rj_core(double x, double y, double z, double p) {
+    // Two zero arguments, reached only through an underflow in the principal-value path,
+    // make the integral diverge (and the duplication stall): refused at once.
+    if ((x == 0.0) + (y == 0.0) + (z == 0.0) >= 2 || !(p > 0.0)) return std::nan("");
     double sum = 0.0, fac = 1.0;
     for (int m = 0; m < kCap; ++m) {
         const double a = (x + y + z + 2.0 * p) / 5.0;
@@ -145,9 +165,7 @@ double rj_core(double x, double y, double z, double p) {
         const double sp = std::sqrt(p);
         const double ratio =
             sp * (sx + sy + sz) / (p + lambda) + (sx * sy / (p + lambda)) * (sz / sp);
-        // RC(rho^2, 1) = RC(1, 1/rho^2)/rho keeps the square in range for rho > 1.
-        const double rc = ratio <= 1.0 ? rc_positive(ratio * ratio, 1.0)
-                                       : rc_positive(1.0, (1.0 / ratio) * (1.0 / ratio)) / ratio;
+        const double rc = rc_square_one(ratio);
         sum += fac * (rc / sp) / (p + lambda);
         fac *= 0.25;
         x = 0.25 * (x + lambda);
