@@ -1,6 +1,7 @@
-// Cost per call of the special functions of the script table next to Boost.Math called
-// directly and GSL (where it has the function), on the same 4096 arguments per family,
-// in one run. Boost is called as a user calls it, with its default policy (double
+// Cost per call of the special functions of the script table (ze_*, the table's back
+// end), the library's own algorithms of the zemath_-prefixed family (own_*), Boost.Math
+// called directly and GSL (where it has the function), on the same 4096 arguments per
+// family, in one run. Boost is called as a user calls it, with its default policy (double
 // arguments promoted to long double internally; the library uses double arithmetic).
 // Each benchmark sums the values of one pass over the arguments; the time
 // per call is the reported time divided by 4096 (items_per_second gives calls/s).
@@ -68,6 +69,10 @@ const std::vector<double>& airy_range() {
     static const std::vector<double> v = grid(-30.0, 30.0);
     return v;
 }
+const std::vector<double>& tail() {
+    static const std::vector<double> v = grid(-12.0, -2.0);
+    return v;
+}
 const std::vector<double>& gamma_range() {
     static const std::vector<double> v = grid(0.01, 40.0);
     return v;
@@ -78,6 +83,12 @@ const std::vector<double>& gamma_range() {
         run(s, range(), [](double x) { return expr; }); \
     }                                                   \
     BENCHMARK(ze_##name);
+// The library's own algorithms (the zemath_-prefixed family) on the same arguments.
+#define OWN(name, range, expr)                          \
+    void own_##name(benchmark::State& s) {              \
+        run(s, range(), [](double x) { return expr; }); \
+    }                                                   \
+    BENCHMARK(own_##name);
 #define BOOST(name, range, expr)                        \
     void boost_##name(benchmark::State& s) {            \
         run(s, range(), [](double x) { return expr; }); \
@@ -94,66 +105,94 @@ const std::vector<double>& gamma_range() {
 #endif
 
 ZE(bessel_j0, wide, bessel_j0(x))
+OWN(bessel_j0, wide, zemath_bessel_j0(x))
 BOOST(bessel_j0, wide, boost::math::cyl_bessel_j(0, x))
 GSL(bessel_j0, wide, gsl_sf_bessel_J0(x))
 ZE(bessel_y1, wide, bessel_y1(x))
+OWN(bessel_y1, wide, zemath_bessel_y1(x))
 BOOST(bessel_y1, wide, boost::math::cyl_neumann(1, x))
 GSL(bessel_y1, wide, gsl_sf_bessel_Y1(x))
+ZE(bessel_i0_scaled, wide, bessel_i0_scaled(x))
+OWN(bessel_i0_scaled, wide, zemath_bessel_i0_scaled(x))
+ZE(bessel_k0, wide, bessel_k0(x))
+OWN(bessel_k0, wide, zemath_bessel_k0(x))
 ZE(bessel_i0, wide, bessel_i0(x))
 BOOST(bessel_i0, wide, boost::math::cyl_bessel_i(0, x))
 GSL(bessel_i0, wide, gsl_sf_bessel_I0(x))
 ZE(bessel_k1_scaled, wide, bessel_k1_scaled(x))
+OWN(bessel_k1_scaled, wide, zemath_bessel_k1_scaled(x))
 BOOST(bessel_k1_scaled, wide, std::exp(x) * boost::math::cyl_bessel_k(1, x))
 GSL(bessel_k1_scaled, wide, gsl_sf_bessel_K1_scaled(x))
 ZE(bessel_i_nu, wide, bessel_i_nu(x, 1))
+OWN(bessel_i_nu, wide, zemath_bessel_i_nu(x, 1))
 BOOST(bessel_i_nu, wide, boost::math::cyl_bessel_i(0.25, x))
 GSL(bessel_i_nu, wide, gsl_sf_bessel_Inu(0.25, x))
 ZE(bessel_k_nu, wide, bessel_k_nu(x, 2))
+OWN(bessel_k_nu, wide, zemath_bessel_k_nu(x, 2))
 BOOST(bessel_k_nu, wide, boost::math::cyl_bessel_k(0.5, x))
 GSL(bessel_k_nu, wide, gsl_sf_bessel_Knu(0.5, x))
 ZE(airy_ai, airy_range, airy_ai(x))
 BOOST(airy_ai, airy_range, boost::math::airy_ai(x))
 GSL(airy_ai, airy_range, gsl_sf_airy_Ai(x, GSL_PREC_DOUBLE))
 ZE(erf, unit, erfz(x))
+OWN(erf, unit, zemath_erf(x))
 BOOST(erf, unit, boost::math::erf(x))
 GSL(erf, unit, gsl_sf_erf(x))
 ZE(erfc, unit, erfcz(x))
+OWN(erfc, unit, zemath_erfc(x))
 BOOST(erfc, unit, boost::math::erfc(x))
 GSL(erfc, unit, gsl_sf_erfc(x))
 ZE(erfcx, unit, erfcx(x))
 BOOST(erfcx, unit, std::exp(x* x) * boost::math::erfc(x))
 ZE(cumul_normal, unit, cumul_normal(x))
+OWN(cumul_normal, unit, zemath_cumul_normal(x))
+ZE(cumul_normal_tail, tail, cumul_normal(x))
+OWN(cumul_normal_tail, tail, zemath_cumul_normal(x))
 BOOST(cumul_normal, unit, 0.5 * boost::math::erfc(-x / std::sqrt(2.0)))
 GSL(cumul_normal, unit, 0.5 * gsl_sf_erfc(-x / std::sqrt(2.0)))
 ZE(gamma, gamma_range, gammaz(x))
+OWN(gamma, gamma_range, zemath_gamma(x))
 BOOST(gamma, gamma_range, boost::math::tgamma(x))
 GSL(gamma, gamma_range, gsl_sf_gamma(x))
 ZE(log_gamma, gamma_range, log_gamma(x))
+OWN(log_gamma, gamma_range, zemath_log_gamma(x))
 BOOST(log_gamma, gamma_range, boost::math::lgamma(x))
 GSL(log_gamma, gamma_range, gsl_sf_lngamma(x))
 ZE(digamma, gamma_range, real_polygamma(x, 0))
+OWN(digamma, gamma_range, zemath_real_polygamma(x, 0))
 BOOST(digamma, gamma_range, boost::math::digamma(x))
 GSL(digamma, gamma_range, gsl_sf_psi(x))
 ZE(polygamma3, gamma_range, real_polygamma(x, 3))
+OWN(polygamma3, gamma_range, zemath_real_polygamma(x, 3))
 GSL(polygamma3, gamma_range, gsl_sf_psi_n(3, x))
 ZE(incomplete_gamma, gamma_range, incomplete_gamma(5.0, x))
+OWN(incomplete_gamma, gamma_range, zemath_incomplete_gamma(5.0, x))
 BOOST(incomplete_gamma, gamma_range, boost::math::gamma_p(5.0, x))
 GSL(incomplete_gamma, gamma_range, gsl_sf_gamma_inc_P(5.0, x))
 ZE(exp_integral, gamma_range, exp_integral(x))
+OWN(exp_integral, gamma_range, zemath_exp_integral(x))
 BOOST(exp_integral, gamma_range, boost::math::expint(1, x))
 GSL(exp_integral, gamma_range, gsl_sf_expint_E1(x))
 ZE(sin_integral, wide, sin_integral(x))
+OWN(sin_integral, wide, zemath_sin_integral(x))
 GSL(sin_integral, wide, gsl_sf_Si(x))
 ZE(cos_integral, wide, cos_integral(x))
+OWN(cos_integral, wide, zemath_cos_integral(x))
 GSL(cos_integral, wide, gsl_sf_Ci(x))
 ZE(fresnel_c, unit, fresnel_c(x))
+OWN(fresnel_c, unit, zemath_fresnel_c(x))
 ZE(kelvin_ber, wide, kelvin_ber(x * 0.8))
+OWN(kelvin_ber, wide, zemath_kelvin_ber(x * 0.8))
 ZE(kelvin_ker, wide, kelvin_ker(x))
+OWN(kelvin_ker, wide, zemath_kelvin_ker(x))
 ZE(jacobian_theta, unit, jacobian_theta(3, x, 0.4))
+OWN(jacobian_theta, unit, zemath_jacobian_theta(3, x, 0.4))
 ZE(elliptic_rf, gamma_range, elliptic_integral_rf(x, 1.5, 2.0))
+OWN(elliptic_rf, gamma_range, zemath_elliptic_integral_rf(x, 1.5, 2.0))
 BOOST(elliptic_rf, gamma_range, boost::math::ellint_rf(x, 1.5, 2.0))
 GSL(elliptic_rf, gamma_range, gsl_sf_ellint_RF(x, 1.5, 2.0, GSL_PREC_DOUBLE))
 ZE(elliptic_rj, gamma_range, elliptic_integral_rj(x, 1.5, 2.0, 3.0))
+OWN(elliptic_rj, gamma_range, zemath_elliptic_integral_rj(x, 1.5, 2.0, 3.0))
 BOOST(elliptic_rj, gamma_range, boost::math::ellint_rj(x, 1.5, 2.0, 3.0))
 GSL(elliptic_rj, gamma_range, gsl_sf_ellint_RJ(x, 1.5, 2.0, 3.0, GSL_PREC_DOUBLE))
 

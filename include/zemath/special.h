@@ -157,16 +157,35 @@ ZEMATH_API double ks2density(double x, double y, double vx, double vy, double wx
                              double wy) ZEMATH_NOEXCEPT;
 
 /* ---- The prefixed family ----------------------------------------------------------
- * The same functions with the same arguments under the zemath_ prefix. For now they
- * evaluate through the same routines as the unprefixed namesakes above (an independent
- * set of algorithms, so that each family checks the other, is still to be written); the
- * values and NANUM rules are those of the namesakes, except:
- * - zemath_bessel_j0, _j1, _y0, _y1 use the C runtime's Bessel functions (j0, j1, y0,
- *   y1) and give NANUM for |x| > 1e16 (and, for Y, x <= 0);
+ * The same functions with the same arguments under the zemath_ prefix, computed by the
+ * library's own algorithms (series, continued fractions, asymptotic expansions, the
+ * duplication algorithm; src/stats/own_*.cpp), independent of the routines behind the
+ * unprefixed namesakes above, so that each family checks the other. Values, domains and
+ * NANUM rules are those of the namesakes (NaN, +-infinity, NANUM, poles and points
+ * outside the domain give NANUM; a series or continued fraction that fails to converge
+ * within its cap gives NANUM), accurate to 1e-13 relative (envelope-relative for the
+ * oscillating functions), except where noted:
+ * - own algorithms: zemath_erf, _erfc, _cumul_normal, _cumul_normal_complem (series and
+ *   the Laplace continued fraction); zemath_gamma, _log_gamma, _real_polygamma,
+ *   _incomplete_gamma (Taylor series about 1 and 2, Stirling, recurrences, the power
+ *   series and Legendre's fraction); zemath_elliptic_integral_rc, _rf, _rd, _rj
+ *   (Carlson's duplication); zemath_exp_integral, _sin_integral, _cos_integral (series,
+ *   continued fractions); zemath_fresnel_s, _fresnel_c (series, complex continued
+ *   fraction); zemath_jacobian_theta (q-series and Jacobi's imaginary transformation);
+ *   zemath_bessel_i0_scaled, _i1, _i1_scaled, _k0, _k0_scaled, _k1, _k1_scaled,
+ *   _i_nu, _i_nu_scaled, _k_nu, _k_nu_scaled (power series, the Hankel expansion, the
+ *   trapezoid rule on the integral of K); zemath_kelvin_ber, _bei, _ker, _kei (series in
+ *   double-double arithmetic, the Hankel expansions).
+ *   zemath_erf and zemath_erfc give NANUM at +-infinity like every other function here.
+ *   zemath_elliptic_integral_rj with r < 0 gives NANUM when the arguments span more
+ *   than about 1e400 (the rescaled principal-value formula would underflow).
+ *   zemath_real_polygamma near the zeros of psi^(k) at negative x (even k): accurate
+ *   to 1e-13 of the size of the terms, i.e. absolute there.
+ * - the C runtime: zemath_bessel_j0, _j1, _y0, _y1 use the C library's j0, j1, y0, y1
+ *   and give NANUM for |x| > 1e16 (and, for Y, x <= 0);
  * - zemath_bessel_i_nu(x, nu): NANUM when nu = 0, |nu| > 3, x < 0 or x >= 700.9217937;
  *   at x = 0, 0.0 for nu > 0 and NANUM for nu < 0; otherwise, with a = |nu|/4,
- *   I_a(x) for nu > 0 and I_a(x) + (2/pi) sin(a pi) K_a(x) for nu < 0;
- * - zemath_erf and zemath_erfc accept +-infinity (giving +-1, and 0 or 2). */
+ *   I_a(x) for nu > 0 and I_a(x) + (2/pi) sin(a pi) K_a(x) for nu < 0. */
 ZEMATH_API double zemath_bessel_i0_scaled(double x) ZEMATH_NOEXCEPT;
 ZEMATH_API double zemath_bessel_i1(double x) ZEMATH_NOEXCEPT;
 ZEMATH_API double zemath_bessel_i1_scaled(double x) ZEMATH_NOEXCEPT;

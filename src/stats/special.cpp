@@ -13,6 +13,7 @@
 
 #include "platform/nag/s.hpp"
 #include "platform/util/approx.hpp"
+#include "stats/own_special.hpp"
 
 namespace {
 
@@ -334,112 +335,110 @@ ZEMATH_API double zemath_bessel_y1(double x) noexcept {
 }
 
 // I_a(x) + (2/pi) sin(a pi) K_a(x) for negative nu, as the library's own routine
-// defines the negative orders; the overflow limit of the unscaled function.
+// defines the negative orders; the overflow limit of the unscaled function. The checks
+// are spelled out here, where the rules of the prefixed function are stated.
 ZEMATH_API double zemath_bessel_i_nu(double x, int nu) noexcept {
     if (!usable({x}) || nu == 0 || nu > 3 || nu < -3 || x < 0.0) return NANUM;
     if (x >= kINuOverflow) return NANUM;
     if (x == 0.0) return nu > 0 ? 0.0 : NANUM;
-    return bessel_i_nu(x, nu);
+    return own::bessel_i_nu(x, nu);
 }
 
 ZEMATH_API double zemath_bessel_i0_scaled(double x) noexcept {
-    return bessel_i0_scaled(x);
+    return own::bessel_i0_scaled(x);
 }
 ZEMATH_API double zemath_bessel_i1(double x) noexcept {
-    return bessel_i1(x);
+    return own::bessel_i1(x);
 }
 ZEMATH_API double zemath_bessel_i1_scaled(double x) noexcept {
-    return bessel_i1_scaled(x);
+    return own::bessel_i1_scaled(x);
 }
 ZEMATH_API double zemath_bessel_i_nu_scaled(double x, int nu) noexcept {
-    return bessel_i_nu_scaled(x, nu);
+    return own::bessel_i_nu_scaled(x, nu);
 }
 ZEMATH_API double zemath_bessel_k0(double x) noexcept {
-    return bessel_k0(x);
+    return own::bessel_k0(x);
 }
 ZEMATH_API double zemath_bessel_k0_scaled(double x) noexcept {
-    return bessel_k0_scaled(x);
+    return own::bessel_k0_scaled(x);
 }
 ZEMATH_API double zemath_bessel_k1(double x) noexcept {
-    return bessel_k1(x);
+    return own::bessel_k1(x);
 }
 ZEMATH_API double zemath_bessel_k1_scaled(double x) noexcept {
-    return bessel_k1_scaled(x);
+    return own::bessel_k1_scaled(x);
 }
 ZEMATH_API double zemath_bessel_k_nu(double x, int nu) noexcept {
-    return bessel_k_nu(x, nu);
+    return own::bessel_k_nu(x, nu);
 }
 ZEMATH_API double zemath_bessel_k_nu_scaled(double x, int nu) noexcept {
-    return bessel_k_nu_scaled(x, nu);
+    return own::bessel_k_nu_scaled(x, nu);
 }
 ZEMATH_API double zemath_cos_integral(double x) noexcept {
-    return cos_integral(x);
+    return own::cos_integral(x);
 }
 ZEMATH_API double zemath_cumul_normal(double x) noexcept {
-    return cumul_normal(x);
+    return own::normal_lower(x);
 }
 ZEMATH_API double zemath_cumul_normal_complem(double x) noexcept {
-    return cumul_normal_complem(x);
+    return own::normal_upper(x);
 }
 ZEMATH_API double zemath_elliptic_integral_rc(double x, double y) noexcept {
-    return elliptic_integral_rc(x, y);
+    return own::carlson_rc(x, y);
 }
 ZEMATH_API double zemath_elliptic_integral_rd(double x, double y, double z) noexcept {
-    return elliptic_integral_rd(x, y, z);
+    return own::carlson_rd(x, y, z);
 }
 ZEMATH_API double zemath_elliptic_integral_rf(double x, double y, double z) noexcept {
-    return elliptic_integral_rf(x, y, z);
+    return own::carlson_rf(x, y, z);
 }
 ZEMATH_API double zemath_elliptic_integral_rj(double x, double y, double z, double r) noexcept {
-    return elliptic_integral_rj(x, y, z, r);
+    return own::carlson_rj(x, y, z, r);
 }
-// Infinite arguments are the limits here.
 ZEMATH_API double zemath_erf(double x) noexcept {
-    if (std::isnan(x) || is_missing(x)) return NANUM;
-    return nag::cody_erf(x, 0);
+    return own::erf(x);
 }
 ZEMATH_API double zemath_erfc(double x) noexcept {
-    if (std::isnan(x) || is_missing(x)) return NANUM;
-    return nag::cody_erf(x, 1);
+    return own::erfc(x);
 }
 ZEMATH_API double zemath_exp_integral(double x) noexcept {
-    return exp_integral(x);
+    return own::exp_integral_e1(x);
 }
 ZEMATH_API double zemath_fresnel_c(double x) noexcept {
-    return fresnel_c(x);
+    return own::fresnel_c(x);
 }
 ZEMATH_API double zemath_fresnel_s(double x) noexcept {
-    return fresnel_s(x);
+    return own::fresnel_s(x);
 }
 ZEMATH_API double zemath_gamma(double x) noexcept {
-    return gammaz(x);
+    return own::gamma(x);
 }
 ZEMATH_API double zemath_incomplete_gamma(double a, double x) noexcept {
-    return incomplete_gamma(a, x);
+    return own::incomplete_gamma_lower(a, x);
 }
 ZEMATH_API double zemath_jacobian_theta(int k, double x, double q) noexcept {
-    return jacobian_theta(k, x, q);
+    return own::jacobian_theta(k, x, q);
 }
 ZEMATH_API double zemath_kelvin_bei(double x) noexcept {
-    return kelvin_bei(x);
+    return own::kelvin_bei(x);
 }
 ZEMATH_API double zemath_kelvin_ber(double x) noexcept {
-    return kelvin_ber(x);
+    return own::kelvin_ber(x);
 }
 ZEMATH_API double zemath_kelvin_kei(double x) noexcept {
-    return kelvin_kei(x);
+    return own::kelvin_kei(x);
 }
 ZEMATH_API double zemath_kelvin_ker(double x) noexcept {
-    return kelvin_ker(x);
+    return own::kelvin_ker(x);
 }
 ZEMATH_API double zemath_log_gamma(double x) noexcept {
-    return log_gamma(x);
+    return own::log_gamma(x);
 }
 ZEMATH_API double zemath_real_polygamma(double x, int k) noexcept {
-    return real_polygamma(x, k);
+    return own::polygamma(x, k);
 }
 ZEMATH_API double zemath_sin_integral(double x) noexcept {
-    return sin_integral(x);
+    return own::sin_integral(x);
 }
 
 }  // extern "C"
