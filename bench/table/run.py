@@ -25,7 +25,7 @@ sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import runner  # noqa: E402
 
 FAMILIES = ("primitives", "sort", "search", "random", "distributions", "statistics",
-            "smoothing", "peaks", "interpolation", "rainflow", "gridding", "image")
+            "smoothing", "peaks", "interpolation", "rainflow", "emd", "gridding", "image")
 
 
 def call_overhead():
