@@ -636,7 +636,6 @@ ZEMATH_API int zemsp_find_peaks_2nd_derivative(int* pnSize, const double* pX, co
 }
 
 namespace zemath {
-namespace {
 
 // One side of a peak's height bracket: from the peak index p walk by step (-1 or +1) while
 // the point stays beyond the level fraction * Y[p], stopping at the first point at or past
@@ -654,6 +653,8 @@ Marker height_marker(const double* x, const double* y, int n, int p, double frac
     const double t = (level - y[inner]) / (y[i] - y[inner]);
     return {i, x[inner] + t * (x[i] - x[inner]), level};
 }
+
+namespace {
 
 void store_markers(const Marker& left, const Marker& right, int slot, int* markers,
                    double* marker_x, double* marker_y) {

@@ -52,6 +52,13 @@ struct Marker {
     double x, y;
 };
 
+// One side (step -1 left, +1 right) of the bracket of the peak at p at the level
+// fraction * y[p]: the walk goes while the point stays beyond the level (above it for
+// y[p] > 0, below otherwise) and stops at the first point at or past it or at the data's
+// end. x is the linear crossing between that point and its inner neighbour, y the level;
+// when the level is never reached (or p is at it) the stopping point's own X and Y.
+Marker height_marker(const double* x, const double* y, int n, int p, double fraction, int step);
+
 // Extent [left, right] of the peak at index `peak` of y: on each side the walk follows the
 // curve down (maximum) or up (minimum) and ends at the most extreme valley point reached
 // once more than `patience` consecutive usable points fail to pass it (or at the data's

@@ -114,3 +114,26 @@ for n, seg, sd in [(2000, 200, 0.05), (1003, 100, 0.2), (450, 450, 0.01), (777, 
     level = np.median(np.abs(np.diff(seg_y))) / scale
     print("    {%s,\n     %d, %r, %r}," % (fmt(y), seg, level, sd))
 print("};")
+
+# Moments of skewed peaks (an exponentially modified Gaussian over a sloping baseline),
+# odd point counts on even spacing: numpy.trapz (method 0) and scipy.integrate.simpson
+# (method 1, composite Simpson, which the piecewise quadratics equal on even spacing).
+from scipy.integrate import simpson
+from scipy.stats import exponnorm
+
+print("// { x, y, base, method, area, centroid, variance, skewness, kurtosis }")
+print("const MomentReference kMomentCases[] = {")
+for n, method in [(201, 0), (201, 1), (61, 1), (401, 0)]:
+    x = np.linspace(0.0, 20.0, n)
+    base = 0.3 + 0.01 * x
+    y = base + 7.0 * exponnorm.pdf(x, 2.0, loc=5.0, scale=1.0)
+    h = y - base
+    rule = (lambda f: np.trapz(f, x)) if method == 0 else (lambda f: simpson(f, x=x))
+    area = rule(h)
+    c = rule(x * h) / area
+    var = rule((x - c) ** 2 * h) / area
+    skew = rule((x - c) ** 3 * h) / area / var ** 1.5
+    kurt = rule((x - c) ** 4 * h) / area / var ** 2
+    print("    {%s,\n     %s,\n     %s, %d, %r, %r, %r, %r, %r}," %
+          (fmt(x), fmt(y), fmt(base), method, area, c, var, skew, kurt))
+print("};")

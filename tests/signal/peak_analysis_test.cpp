@@ -14,6 +14,7 @@
 
 #include "signal/peaks.hpp"
 #include "zemath/baseline.h"
+#include "zemath/peak_measures.h"
 #include "zemath/peaks.h"
 #include "zemath/status.h"
 #include "zemath/types.h"
@@ -43,6 +44,12 @@ struct FlatNoiseReference {
     std::vector<double> y;
     int segment;
     double level, sd;
+};
+
+struct MomentReference {
+    std::vector<double> x, y, base;
+    int method;
+    double area, centroid, variance, skewness, kurtosis;
 };
 
 #include "reference/peak_analysis_ref.inc"
@@ -488,6 +495,184 @@ TEST(PeakAnalysis, RefusalsWriteNothing) {
     EXPECT_EQ(zemath_get_noise_level_of_flat_part(6, Y, 2), NANUM);
     EXPECT_EQ(zemath_get_noise_level_of_flat_part(6, Y, 7), NANUM);
     EXPECT_EQ(zemath_get_noise_level_of_flat_part(6, missing.data(), 3), NANUM);
+}
+
+TEST(PeakMeasures, MomentsMatchTrapzAndSimpson) {
+    for (const MomentReference& ref : kMomentCases) {
+        const int n = static_cast<int>(ref.x.size());
+        double m[8];
+        ASSERT_EQ(zemath_calc_peak_moments_ex(n, ref.x.data(), ref.y.data(), ref.base.data(), 0,
+                                              n - 1, ref.method, m),
+                  0);
+        const double expected[5] = {ref.area, ref.centroid, ref.variance, ref.skewness,
+                                    ref.kurtosis};
+        for (int k = 0; k < 5; ++k)
+            EXPECT_NEAR(m[k], expected[k], 1e-12 * std::fabs(expected[k])) << n << " " << k;
+        // The top is a data point; the half-height width brackets it.
+        std::size_t top = 0;
+        for (std::size_t i = 0; i < ref.x.size(); ++i)
+            if (ref.y[i] - ref.base[i] > ref.y[top] - ref.base[top]) top = i;
+        EXPECT_EQ(m[5], ref.y[top] - ref.base[top]);
+        EXPECT_EQ(m[6], ref.x[top]);
+        EXPECT_GT(m[7], 0.0);
+    }
+}
+
+TEST(PeakMeasures, GaussianMomentsWidthsAndInflections) {
+    // A Gaussian of height 4, centre 10.3, sd 0.8 on a step of sd/4.
+    const double centre = 10.3, sd = 0.8, height = 4.0;
+    const std::vector<double> x = iota(161, 0.2);
+    std::vector<double> y(x.size());
+    for (std::size_t i = 0; i < x.size(); ++i)
+        y[i] = height * std::exp(-0.5 * (x[i] - centre) * (x[i] - centre) / (sd * sd));
+    double m[8];
+    ASSERT_EQ(zemath_calc_peak_moments_ex(161, x.data(), y.data(), nullptr, 0, 160, 1, m), 0);
+    EXPECT_NEAR(m[0], height * sd * std::sqrt(2 * M_PI), 1e-9);
+    EXPECT_NEAR(m[1], centre, 1e-9);
+    EXPECT_NEAR(m[2], sd * sd, 1e-8);
+    EXPECT_NEAR(m[3], 0.0, 1e-8);
+    EXPECT_NEAR(m[4], 3.0, 1e-7);
+    const double fwhm = 2 * std::sqrt(2 * std::log(2.0)) * sd;
+    EXPECT_NEAR(m[7], fwhm, 0.01 * fwhm);  // linear crossings on a step of sd/4
+    const int top = 52;             // x = 10.4, the sample nearest the centre
+    double left = 0, right = 0;
+    ASSERT_EQ(zemath_find_xs(161, x.data(), y.data(), top, 0.5, &left, &right), 0);
+    EXPECT_NEAR(right - left, fwhm, 0.01 * fwhm);
+    EXPECT_NEAR(0.5 * (left + right), centre, 2e-3);
+    // Inflection points at centre -+ sd: finite differences to O(step^2), the spline far closer.
+    double fd_left = 0, fd_right = 0, sp_left = 0, sp_right = 0;
+    ASSERT_EQ(zemath_find_inflection_point(161, x.data(), y.data(), top, &fd_left, &fd_right), 0);
+    ASSERT_EQ(zemath_iterate_for_finding_inflection(161, x.data(), y.data(), top, &sp_left,
+                                                    &sp_right),
+              0);
+    EXPECT_NEAR(fd_left, centre - sd, 0.03 * sd);
+    EXPECT_NEAR(fd_right, centre + sd, 0.03 * sd);
+    EXPECT_NEAR(sp_left, centre - sd, 4e-3 * sd);
+    EXPECT_NEAR(sp_right, centre + sd, 4e-3 * sd);
+    EXPECT_LT(std::fabs(sp_left - (centre - sd)), std::fabs(fd_left - (centre - sd)));
+    // A negative peak mirrors everything.
+    for (double& v : y) v = -v;
+    double nl = 0, nr = 0;
+    ASSERT_EQ(zemath_iterate_for_finding_inflection(161, x.data(), y.data(), top, &nl, &nr), 0);
+    EXPECT_EQ(nl, sp_left);
+    EXPECT_EQ(nr, sp_right);
+    ASSERT_EQ(zemath_find_xs(161, x.data(), y.data(), top, 0.5, &nl, &nr), 0);
+    EXPECT_EQ(nl, left);
+    EXPECT_EQ(nr, right);
+}
+
+TEST(PeakMeasures, GeneratedPeaksAndSegments) {
+    double px[7];
+    ASSERT_EQ(zemath_generate_peak_x_array(7, 3.0, 0.2, 2.5, px), 0);
+    EXPECT_EQ(px[0], 2.5);
+    EXPECT_EQ(px[3], 3.0);
+    EXPECT_EQ(px[6], 3.5);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(px[i] - 3.0, 3.0 - px[6 - i]);
+    ASSERT_EQ(zemath_generate_peak_x_array(1, 3.0, 0.2, 2.5, px), 0);
+    EXPECT_EQ(px[0], 3.0);
+    // Generated Lorentzian on generated X: its half-height positions are centre -+ w/2.
+    std::vector<double> gx(201), gy(201);
+    ASSERT_EQ(zemath_generate_peak_x_array(201, 5.0, 2.0, 5.0, gx.data()), 0);
+    ASSERT_EQ(zemath_generate_peak_data(201, gx.data(), gy.data(), ZEMATH_PEAK_LORENTZIAN, 5.0, 3.0,
+                                        2.0, 0.0),
+              0);
+    double left = 0, right = 0;
+    ASSERT_EQ(zemath_find_xs(201, gx.data(), gy.data(), 100, 0.5, &left, &right), 0);
+    EXPECT_DOUBLE_EQ(left, 4.0);  // the half level falls on a sample exactly
+    EXPECT_DOUBLE_EQ(right, 6.0);
+
+    const double m = NANUM;
+    struct Case {
+        std::vector<double> y;
+        double height;
+        std::vector<int> start, end;
+    };
+    const Case cases[] = {
+        {{0, 2, 3, 0, 5, 5, 1}, 1.0, {1, 4}, {2, 5}},
+        {{2, 2, 0, 2}, 1.0, {0, 3}, {1, 3}},  // runs at both ends
+        {{2, m, 2, kNan, 2}, 1.0, {0, 2, 4}, {0, 2, 4}},
+        {{1, 1, 1}, 1.0, {}, {}},  // strictly above
+        {{-3, -1, -3}, -2.0, {1}, {1}},
+    };
+    for (const Case& c : cases) {
+        int start[8], end[8];
+        const int count = zemath_cut_to_segments_by_height(static_cast<int>(c.y.size()),
+                                                           c.y.data(), c.height, 8, start, end);
+        ASSERT_EQ(count, static_cast<int>(c.start.size()));
+        EXPECT_EQ(std::vector<int>(start, start + count), c.start);
+        EXPECT_EQ(std::vector<int>(end, end + count), c.end);
+    }
+
+    const std::vector<double> y = {1, 3, m, 0.5, 2}, base = {2, 1, 1, m, 1};
+    struct Adjust {
+        int option;
+        std::vector<double> expected;
+    };
+    const Adjust adjust[] = {{0, {-1, 2, m, m, 1}}, {1, {0, 2, m, m, 1}}, {2, {-1, 0, m, m, 0}}};
+    for (const Adjust& a : adjust) {
+        std::vector<double> out(5, -7.0);
+        ASSERT_EQ(zemath_adjust_data_of_peaks(5, y.data(), base.data(), out.data(), a.option), 0);
+        EXPECT_EQ(out, a.expected) << a.option;
+    }
+    std::vector<double> in_place = y;
+    ASSERT_EQ(zemath_adjust_data_of_peaks(5, in_place.data(), base.data(), in_place.data(), 0), 0);
+    EXPECT_EQ(in_place, adjust[0].expected);
+}
+
+TEST(PeakMeasures, RefusalsWriteNothing) {
+    const std::vector<double> x = iota(6), y = {0, 1, 3, 1, 0, 0}, flat(6, 0.0), same = {0, 1, 1, 2, 3, 4};
+    const std::vector<double> up = {0, 1, 2, 3, 4, 5};
+    double a = -7, b = -7, out[8];
+    int start[1] = {-7}, end[1] = {-7};
+    const double* X = x.data();
+    const double* Y = y.data();
+    struct Case {
+        const char* what;
+        std::function<int()> call;
+        int expected;
+    };
+    const Case cases[] = {
+        {"moments null", [&] { return zemath_calc_peak_moments_ex(6, X, Y, nullptr, 0, 5, 0, nullptr); }, ZEMATH_ERR_NULL_POINTER},
+        {"moments range", [&] { return zemath_calc_peak_moments_ex(6, X, Y, nullptr, 3, 3, 0, out); }, ZEMATH_ERR_TOO_FEW_POINTS},
+        {"moments last", [&] { return zemath_calc_peak_moments_ex(6, X, Y, nullptr, 0, 6, 0, out); }, ZEMATH_ERR_TOO_FEW_POINTS},
+        {"moments method", [&] { return zemath_calc_peak_moments_ex(6, X, Y, nullptr, 0, 5, 2, out); }, ZEMATH_ERR_BAD_OPTION},
+        {"adjust null", [&] { return zemath_adjust_data_of_peaks(6, Y, nullptr, out, 0); }, ZEMATH_ERR_NULL_POINTER},
+        {"adjust n", [&] { return zemath_adjust_data_of_peaks(0, Y, Y, out, 0); }, ZEMATH_ERR_TOO_FEW_POINTS},
+        {"adjust option", [&] { return zemath_adjust_data_of_peaks(6, Y, Y, out, 3); }, ZEMATH_ERR_BAD_OPTION},
+        {"x array null", [&] { return zemath_generate_peak_x_array(3, 0, 1, 1, nullptr); }, ZEMATH_ERR_NULL_POINTER},
+        {"x array n", [&] { return zemath_generate_peak_x_array(0, 0, 1, 1, out); }, ZEMATH_ERR_TOO_FEW_POINTS},
+        {"x array width", [&] { return zemath_generate_peak_x_array(3, 0, 0, 1, out); }, ZEMATH_ERR_PARAM_RANGE},
+        {"x array span", [&] { return zemath_generate_peak_x_array(3, 0, 1, kNan, out); }, ZEMATH_ERR_PARAM_RANGE},
+        {"x array overflow", [&] { return zemath_generate_peak_x_array(3, 0, 1e300, 1e300, out); }, ZEMATH_ERR_PARAM_RANGE},
+        {"x array centre", [&] { return zemath_generate_peak_x_array(3, INFINITY, 1, 1, out); }, ZEMATH_ERR_PARAM_RANGE},
+        {"xs null", [&] { return zemath_find_xs(6, X, Y, 2, 0.5, nullptr, &b); }, ZEMATH_ERR_NULL_POINTER},
+        {"xs n", [&] { return zemath_find_xs(0, X, Y, 0, 0.5, &a, &b); }, ZEMATH_ERR_TOO_FEW_POINTS},
+        {"xs peak", [&] { return zemath_find_xs(6, X, Y, 6, 0.5, &a, &b); }, ZEMATH_ERR_EMPTY_RANGE},
+        {"xs fraction", [&] { return zemath_find_xs(6, X, Y, 2, -0.1, &a, &b); }, ZEMATH_ERR_PARAM_RANGE},
+        {"xs never reached", [&] { return zemath_find_xs(6, X, up.data(), 5, 0.5, &a, &b); }, ZEMATH_ERR_BOUND_NOT_FOUND},
+        {"xs flat", [&] { return zemath_find_xs(6, X, flat.data(), 2, 0.5, &a, &b); }, ZEMATH_ERR_BOUND_NOT_FOUND},
+        {"inflection null", [&] { return zemath_find_inflection_point(6, nullptr, Y, 2, &a, &b); }, ZEMATH_ERR_NULL_POINTER},
+        {"inflection n", [&] { return zemath_find_inflection_point(2, X, Y, 0, &a, &b); }, ZEMATH_ERR_TOO_FEW_POINTS},
+        {"inflection peak", [&] { return zemath_find_inflection_point(6, X, Y, -1, &a, &b); }, ZEMATH_ERR_EMPTY_RANGE},
+        {"inflection zero", [&] { return zemath_find_inflection_point(6, X, flat.data(), 2, &a, &b); }, ZEMATH_ERR_BOUND_NOT_FOUND},
+        {"inflection none", [&] { return zemath_find_inflection_point(6, X, up.data(), 5, &a, &b); }, ZEMATH_ERR_BOUND_NOT_FOUND},
+        {"spline null", [&] { return zemath_iterate_for_finding_inflection(6, X, Y, 2, &a, nullptr); }, ZEMATH_ERR_NULL_POINTER},
+        {"spline X", [&] { return zemath_iterate_for_finding_inflection(6, same.data(), Y, 2, &a, &b); }, ZEMATH_ERR_NOT_MONOTONIC},
+        {"spline none", [&] { return zemath_iterate_for_finding_inflection(6, X, up.data(), 5, &a, &b); }, ZEMATH_ERR_BOUND_NOT_FOUND},
+        {"segments null", [&] { return zemath_cut_to_segments_by_height(6, Y, 0.5, 1, nullptr, end); }, ZEMATH_ERR_NULL_POINTER},
+        {"segments n", [&] { return zemath_cut_to_segments_by_height(0, Y, 0.5, 1, start, end); }, ZEMATH_ERR_TOO_FEW_POINTS},
+        {"segments NaN", [&] { return zemath_cut_to_segments_by_height(6, Y, kNan, 1, start, end); }, ZEMATH_ERR_PARAM_RANGE},
+        {"segments too many", [&] { return zemath_cut_to_segments_by_height(6, same.data(), -0.5, 0, start, end); }, ZEMATH_ERR_TOO_MANY_REGIONS},
+    };
+    for (const Case& c : cases) {
+        std::fill(out, out + 8, -7.0);
+        EXPECT_EQ(c.call(), c.expected) << c.what;
+        EXPECT_EQ(a, -7.0) << c.what;
+        EXPECT_EQ(b, -7.0) << c.what;
+        for (double v : out) EXPECT_EQ(v, -7.0) << c.what;
+        EXPECT_EQ(start[0], -7) << c.what;
+        EXPECT_EQ(end[0], -7) << c.what;
+    }
 }
 
 }  // namespace
