@@ -1,7 +1,8 @@
 /* zeMath: baselines under the peaks of a curve (pX, pY), X increasing: the straight line
  * through the end points, baseline points of a smooth curve, base markers on both sides
  * of each peak, baselines with the peaks masked or fitted to the ends, and noise levels.
- * Inputs are never modified; a refused call (negative return) writes nothing. -19: working storage could not be allocated. */
+ * Inputs are never modified; a refused call (negative return) writes nothing. -19: working storage
+ * could not be allocated. */
 #ifndef ZEMATH_BASELINE_H
 #define ZEMATH_BASELINE_H
 

@@ -1,8 +1,8 @@
 /* zeMath: point look-ups on a curve (pX, pY) for peak analysis (level crossings, the X of
  * a Y value, the Y at an X) and peak measures (moments, half-height positions, inflection
  * points, generated peaks, segments by height). Missing points (NANUM) are skipped where
- * each entry says so; NaN is not missing. Inputs are never modified; a refused call (negative return)
- * writes nothing. -19: working storage could not be allocated. */
+ * each entry says so; NaN is not missing. Inputs are never modified; a refused call (negative
+ * return) writes nothing. -19: working storage could not be allocated. */
 #ifndef ZEMATH_PEAK_MEASURES_H
 #define ZEMATH_PEAK_MEASURES_H
 
@@ -69,8 +69,8 @@ ZEMATH_API int zemath_calc_peak_moments(int nSize, const double* pX, const doubl
  * when a side never falls to it). pMoments holds 8 values. Returns 0; -11 when pX, pY or
  * pMoments is NULL; -18 as zemath_calc_peak_moments; -10 for another nMethod. */
 ZEMATH_API int zemath_calc_peak_moments_ex(int nSize, const double* pX, const double* pY,
-                                           const double* pBase, int nFirst, int nLast,
-                                           int nMethod, double* pMoments) ZEMATH_NOEXCEPT;
+                                           const double* pBase, int nFirst, int nLast, int nMethod,
+                                           double* pMoments) ZEMATH_NOEXCEPT;
 
 /* The peak's data above its baseline: pOut[i] = pY[i] - pBase[i] (NANUM where either is
  * NANUM); nOption 1 sets negative results to 0 (positive peaks), 2 sets positive results to
@@ -118,8 +118,8 @@ ZEMATH_API int zemath_find_inflection_point(int nSize, const double* pX, const d
  * 3e-3 sigma for a Gaussian sampled every sigma/4). Returns 0; -11; -6; -64 as above; -18
  * when nSize < 3 or fewer than 4 points are usable; -17 when the usable X are not
  * strictly increasing. */
-ZEMATH_API int zemath_iterate_for_finding_inflection(int nSize, const double* pX,
-                                                     const double* pY, int nPeak, double* pXLeft,
+ZEMATH_API int zemath_iterate_for_finding_inflection(int nSize, const double* pX, const double* pY,
+                                                     int nPeak, double* pXLeft,
                                                      double* pXRight) ZEMATH_NOEXCEPT;
 
 /* Segments of the curve above a height: the maximal runs of consecutive points with

@@ -208,7 +208,9 @@ ZEMATH_API int zemath_find_base_regions(int nSize, const double* pX, const doubl
 namespace zemath {
 namespace {
 
-bool usable_value(double v) { return !is_missing(v) && !std::isnan(v); }
+bool usable_value(double v) {
+    return !is_missing(v) && !std::isnan(v);
+}
 
 // Indices of the points whose |Y''| is within fraction of the range of Y'' (usable points
 // only) into indices; returns the count.
@@ -261,8 +263,8 @@ ZEMATH_API int zemath_create_baseline_by_masking_peaks(int nSize, const double* 
         // Kept deliberately: the partition's patience is the integer part of
         // noise / (0.005 * range) * 25 (25 points at a noise of 0.5% of the range).
         const double patience = std::trunc(noise / (0.005 * range) * 25.0);
-        const int threshold = patience < static_cast<double>(nSize) ? static_cast<int>(patience)
-                                                                     : nSize;
+        const int threshold =
+            patience < static_cast<double>(nSize) ? static_cast<int>(patience) : nSize;
         std::vector<char> masked(n, 0);
         for (std::size_t i = 0; i < n; ++i) masked[i] = !usable_value(pY[i]);
         std::vector<double> peak_x(n), peak_y(n);
@@ -283,11 +285,13 @@ ZEMATH_API int zemath_create_baseline_by_masking_peaks(int nSize, const double* 
                                     direction == kPeakPositive, threshold, left, right))
                     continue;  // a peak whose partition fails is skipped
                 // The extent widened by half its width on each side.
-                const auto l = static_cast<std::int64_t>(left), r = static_cast<std::int64_t>(right);
+                const auto l = static_cast<std::int64_t>(left),
+                           r = static_cast<std::int64_t>(right);
                 const std::int64_t m = (l + r) / 2;
                 const std::int64_t from = std::max<std::int64_t>(2 * l - m, 0);
                 const std::int64_t to = std::min<std::int64_t>(2 * r - m, nSize - 1);
-                for (std::int64_t i = from + 1; i < to; ++i) masked[static_cast<std::size_t>(i)] = 1;
+                for (std::int64_t i = from + 1; i < to; ++i)
+                    masked[static_cast<std::size_t>(i)] = 1;
             }
         }
         std::vector<double> kept_x, kept_y;
@@ -327,7 +331,8 @@ ZEMATH_API int zemath_create_baseline_end_weighted_linear(int nSize, const doubl
         for (int side = 0; side < 2; ++side)
             for (int k = 0; k < nEndPoints; ++k) {
                 const int i = side == 0 ? k : nSize - 1 - k;
-                if (usable_value(pX[i]) && usable_value(pY[i])) visit(end_weight[side], pX[i], pY[i]);
+                if (usable_value(pX[i]) && usable_value(pY[i]))
+                    visit(end_weight[side], pX[i], pY[i]);
             }
     };
     // Weighted least squares about the weighted means (two passes for accuracy).

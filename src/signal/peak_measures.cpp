@@ -151,7 +151,9 @@ ZEMATH_API int zemath_generate_peak_data(int nSize, const double* pX, double* pY
 namespace zemath {
 namespace {
 
-bool usable(double v) { return !is_missing(v) && !std::isnan(v); }
+bool usable(double v) {
+    return !is_missing(v) && !std::isnan(v);
+}
 
 // Area, centroid, variance, skewness and kurtosis of h over x (method 0 trapezoid, 1
 // piecewise quadratics), into out[0..4]; NANUM where undefined.
@@ -271,7 +273,8 @@ ZEMATH_API int zemath_find_inflection_point(int nSize, const double* pX, const d
                                             int nPeak, double* pXLeft, double* pXRight) noexcept {
     if (pX == nullptr || pY == nullptr || pXLeft == nullptr || pXRight == nullptr)
         return ZEMATH_ERR_NULL_POINTER;
-    if (const int status = peak_sign_checks(nSize, pX, pY, nPeak); status != ZEMATH_OK) return status;
+    if (const int status = peak_sign_checks(nSize, pX, pY, nPeak); status != ZEMATH_OK)
+        return status;
     return guard_status([&] {
         const auto n = static_cast<std::size_t>(nSize);
         const std::span<const double> x(pX, n);
@@ -293,12 +296,13 @@ ZEMATH_API int zemath_find_inflection_point(int nSize, const double* pX, const d
     });
 }
 
-ZEMATH_API int zemath_iterate_for_finding_inflection(int nSize, const double* pX,
-                                                     const double* pY, int nPeak, double* pXLeft,
+ZEMATH_API int zemath_iterate_for_finding_inflection(int nSize, const double* pX, const double* pY,
+                                                     int nPeak, double* pXLeft,
                                                      double* pXRight) noexcept {
     if (pX == nullptr || pY == nullptr || pXLeft == nullptr || pXRight == nullptr)
         return ZEMATH_ERR_NULL_POINTER;
-    if (const int status = peak_sign_checks(nSize, pX, pY, nPeak); status != ZEMATH_OK) return status;
+    if (const int status = peak_sign_checks(nSize, pX, pY, nPeak); status != ZEMATH_OK)
+        return status;
     return guard_status([&] {
         // The usable points, the peak among them.
         std::vector<double> x, y;
@@ -322,8 +326,8 @@ ZEMATH_API int zemath_iterate_for_finding_inflection(int nSize, const double* pX
             c[k] = (6.0 * (y[k + 1] - y[k]) - h * (4.0 * slope[k] + 2.0 * slope[k + 1])) / (h * h);
         }
         const double h = x[n - 1] - x[n - 2];
-        c[n - 1] = (6.0 * (y[n - 2] - y[n - 1]) + h * (2.0 * slope[n - 2] + 4.0 * slope[n - 1])) /
-                   (h * h);
+        c[n - 1] =
+            (6.0 * (y[n - 2] - y[n - 1]) + h * (2.0 * slope[n - 2] + 4.0 * slope[n - 1])) / (h * h);
         const double sign = pY[nPeak] > 0.0 ? 1.0 : -1.0;
         for (double& v : c) v *= sign;
         double left = 0.0, right = 0.0;
@@ -337,8 +341,8 @@ ZEMATH_API int zemath_iterate_for_finding_inflection(int nSize, const double* pX
 }
 
 ZEMATH_API int zemath_calc_peak_moments_ex(int nSize, const double* pX, const double* pY,
-                                           const double* pBase, int nFirst, int nLast,
-                                           int nMethod, double* pMoments) noexcept {
+                                           const double* pBase, int nFirst, int nLast, int nMethod,
+                                           double* pMoments) noexcept {
     if (pX == nullptr || pY == nullptr || pMoments == nullptr) return ZEMATH_ERR_NULL_POINTER;
     if (nFirst < 0 || nLast >= nSize || static_cast<long long>(nLast) - nFirst < 1)
         return ZEMATH_ERR_TOO_FEW_POINTS;
@@ -389,8 +393,8 @@ ZEMATH_API int zemath_generate_peak_x_array(int nSize, double dCentre, double dF
                                             double dHalfSpan, double* pX) noexcept {
     if (pX == nullptr) return ZEMATH_ERR_NULL_POINTER;
     if (nSize < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
-    if (!std::isfinite(dCentre) || !(dFWHM > 0.0) || !std::isfinite(dFWHM) ||
-        !(dHalfSpan > 0.0) || !std::isfinite(dHalfSpan) || !std::isfinite(dFWHM * dHalfSpan))
+    if (!std::isfinite(dCentre) || !(dFWHM > 0.0) || !std::isfinite(dFWHM) || !(dHalfSpan > 0.0) ||
+        !std::isfinite(dHalfSpan) || !std::isfinite(dFWHM * dHalfSpan))
         return ZEMATH_ERR_PARAM_RANGE;
     if (nSize == 1) {
         pX[0] = dCentre;
@@ -408,8 +412,7 @@ ZEMATH_API int zemath_generate_peak_x_array(int nSize, double dCentre, double dF
 }
 
 ZEMATH_API int zemath_cut_to_segments_by_height(int nSize, const double* pY, double dHeight,
-                                                int nMaxSegments, int* pStart,
-                                                int* pEnd) noexcept {
+                                                int nMaxSegments, int* pStart, int* pEnd) noexcept {
     if (pY == nullptr || pStart == nullptr || pEnd == nullptr) return ZEMATH_ERR_NULL_POINTER;
     if (nSize < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
     if (std::isnan(dHeight)) return ZEMATH_ERR_PARAM_RANGE;

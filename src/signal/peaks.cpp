@@ -691,7 +691,9 @@ namespace zemath {
 
 namespace {
 
-bool usable(double v) { return !is_missing(v) && !std::isnan(v); }
+bool usable(double v) {
+    return !is_missing(v) && !std::isnan(v);
+}
 
 // For every usable point i: the lowest value over (g, i], g the nearest usable point
 // before i (in the direction of travel) with a strictly higher value (the whole stretch
@@ -795,7 +797,8 @@ std::vector<int> pick_peaks(std::span<const double> y, int flags, double min_hei
             std::vector<std::size_t> order(found.size());
             for (std::size_t k = 0; k < order.size(); ++k) order[k] = k;
             std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-                return v[static_cast<std::size_t>(found[a])] > v[static_cast<std::size_t>(found[b])];
+                return v[static_cast<std::size_t>(found[a])] >
+                       v[static_cast<std::size_t>(found[b])];
             });
             std::vector<char> keep(found.size(), 0);
             std::set<int> kept_positions;
@@ -984,8 +987,7 @@ ZEMATH_API int zemath_find_markers_of_peak_centers_by_height_and_width(
     if (nSize < 1 || nPeaks < 0) return ZEMATH_ERR_TOO_FEW_POINTS;
     if (!(dHeightFraction >= 0.0 && dHeightFraction < 1.0) || !(dHalfWidth >= 0.0))
         return ZEMATH_ERR_PARAM_RANGE;
-    if (!non_decreasing(pX, nSize))
-        return ZEMATH_ERR_NOT_MONOTONIC;
+    if (!non_decreasing(pX, nSize)) return ZEMATH_ERR_NOT_MONOTONIC;
     for (int k = 0; k < nPeaks; ++k)
         if (!(pCenterX[k] >= pX[0] && pCenterX[k] <= pX[nSize - 1])) return ZEMATH_ERR_EMPTY_RANGE;
     const double* end = pX + nSize;
@@ -1009,8 +1011,7 @@ ZEMATH_API int zemath_find_markers_of_peak_centers_by_height_and_width(
     return ZEMATH_OK;
 }
 
-ZEMATH_API int zemath_trim_peak_part_by_2nd_derivative(int nSize, double* pX,
-                                                       double* pY) noexcept {
+ZEMATH_API int zemath_trim_peak_part_by_2nd_derivative(int nSize, double* pX, double* pY) noexcept {
     if (pX == nullptr || pY == nullptr) return ZEMATH_ERR_NULL_POINTER;
     if (nSize < 3) return ZEMATH_OK;
     return guard_status([&] {

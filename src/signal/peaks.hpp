@@ -44,7 +44,6 @@ std::vector<int> search_window_peaks(std::span<const double> y, int half, int fl
 // number. k must lie in [0, values.size()).
 double kth_order_statistic(std::span<const double> values, std::size_t k, bool ascending);
 
-
 // A height marker of a peak: the point index where the walk stopped and the X and Y of
 // the marker (the linear crossing of the level, or the end point's own values).
 struct Marker {

@@ -6,7 +6,8 @@ import pathlib
 import random
 import struct
 
-CASES = {"primitives": 12, "sort": 8, "search": 10, "distributions": 38, "random": 22}
+CASES = {"primitives": 12, "sort": 8, "search": 10, "distributions": 38, "random": 22,
+         "peak_analysis": 21}
 
 
 def seed(case, rng):

@@ -94,9 +94,9 @@ TEST(PickPeaks, MatchesScipyFindPeaks) {
         const Picked got =
             pick(curve.x, curve.y, ref.flags, ref.height, ref.prominence, ref.distance);
         ASSERT_EQ(got.status, 0);
-        EXPECT_EQ(got.index, ref.expected) << "curve " << ref.curve << " flags " << ref.flags
-                                           << " h " << ref.height << " p " << ref.prominence
-                                           << " d " << ref.distance;
+        EXPECT_EQ(got.index, ref.expected)
+            << "curve " << ref.curve << " flags " << ref.flags << " h " << ref.height << " p "
+            << ref.prominence << " d " << ref.distance;
         for (std::size_t k = 0; k < got.index.size(); ++k)
             EXPECT_EQ(got.y[k], curve.y[static_cast<std::size_t>(got.index[k])]);
     }
@@ -131,7 +131,12 @@ TEST(PickPeaks, ConventionsAndEdges) {
         {"minima need Y < 0", {1, -1, 2, 0.5, 2}, 2, 0, 0, 1, {1}},
         {"both kinds in index order", {-1, 2, -3, 4, -5, 1}, 3, 0, 0, 1, {1, 2, 3, 4}},
         {"height on |Y|", {0, 2, 0, 5, 0, -6, 0}, 7, 3, 0, 1, {3, 5}},
-        {"missing and NaN never peaks, passed over", {0, 1, m, 0.5, 4, kNan, 3, 0}, 1, 0, 0, 1,
+        {"missing and NaN never peaks, passed over",
+         {0, 1, m, 0.5, 4, kNan, 3, 0},
+         1,
+         0,
+         0,
+         1,
          {1, 4}},
         {"distance keeps the taller", {0, 3, 0, 5, 0, 4, 0, 1, 0}, 1, 0, 0, 3, {3, 7}},
         {"prominence against the higher base", {0, 5, 1, 2, 0, 9, 0}, 1, 0, 1.5, 1, {1, 5}},
@@ -177,8 +182,8 @@ TEST(PeakPartition, WalksToTheValleys) {
     // Missing values are passed over, not counted.
     const std::vector<double> holes = {0, NANUM, 1, 5, 2, NANUM, 1, 3};
     int left = -7, right = -7;
-    ASSERT_EQ(zemath_find_peaks_partition(8, iota(8).data(), holes.data(), 3.0, 1, 0, &left, &right),
-              0);
+    ASSERT_EQ(
+        zemath_find_peaks_partition(8, iota(8).data(), holes.data(), 3.0, 1, 0, &left, &right), 0);
     EXPECT_EQ(left, 0);
     EXPECT_EQ(right, 6);
 }
@@ -322,8 +327,8 @@ TEST(Baselines, MaskingPeaksRecoversTheLine) {
     std::normal_distribution<double> noise(0.0, 0.02);
     for (std::size_t i = 0; i < x.size(); ++i) {
         truth[i] = 1.0 + 0.02 * x[i];
-        y[i] = truth[i] + gaussian(x[i], 30.0, 5.0, 3.0) + gaussian(x[i], 65.0, 8.0, 5.0) +
-               noise(gen);
+        y[i] =
+            truth[i] + gaussian(x[i], 30.0, 5.0, 3.0) + gaussian(x[i], 65.0, 8.0, 5.0) + noise(gen);
     }
     std::vector<double> bx(x.size(), -7.0), by(x.size(), -7.0);
     ASSERT_EQ(zemath_create_baseline_by_masking_peaks(1001, x.data(), y.data(), 1001, bx.data(),
@@ -357,7 +362,8 @@ TEST(Baselines, EndWeightedLineMatchesPolyfit) {
                                                              ref.end_points, base.data()),
                   0);
         for (std::size_t i = 0; i < base.size(); ++i)
-            EXPECT_NEAR(base[i], ref.line[i], 1e-12 * (1.0 + std::fabs(ref.line[i]))) << n << " " << i;
+            EXPECT_NEAR(base[i], ref.line[i], 1e-12 * (1.0 + std::fabs(ref.line[i])))
+                << n << " " << i;
     }
 }
 
@@ -426,44 +432,162 @@ TEST(PeakAnalysis, RefusalsWriteNothing) {
     const double* X = x.data();
     const double* Y = y.data();
     const Case cases[] = {
-        {"partition null", [&] { return zemath_find_peaks_partition(6, X, nullptr, 2, 1, 0, &left, &right); }, ZEMATH_ERR_NULL_POINTER},
-        {"partition n", [&] { return zemath_find_peaks_partition(0, X, Y, 2, 1, 0, &left, &right); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"partition flags none", [&] { return zemath_find_peaks_partition(6, X, Y, 2, 4, 0, &left, &right); }, ZEMATH_ERR_BAD_OPTION},
-        {"partition flags both", [&] { return zemath_find_peaks_partition(6, X, Y, 2, 3, 0, &left, &right); }, ZEMATH_ERR_BAD_OPTION},
-        {"partition threshold", [&] { return zemath_find_peaks_partition(6, X, Y, 2, 1, -1, &left, &right); }, ZEMATH_ERR_NEGATIVE_PARAM},
-        {"partition outside", [&] { return zemath_find_peaks_partition(6, X, Y, 5.5, 1, 0, &left, &right); }, ZEMATH_ERR_EMPTY_RANGE},
-        {"partition NaN", [&] { return zemath_find_peaks_partition(6, X, Y, kNan, 1, 0, &left, &right); }, ZEMATH_ERR_EMPTY_RANGE},
-        {"centralized null index", [&] { return zemath_find_peak_by_derivative_centralized(&count, X, Y, dy.data(), ox, oy, nullptr, 1); }, ZEMATH_ERR_NULL_POINTER},
-        {"centralized n", [&] { count = 1; return zemath_find_peak_by_derivative_centralized(&count, X, Y, dy.data(), ox, oy, oi, 1); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"centralized X", [&] { return zemath_find_peak_by_derivative_centralized(&count, same.data(), Y, dy.data(), ox, oy, oi, 1); }, ZEMATH_ERR_NOT_MONOTONIC},
-        {"pick null", [&] { return zemath_pick_peaks(nullptr, X, Y, ox, oy, oi, 1, 0, 0, 1); }, ZEMATH_ERR_NULL_POINTER},
-        {"pick n", [&] { count = INT_MIN; return zemath_pick_peaks(&count, X, Y, ox, oy, oi, 1, 0, 0, 1); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"pick distance", [&] { return zemath_pick_peaks(&count, X, Y, ox, oy, oi, 1, 0, 0, 0); }, ZEMATH_ERR_PARAM_RANGE},
-        {"pick NaN height", [&] { return zemath_pick_peaks(&count, X, Y, ox, oy, oi, 1, kNan, 0, 1); }, ZEMATH_ERR_PARAM_RANGE},
-        {"full width null", [&] { return zemath_find_markers_of_peaks_by_height_and_full_width(6, X, Y, nullptr, good_peaks, 0.5, 0, 0, oi, ox, oy); }, ZEMATH_ERR_NULL_POINTER},
-        {"full width n", [&] { return zemath_find_markers_of_peaks_by_height_and_full_width(0, X, Y, &npk, good_peaks, 0.5, 0, 0, oi, ox, oy); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"full width index", [&] { npk = 2; return zemath_find_markers_of_peaks_by_height_and_full_width(6, X, Y, &npk, peaks, 0.5, 0, 0, oi, ox, oy); }, ZEMATH_ERR_EMPTY_RANGE},
-        {"full width fraction", [&] { return zemath_find_markers_of_peaks_by_height_and_full_width(6, X, Y, &npk, good_peaks, 1.0, 0, 0, oi, ox, oy); }, ZEMATH_ERR_PARAM_RANGE},
-        {"full width NaN width", [&] { return zemath_find_markers_of_peaks_by_height_and_full_width(6, X, Y, &npk, good_peaks, 0.5, 0, kNan, oi, ox, oy); }, ZEMATH_ERR_PARAM_RANGE},
-        {"centres null", [&] { return zemath_find_markers_of_peak_centers_by_height_and_width(6, X, Y, 1, nullptr, 0.5, 1, oi, ox, oy, nullptr); }, ZEMATH_ERR_NULL_POINTER},
-        {"centres n", [&] { return zemath_find_markers_of_peak_centers_by_height_and_width(6, X, Y, -1, centres, 0.5, 1, oi, ox, oy, nullptr); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"centres width", [&] { return zemath_find_markers_of_peak_centers_by_height_and_width(6, X, Y, 1, centres, 0.5, -1, oi, ox, oy, nullptr); }, ZEMATH_ERR_PARAM_RANGE},
-        {"centres X", [&] { return zemath_find_markers_of_peak_centers_by_height_and_width(6, down.data(), Y, 1, centres, 0.5, 1, oi, ox, oy, nullptr); }, ZEMATH_ERR_NOT_MONOTONIC},
-        {"centres outside", [&] { return zemath_find_markers_of_peak_centers_by_height_and_width(6, X, Y, 1, bad_centre, 0.5, 1, oi, ox, oy, nullptr); }, ZEMATH_ERR_EMPTY_RANGE},
-        {"centres NaN", [&] { return zemath_find_markers_of_peak_centers_by_height_and_width(6, X, Y, 1, nan_centre, 0.5, 1, oi, ox, oy, nullptr); }, ZEMATH_ERR_EMPTY_RANGE},
-        {"trim null", [&] { return zemath_trim_peak_part_by_2nd_derivative(6, ox, nullptr); }, ZEMATH_ERR_NULL_POINTER},
-        {"mask null", [&] { return zemath_create_baseline_by_masking_peaks(6, X, Y, 6, ox, nullptr, 1); }, ZEMATH_ERR_NULL_POINTER},
-        {"mask n", [&] { return zemath_create_baseline_by_masking_peaks(0, X, Y, 0, ox, oy, 1); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"mask out size", [&] { return zemath_create_baseline_by_masking_peaks(6, X, Y, 5, ox, oy, 1); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"mask X", [&] { return zemath_create_baseline_by_masking_peaks(6, same.data(), Y, 6, ox, oy, 1); }, ZEMATH_ERR_NOT_MONOTONIC},
-        {"end line null", [&] { return zemath_create_baseline_end_weighted_linear(6, X, Y, 2, nullptr); }, ZEMATH_ERR_NULL_POINTER},
-        {"end line ends", [&] { return zemath_create_baseline_end_weighted_linear(6, X, Y, 4, ox); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"end line n", [&] { return zemath_create_baseline_end_weighted_linear(1, X, Y, 1, ox); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"curvature null", [&] { return zemath_find_baseline_part_by_small_curvature(6, X, Y, 0.1, nullptr); }, ZEMATH_ERR_NULL_POINTER},
-        {"curvature n", [&] { return zemath_find_baseline_part_by_small_curvature(2, X, Y, 0.1, oi); }, ZEMATH_ERR_TOO_FEW_DERIV},
-        {"curvature fraction", [&] { return zemath_find_baseline_part_by_small_curvature(6, X, Y, kNan, oi); }, ZEMATH_ERR_PARAM_RANGE},
-        {"curvature2 smoothing", [&] { return zemath_find_baseline_part_by_small_curvature2(6, X, Y, 0.1, 5, 1, oi); }, ZEMATH_ERR_NEGATIVE_SMOOTHING},
-        {"curvature2 window", [&] { return zemath_find_baseline_part_by_small_curvature2(6, X, Y, 0.1, 9, 2, oi); }, ZEMATH_ERR_TOO_FEW_POINTS},
+        {"partition null",
+         [&] { return zemath_find_peaks_partition(6, X, nullptr, 2, 1, 0, &left, &right); },
+         ZEMATH_ERR_NULL_POINTER},
+        {"partition n",
+         [&] { return zemath_find_peaks_partition(0, X, Y, 2, 1, 0, &left, &right); },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"partition flags none",
+         [&] { return zemath_find_peaks_partition(6, X, Y, 2, 4, 0, &left, &right); },
+         ZEMATH_ERR_BAD_OPTION},
+        {"partition flags both",
+         [&] { return zemath_find_peaks_partition(6, X, Y, 2, 3, 0, &left, &right); },
+         ZEMATH_ERR_BAD_OPTION},
+        {"partition threshold",
+         [&] { return zemath_find_peaks_partition(6, X, Y, 2, 1, -1, &left, &right); },
+         ZEMATH_ERR_NEGATIVE_PARAM},
+        {"partition outside",
+         [&] { return zemath_find_peaks_partition(6, X, Y, 5.5, 1, 0, &left, &right); },
+         ZEMATH_ERR_EMPTY_RANGE},
+        {"partition NaN",
+         [&] { return zemath_find_peaks_partition(6, X, Y, kNan, 1, 0, &left, &right); },
+         ZEMATH_ERR_EMPTY_RANGE},
+        {"centralized null index",
+         [&] {
+             return zemath_find_peak_by_derivative_centralized(&count, X, Y, dy.data(), ox, oy,
+                                                               nullptr, 1);
+         },
+         ZEMATH_ERR_NULL_POINTER},
+        {"centralized n",
+         [&] {
+             count = 1;
+             return zemath_find_peak_by_derivative_centralized(&count, X, Y, dy.data(), ox, oy, oi,
+                                                               1);
+         },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"centralized X",
+         [&] {
+             return zemath_find_peak_by_derivative_centralized(&count, same.data(), Y, dy.data(),
+                                                               ox, oy, oi, 1);
+         },
+         ZEMATH_ERR_NOT_MONOTONIC},
+        {"pick null", [&] { return zemath_pick_peaks(nullptr, X, Y, ox, oy, oi, 1, 0, 0, 1); },
+         ZEMATH_ERR_NULL_POINTER},
+        {"pick n",
+         [&] {
+             count = INT_MIN;
+             return zemath_pick_peaks(&count, X, Y, ox, oy, oi, 1, 0, 0, 1);
+         },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"pick distance", [&] { return zemath_pick_peaks(&count, X, Y, ox, oy, oi, 1, 0, 0, 0); },
+         ZEMATH_ERR_PARAM_RANGE},
+        {"pick NaN height",
+         [&] { return zemath_pick_peaks(&count, X, Y, ox, oy, oi, 1, kNan, 0, 1); },
+         ZEMATH_ERR_PARAM_RANGE},
+        {"full width null",
+         [&] {
+             return zemath_find_markers_of_peaks_by_height_and_full_width(
+                 6, X, Y, nullptr, good_peaks, 0.5, 0, 0, oi, ox, oy);
+         },
+         ZEMATH_ERR_NULL_POINTER},
+        {"full width n",
+         [&] {
+             return zemath_find_markers_of_peaks_by_height_and_full_width(0, X, Y, &npk, good_peaks,
+                                                                          0.5, 0, 0, oi, ox, oy);
+         },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"full width index",
+         [&] {
+             npk = 2;
+             return zemath_find_markers_of_peaks_by_height_and_full_width(6, X, Y, &npk, peaks, 0.5,
+                                                                          0, 0, oi, ox, oy);
+         },
+         ZEMATH_ERR_EMPTY_RANGE},
+        {"full width fraction",
+         [&] {
+             return zemath_find_markers_of_peaks_by_height_and_full_width(6, X, Y, &npk, good_peaks,
+                                                                          1.0, 0, 0, oi, ox, oy);
+         },
+         ZEMATH_ERR_PARAM_RANGE},
+        {"full width NaN width",
+         [&] {
+             return zemath_find_markers_of_peaks_by_height_and_full_width(6, X, Y, &npk, good_peaks,
+                                                                          0.5, 0, kNan, oi, ox, oy);
+         },
+         ZEMATH_ERR_PARAM_RANGE},
+        {"centres null",
+         [&] {
+             return zemath_find_markers_of_peak_centers_by_height_and_width(
+                 6, X, Y, 1, nullptr, 0.5, 1, oi, ox, oy, nullptr);
+         },
+         ZEMATH_ERR_NULL_POINTER},
+        {"centres n",
+         [&] {
+             return zemath_find_markers_of_peak_centers_by_height_and_width(
+                 6, X, Y, -1, centres, 0.5, 1, oi, ox, oy, nullptr);
+         },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"centres width",
+         [&] {
+             return zemath_find_markers_of_peak_centers_by_height_and_width(
+                 6, X, Y, 1, centres, 0.5, -1, oi, ox, oy, nullptr);
+         },
+         ZEMATH_ERR_PARAM_RANGE},
+        {"centres X",
+         [&] {
+             return zemath_find_markers_of_peak_centers_by_height_and_width(
+                 6, down.data(), Y, 1, centres, 0.5, 1, oi, ox, oy, nullptr);
+         },
+         ZEMATH_ERR_NOT_MONOTONIC},
+        {"centres outside",
+         [&] {
+             return zemath_find_markers_of_peak_centers_by_height_and_width(
+                 6, X, Y, 1, bad_centre, 0.5, 1, oi, ox, oy, nullptr);
+         },
+         ZEMATH_ERR_EMPTY_RANGE},
+        {"centres NaN",
+         [&] {
+             return zemath_find_markers_of_peak_centers_by_height_and_width(
+                 6, X, Y, 1, nan_centre, 0.5, 1, oi, ox, oy, nullptr);
+         },
+         ZEMATH_ERR_EMPTY_RANGE},
+        {"trim null", [&] { return zemath_trim_peak_part_by_2nd_derivative(6, ox, nullptr); },
+         ZEMATH_ERR_NULL_POINTER},
+        {"mask null",
+         [&] { return zemath_create_baseline_by_masking_peaks(6, X, Y, 6, ox, nullptr, 1); },
+         ZEMATH_ERR_NULL_POINTER},
+        {"mask n", [&] { return zemath_create_baseline_by_masking_peaks(0, X, Y, 0, ox, oy, 1); },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"mask out size",
+         [&] { return zemath_create_baseline_by_masking_peaks(6, X, Y, 5, ox, oy, 1); },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"mask X",
+         [&] { return zemath_create_baseline_by_masking_peaks(6, same.data(), Y, 6, ox, oy, 1); },
+         ZEMATH_ERR_NOT_MONOTONIC},
+        {"end line null",
+         [&] { return zemath_create_baseline_end_weighted_linear(6, X, Y, 2, nullptr); },
+         ZEMATH_ERR_NULL_POINTER},
+        {"end line ends",
+         [&] { return zemath_create_baseline_end_weighted_linear(6, X, Y, 4, ox); },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"end line n", [&] { return zemath_create_baseline_end_weighted_linear(1, X, Y, 1, ox); },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"curvature null",
+         [&] { return zemath_find_baseline_part_by_small_curvature(6, X, Y, 0.1, nullptr); },
+         ZEMATH_ERR_NULL_POINTER},
+        {"curvature n",
+         [&] { return zemath_find_baseline_part_by_small_curvature(2, X, Y, 0.1, oi); },
+         ZEMATH_ERR_TOO_FEW_DERIV},
+        {"curvature fraction",
+         [&] { return zemath_find_baseline_part_by_small_curvature(6, X, Y, kNan, oi); },
+         ZEMATH_ERR_PARAM_RANGE},
+        {"curvature2 smoothing",
+         [&] { return zemath_find_baseline_part_by_small_curvature2(6, X, Y, 0.1, 5, 1, oi); },
+         ZEMATH_ERR_NEGATIVE_SMOOTHING},
+        {"curvature2 window",
+         [&] { return zemath_find_baseline_part_by_small_curvature2(6, X, Y, 0.1, 9, 2, oi); },
+         ZEMATH_ERR_TOO_FEW_POINTS},
     };
     for (const Case& c : cases) {
         reset();
@@ -534,7 +658,7 @@ TEST(PeakMeasures, GaussianMomentsWidthsAndInflections) {
     EXPECT_NEAR(m[4], 3.0, 1e-7);
     const double fwhm = 2 * std::sqrt(2 * std::log(2.0)) * sd;
     EXPECT_NEAR(m[7], fwhm, 0.01 * fwhm);  // linear crossings on a step of sd/4
-    const int top = 52;             // x = 10.4, the sample nearest the centre
+    const int top = 52;                    // x = 10.4, the sample nearest the centre
     double left = 0, right = 0;
     ASSERT_EQ(zemath_find_xs(161, x.data(), y.data(), top, 0.5, &left, &right), 0);
     EXPECT_NEAR(right - left, fwhm, 0.01 * fwhm);
@@ -542,9 +666,9 @@ TEST(PeakMeasures, GaussianMomentsWidthsAndInflections) {
     // Inflection points at centre -+ sd: finite differences to O(step^2), the spline far closer.
     double fd_left = 0, fd_right = 0, sp_left = 0, sp_right = 0;
     ASSERT_EQ(zemath_find_inflection_point(161, x.data(), y.data(), top, &fd_left, &fd_right), 0);
-    ASSERT_EQ(zemath_iterate_for_finding_inflection(161, x.data(), y.data(), top, &sp_left,
-                                                    &sp_right),
-              0);
+    ASSERT_EQ(
+        zemath_iterate_for_finding_inflection(161, x.data(), y.data(), top, &sp_left, &sp_right),
+        0);
     EXPECT_NEAR(fd_left, centre - sd, 0.03 * sd);
     EXPECT_NEAR(fd_right, centre + sd, 0.03 * sd);
     EXPECT_NEAR(sp_left, centre - sd, 4e-3 * sd);
@@ -596,8 +720,8 @@ TEST(PeakMeasures, GeneratedPeaksAndSegments) {
     };
     for (const Case& c : cases) {
         int start[8], end[8];
-        const int count = zemath_cut_to_segments_by_height(static_cast<int>(c.y.size()),
-                                                           c.y.data(), c.height, 8, start, end);
+        const int count = zemath_cut_to_segments_by_height(static_cast<int>(c.y.size()), c.y.data(),
+                                                           c.height, 8, start, end);
         ASSERT_EQ(count, static_cast<int>(c.start.size()));
         EXPECT_EQ(std::vector<int>(start, start + count), c.start);
         EXPECT_EQ(std::vector<int>(end, end + count), c.end);
@@ -620,7 +744,8 @@ TEST(PeakMeasures, GeneratedPeaksAndSegments) {
 }
 
 TEST(PeakMeasures, RefusalsWriteNothing) {
-    const std::vector<double> x = iota(6), y = {0, 1, 3, 1, 0, 0}, flat(6, 0.0), same = {0, 1, 1, 2, 3, 4};
+    const std::vector<double> x = iota(6), y = {0, 1, 3, 1, 0, 0}, flat(6, 0.0),
+                              same = {0, 1, 1, 2, 3, 4};
     const std::vector<double> up = {0, 1, 2, 3, 4, 5};
     double a = -7, b = -7, out[8];
     int start[1] = {-7}, end[1] = {-7};
@@ -632,37 +757,80 @@ TEST(PeakMeasures, RefusalsWriteNothing) {
         int expected;
     };
     const Case cases[] = {
-        {"moments null", [&] { return zemath_calc_peak_moments_ex(6, X, Y, nullptr, 0, 5, 0, nullptr); }, ZEMATH_ERR_NULL_POINTER},
-        {"moments range", [&] { return zemath_calc_peak_moments_ex(6, X, Y, nullptr, 3, 3, 0, out); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"moments last", [&] { return zemath_calc_peak_moments_ex(6, X, Y, nullptr, 0, 6, 0, out); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"moments method", [&] { return zemath_calc_peak_moments_ex(6, X, Y, nullptr, 0, 5, 2, out); }, ZEMATH_ERR_BAD_OPTION},
-        {"adjust null", [&] { return zemath_adjust_data_of_peaks(6, Y, nullptr, out, 0); }, ZEMATH_ERR_NULL_POINTER},
-        {"adjust n", [&] { return zemath_adjust_data_of_peaks(0, Y, Y, out, 0); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"adjust option", [&] { return zemath_adjust_data_of_peaks(6, Y, Y, out, 3); }, ZEMATH_ERR_BAD_OPTION},
-        {"x array null", [&] { return zemath_generate_peak_x_array(3, 0, 1, 1, nullptr); }, ZEMATH_ERR_NULL_POINTER},
-        {"x array n", [&] { return zemath_generate_peak_x_array(0, 0, 1, 1, out); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"x array width", [&] { return zemath_generate_peak_x_array(3, 0, 0, 1, out); }, ZEMATH_ERR_PARAM_RANGE},
-        {"x array span", [&] { return zemath_generate_peak_x_array(3, 0, 1, kNan, out); }, ZEMATH_ERR_PARAM_RANGE},
-        {"x array overflow", [&] { return zemath_generate_peak_x_array(3, 0, 1e300, 1e300, out); }, ZEMATH_ERR_PARAM_RANGE},
-        {"x array centre", [&] { return zemath_generate_peak_x_array(3, INFINITY, 1, 1, out); }, ZEMATH_ERR_PARAM_RANGE},
-        {"xs null", [&] { return zemath_find_xs(6, X, Y, 2, 0.5, nullptr, &b); }, ZEMATH_ERR_NULL_POINTER},
-        {"xs n", [&] { return zemath_find_xs(0, X, Y, 0, 0.5, &a, &b); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"xs peak", [&] { return zemath_find_xs(6, X, Y, 6, 0.5, &a, &b); }, ZEMATH_ERR_EMPTY_RANGE},
-        {"xs fraction", [&] { return zemath_find_xs(6, X, Y, 2, -0.1, &a, &b); }, ZEMATH_ERR_PARAM_RANGE},
-        {"xs never reached", [&] { return zemath_find_xs(6, X, up.data(), 5, 0.5, &a, &b); }, ZEMATH_ERR_BOUND_NOT_FOUND},
-        {"xs flat", [&] { return zemath_find_xs(6, X, flat.data(), 2, 0.5, &a, &b); }, ZEMATH_ERR_BOUND_NOT_FOUND},
-        {"inflection null", [&] { return zemath_find_inflection_point(6, nullptr, Y, 2, &a, &b); }, ZEMATH_ERR_NULL_POINTER},
-        {"inflection n", [&] { return zemath_find_inflection_point(2, X, Y, 0, &a, &b); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"inflection peak", [&] { return zemath_find_inflection_point(6, X, Y, -1, &a, &b); }, ZEMATH_ERR_EMPTY_RANGE},
-        {"inflection zero", [&] { return zemath_find_inflection_point(6, X, flat.data(), 2, &a, &b); }, ZEMATH_ERR_BOUND_NOT_FOUND},
-        {"inflection none", [&] { return zemath_find_inflection_point(6, X, up.data(), 5, &a, &b); }, ZEMATH_ERR_BOUND_NOT_FOUND},
-        {"spline null", [&] { return zemath_iterate_for_finding_inflection(6, X, Y, 2, &a, nullptr); }, ZEMATH_ERR_NULL_POINTER},
-        {"spline X", [&] { return zemath_iterate_for_finding_inflection(6, same.data(), Y, 2, &a, &b); }, ZEMATH_ERR_NOT_MONOTONIC},
-        {"spline none", [&] { return zemath_iterate_for_finding_inflection(6, X, up.data(), 5, &a, &b); }, ZEMATH_ERR_BOUND_NOT_FOUND},
-        {"segments null", [&] { return zemath_cut_to_segments_by_height(6, Y, 0.5, 1, nullptr, end); }, ZEMATH_ERR_NULL_POINTER},
-        {"segments n", [&] { return zemath_cut_to_segments_by_height(0, Y, 0.5, 1, start, end); }, ZEMATH_ERR_TOO_FEW_POINTS},
-        {"segments NaN", [&] { return zemath_cut_to_segments_by_height(6, Y, kNan, 1, start, end); }, ZEMATH_ERR_PARAM_RANGE},
-        {"segments too many", [&] { return zemath_cut_to_segments_by_height(6, same.data(), -0.5, 0, start, end); }, ZEMATH_ERR_TOO_MANY_REGIONS},
+        {"moments null",
+         [&] { return zemath_calc_peak_moments_ex(6, X, Y, nullptr, 0, 5, 0, nullptr); },
+         ZEMATH_ERR_NULL_POINTER},
+        {"moments range",
+         [&] { return zemath_calc_peak_moments_ex(6, X, Y, nullptr, 3, 3, 0, out); },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"moments last",
+         [&] { return zemath_calc_peak_moments_ex(6, X, Y, nullptr, 0, 6, 0, out); },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"moments method",
+         [&] { return zemath_calc_peak_moments_ex(6, X, Y, nullptr, 0, 5, 2, out); },
+         ZEMATH_ERR_BAD_OPTION},
+        {"adjust null", [&] { return zemath_adjust_data_of_peaks(6, Y, nullptr, out, 0); },
+         ZEMATH_ERR_NULL_POINTER},
+        {"adjust n", [&] { return zemath_adjust_data_of_peaks(0, Y, Y, out, 0); },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"adjust option", [&] { return zemath_adjust_data_of_peaks(6, Y, Y, out, 3); },
+         ZEMATH_ERR_BAD_OPTION},
+        {"x array null", [&] { return zemath_generate_peak_x_array(3, 0, 1, 1, nullptr); },
+         ZEMATH_ERR_NULL_POINTER},
+        {"x array n", [&] { return zemath_generate_peak_x_array(0, 0, 1, 1, out); },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"x array width", [&] { return zemath_generate_peak_x_array(3, 0, 0, 1, out); },
+         ZEMATH_ERR_PARAM_RANGE},
+        {"x array span", [&] { return zemath_generate_peak_x_array(3, 0, 1, kNan, out); },
+         ZEMATH_ERR_PARAM_RANGE},
+        {"x array overflow", [&] { return zemath_generate_peak_x_array(3, 0, 1e300, 1e300, out); },
+         ZEMATH_ERR_PARAM_RANGE},
+        {"x array centre", [&] { return zemath_generate_peak_x_array(3, INFINITY, 1, 1, out); },
+         ZEMATH_ERR_PARAM_RANGE},
+        {"xs null", [&] { return zemath_find_xs(6, X, Y, 2, 0.5, nullptr, &b); },
+         ZEMATH_ERR_NULL_POINTER},
+        {"xs n", [&] { return zemath_find_xs(0, X, Y, 0, 0.5, &a, &b); },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"xs peak", [&] { return zemath_find_xs(6, X, Y, 6, 0.5, &a, &b); },
+         ZEMATH_ERR_EMPTY_RANGE},
+        {"xs fraction", [&] { return zemath_find_xs(6, X, Y, 2, -0.1, &a, &b); },
+         ZEMATH_ERR_PARAM_RANGE},
+        {"xs never reached", [&] { return zemath_find_xs(6, X, up.data(), 5, 0.5, &a, &b); },
+         ZEMATH_ERR_BOUND_NOT_FOUND},
+        {"xs flat", [&] { return zemath_find_xs(6, X, flat.data(), 2, 0.5, &a, &b); },
+         ZEMATH_ERR_BOUND_NOT_FOUND},
+        {"inflection null", [&] { return zemath_find_inflection_point(6, nullptr, Y, 2, &a, &b); },
+         ZEMATH_ERR_NULL_POINTER},
+        {"inflection n", [&] { return zemath_find_inflection_point(2, X, Y, 0, &a, &b); },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"inflection peak", [&] { return zemath_find_inflection_point(6, X, Y, -1, &a, &b); },
+         ZEMATH_ERR_EMPTY_RANGE},
+        {"inflection zero",
+         [&] { return zemath_find_inflection_point(6, X, flat.data(), 2, &a, &b); },
+         ZEMATH_ERR_BOUND_NOT_FOUND},
+        {"inflection none",
+         [&] { return zemath_find_inflection_point(6, X, up.data(), 5, &a, &b); },
+         ZEMATH_ERR_BOUND_NOT_FOUND},
+        {"spline null",
+         [&] { return zemath_iterate_for_finding_inflection(6, X, Y, 2, &a, nullptr); },
+         ZEMATH_ERR_NULL_POINTER},
+        {"spline X",
+         [&] { return zemath_iterate_for_finding_inflection(6, same.data(), Y, 2, &a, &b); },
+         ZEMATH_ERR_NOT_MONOTONIC},
+        {"spline none",
+         [&] { return zemath_iterate_for_finding_inflection(6, X, up.data(), 5, &a, &b); },
+         ZEMATH_ERR_BOUND_NOT_FOUND},
+        {"segments null",
+         [&] { return zemath_cut_to_segments_by_height(6, Y, 0.5, 1, nullptr, end); },
+         ZEMATH_ERR_NULL_POINTER},
+        {"segments n", [&] { return zemath_cut_to_segments_by_height(0, Y, 0.5, 1, start, end); },
+         ZEMATH_ERR_TOO_FEW_POINTS},
+        {"segments NaN",
+         [&] { return zemath_cut_to_segments_by_height(6, Y, kNan, 1, start, end); },
+         ZEMATH_ERR_PARAM_RANGE},
+        {"segments too many",
+         [&] { return zemath_cut_to_segments_by_height(6, same.data(), -0.5, 0, start, end); },
+         ZEMATH_ERR_TOO_MANY_REGIONS},
     };
     for (const Case& c : cases) {
         std::fill(out, out + 8, -7.0);
