@@ -131,6 +131,27 @@ ZEMATH_API int zemath_cut_to_segments_by_height(int nSize, const double* pY, dou
                                                 int nMaxSegments, int* pStart,
                                                 int* pEnd) ZEMATH_NOEXCEPT;
 
+/* The level a curve settles to at one end (its asymptote there): the median of the usable
+ * values (NANUM and NaN skipped) among the first (nSide 0) or last (nSide 1) nPoints
+ * points, robust to noise. Returns 0; -11 on a NULL pointer; -18 when nSize < 1,
+ * nPoints < 1 or nPoints > nSize; -10 for another nSide; -158 when none of those points is
+ * usable (nothing written). */
+ZEMATH_API int zemath_yatasymt(int nSize, const double* pY, int nSide, int nPoints,
+                               double* pYAsym) ZEMATH_NOEXCEPT;
+
+/* Where a peak's tails meet their asymptote: walking from the peak at nPeak outward (index
+ * order, X ascending), the X on each side where the curve first comes within dFraction of
+ * the peak's height of the asymptote level dAsymptote, i.e. reaches
+ * dAsymptote + dFraction * (Y[nPeak] - dAsymptote): the linear crossing between the last
+ * point beyond that level and the first at or past it (NANUM and NaN points passed over).
+ * For a Lorentzian of FWHM w over its asymptote: c -+ (w/2) sqrt(1/dFraction - 1). Returns
+ * 0; -11 on a NULL pointer; -18 when nSize < 1; -6 when nPeak lies outside [0, nSize);
+ * -151 when dFraction is not in [0, 1) or dAsymptote is not finite; -64 when Y[nPeak] is
+ * missing or equals the asymptote, or a side never reaches the level (nothing written). */
+ZEMATH_API int zemath_xatasymt(int nSize, const double* pX, const double* pY, int nPeak,
+                               double dAsymptote, double dFraction, double* pXLeft,
+                               double* pXRight) ZEMATH_NOEXCEPT;
+
 ZEMATH_EXTERN_C_END
 
 #endif /* ZEMATH_PEAK_MEASURES_H */

@@ -430,3 +430,64 @@ ZEMATH_API int zemath_cut_to_segments_by_height(int nSize, const double* pY, dou
     }
     return segments;
 }
+
+ZEMATH_API int zemath_yatasymt(int nSize, const double* pY, int nSide, int nPoints,
+                               double* pYAsym) noexcept {
+    if (pY == nullptr || pYAsym == nullptr) return ZEMATH_ERR_NULL_POINTER;
+    if (nSize < 1 || nPoints < 1 || nPoints > nSize) return ZEMATH_ERR_TOO_FEW_POINTS;
+    if (nSide != 0 && nSide != 1) return ZEMATH_ERR_BAD_OPTION;
+    return guard_status([&] {
+        std::vector<double> tail;
+        tail.reserve(static_cast<std::size_t>(nPoints));
+        for (int k = 0; k < nPoints; ++k) {
+            const double v = pY[nSide == 0 ? k : nSize - 1 - k];
+            if (usable(v)) tail.push_back(v);
+        }
+        if (tail.empty()) return ZEMATH_ERR_NO_USABLE_VALUE;
+        // The median: robust to the noise and to a tail that has not quite settled.
+        const std::size_t m = tail.size();
+        const auto middle = tail.begin() + static_cast<std::ptrdiff_t>(m / 2);
+        std::nth_element(tail.begin(), middle, tail.end());
+        double median = *middle;
+        if (m % 2 == 0) median = 0.5 * (median + *std::max_element(tail.begin(), middle));
+        *pYAsym = median;
+        return ZEMATH_OK;
+    });
+}
+
+ZEMATH_API int zemath_xatasymt(int nSize, const double* pX, const double* pY, int nPeak,
+                               double dAsymptote, double dFraction, double* pXLeft,
+                               double* pXRight) noexcept {
+    if (pX == nullptr || pY == nullptr || pXLeft == nullptr || pXRight == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    if (nSize < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
+    if (nPeak < 0 || nPeak >= nSize) return ZEMATH_ERR_EMPTY_RANGE;
+    if (!(dFraction >= 0.0 && dFraction < 1.0) || !std::isfinite(dAsymptote))
+        return ZEMATH_ERR_PARAM_RANGE;
+    const double top = pY[nPeak] - dAsymptote;
+    if (!usable(pY[nPeak]) || !(top != 0.0)) return ZEMATH_ERR_BOUND_NOT_FOUND;
+    // The level dFraction of the way from the asymptote to the top; NANUM and NaN points
+    // are passed over.
+    const double level = dAsymptote + dFraction * top;
+    const auto beyond = [&](double v) { return top > 0.0 ? v > level : v < level; };
+    double found[2];
+    for (int side = 0; side < 2; ++side) {
+        const int step = side == 0 ? -1 : 1;
+        int inner = nPeak;
+        bool reached = false;
+        for (int i = nPeak + step; i >= 0 && i < nSize; i += step) {
+            if (!usable(pY[i]) || !usable(pX[i])) continue;
+            if (!beyond(pY[i])) {
+                const double t = (level - pY[inner]) / (pY[i] - pY[inner]);
+                found[side] = pX[inner] + t * (pX[i] - pX[inner]);
+                reached = true;
+                break;
+            }
+            inner = i;
+        }
+        if (!reached) return ZEMATH_ERR_BOUND_NOT_FOUND;
+    }
+    *pXLeft = found[0];
+    *pXRight = found[1];
+    return ZEMATH_OK;
+}

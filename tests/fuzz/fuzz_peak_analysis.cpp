@@ -1,7 +1,7 @@
 // Fuzz target: peak picking, peak extents, derivative-centred peaks, width and centre
 // markers, curvature trimming, the masked, end-weighted and small-curvature baselines,
-// flat-part noise and the peak measures. Arrays are exactly as long as their counts;
-// counts and indices written must lie inside the arrays, and a refused call (negative
+// flat-part noise and the peak measures (asymptote points included). Arrays are exactly as long as
+// their counts; counts and indices written must lie inside the arrays, and a refused call (negative
 // status) must leave every output as it was.
 #include <algorithm>
 #include <cmath>
@@ -218,12 +218,25 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
                         (k == 0 || start[k] > end[k - 1] + 1));
             break;
         }
+        case 19: {
+            double level = kSentinel;
+            const int status = zemath_yatasymt(n, py, in.integer(), in.integer(), &level);
+            if (status < 0) require(level == kSentinel);
+            break;
+        }
+        case 20: {
+            double left = kSentinel, right = kSentinel;
+            const int status = zemath_xatasymt(n, px, py, in.integer() % (len + 2), in.real(),
+                                               in.real(), &left, &right);
+            if (status < 0) require(left == kSentinel && right == kSentinel);
+            break;
+        }
         default: {  // the shared picker on unsorted X with huge distances
             Outputs out(n);
             int count = n;
             if (zemath_pick_peaks(&count, px, py, data_or_null(out.x), data_or_null(out.y),
                                   data_or_null(out.index), 3 | (flags & 4), 0.0, in.real(),
-                                  which == 18 ? INT32_MAX : 1 + in.count(50)) == 0)
+                                  in.byte() & 1 ? INT32_MAX : 1 + in.count(50)) == 0)
                 for (int k = 0; k < count; ++k) require(in_range(out.index[k], len));
             break;
         }

@@ -843,4 +843,59 @@ TEST(PeakMeasures, RefusalsWriteNothing) {
     }
 }
 
+TEST(PeakMeasures, AsymptotePoints) {
+    // A Lorentzian (centre 5, FWHM 2, height 3) over the level 0.4: its tails come within
+    // a fraction f of the height at 5 -+ sqrt(1/f - 1).
+    const std::vector<double> x = iota(4001, 0.01, -15.0);
+    std::vector<double> y(x.size());
+    for (std::size_t i = 0; i < x.size(); ++i)
+        y[i] = 0.4 + 3.0 / ((x[i] - 5.0) * (x[i] - 5.0) + 1.0);
+    double level = 0;
+    ASSERT_EQ(zemath_yatasymt(4001, y.data(), 0, 50, &level), 0);
+    EXPECT_NEAR(level, 0.4, 0.01);  // 20 widths out the tail is still 3/401 above
+    for (double f : {0.5, 0.1, 0.02}) {
+        double left = 0, right = 0;
+        ASSERT_EQ(zemath_xatasymt(4001, x.data(), y.data(), 2000, 0.4, f, &left, &right), 0);
+        const double half = std::sqrt(1.0 / f - 1.0);
+        EXPECT_NEAR(left, 5.0 - half, 1e-4) << f;  // linear crossing on a step of 0.01
+        EXPECT_NEAR(right, 5.0 + half, 1e-4) << f;
+    }
+    // The median of each end, missing values skipped.
+    const double m = NANUM;
+    const std::vector<double> ends = {1, 9, 2, m, 3, 7, 8, 6, kNan, 5};
+    struct Case {
+        int side, points;
+        double expected;
+    };
+    for (const Case& c :
+         {Case{0, 3, 2.0}, Case{0, 4, 2.0}, Case{0, 5, 2.5}, Case{1, 4, 6.0}, Case{1, 10, 5.5}}) {
+        double got = 0;
+        ASSERT_EQ(zemath_yatasymt(10, ends.data(), c.side, c.points, &got), 0);
+        EXPECT_EQ(got, c.expected) << c.side << " " << c.points;
+    }
+    // Refusals write nothing.
+    double a = -7, b = -7;
+    const std::vector<double> up = iota(6), missing(6, m);
+    EXPECT_EQ(zemath_yatasymt(6, nullptr, 0, 2, &a), ZEMATH_ERR_NULL_POINTER);
+    EXPECT_EQ(zemath_yatasymt(6, up.data(), 0, 7, &a), ZEMATH_ERR_TOO_FEW_POINTS);
+    EXPECT_EQ(zemath_yatasymt(6, up.data(), 2, 2, &a), ZEMATH_ERR_BAD_OPTION);
+    EXPECT_EQ(zemath_yatasymt(6, missing.data(), 1, 2, &a), ZEMATH_ERR_NO_USABLE_VALUE);
+    EXPECT_EQ(zemath_xatasymt(6, up.data(), up.data(), 2, 0.0, 0.5, nullptr, &b),
+              ZEMATH_ERR_NULL_POINTER);
+    EXPECT_EQ(zemath_xatasymt(0, up.data(), up.data(), 0, 0.0, 0.5, &a, &b),
+              ZEMATH_ERR_TOO_FEW_POINTS);
+    EXPECT_EQ(zemath_xatasymt(6, up.data(), up.data(), 6, 0.0, 0.5, &a, &b),
+              ZEMATH_ERR_EMPTY_RANGE);
+    EXPECT_EQ(zemath_xatasymt(6, up.data(), up.data(), 2, INFINITY, 0.5, &a, &b),
+              ZEMATH_ERR_PARAM_RANGE);
+    EXPECT_EQ(zemath_xatasymt(6, up.data(), up.data(), 2, 0.0, 1.0, &a, &b),
+              ZEMATH_ERR_PARAM_RANGE);
+    EXPECT_EQ(zemath_xatasymt(6, up.data(), up.data(), 5, 0.0, 0.5, &a, &b),
+              ZEMATH_ERR_BOUND_NOT_FOUND);  // a rising curve: the right side never falls
+    EXPECT_EQ(zemath_xatasymt(6, up.data(), up.data(), 2, 2.0, 0.5, &a, &b),
+              ZEMATH_ERR_BOUND_NOT_FOUND);  // the peak at the asymptote
+    EXPECT_EQ(a, -7.0);
+    EXPECT_EQ(b, -7.0);
+}
+
 }  // namespace
