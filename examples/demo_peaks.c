@@ -1,7 +1,8 @@
 /* zeMath demo, peaks part: the peaks of the sample curve found with a search window of
  * 1.0 in X above the straight baseline through its ends, base markers where each peak
  * meets that baseline, and a peak table (centre, height above the baseline, FWHM, area)
- * from the integration family. Missing points are removed first. */
+ * from the integration family; then the peaks picked by prominence and the baseline with
+ * those peaks masked out. Missing points are removed first. */
 #include <stdio.h>
 #include <string.h>
 
@@ -48,4 +49,12 @@ void demo_peaks(const double* x, const double* y, int n) {
         printf("  x %5.2f..%5.2f  %8.3f  %8.4f  %8.4f  %8.4f\n", marker_x[0], marker_x[1], px[k],
                py[k], r.fwhm, r.area);
     }
+
+    /* Peaks standing 20 noise levels above their surroundings, and the masked baseline. */
+    npeaks = m;
+    if (zemath_pick_peaks(&npeaks, xs, ys, px, py, idx, 1, 0.0, 20.0 * noise, 5) == 0 &&
+        zemath_create_baseline_by_masking_peaks(m, xs, ys, m, base, above, 1) == 0)
+        printf(
+            "  picked by prominence: %d peak(s), the first at x %.2f; masked baseline %.4f..%.4f\n",
+            npeaks, npeaks > 0 ? px[0] : 0.0, above[0], above[m - 1]);
 }

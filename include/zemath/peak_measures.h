@@ -1,6 +1,8 @@
-/* zeMath: point look-ups on a curve (pX, pY) for peak analysis: level crossings, the X of
- * a Y value, the Y at an X. Inputs are never modified; a refused call (negative return)
- * writes nothing. -19: working storage could not be allocated. */
+/* zeMath: point look-ups on a curve (pX, pY) for peak analysis (level crossings, the X of
+ * a Y value, the Y at an X) and peak measures (moments, half-height positions, inflection
+ * points, generated peaks, segments by height). Missing points (NANUM) are skipped where
+ * each entry says so; NaN is not missing. Inputs are never modified; a refused call (negative
+ * return) writes nothing. -19: working storage could not be allocated. */
 #ifndef ZEMATH_PEAK_MEASURES_H
 #define ZEMATH_PEAK_MEASURES_H
 
@@ -58,6 +60,97 @@ ZEMATH_API int zemath_generate_peak_data(int nSize, const double* pX, double* pY
 ZEMATH_API int zemath_calc_peak_moments(int nSize, const double* pX, const double* pY,
                                         const double* pBase, int nFirst, int nLast,
                                         double* pMoments) ZEMATH_NOEXCEPT;
+
+/* As zemath_calc_peak_moments, with the integration rule nMethod (0 trapezoid, 1 piecewise
+ * quadratics through consecutive point triples: exact for quadratics on any spacing,
+ * Simpson's rule on even spacing) and three more results: pMoments[5] the height (the
+ * largest |Y - base|, signed; first among equals), [6] its X, [7] the full width at half
+ * that height (linear crossings of the half level on each side within the range; NANUM
+ * when a side never falls to it). pMoments holds 8 values. Returns 0; -11 when pX, pY or
+ * pMoments is NULL; -18 as zemath_calc_peak_moments; -10 for another nMethod. */
+ZEMATH_API int zemath_calc_peak_moments_ex(int nSize, const double* pX, const double* pY,
+                                           const double* pBase, int nFirst, int nLast, int nMethod,
+                                           double* pMoments) ZEMATH_NOEXCEPT;
+
+/* The peak's data above its baseline: pOut[i] = pY[i] - pBase[i] (NANUM where either is
+ * NANUM); nOption 1 sets negative results to 0 (positive peaks), 2 sets positive results to
+ * 0 (negative peaks), 0 leaves them. pOut may be pY or pBase (element-wise). Returns 0;
+ * -11 on a NULL pointer; -18 when nSize < 1; -10 for another nOption. */
+ZEMATH_API int zemath_adjust_data_of_peaks(int nSize, const double* pY, const double* pBase,
+                                           double* pOut, int nOption) ZEMATH_NOEXCEPT;
+
+/* nSize evenly spaced abscissas for generating a peak (with zemath_generate_peak_data):
+ * from dCentre - dHalfSpan*dFWHM to dCentre + dHalfSpan*dFWHM, symmetric about the centre
+ * (mirror points are exact negatives about it; an odd count puts one point exactly on it;
+ * the ends are exact). nSize 1 gives the centre. Returns 0; -11 when pX is NULL; -18 when
+ * nSize < 1; -151 when dCentre is not finite, or dFWHM, dHalfSpan or their product is not
+ * a positive finite number. */
+ZEMATH_API int zemath_generate_peak_x_array(int nSize, double dCentre, double dFWHM,
+                                            double dHalfSpan, double* pX) ZEMATH_NOEXCEPT;
+
+/* Half-height positions (at any fraction): the X on each side of the peak at index nPeak
+ * where the curve falls to dFraction * Y[nPeak] (rises to it for a peak with Y <= 0), the
+ * linear crossing between the last point beyond the level and the first at or past it,
+ * walking from the peak in index order (X ascending). With dFraction 0.5,
+ * *pXRight - *pXLeft is the full width at half maximum. Y is taken as it is: subtract a
+ * baseline first (zemath_adjust_data_of_peaks). Returns 0; -11 on a NULL pointer; -18 when
+ * nSize < 1; -6 when nPeak lies outside [0, nSize); -151 when dFraction is not in [0, 1);
+ * -64 when a side never reaches the level (nothing written). */
+ZEMATH_API int zemath_find_xs(int nSize, const double* pX, const double* pY, int nPeak,
+                              double dFraction, double* pXLeft, double* pXRight) ZEMATH_NOEXCEPT;
+
+/* Inflection points on each side of the peak at nPeak (X ascending): Y'' is the centred
+ * finite-difference derivative (zemath_derivative, mode 0) taken twice; walking outward
+ * from the peak, the first place where Y'' changes from the peak's curvature (<= 0 under a
+ * maximum, >= 0 over a minimum) to the opposite sign gives the linear root of Y'' between
+ * the two points (c -+ sigma for a Gaussian, to O(step^2)). NANUM points are skipped.
+ * Returns 0; -11 on a NULL pointer; -18 when nSize < 3; -6 when nPeak lies outside
+ * [0, nSize); -64 when Y[nPeak] or X[nPeak] is NANUM or NaN, Y[nPeak] is 0, or a side has no
+ * sign change (nothing written). */
+ZEMATH_API int zemath_find_inflection_point(int nSize, const double* pX, const double* pY,
+                                            int nPeak, double* pXLeft,
+                                            double* pXRight) ZEMATH_NOEXCEPT;
+
+/* As zemath_find_inflection_point with Y'' from the not-a-knot cubic spline through the
+ * usable points (continuous and piecewise linear, so the root between two nodes is exact
+ * for the spline): node by node outward from the peak, the first sign change of the
+ * spline's curvature. More accurate than the finite differences on coarse data (about
+ * 3e-3 sigma for a Gaussian sampled every sigma/4). Returns 0; -11; -6; -64 as above; -18
+ * when nSize < 3 or fewer than 4 points are usable; -17 when the usable X are not
+ * strictly increasing. */
+ZEMATH_API int zemath_iterate_for_finding_inflection(int nSize, const double* pX, const double* pY,
+                                                     int nPeak, double* pXLeft,
+                                                     double* pXRight) ZEMATH_NOEXCEPT;
+
+/* Segments of the curve above a height: the maximal runs of consecutive points with
+ * Y > dHeight (a NANUM or NaN point ends a run), first and last index of each into pStart
+ * and pEnd (capacity nMaxSegments each), in index order. Returns the number of segments
+ * (>= 0); -11 on a NULL pointer; -18 when nSize < 1; -151 when dHeight is NaN; -56 when
+ * there are more than nMaxSegments segments (nothing written). */
+ZEMATH_API int zemath_cut_to_segments_by_height(int nSize, const double* pY, double dHeight,
+                                                int nMaxSegments, int* pStart,
+                                                int* pEnd) ZEMATH_NOEXCEPT;
+
+/* The level a curve settles to at one end (its asymptote there): the median of the usable
+ * values (NANUM and NaN skipped) among the first (nSide 0) or last (nSide 1) nPoints
+ * points, robust to noise. Returns 0; -11 on a NULL pointer; -18 when nSize < 1,
+ * nPoints < 1 or nPoints > nSize; -10 for another nSide; -158 when none of those points is
+ * usable (nothing written). */
+ZEMATH_API int zemath_yatasymt(int nSize, const double* pY, int nSide, int nPoints,
+                               double* pYAsym) ZEMATH_NOEXCEPT;
+
+/* Where a peak's tails meet their asymptote: walking from the peak at nPeak outward (index
+ * order, X ascending), the X on each side where the curve first comes within dFraction of
+ * the peak's height of the asymptote level dAsymptote, i.e. reaches
+ * dAsymptote + dFraction * (Y[nPeak] - dAsymptote): the linear crossing between the last
+ * point beyond that level and the first at or past it (NANUM and NaN points passed over).
+ * For a Lorentzian of FWHM w over its asymptote: c -+ (w/2) sqrt(1/dFraction - 1). Returns
+ * 0; -11 on a NULL pointer; -18 when nSize < 1; -6 when nPeak lies outside [0, nSize);
+ * -151 when dFraction is not in [0, 1) or dAsymptote is not finite; -64 when Y[nPeak] is
+ * missing or equals the asymptote, or a side never reaches the level (nothing written). */
+ZEMATH_API int zemath_xatasymt(int nSize, const double* pX, const double* pY, int nPeak,
+                               double dAsymptote, double dFraction, double* pXLeft,
+                               double* pXRight) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END
 

@@ -136,6 +136,95 @@ ZEMATH_API int zemath_find_markers_of_peaks_by_height_and_width(
     int nSize, const double* pX, const double* pY, int nPeaks, const int* pPeakIndices,
     double dHeightFraction, int* pMarkers, double* pMarkerX, double* pMarkerY) ZEMATH_NOEXCEPT;
 
+/* Markers as zemath_find_markers_of_peaks_by_height_and_width, keeping only the peaks that
+ * are high and wide enough: |Y[p]| >= dMinHeight and |right marker X - left marker X| >=
+ * dMinFullWidth (the full width at dHeightFraction of the height; a NaN height or width
+ * fails). pPeakIndices (in/out, *pnPeaks entries) is compacted in place to the kept peaks,
+ * in their order, and their markers go to 2k and 2k+1 for kept peak k; *pnPeaks receives
+ * the number kept. pMarkers, pMarkerX and pMarkerY hold 2 * *pnPeaks entries; entries past
+ * the kept ones are left as they were. Returns 0; -11 on a NULL pointer; -18 when nSize < 1
+ * or *pnPeaks < 0; -6 when a peak index lies outside [0, nSize); -151 when dHeightFraction
+ * is not in [0, 1) or dMinHeight or dMinFullWidth is NaN. */
+ZEMATH_API int zemath_find_markers_of_peaks_by_height_and_full_width(
+    int nSize, const double* pX, const double* pY, int* pnPeaks, int* pPeakIndices,
+    double dHeightFraction, double dMinHeight, double dMinFullWidth, int* pMarkers,
+    double* pMarkerX, double* pMarkerY) ZEMATH_NOEXCEPT;
+
+/* Markers of peaks given by centre abscissas (from a fit or another detector, not
+ * necessarily data points), X ascending: for each centre c the peak point is the most
+ * extreme point with |X - c| <= dHalfWidth, a maximum when the point nearest c has Y > 0
+ * and a minimum otherwise (leftmost among equals; the nearest point itself when no point is
+ * more extreme). Its markers are placed as by zemath_find_markers_of_peaks_by_height_and_width
+ * (left at 2k, right at 2k+1 of pMarkers, pMarkerX, pMarkerY, 2*nPeaks entries each), and
+ * its index goes to pPeakIndices[k] (nPeaks entries; may be NULL). Returns 0; -11 when pX,
+ * pY, pCenterX, pMarkers, pMarkerX or pMarkerY is NULL; -18 when nSize < 1 or nPeaks < 0;
+ * -151 when dHeightFraction is not in [0, 1) or dHalfWidth is negative or NaN; -17 when X
+ * decreases somewhere; -6 when a centre is NaN or outside [X[0], X[nSize-1]]. */
+ZEMATH_API int zemath_find_markers_of_peak_centers_by_height_and_width(
+    int nSize, const double* pX, const double* pY, int nPeaks, const double* pCenterX,
+    double dHeightFraction, double dHalfWidth, int* pMarkers, double* pMarkerX, double* pMarkerY,
+    int* pPeakIndices) ZEMATH_NOEXCEPT;
+
+/* Extent of one peak, e.g. to mask it out of a baseline: the peak is the usable point
+ * (X and Y neither NANUM nor NaN) nearest dPeakX (first on equal distances), a maximum
+ * for nFlags bit 1 or a minimum for bit 2 (exactly one of the two; other bits ignored).
+ * From it the walk goes down the curve (up for a minimum) on each side in index order and
+ * ends at the lowest (highest) point reached once more than nThreshold consecutive usable
+ * points fail to go lower (higher), or at the data's end: nThreshold 0 stops at the first
+ * valley point, larger values step over noise wiggles of up to nThreshold points. Equal
+ * values count as failing. *pLeft and *pRight receive the two end indices. X is expected
+ * in ascending order. Returns 0; -11 when pX, pY, pLeft or pRight is NULL; -18 when
+ * nSize < 1; -10 when nFlags selects neither or both directions; -14 when nThreshold < 0;
+ * -6 when no point is usable or dPeakX is NaN or outside the usable X range. */
+ZEMATH_API int zemath_find_peaks_partition(int nSize, const double* pX, const double* pY,
+                                           double dPeakX, int nFlags, int nThreshold, int* pLeft,
+                                           int* pRight) ZEMATH_NOEXCEPT;
+
+/* Peaks from a first derivative the caller supplies (pDY, e.g. smoothed, same indexing as
+ * pY), located between the points: where pDY[i] > 0 and pDY[i+1] <= 0 (bit 1) or
+ * pDY[i] < 0 and pDY[i+1] >= 0 (bit 2), the peak X is the root of the linearly interpolated
+ * derivative and the peak Y is Y[i] plus the integral of that derivative from X[i] to the
+ * root (both exact for a parabolic top); the sign rule on that Y unless bit 4. pIndices
+ * receives the nearer of points i and i+1 (i on a tie). Pairs with a NANUM or NaN in X, Y
+ * or the derivative are passed over. Peak list convention of the detectors (at most
+ * *pnSize - 1 peaks, in increasing X). Returns 0; -11 when any pointer is NULL (pIndices
+ * included); -18 when *pnSize < 2; -17 when X is not strictly increasing. */
+ZEMATH_API int zemath_find_peak_by_derivative_centralized(int* pnSize, const double* pX,
+                                                          const double* pY, const double* pDY,
+                                                          double* pPeakX, double* pPeakY,
+                                                          int* pIndices,
+                                                          int nFlags) ZEMATH_NOEXCEPT;
+
+/* Peak picking with height, distance and prominence criteria. Candidates are the strict
+ * local maxima (bit 1) and minima (bit 2) of Y: a point higher than its usable left
+ * neighbour and than the first following point of another value (a plateau is reported
+ * once, at its left point, unlike a midpoint convention; end points never), with the sign
+ * rule unless bit 4. A candidate is kept when |Y| >= dMinHeight; then, taller peaks first
+ * (stable on equal heights), a peak fewer than nMinDistance points from one already kept
+ * (of the same kind) is dropped; then a peak whose prominence is below dMinProminence is
+ * dropped (prominence: Y[p] minus the higher of the lowest values between p and the
+ * nearest strictly higher point on either side, or the data's end; for minima the same on
+ * -Y). nMinDistance 1 and dMinProminence <= 0 disable those tests. NANUM and NaN points are
+ * never peaks and are passed over. X not in increasing order is sorted first (stably) and
+ * indices are mapped back. Peak list convention of the detectors; O(n log n) at most.
+ * Returns 0; -11 when pnSize, pX, pY, pPeakX or pPeakY is NULL; -18 when *pnSize < 1;
+ * -151 when dMinHeight or dMinProminence is NaN or nMinDistance < 1. */
+ZEMATH_API int zemath_pick_peaks(int* pnSize, const double* pX, const double* pY, double* pPeakX,
+                                 double* pPeakY, int* pIndices, int nFlags, double dMinHeight,
+                                 double dMinProminence, int nMinDistance) ZEMATH_NOEXCEPT;
+
+/* Trims a curve holding one peak to the peak's own part, in place: Y'' is the centred
+ * finite-difference derivative (zemath_derivative, mode 0) taken twice; the peak is the
+ * point of largest |Y| (first among equals); from it each side goes through the core
+ * (curvature of the peak's sign) and then up the tail's curvature to its first local
+ * extreme, where the part ends (about 1.73 standard deviations from the centre of a
+ * Gaussian). Points outside the part get NANUM in both pX and pY; the rest stay. Noisy Y
+ * gives a rough Y'' and a tighter part: smooth first. Fewer than three points, fewer than
+ * two usable ones, or an all-zero curve: nothing changes. Returns 0; -11 when pX or pY is
+ * NULL; -19 as said above. */
+ZEMATH_API int zemath_trim_peak_part_by_2nd_derivative(int nSize, double* pX,
+                                                       double* pY) ZEMATH_NOEXCEPT;
+
 ZEMATH_EXTERN_C_END
 
 #endif /* ZEMATH_PEAKS_H */

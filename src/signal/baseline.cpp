@@ -9,11 +9,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <vector>
 
 #include "core/guard.hpp"
 #include "core/missing.hpp"
+#include "gridding/interpolate.hpp"
 #include "signal/integration.hpp"
+#include "signal/peaks.hpp"
+#include "zemath/peaks.h"
+#include "zemath/smoothing.h"
 #include "zemath/baseline.h"
 #include "zemath/status.h"
 
@@ -198,4 +203,225 @@ ZEMATH_API int zemath_find_base_regions(int nSize, const double* pX, const doubl
         }
     }
     return regions;
+}
+
+namespace zemath {
+namespace {
+
+bool usable_value(double v) {
+    return !is_missing(v) && !std::isnan(v);
+}
+
+// Indices of the points whose |Y''| is within fraction of the range of Y'' (usable points
+// only) into indices; returns the count.
+int small_curvature_points(std::span<const double> y, std::span<const double> curvature,
+                           double fraction, int* indices) {
+    double lo = 0.0, hi = 0.0;
+    bool any = false;
+    for (std::size_t i = 0; i < curvature.size(); ++i) {
+        const double c = curvature[i];
+        if (!usable_value(c) || !usable_value(y[i])) continue;
+        lo = any ? std::min(lo, c) : c;
+        hi = any ? std::max(hi, c) : c;
+        any = true;
+    }
+    const double limit = fraction * (hi - lo);
+    int count = 0;
+    for (std::size_t i = 0; i < curvature.size(); ++i)
+        if (usable_value(curvature[i]) && usable_value(y[i]) && std::fabs(curvature[i]) <= limit)
+            indices[count++] = static_cast<int>(i);
+    return count;
+}
+
+}  // namespace
+}  // namespace zemath
+
+ZEMATH_API int zemath_create_baseline_by_masking_peaks(int nSize, const double* pX,
+                                                       const double* pY, int nOutSize,
+                                                       double* pBaseX, double* pBaseY,
+                                                       int nFlags) noexcept {
+    if (pX == nullptr || pY == nullptr || pBaseX == nullptr || pBaseY == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    if (nSize < 1 || nOutSize != nSize) return ZEMATH_ERR_TOO_FEW_POINTS;
+    for (int i = 0; i + 1 < nSize; ++i)
+        if (!(pX[i + 1] > pX[i])) return ZEMATH_ERR_NOT_MONOTONIC;
+    return guard_status([&]() -> int {
+        const auto n = static_cast<std::size_t>(nSize);
+        const std::span<const double> y(pY, n);
+        double lo = 0.0, hi = 0.0;
+        bool any = false;
+        for (double v : y) {
+            if (!usable_value(v)) continue;
+            lo = any ? std::min(lo, v) : v;
+            hi = any ? std::max(hi, v) : v;
+            any = true;
+        }
+        double range = std::fabs(hi - lo);
+        if (range == 0.0 || !std::isfinite(range)) range = 1.0;
+        double noise = noise_level(y);
+        if (is_missing(noise) || !std::isfinite(noise)) noise = 0.0;
+        // Kept deliberately: the partition's patience is the integer part of
+        // noise / (0.005 * range) * 25 (25 points at a noise of 0.5% of the range).
+        const double patience = std::trunc(noise / (0.005 * range) * 25.0);
+        const int threshold =
+            patience < static_cast<double>(nSize) ? static_cast<int>(patience) : nSize;
+        std::vector<char> masked(n, 0);
+        for (std::size_t i = 0; i < n; ++i) masked[i] = !usable_value(pY[i]);
+        std::vector<double> peak_x(n), peak_y(n);
+        std::vector<int> peak_index(n);
+        for (int pass = 0; pass < 2; ++pass) {
+            const int direction = pass == 0 ? kPeakPositive : kPeakNegative;
+            if (!(nFlags & direction) || nSize < 3) continue;  // no peak fits in 2 points
+            // One search per direction so that each peak's kind is known; the
+            // unsmoothed derivative (the smoothing settings 11 and 2 are not used).
+            int count = nSize;
+            const int status = zemath_find_peaks_1st_derivative(
+                &count, pX, pY, peak_x.data(), peak_y.data(), peak_index.data(),
+                (nFlags & ~(kPeakPositive | kPeakNegative)) | direction, false, 11, 2);
+            if (status != ZEMATH_OK) return status;
+            for (int k = 0; k < count; ++k) {
+                std::size_t left = 0, right = 0;
+                if (!peak_partition(y, static_cast<std::size_t>(peak_index[k]),
+                                    direction == kPeakPositive, threshold, left, right))
+                    continue;  // a peak whose partition fails is skipped
+                // The extent widened by half its width on each side.
+                const auto l = static_cast<std::int64_t>(left),
+                           r = static_cast<std::int64_t>(right);
+                const std::int64_t m = (l + r) / 2;
+                const std::int64_t from = std::max<std::int64_t>(2 * l - m, 0);
+                const std::int64_t to = std::min<std::int64_t>(2 * r - m, nSize - 1);
+                for (std::int64_t i = from + 1; i < to; ++i)
+                    masked[static_cast<std::size_t>(i)] = 1;
+            }
+        }
+        std::vector<double> kept_x, kept_y;
+        for (std::size_t i = 0; i < n; ++i) {
+            if (masked[i]) continue;
+            kept_x.push_back(pX[i]);
+            kept_y.push_back(pY[i]);
+        }
+        if (kept_x.empty()) return ZEMATH_ERR_NO_USABLE_VALUE;
+        std::vector<double> base(n, kept_y[0]);
+        if (kept_x.size() >= 2)
+            interpolate_clean(kept_x, kept_y, {pX, n}, base, InterpMethod::linear,
+                              InterpOutside::hold);
+        std::copy(pX, pX + n, pBaseX);  // pBaseX may be pX
+        std::copy(base.begin(), base.end(), pBaseY);
+        return ZEMATH_OK;
+    });
+}
+
+ZEMATH_API int zemath_create_baseline_end_weighted_linear(int nSize, const double* pX,
+                                                          const double* pY, int nEndPoints,
+                                                          double* pBase) noexcept {
+    if (pX == nullptr || pY == nullptr || pBase == nullptr) return ZEMATH_ERR_NULL_POINTER;
+    if (nSize < 2 || nEndPoints < 1 || nEndPoints > nSize / 2) return ZEMATH_ERR_TOO_FEW_POINTS;
+    // Each end carries half the total weight however many of its points are usable.
+    double end_weight[2] = {0.0, 0.0};
+    for (int side = 0; side < 2; ++side) {
+        int usable = 0;
+        for (int k = 0; k < nEndPoints; ++k) {
+            const int i = side == 0 ? k : nSize - 1 - k;
+            if (usable_value(pX[i]) && usable_value(pY[i])) ++usable;
+        }
+        end_weight[side] = usable > 0 ? 1.0 / usable : 0.0;
+    }
+    if (end_weight[0] == 0.0 && end_weight[1] == 0.0) return ZEMATH_ERR_NO_USABLE_VALUE;
+    const auto each_point = [&](auto&& visit) {
+        for (int side = 0; side < 2; ++side)
+            for (int k = 0; k < nEndPoints; ++k) {
+                const int i = side == 0 ? k : nSize - 1 - k;
+                if (usable_value(pX[i]) && usable_value(pY[i]))
+                    visit(end_weight[side], pX[i], pY[i]);
+            }
+    };
+    // Weighted least squares about the weighted means (two passes for accuracy).
+    double total = 0.0, mean_x = 0.0, mean_y = 0.0;
+    each_point([&](double w, double x, double y) {
+        total += w;
+        mean_x += w * x;
+        mean_y += w * y;
+    });
+    mean_x /= total;
+    mean_y /= total;
+    double sxx = 0.0, sxy = 0.0;
+    each_point([&](double w, double x, double y) {
+        sxx += w * (x - mean_x) * (x - mean_x);
+        sxy += w * (x - mean_x) * (y - mean_y);
+    });
+    const double slope = sxx > 0.0 ? sxy / sxx : 0.0;
+    for (int i = 0; i < nSize; ++i)
+        pBase[i] = is_missing(pX[i]) ? kNanum : mean_y + slope * (pX[i] - mean_x);
+    return ZEMATH_OK;
+}
+
+ZEMATH_API int zemath_find_baseline_part_by_small_curvature(int nSize, const double* pX,
+                                                            const double* pY, double dFraction,
+                                                            int* pIndices) noexcept {
+    if (pX == nullptr || pY == nullptr || pIndices == nullptr) return ZEMATH_ERR_NULL_POINTER;
+    if (nSize < 3) return ZEMATH_ERR_TOO_FEW_DERIV;
+    if (!(dFraction >= 0.0)) return ZEMATH_ERR_PARAM_RANGE;
+    return guard_status([&] {
+        const auto n = static_cast<std::size_t>(nSize);
+        std::vector<double> curvature(pY, pY + n);
+        int status = derivative_in_place({pX, n}, curvature, 0);
+        if (status == ZEMATH_OK) status = derivative_in_place({pX, n}, curvature, 0);
+        if (status != ZEMATH_OK) return status;
+        return small_curvature_points({pY, n}, curvature, dFraction, pIndices);
+    });
+}
+
+ZEMATH_API int zemath_find_baseline_part_by_small_curvature2(int nSize, const double* pX,
+                                                             const double* pY, double dFraction,
+                                                             int nSGPoints, int nSGOrder,
+                                                             int* pIndices) noexcept {
+    if (pX == nullptr || pY == nullptr || pIndices == nullptr) return ZEMATH_ERR_NULL_POINTER;
+    if (nSize < 3) return ZEMATH_ERR_TOO_FEW_DERIV;
+    if (!(dFraction >= 0.0)) return ZEMATH_ERR_PARAM_RANGE;
+    if (nSGPoints <= 3 || nSGOrder < 2 || nSGOrder >= nSGPoints)
+        return ZEMATH_ERR_NEGATIVE_SMOOTHING;
+    return guard_status([&] {
+        const auto n = static_cast<std::size_t>(nSize);
+        std::vector<double> curvature(n);
+        const int side = (nSGPoints - 1) / 2;
+        const int status = zemath_savitsky_golay_derivative(pX, pY, curvature.data(), nSize, side,
+                                                            side, nSGOrder, 2, false);
+        if (status != ZEMATH_OK) return status;
+        return small_curvature_points({pY, n}, curvature, dFraction, pIndices);
+    });
+}
+
+ZEMATH_API double zemath_get_noise_level_of_flat_part(int nSize, const double* pY,
+                                                      int nSegment) noexcept {
+    if (pY == nullptr || nSegment < 3 || nSegment > nSize) return kNanum;
+    return guard_value([&] {
+        // Consecutive segments of nSegment points (a shorter remainder joins the last one);
+        // the flattest is the one of smallest usable range (first among equals) holding at
+        // least two usable values.
+        const int segments = nSize / nSegment;
+        int best_start = -1, best_end = -1;
+        double best_range = 0.0;
+        for (int s = 0; s < segments; ++s) {
+            const int start = s * nSegment;
+            const int end = s + 1 == segments ? nSize : start + nSegment;
+            double lo = 0.0, hi = 0.0;
+            int usable = 0;
+            for (int i = start; i < end; ++i) {
+                const double v = pY[i];
+                if (!usable_value(v)) continue;
+                lo = usable ? std::min(lo, v) : v;
+                hi = usable ? std::max(hi, v) : v;
+                ++usable;
+            }
+            if (usable < 2) continue;
+            const double range = hi - lo;
+            if (best_start < 0 || range < best_range) {
+                best_start = start;
+                best_end = end;
+                best_range = range;
+            }
+        }
+        if (best_start < 0) return kNanum;
+        return noise_level({pY + best_start, static_cast<std::size_t>(best_end - best_start)});
+    });
 }

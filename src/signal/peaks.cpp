@@ -16,6 +16,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
+#include <set>
 #include <vector>
 
 #include "core/guard.hpp"
@@ -633,6 +635,40 @@ ZEMATH_API int zemsp_find_peaks_2nd_derivative(int* pnSize, const double* pX, co
                                       nSGPoints, nSGOrder);
 }
 
+namespace zemath {
+
+// One side of a peak's height bracket: from the peak index p walk by step (-1 or +1) while
+// the point stays beyond the level fraction * Y[p], stopping at the first point at or past
+// it or at the end of the data. X is the linear crossing of the level between that point
+// and its inner neighbour (the point's own X and Y when the level is never reached).
+Marker height_marker(const double* x, const double* y, int n, int p, double fraction, int step) {
+    const double level = fraction * y[p];
+    const bool positive = y[p] > 0.0;
+    const auto beyond = [&](int i) { return positive ? y[i] > level : y[i] < level; };
+    const int last = step < 0 ? 0 : n - 1;
+    int i = p;
+    while (i != last && beyond(i)) i += step;
+    if (beyond(i) || i == p) return {i, x[i], y[i]};  // never reached (or the peak is at it)
+    const int inner = i - step;
+    const double t = (level - y[inner]) / (y[i] - y[inner]);
+    return {i, x[inner] + t * (x[i] - x[inner]), level};
+}
+
+namespace {
+
+void store_markers(const Marker& left, const Marker& right, int slot, int* markers,
+                   double* marker_x, double* marker_y) {
+    markers[slot] = left.index;
+    markers[slot + 1] = right.index;
+    marker_x[slot] = left.x;
+    marker_x[slot + 1] = right.x;
+    marker_y[slot] = left.y;
+    marker_y[slot + 1] = right.y;
+}
+
+}  // namespace
+}  // namespace zemath
+
 ZEMATH_API int zemath_find_markers_of_peaks_by_height_and_width(
     int nSize, const double* pX, const double* pY, int nPeaks, const int* pPeakIndices,
     double dHeightFraction, int* pMarkers, double* pMarkerX, double* pMarkerY) noexcept {
@@ -644,26 +680,380 @@ ZEMATH_API int zemath_find_markers_of_peaks_by_height_and_width(
         if (pPeakIndices[k] < 0 || pPeakIndices[k] >= nSize) return ZEMATH_ERR_EMPTY_RANGE;
     if (!(dHeightFraction >= 0.0 && dHeightFraction < 1.0)) return ZEMATH_ERR_PARAM_RANGE;
     for (int k = 0; k < nPeaks; ++k) {
-        const int p = pPeakIndices[k];
-        const double level = dHeightFraction * pY[p];
-        const bool positive = pY[p] > 0.0;
-        const auto beyond = [&](int i) { return positive ? pY[i] > level : pY[i] < level; };
-        for (int side = 0; side < 2; ++side) {
-            const int step = side == 0 ? -1 : 1, last = side == 0 ? 0 : nSize - 1;
-            int i = p;
-            while (i != last && beyond(i)) i += step;
-            const int slot = 2 * k + side;
-            pMarkers[slot] = i;
-            if (beyond(i) || i == p) {  // never reached the level (or the peak is at it)
-                pMarkerX[slot] = pX[i];
-                pMarkerY[slot] = pY[i];
-            } else {
-                const int inner = i - step;
-                const double t = (level - pY[inner]) / (pY[i] - pY[inner]);
-                pMarkerX[slot] = pX[inner] + t * (pX[i] - pX[inner]);
-                pMarkerY[slot] = level;
-            }
-        }
+        const Marker left = height_marker(pX, pY, nSize, pPeakIndices[k], dHeightFraction, -1);
+        const Marker right = height_marker(pX, pY, nSize, pPeakIndices[k], dHeightFraction, 1);
+        store_markers(left, right, 2 * k, pMarkers, pMarkerX, pMarkerY);
     }
     return ZEMATH_OK;
+}
+
+namespace zemath {
+
+namespace {
+
+bool usable(double v) {
+    return !is_missing(v) && !std::isnan(v);
+}
+
+// For every usable point i: the lowest value over (g, i], g the nearest usable point
+// before i (in the direction of travel) with a strictly higher value (the whole stretch
+// from the data's start when none). One monotonic stack; each point pushed and popped once.
+void lowest_since_higher(std::span<const double> y, bool forward, std::vector<double>& lowest) {
+    struct Entry {
+        double value, segment_low;  // segment_low: lowest value since the entry below
+    };
+    std::vector<Entry> stack;
+    stack.reserve(64);
+    const std::size_t n = y.size();
+    for (std::size_t step = 0; step < n; ++step) {
+        const std::size_t i = forward ? step : n - 1 - step;
+        const double v = y[i];
+        if (!usable(v)) continue;
+        double low = v;
+        while (!stack.empty() && stack.back().value <= v) {
+            low = std::min(low, stack.back().segment_low);
+            stack.pop_back();
+        }
+        lowest[i] = low;
+        stack.push_back({v, low});
+    }
+}
+
+}  // namespace
+
+std::vector<double> prominences(std::span<const double> y, std::span<const int> peaks) {
+    std::vector<double> left(y.size()), right(y.size()), out;
+    lowest_since_higher(y, true, left);
+    lowest_since_higher(y, false, right);
+    out.reserve(peaks.size());
+    for (int p : peaks) {
+        const auto i = static_cast<std::size_t>(p);
+        out.push_back(y[i] - std::max(left[i], right[i]));
+    }
+    return out;
+}
+
+bool peak_partition(std::span<const double> y, std::size_t peak, bool maximum, int patience,
+                    std::size_t& left, std::size_t& right) {
+    if (peak >= y.size() || !usable(y[peak])) return false;
+    const auto walk = [&](int step) {
+        std::size_t best = peak;
+        long long misses = 0;
+        const std::size_t n = y.size();
+        for (std::size_t i = peak; step < 0 ? i > 0 : i + 1 < n;) {
+            i = step < 0 ? i - 1 : i + 1;
+            const double v = y[i];
+            if (!usable(v)) continue;
+            if (maximum ? v < y[best] : v > y[best]) {
+                best = i;
+                misses = 0;
+            } else if (++misses > patience) {
+                break;
+            }
+        }
+        return best;
+    };
+    left = walk(-1);
+    right = walk(1);
+    return true;
+}
+
+std::vector<int> pick_peaks(std::span<const double> y, int flags, double min_height,
+                            double min_prominence, int min_distance) {
+    const std::size_t n = y.size();
+    const bool sign_rule = !(flags & kPeakIgnoreSign);
+    std::vector<int> all;
+    std::vector<double> flipped;
+    for (int pass = 0; pass < 2; ++pass) {
+        const bool maximum = pass == 0;
+        if (!(flags & (maximum ? kPeakPositive : kPeakNegative))) continue;
+        // Minima are the maxima of -y.
+        std::span<const double> v = y;
+        if (!maximum) {
+            flipped.resize(n);
+            for (std::size_t i = 0; i < n; ++i) flipped[i] = usable(y[i]) ? -y[i] : y[i];
+            v = flipped;
+        }
+        // Strict local maxima over usable points; a plateau at its left point.
+        std::vector<int> found;
+        std::size_t previous = n;  // last usable point before i
+        for (std::size_t i = 0; i < n; ++i) {
+            if (!usable(v[i])) continue;
+            const bool rising = previous < n && v[previous] < v[i];
+            previous = i;
+            if (!rising) continue;
+            std::size_t ahead = i + 1;
+            while (ahead < n && (!usable(v[ahead]) || v[ahead] == v[i])) ++ahead;
+            if (ahead < n && v[ahead] < v[i]) {
+                const double original = y[i];
+                if ((!sign_rule || (maximum ? original > 0.0 : original < 0.0)) &&
+                    std::fabs(original) >= min_height)
+                    found.push_back(static_cast<int>(i));
+            }
+        }
+        // Distance: taller peaks first (stable on equal heights); a peak closer than
+        // min_distance points to one already kept is dropped.
+        if (min_distance > 1 && found.size() > 1) {
+            std::vector<std::size_t> order(found.size());
+            for (std::size_t k = 0; k < order.size(); ++k) order[k] = k;
+            std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+                return v[static_cast<std::size_t>(found[a])] >
+                       v[static_cast<std::size_t>(found[b])];
+            });
+            std::vector<char> keep(found.size(), 0);
+            std::set<int> kept_positions;
+            for (std::size_t k : order) {
+                const int at = found[k];
+                const auto next = kept_positions.lower_bound(at);
+                const bool near_next = next != kept_positions.end() &&
+                                       static_cast<long long>(*next) - at < min_distance;
+                const bool near_prev = next != kept_positions.begin() &&
+                                       static_cast<long long>(at) - *std::prev(next) < min_distance;
+                if (near_next || near_prev) continue;
+                keep[k] = 1;
+                kept_positions.insert(next, at);
+            }
+            std::vector<int> filtered;
+            for (std::size_t k = 0; k < found.size(); ++k)
+                if (keep[k]) filtered.push_back(found[k]);
+            found.swap(filtered);
+        }
+        if (min_prominence > 0.0 && !found.empty()) {
+            const std::vector<double> prominence = prominences(v, found);
+            std::vector<int> filtered;
+            for (std::size_t k = 0; k < found.size(); ++k)
+                if (prominence[k] >= min_prominence) filtered.push_back(found[k]);
+            found.swap(filtered);
+        }
+        all.insert(all.end(), found.begin(), found.end());
+    }
+    std::sort(all.begin(), all.end());
+    return all;
+}
+
+}  // namespace zemath
+
+namespace zemath {
+namespace {
+
+bool strictly_increasing(const double* x, int n) {
+    for (int i = 0; i + 1 < n; ++i)
+        if (!(x[i + 1] > x[i])) return false;
+    return true;
+}
+
+bool non_decreasing(const double* x, int n) {
+    for (int i = 0; i + 1 < n; ++i)
+        if (x[i + 1] < x[i]) return false;
+    return true;
+}
+
+}  // namespace
+}  // namespace zemath
+
+ZEMATH_API int zemath_find_peaks_partition(int nSize, const double* pX, const double* pY,
+                                           double dPeakX, int nFlags, int nThreshold, int* pLeft,
+                                           int* pRight) noexcept {
+    if (pX == nullptr || pY == nullptr || pLeft == nullptr || pRight == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    if (nSize < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
+    const int direction = nFlags & (kPeakPositive | kPeakNegative);
+    if (direction != kPeakPositive && direction != kPeakNegative) return ZEMATH_ERR_BAD_OPTION;
+    if (nThreshold < 0) return ZEMATH_ERR_NEGATIVE_PARAM;
+    // The peak is the usable point nearest dPeakX (first on equal distances); dPeakX must
+    // lie within the usable X range.
+    int peak = -1;
+    double lo = 0.0, hi = 0.0, best = 0.0;
+    for (int i = 0; i < nSize; ++i) {
+        if (!usable(pX[i]) || !usable(pY[i])) continue;
+        const double d = std::fabs(pX[i] - dPeakX);
+        if (peak < 0) {
+            lo = hi = pX[i];
+        } else {
+            lo = std::min(lo, pX[i]);
+            hi = std::max(hi, pX[i]);
+        }
+        if (peak < 0 || d < best) {
+            peak = i;
+            best = d;
+        }
+    }
+    if (peak < 0) return ZEMATH_ERR_EMPTY_RANGE;
+    if (!(dPeakX >= lo && dPeakX <= hi)) return ZEMATH_ERR_EMPTY_RANGE;
+    std::size_t left = 0, right = 0;
+    peak_partition({pY, static_cast<std::size_t>(nSize)}, static_cast<std::size_t>(peak),
+                   direction == kPeakPositive, nThreshold, left, right);
+    *pLeft = static_cast<int>(left);
+    *pRight = static_cast<int>(right);
+    return ZEMATH_OK;
+}
+
+ZEMATH_API int zemath_find_peak_by_derivative_centralized(int* pnSize, const double* pX,
+                                                          const double* pY, const double* pDY,
+                                                          double* pPeakX, double* pPeakY,
+                                                          int* pIndices, int nFlags) noexcept {
+    if (pnSize == nullptr || pX == nullptr || pY == nullptr || pDY == nullptr ||
+        pPeakX == nullptr || pPeakY == nullptr || pIndices == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    const int n = *pnSize;
+    if (n < 2) return ZEMATH_ERR_TOO_FEW_POINTS;
+    if (!strictly_increasing(pX, n)) return ZEMATH_ERR_NOT_MONOTONIC;
+    const bool sign_rule = !(nFlags & kPeakIgnoreSign);
+    int count = 0;
+    for (int i = 0; i + 1 < n; ++i) {
+        const double d0 = pDY[i], d1 = pDY[i + 1];
+        if (!usable(d0) || !usable(d1) || !usable(pY[i]) || !usable(pX[i]) || !usable(pX[i + 1]))
+            continue;
+        const bool maximum = d0 > 0.0 && d1 <= 0.0, minimum = d0 < 0.0 && d1 >= 0.0;
+        if (!((maximum && (nFlags & kPeakPositive)) || (minimum && (nFlags & kPeakNegative))))
+            continue;
+        // The root of the linearly interpolated derivative, and the curve's value there by
+        // integrating that derivative from X[i]: both exact for a parabolic top.
+        const double t = d0 / (d0 - d1);  // in (0, 1]
+        const double x = t < 1.0 ? pX[i] + t * (pX[i + 1] - pX[i]) : pX[i + 1];
+        const double y = pY[i] + 0.5 * d0 * (x - pX[i]);
+        if (sign_rule && !(maximum ? y > 0.0 : y < 0.0)) continue;
+        pPeakX[count] = x;
+        pPeakY[count] = y;
+        pIndices[count] = x - pX[i] <= pX[i + 1] - x ? i : i + 1;
+        ++count;
+    }
+    *pnSize = count;
+    return ZEMATH_OK;
+}
+
+ZEMATH_API int zemath_pick_peaks(int* pnSize, const double* pX, const double* pY, double* pPeakX,
+                                 double* pPeakY, int* pIndices, int nFlags, double dMinHeight,
+                                 double dMinProminence, int nMinDistance) noexcept {
+    if (pnSize == nullptr || pX == nullptr || pY == nullptr || pPeakX == nullptr ||
+        pPeakY == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    const int n = *pnSize;
+    if (n < 1) return ZEMATH_ERR_TOO_FEW_POINTS;
+    if (std::isnan(dMinHeight) || std::isnan(dMinProminence) || nMinDistance < 1)
+        return ZEMATH_ERR_PARAM_RANGE;
+    return guard_status([&] {
+        PreparedCurve curve;
+        prepare_increasing(curve, pX, pY, n);
+        const std::vector<int> peaks =
+            pick_peaks(curve.y, nFlags, dMinHeight, dMinProminence, nMinDistance);
+        for (std::size_t k = 0; k < peaks.size(); ++k) {
+            const auto i = static_cast<std::size_t>(peaks[k]);
+            pPeakX[k] = curve.x[i];
+            pPeakY[k] = curve.y[i];
+            if (pIndices != nullptr) pIndices[k] = caller_index(curve, peaks[k]);
+        }
+        *pnSize = static_cast<int>(peaks.size());
+        return ZEMATH_OK;
+    });
+}
+
+ZEMATH_API int zemath_find_markers_of_peaks_by_height_and_full_width(
+    int nSize, const double* pX, const double* pY, int* pnPeaks, int* pPeakIndices,
+    double dHeightFraction, double dMinHeight, double dMinFullWidth, int* pMarkers,
+    double* pMarkerX, double* pMarkerY) noexcept {
+    if (pX == nullptr || pY == nullptr || pnPeaks == nullptr || pPeakIndices == nullptr ||
+        pMarkers == nullptr || pMarkerX == nullptr || pMarkerY == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    const int peaks = *pnPeaks;
+    if (nSize < 1 || peaks < 0) return ZEMATH_ERR_TOO_FEW_POINTS;
+    for (int k = 0; k < peaks; ++k)
+        if (pPeakIndices[k] < 0 || pPeakIndices[k] >= nSize) return ZEMATH_ERR_EMPTY_RANGE;
+    if (!(dHeightFraction >= 0.0 && dHeightFraction < 1.0) || std::isnan(dMinHeight) ||
+        std::isnan(dMinFullWidth))
+        return ZEMATH_ERR_PARAM_RANGE;
+    int kept = 0;
+    for (int k = 0; k < peaks; ++k) {
+        const int p = pPeakIndices[k];
+        const Marker left = height_marker(pX, pY, nSize, p, dHeightFraction, -1);
+        const Marker right = height_marker(pX, pY, nSize, p, dHeightFraction, 1);
+        // A NaN height or width fails its test.
+        if (!(std::fabs(pY[p]) >= dMinHeight) || !(std::fabs(right.x - left.x) >= dMinFullWidth))
+            continue;
+        store_markers(left, right, 2 * kept, pMarkers, pMarkerX, pMarkerY);
+        pPeakIndices[kept++] = p;  // kept <= k: an entry not yet read is never overwritten
+    }
+    *pnPeaks = kept;
+    return ZEMATH_OK;
+}
+
+ZEMATH_API int zemath_find_markers_of_peak_centers_by_height_and_width(
+    int nSize, const double* pX, const double* pY, int nPeaks, const double* pCenterX,
+    double dHeightFraction, double dHalfWidth, int* pMarkers, double* pMarkerX, double* pMarkerY,
+    int* pPeakIndices) noexcept {
+    if (pX == nullptr || pY == nullptr || pCenterX == nullptr || pMarkers == nullptr ||
+        pMarkerX == nullptr || pMarkerY == nullptr)
+        return ZEMATH_ERR_NULL_POINTER;
+    if (nSize < 1 || nPeaks < 0) return ZEMATH_ERR_TOO_FEW_POINTS;
+    if (!(dHeightFraction >= 0.0 && dHeightFraction < 1.0) || !(dHalfWidth >= 0.0))
+        return ZEMATH_ERR_PARAM_RANGE;
+    if (!non_decreasing(pX, nSize)) return ZEMATH_ERR_NOT_MONOTONIC;
+    for (int k = 0; k < nPeaks; ++k)
+        if (!(pCenterX[k] >= pX[0] && pCenterX[k] <= pX[nSize - 1])) return ZEMATH_ERR_EMPTY_RANGE;
+    const double* end = pX + nSize;
+    for (int k = 0; k < nPeaks; ++k) {
+        const double c = pCenterX[k];
+        // Nearest point to the centre (the left one on equal distances).
+        int p = static_cast<int>(std::lower_bound(pX, end, c) - pX);
+        if (p == nSize || (p > 0 && c - pX[p - 1] <= pX[p] - c)) --p;
+        // The most extreme point within dHalfWidth of the centre, of the sign of Y[p]
+        // (leftmost among equals); p itself when the window holds no other point.
+        const bool positive = pY[p] > 0.0;
+        const int first = static_cast<int>(std::lower_bound(pX, end, c - dHalfWidth) - pX);
+        const int last = static_cast<int>(std::upper_bound(pX, end, c + dHalfWidth) - pX) - 1;
+        for (int i = first; i <= last; ++i)
+            if (positive ? pY[i] > pY[p] : pY[i] < pY[p]) p = i;
+        store_markers(height_marker(pX, pY, nSize, p, dHeightFraction, -1),
+                      height_marker(pX, pY, nSize, p, dHeightFraction, 1), 2 * k, pMarkers,
+                      pMarkerX, pMarkerY);
+        if (pPeakIndices != nullptr) pPeakIndices[k] = p;
+    }
+    return ZEMATH_OK;
+}
+
+ZEMATH_API int zemath_trim_peak_part_by_2nd_derivative(int nSize, double* pX, double* pY) noexcept {
+    if (pX == nullptr || pY == nullptr) return ZEMATH_ERR_NULL_POINTER;
+    if (nSize < 3) return ZEMATH_OK;
+    return guard_status([&] {
+        const auto n = static_cast<std::size_t>(nSize);
+        std::vector<double> curvature(pY, pY + n);
+        const std::span<const double> x(pX, n);
+        if (derivative_in_place(x, curvature, 0) != ZEMATH_OK ||
+            derivative_in_place(x, curvature, 0) != ZEMATH_OK)
+            return ZEMATH_OK;  // fewer than two usable points: nothing to trim
+        // The peak: the usable point of largest |Y| (first among equals).
+        std::size_t peak = n;
+        for (std::size_t i = 0; i < n; ++i)
+            if (usable(pY[i]) && usable(curvature[i]) &&
+                (peak == n || std::fabs(pY[i]) > std::fabs(pY[peak])))
+                peak = i;
+        if (peak == n || pY[peak] == 0.0) return ZEMATH_OK;
+        const double sign = pY[peak] > 0.0 ? 1.0 : -1.0;
+        // From the peak outward: through the core (curvature of the peak's sign, s*Y'' <= 0),
+        // then up the tail's curvature to its first local maximum; the part ends there.
+        const auto bound = [&](int step) {
+            std::size_t at = peak;
+            bool in_tail = false;
+            for (std::size_t i = peak; step < 0 ? i > 0 : i + 1 < n;) {
+                i = step < 0 ? i - 1 : i + 1;
+                if (!usable(pY[i]) || !usable(curvature[i])) continue;
+                const double c = sign * curvature[i];
+                if (!in_tail) {
+                    at = i;
+                    in_tail = c > 0.0;
+                    continue;
+                }
+                if (c < sign * curvature[at]) break;
+                at = i;
+            }
+            return at;
+        };
+        const std::size_t left = bound(-1), right = bound(1);
+        for (std::size_t i = 0; i < n; ++i) {
+            if (i >= left && i <= right) continue;
+            pX[i] = kNanum;
+            pY[i] = kNanum;
+        }
+        return ZEMATH_OK;
+    });
 }

@@ -44,4 +44,38 @@ std::vector<int> search_window_peaks(std::span<const double> y, int half, int fl
 // number. k must lie in [0, values.size()).
 double kth_order_statistic(std::span<const double> values, std::size_t k, bool ascending);
 
+// A height marker of a peak: the point index where the walk stopped and the X and Y of
+// the marker (the linear crossing of the level, or the end point's own values).
+struct Marker {
+    int index;
+    double x, y;
+};
+
+// One side (step -1 left, +1 right) of the bracket of the peak at p at the level
+// fraction * y[p]: the walk goes while the point stays beyond the level (above it for
+// y[p] > 0, below otherwise) and stops at the first point at or past it or at the data's
+// end. x is the linear crossing between that point and its inner neighbour, y the level;
+// when the level is never reached (or p is at it) the stopping point's own X and Y.
+Marker height_marker(const double* x, const double* y, int n, int p, double fraction, int step);
+
+// Extent [left, right] of the peak at index `peak` of y: on each side the walk follows the
+// curve down (maximum) or up (minimum) and ends at the most extreme valley point reached
+// once more than `patience` consecutive usable points fail to pass it (or at the data's
+// end). NANUM and NaN values are skipped. Returns false when y[peak] is not usable.
+bool peak_partition(std::span<const double> y, std::size_t peak, bool maximum, int patience,
+                    std::size_t& left, std::size_t& right);
+
+// The shared peak picker: strict local maxima of y (bit 1) and minima (bit 2; a plateau
+// counts once, at its left point; end points never), the sign rule unless bit 4, then kept
+// when |y| >= min_height, no more extreme peak of the same kind lies fewer than
+// min_distance points away, and the prominence is at least min_prominence. Ascending
+// indices. NANUM and NaN values are never peaks and are passed over by the prominence.
+std::vector<int> pick_peaks(std::span<const double> y, int flags, double min_height,
+                            double min_prominence, int min_distance);
+
+// Prominence of the maximum at `peak` (y[peak] usable): y[peak] minus the higher of the
+// lowest values between the peak and the nearest strictly higher usable point on each
+// side (or the data's end). All peaks at once in O(n) by two monotonic-stack passes.
+std::vector<double> prominences(std::span<const double> y, std::span<const int> peaks);
+
 }  // namespace zemath

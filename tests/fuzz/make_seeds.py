@@ -8,7 +8,7 @@ import struct
 
 CASES = {"primitives": 12, "sort": 8, "search": 10, "distributions": 38, "random": 22,
          "smoothing": 26, "peaks": 26, "rainflow": 7, "image": 14, "reduction": 13,
-         "statistics": 24, "special": 14, "gridding": 16, "emd": 5}
+         "statistics": 24, "special": 14, "gridding": 16, "emd": 5, "peak_analysis": 21}
 
 
 def seed(case, rng):
