@@ -865,6 +865,51 @@ const Row kRows[] = {
              out.push_back(static_cast<double>(std::strlen(names.GetAt(k))));
          return out;
      }},
+    {"emd", true,
+     [](const Shared& s, int t) {
+         const int n = 1024;
+         const std::vector<double> trend = slice(s.sorted, t);
+         std::vector<double> x(n), y(n), imfs(4 * n), residue(n), upper(n), lower(n), out;
+         for (int i = 0; i < n; ++i) {
+             x[i] = i;
+             y[i] = std::sin(0.4 * i + 0.1 * t) + 2.0 * std::sin(0.03 * i) + 0.5 * trend[2 * i];
+         }
+         int count = 0, n_max = 0, n_min = 0, crossings = 0;
+         out.push_back(zemath_empirical_mode_decomposition(
+             n, x.data(), y.data(), 0.05, 0.5, 0.05, imfs.data(), 4, &count, residue.data(), 2));
+         out.push_back(count);
+         out.insert(out.end(), imfs.begin(), imfs.begin() + count * n);
+         out.insert(out.end(), residue.begin(), residue.end());
+         out.push_back(zemath_emd_get_upper_lower_envelope(n, x.data(), y.data(), upper.data(),
+                                                           lower.data(), &n_max, &n_min, 1));
+         out.insert(out.end(), {upper[n / 2], lower[n / 2], double(n_max), double(n_min)});
+         zemath_emd_get_zero_crossing(n, x.data(), imfs.data(), &crossings, nullptr, nullptr);
+         out.push_back(crossings);
+         return out;
+     }},
+    {"peak_analysis", true,
+     [](const Shared& s, int t) {
+         std::vector<double> y = slice(s.data, t), x(2048), out;
+         for (int i = 0; i < 2048; ++i) x[static_cast<size_t>(i)] = i;
+         std::vector<double> px(2048), py(2048), bx(2048), base(2048);
+         std::vector<int> idx(2048);
+         int n = 2048;
+         out.push_back(zemath_pick_peaks(&n, x.data(), y.data(), px.data(), py.data(), idx.data(),
+                                         3, 0.0, 0.2, 5));
+         out.insert(out.end(), px.begin(), px.begin() + n);
+         out.push_back(zemath_create_baseline_by_masking_peaks(2048, x.data(), y.data(), 2048,
+                                                               bx.data(), base.data(), 1));
+         out.push_back(base[1000]);
+         double m[8];
+         out.push_back(
+             zemath_calc_peak_moments_ex(2048, x.data(), y.data(), nullptr, 200, 400, 1, m));
+         out.insert(out.end(), m, m + 8);
+         out.push_back(zemath_get_noise_level_of_flat_part(2048, y.data(), 256));
+         double left = 0, right = 0;
+         out.push_back(zemath_find_inflection_point(2048, x.data(), y.data(), 1024, &left, &right));
+         out.push_back(left);
+         return out;
+     }},
 };
 
 TEST(Concurrency, EightThreadsMatchSingleThreadedResults) {
