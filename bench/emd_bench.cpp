@@ -1,8 +1,9 @@
 // Empirical mode decomposition at 1e5 and 1e6 points: four tones with periods 40, 370,
 // 3100 and 29000 points, not-a-knot spline envelopes (mode 2), thresholds 0.05, 0.5,
 // 0.05, at most 10 IMFs. The counters give the IMFs found and the time per IMF
-// (per_imf, in seconds of CPU time, as the peer measures: the machine is shared); bench/table/families/emd.py
-// runs the same sifting with NumPy and SciPy's CubicSpline on the same data.
+// (per_imf, in seconds of CPU time, as the peer measures: the machine is shared);
+// bench/table/families/emd.py runs the same sifting with NumPy and SciPy's CubicSpline on the same
+// data.
 #include <benchmark/benchmark.h>
 
 #include <cmath>
