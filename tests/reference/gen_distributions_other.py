@@ -349,6 +349,14 @@ def ncf_rows():
                 if f(v) == 0.0:
                     continue
                 rows.append((fv, df1, df2, lam, f(v)))
+    # Far in the lower tail with a small df1 and a large non-centrality: the mixture's terms
+    # shrink from j = 0 on (a sum from the Poisson mode underflows there).
+    for fv, df1, df2, lam in [(3.23e-5, 0.005, 558663.0, 1177.0), (1e-3, 0.5, 100.0, 1400.0),
+                              (1e-6, 2.0, 50.0, 600.0)]:
+        mp.mp.dps = 50
+        F, D1, D2 = mp.mpf(fv), mp.mpf(df1), mp.mpf(df2)
+        x = D1 * F / (D1 * F + D2)
+        rows.append((fv, df1, df2, lam, f(ncbeta_lower_mp(x, D1 / 2, D2 / 2, mp.mpf(lam)))))
     return rows
 
 
