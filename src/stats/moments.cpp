@@ -60,6 +60,7 @@ struct FirstPass {
     bool zero_seen = false, unit_weights = true;
     double w_sum = 0.0, w2_sum = 0.0, wx_sum = 0.0, wxx_sum = 0.0;
     double first_value = 0.0, first_weight = 1.0;
+    double largest = 0.0;  // max |x| over the usable values
     LogSum logs;
 };
 
@@ -93,6 +94,7 @@ FirstPass first_pass(std::span<const double> data, const double* weights) {
             r.first_weight = w;
         }
         ++r.usable;
+        r.largest = std::fmax(r.largest, std::fabs(x));
         if (x < 0.0) ++r.negatives;
         if (x == 0.0)
             r.zero_seen = true;
@@ -110,16 +112,17 @@ struct SecondPass {
     double s1 = 0.0, abs_sum = 0.0, s2 = 0.0, s3 = 0.0, s4 = 0.0;
 };
 
-// Central sums about `centre`: s1 = sum w e, |e| and e^2 with weight w, e^3 with w^1.5
-// and e^4 with w^2 (first powers for the back end's flag 4).
+// Central sums about `centre` of the values times `scale` (a power of two, 1 for data of
+// ordinary size): s1 = sum w e, |e| and e^2 with weight w, e^3 with w^1.5 and e^4 with w^2
+// (first powers for the back end's flag 4).
 template <bool Weighted>
 SecondPass second_pass(std::span<const double> data, const double* weights, double centre,
-                       bool first_powers) {
+                       double scale, bool first_powers) {
     SecondPass r;
     for (std::size_t i = 0; i < data.size(); ++i) {
         const double x = data[i];
         if (is_missing(x)) continue;
-        const double e = x - centre;
+        const double e = x * scale - centre;
         const double e2 = e * e;
         if constexpr (Weighted) {
             const double w = weights[i];
@@ -138,6 +141,37 @@ SecondPass second_pass(std::span<const double> data, const double* weights, doub
             r.s3 += e2 * e;
             r.s4 += e2 * e2;
         }
+    }
+    return r;
+}
+
+// The power of two the central sums are taken at: 1 while the fourth powers of values
+// up to `largest` (and n of them summed) stay comfortably inside the double range, else
+// the one that brings `largest` to about 1.
+double moment_scale(double largest) {
+    constexpr double kHigh = 0x1p120, kLow = 0x1p-120;
+    if (!(largest > kHigh || (largest < kLow && largest > 0.0)) || !std::isfinite(largest))
+        return 1.0;
+    return std::ldexp(1.0, -std::ilogb(largest));
+}
+
+struct Rescaled {
+    double wx = 0.0, wxx = 0.0;
+};
+
+template <bool Weighted>
+Rescaled rescaled_sums(std::span<const double> data, const double* weights, double scale) {
+    Rescaled r;
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        if (is_missing(data[i])) continue;
+        const double x = data[i] * scale;
+        double w = 1.0;
+        if constexpr (Weighted) {
+            w = weights[i];
+            if (is_missing(w)) continue;
+        }
+        r.wx += w * x;
+        r.wxx += w * x * x;
     }
     return r;
 }
@@ -212,25 +246,38 @@ int moment_engine(std::span<const double> data, std::span<const double> weights,
     }
     if (!(p.w_sum != 0.0)) return ZEMATH_OK;  // zero total weight: no mean, nothing central
 
-    const double rough_mean = p.wx_sum / p.w_sum;
+    // Values so large or so small that their fourth powers (or sums) leave the double range
+    // are summed scaled by a power of two, which keeps every digit; the statistics are
+    // scaled back (shape statistics need no scaling). The first pass's sums are then
+    // formed again from scaled values.
+    const double scale = moment_scale(p.largest);
+    double rough_mean = p.wx_sum / p.w_sum;
+    if (scale != 1.0) {
+        const Rescaled r = weighted ? rescaled_sums<true>(data, weights.data(), scale)
+                                    : rescaled_sums<false>(data, nullptr, scale);
+        rough_mean = r.wx / p.w_sum;  // in scaled units
+        out.uncor_sum_sq = r.wxx / scale / scale;
+    }
     const bool first_powers = flag == 4;
-    const SecondPass s = weighted
-                             ? second_pass<true>(data, weights.data(), rough_mean, first_powers)
-                             : second_pass<false>(data, nullptr, rough_mean, first_powers);
+    const SecondPass s =
+        weighted ? second_pass<true>(data, weights.data(), rough_mean, scale, first_powers)
+                 : second_pass<false>(data, nullptr, rough_mean, scale, first_powers);
     const double shift = s.s1 / p.w_sum;
-    out.mean = rough_mean + shift;
+    out.mean = (rough_mean + shift) / scale;
     const double s2 = s.s2 - shift * s.s1;
-    out.cor_sum_sq = s2;
-    out.mad = s.abs_sum / p.w_sum;
+    out.cor_sum_sq = s2 / scale / scale;
+    out.mad = s.abs_sum / p.w_sum / scale;
     const double d = denominator(flag, n, p.w_sum, p.w2_sum);
     if (!(d > 0.0)) return ZEMATH_OK;
-    out.variance = s2 / d;
-    out.sd = std::sqrt(out.variance);
-    if (!(out.variance != 0.0) || std::isnan(out.variance)) return ZEMATH_OK;
-    const double sd3 = out.variance * out.sd, var2 = out.variance * out.variance;
+    const double scaled_variance = s2 / d;
+    out.variance = scaled_variance / scale / scale;
+    out.sd = std::sqrt(scaled_variance) / scale;
+    if (!(scaled_variance != 0.0) || std::isnan(scaled_variance)) return ZEMATH_OK;
+    const double sd3 = scaled_variance * std::sqrt(scaled_variance),
+                 var2 = scaled_variance * scaled_variance;
     switch (flag) {
         case 0:
-            adjusted_shape(n, s.s3, s.s4, out.variance, out.skewness, out.kurtosis);
+            adjusted_shape(n, s.s3, s.s4, scaled_variance, out.skewness, out.kurtosis);
             break;
         case 1:
             out.skewness = s.s3 / (n * sd3);
@@ -267,7 +314,11 @@ int basic_summary(std::span<const double> data, std::span<const double> weights,
     nag::NagError fail;
     nag::g01aac(out.usable, values, nullptr, &nvalid, &mean, &sd, &skew, &kurt, &lowest, &highest,
                 &wsum, &fail);
-    if (fail.failed()) return status;  // zero spread: the engine's values stand
+    // Zero spread, or sums past the double range (the back end does not scale): the
+    // engine's values stand.
+    if (fail.failed() || !std::isfinite(mean) || !std::isfinite(sd) || !std::isfinite(skew) ||
+        !std::isfinite(kurt))
+        return status;
     out.mean = mean;
     out.sd = sd;
     out.variance = sd * sd;

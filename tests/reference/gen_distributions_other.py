@@ -87,30 +87,32 @@ def binomial_rows():
     rows = []
     grid_n = [1, 5, 20, 63, 64, 100, 1000, 10000, 100000, 1000000]
     grid_p = [1e-3, 0.01, 0.1, 0.3, 0.5, 0.75, 0.9, 0.999]
-    for n in grid_n:
-        for p in grid_p:
-            mp.mp.dps = 60
-            P = mp.mpf(p)
-            Q = 1 - P
-            mean = n * p
-            sd = math.sqrt(n * p * (1 - p))
-            ks = {0, n, n - 1, 1}
-            for m in (-40, -20, -10, -5, -2, 0, 2, 5, 10, 20, 40):
-                ks.add(int(round(mean + m * sd)))
-            ks = sorted(k for k in ks if 0 <= k <= n)
-            lnp, lnq = mp.log(P), mp.log(Q)
-            lgn = mp.loggamma(n + 1)
+    # Counts up to 2^31 - 1 with a small p: the Poisson-limit regime.
+    extra = [(989784036, 2.0970460889997278e-9), (2147483647, 1e-9), (10000000, 3e-6),
+             (100000000, 4.5e-7), (2000000000, 2.5e-8)]
+    for n, p in [(n, p) for n in grid_n for p in grid_p] + extra:
+        mp.mp.dps = 60
+        P = mp.mpf(p)
+        Q = 1 - P
+        mean = n * p
+        sd = math.sqrt(n * p * (1 - p))
+        ks = {0, n, n - 1, 1}
+        for m in (-40, -20, -10, -5, -2, 0, 2, 5, 10, 20, 40):
+            ks.add(int(round(mean + m * sd)))
+        ks = sorted(k for k in ks if 0 <= k <= n)
+        lnp, lnq = mp.log(P), mp.log(Q)
+        lgn = mp.loggamma(n + 1)
 
-            def pmf(j):
-                return mp.exp(lgn - mp.loggamma(j + 1) - mp.loggamma(n - j + 1) + j * lnp + (n - j) * lnq)
+        def pmf(j):
+            return mp.exp(lgn - mp.loggamma(j + 1) - mp.loggamma(n - j + 1) + j * lnp + (n - j) * lnq)
 
-            mode = int(math.floor((n + 1) * p))
-            for k in ks:
-                lower, upper = tails_by_sum(pmf, k, 0, n, mode)
-                point = pmf(k)
-                if f(lower) == 0.0 and f(upper) == 0.0:
-                    continue
-                rows.append((k, n, p, f(lower), f(upper), f(point)))
+        mode = int(math.floor((n + 1) * p))
+        for k in ks:
+            lower, upper = tails_by_sum(pmf, k, 0, n, mode)
+            point = pmf(k)
+            if f(lower) == 0.0 and f(upper) == 0.0:
+                continue
+            rows.append((k, n, p, f(lower), f(upper), f(point)))
     return rows
 
 
@@ -347,6 +349,14 @@ def ncf_rows():
                 if f(v) == 0.0:
                     continue
                 rows.append((fv, df1, df2, lam, f(v)))
+    # Far in the lower tail with a small df1 and a large non-centrality: the mixture's terms
+    # shrink from j = 0 on (a sum from the Poisson mode underflows there).
+    for fv, df1, df2, lam in [(3.23e-5, 0.005, 558663.0, 1177.0), (1e-3, 0.5, 100.0, 1400.0),
+                              (1e-6, 2.0, 50.0, 600.0)]:
+        mp.mp.dps = 50
+        F, D1, D2 = mp.mpf(fv), mp.mpf(df1), mp.mpf(df2)
+        x = D1 * F / (D1 * F + D2)
+        rows.append((fv, df1, df2, lam, f(ncbeta_lower_mp(x, D1 / 2, D2 / 2, mp.mpf(lam)))))
     return rows
 
 

@@ -10,7 +10,7 @@
 // I_x(j+1, v/2) with the same complement switch, except for t < 0 < delta: there the
 // lower tail is a small difference of the series' terms, and it is computed instead as
 // E[Phi(t S - delta)], S = sqrt(chi2_v / v), by quadrature of a positive integrand.
-// Two more exceptions: far in the lower tail of the chi-square and beta mixtures (where
+// Two more exceptions: far in the lower tail of the chi-square, beta and F mixtures (where
 // Boost's sum from the Poisson mode underflows) the mixture is summed forwards from
 // j = 0; and the central F (lambda = 0) is I_x(df1/2, df2/2) taken through whichever of
 // x = df1 f/(df1 f + df2) and 1 - x = df2/(df1 f + df2) is small, formed directly.
@@ -189,6 +189,16 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
             return checked(boost::math::ibeta(0.5 * df1, 0.5 * df2, x, BoostPolicy()), fail);
         const double y = df2 / (df1 * f + df2);
         return checked(boost::math::ibetac(0.5 * df2, 0.5 * df1, y, BoostPolicy()), fail);
+    }
+    // The F law is the beta mixture at x = df1 f / (df1 f + df2), a = df1/2, b = df2/2:
+    // far in its lower tail, summed forwards from j = 0 as the beta law is.
+    const double x = df1 * f / (df1 * f + df2);
+    const double a = 0.5 * df1, b = 0.5 * df2;
+    if (x <= 0.5 && 0.5 * lambda * x * std::max(1.0, (a + b) / (a + 1.0)) < kForwardRatio) {
+        return checked(
+            poisson_mixture_forward(
+                lambda, [=](int j) { return boost::math::ibeta(a + j, b, x, BoostPolicy()); }),
+            fail);
     }
     const boost::math::non_central_f_distribution<double, BoostPolicy> law(df1, df2, lambda);
     return checked(boost::math::cdf(law, f), fail);
