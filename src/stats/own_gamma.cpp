@@ -36,6 +36,7 @@
 // 0..6, x a non-positive integer, x < -1e6, or an overflowing result; P for a <= 0,
 // x < 0, or a series or continued fraction that fails to converge within its cap.
 // References: Abramowitz and Stegun 6.1.33; DLMF 5.5.3, 5.11.1, 5.15.8, 8.7.1, 8.9.2.
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -325,7 +326,9 @@ double incomplete_gamma_lower(double a, double x) {
     } else {
         p = 1.0 - prefactor * a * upper_fraction(a, x);  // x^a e^-x / Gamma(a) = a * prefactor
     }
-    return std::isfinite(p) ? p : NANUM;
+    // The series can round a hair past 1 where P is within an ulp of it (a near 0: P(1e-286,
+    // 0.17) came out 1 + 2^-52); P is a probability.
+    return std::isfinite(p) ? std::clamp(p, 0.0, 1.0) : NANUM;
 }
 
 }  // namespace zemath::own

@@ -263,6 +263,9 @@ TEST(SpecialOwn, TailsAndExactPoints) {
         {"S at 1e18", zemath_fresnel_s(1e18), 0.5},
         {"C at -1e18", zemath_fresnel_c(-1e18), -0.5},
         {"P(a, 0)", zemath_incomplete_gamma(2.5, 0.0), 0.0},
+        // 1 - 1.4e-286 exactly rounds to 1 (the series gave 1 + 2^-52).
+        {"P at a tiny a", zemath_incomplete_gamma(1.0255004989698012e-286, 0.17254901960784313),
+         1.0},
         {"theta_3 at q = 0", zemath_jacobian_theta(3, 0.3, 0.0), 1.0},
         {"theta_1 at q = 0", zemath_jacobian_theta(1, 0.3, 0.0), 0.0},
         {"Gamma(1)", zemath_gamma(1.0), 1.0},
