@@ -111,7 +111,7 @@ void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double
     double upper = 0.0;
     if (k < n) {
         double term = at_k * ((dn - k) * p / ((k + 1.0) * q));
-        for (int j = k + 1, i = 0; j <= n && i < kMaxTerms; ++j, ++i) {
+        for (long j = k + 1L, i = 0; j <= n && i < kMaxTerms; ++j, ++i) {
             upper += term;
             if (j > mean && term < kNegligible * upper) break;
             term *= (dn - j) * p / ((j + 1.0) * q);
