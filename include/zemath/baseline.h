@@ -68,10 +68,17 @@ ZEMATH_API int zemath_find_base_regions(int nSize, const double* pX, const doubl
                                         double dTolerance1, double dTolerance2,
                                         int nOption) ZEMATH_NOEXCEPT;
 
-/* Baseline of a curve with its peaks masked out, X strictly increasing: the peaks of the
- * directions in nFlags (bits 1, 2, 4 as the peak detectors) are found by
- * zemath_find_peaks_1st_derivative (unsmoothed); each peak's extent [l, r] comes from
- * zemath_find_peaks_partition with the patience int(N / (0.005 * R) * 25), N the noise level
+/* Baseline of a curve with its peaks masked out, called with a variable argument list:
+ *     zemath_create_baseline_by_masking_peaks(nSize, pX, pY, nOutSize, pBaseX, pBaseY, nFlags)
+ * with exactly these six arguments after nSize, of these types: const double* pX,
+ * const double* pY, int nOutSize, double* pBaseX, double* pBaseY, int nFlags. Nothing after
+ * nFlags is read. The counts and flags must be passed as int (not long or size_t) and the
+ * arrays as pointers to double (a null pointer as NULL or (double*)0); a call with fewer
+ * arguments, or arguments of other types, is undefined, as for any variable argument list.
+ * X must be strictly increasing. The peaks of the directions in nFlags (bits 1, 2, 4 as
+ * the peak detectors) are found by zemath_find_peaks_1st_derivative (unsmoothed); each
+ * peak's extent [l, r] comes from zemath_find_peaks_partition with the patience
+ * int(N / (0.005 * R) * 25), N the noise level
  * (zemath_get_noise_level; 0 when it cannot be formed) and R = |max Y - min Y| (1 when 0);
  * the extent is widened to l' = max(2l - m, 0), r' = min(2r - m, nSize - 1) with
  * m = (l + r)/2, and the points strictly between l' and r' are masked, as are NANUM and NaN
@@ -81,10 +88,7 @@ ZEMATH_API int zemath_find_base_regions(int nSize, const double* pX, const doubl
  * pBaseX may be pX, other outputs must not alias the inputs. Returns 0; -11 when pX, pY,
  * pBaseX or pBaseY is NULL; -18 when nSize < 1 or nOutSize != nSize; -17 when X is not
  * strictly increasing; -158 when no point is usable; a code of the peak search (-57). */
-ZEMATH_API int zemath_create_baseline_by_masking_peaks(int nSize, const double* pX,
-                                                       const double* pY, int nOutSize,
-                                                       double* pBaseX, double* pBaseY,
-                                                       int nFlags) ZEMATH_NOEXCEPT;
+ZEMATH_API int zemath_create_baseline_by_masking_peaks(int nSize, ...) ZEMATH_NOEXCEPT;
 
 /* Straight baseline fitted to the two ends of the curve: the weighted least-squares line
  * through the first nEndPoints and the last nEndPoints points, each end carrying half the

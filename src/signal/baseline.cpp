@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdarg>
 #include <cstdint>
 #include <vector>
 
@@ -233,13 +234,9 @@ int small_curvature_points(std::span<const double> y, std::span<const double> cu
     return count;
 }
 
-}  // namespace
-}  // namespace zemath
-
-ZEMATH_API int zemath_create_baseline_by_masking_peaks(int nSize, const double* pX,
-                                                       const double* pY, int nOutSize,
-                                                       double* pBaseX, double* pBaseY,
-                                                       int nFlags) noexcept {
+// The baseline by masking peaks, once its variable argument list has been read.
+int masking_peaks_baseline(int nSize, const double* pX, const double* pY, int nOutSize,
+                           double* pBaseX, double* pBaseY, int nFlags) noexcept {
     if (pX == nullptr || pY == nullptr || pBaseX == nullptr || pBaseY == nullptr)
         return ZEMATH_ERR_NULL_POINTER;
     if (nSize < 1 || nOutSize != nSize) return ZEMATH_ERR_TOO_FEW_POINTS;
@@ -309,6 +306,24 @@ ZEMATH_API int zemath_create_baseline_by_masking_peaks(int nSize, const double* 
         std::copy(base.begin(), base.end(), pBaseY);
         return ZEMATH_OK;
     });
+}
+
+}  // namespace
+}  // namespace zemath
+
+// Kept deliberately a variable argument list after nSize: hosts call it that way. Exactly
+// the six arguments documented in the header are read.
+ZEMATH_API int zemath_create_baseline_by_masking_peaks(int nSize, ...) noexcept {
+    std::va_list args;
+    va_start(args, nSize);
+    const auto* const pX = va_arg(args, const double*);
+    const auto* const pY = va_arg(args, const double*);
+    const int nOutSize = va_arg(args, int);
+    auto* const pBaseX = va_arg(args, double*);
+    auto* const pBaseY = va_arg(args, double*);
+    const int nFlags = va_arg(args, int);
+    va_end(args);
+    return zemath::masking_peaks_baseline(nSize, pX, pY, nOutSize, pBaseX, pBaseY, nFlags);
 }
 
 ZEMATH_API int zemath_create_baseline_end_weighted_linear(int nSize, const double* pX,

@@ -9,6 +9,12 @@ collide with the C math library), finds each declaration `ZEMATH_API <ret> name(
 
     ZEMATH_SWEEP_EXPORT(name, "header.h", "param1,param2,...")
 
+or, for an export with a variable argument list (its prototype ends in `...`), a line
+naming only its fixed parameters:
+
+    ZEMATH_SWEEP_VARIADIC(name, "header.h", "param1")
+
+whose arguments as read the harness takes from its table of variable argument lists.
 The sweep deduces the parameter types from the real prototype; only the parameter names
 come from here (they select the shapes of callbacks and name the arguments in reports).
 The output is rewritten only when its content changes, so an untouched header set does not
@@ -81,8 +87,11 @@ def exports_in(header):
         params = split_top_level(declaration[open_paren + 1:close])
         if params == ["void"]:
             params = []
+        variadic = bool(params) and params[-1] == "..."
+        if variadic:
+            params = params[:-1]
         names = [parameter_name(p, i) for i, p in enumerate(params)]
-        found.append((name_match.group(1), names))
+        found.append((name_match.group(1), names, variadic))
     return found
 
 
@@ -95,8 +104,9 @@ def main():
         lines.append('#include "zemath/%s"' % header.name)
     lines.append("#ifdef ZEMATH_SWEEP_EXPORT")
     for header in headers:
-        for name, params in exports_in(header):
-            lines.append('ZEMATH_SWEEP_EXPORT(%s, "%s", "%s")' % (name, header.name, ",".join(params)))
+        for name, params, variadic in exports_in(header):
+            macro = "ZEMATH_SWEEP_VARIADIC" if variadic else "ZEMATH_SWEEP_EXPORT"
+            lines.append('%s(%s, "%s", "%s")' % (macro, name, header.name, ",".join(params)))
     lines.append("#endif")
     content = "\n".join(lines) + "\n"
     if not output.exists() or output.read_text() != content:

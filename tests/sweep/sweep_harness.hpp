@@ -251,11 +251,52 @@ Export describe(const char* name, const char* header, const char* names, R (*f)(
     return e;
 }
 
+// ---- Exports with a variable argument list. The prototype gives only the fixed
+// parameters, so each such export is listed here with the arguments it reads, in order,
+// and is called through a fixed-argument stand-in that passes them on. A variable
+// argument list missing from this table is reported by the sweep's own test.
+template <auto F, class R, class... P>
+R pass_on(P... p) noexcept {
+    return F(p...);
+}
+
+struct VariadicEntry {
+    const char* name;
+    Export (*make)(const char* header);
+};
+
+const VariadicEntry kVariadicExports[] = {
+    {"zemath_create_baseline_by_masking_peaks",
+     [](const char* header) {
+         return describe("zemath_create_baseline_by_masking_peaks", header,
+                         "nSize,pX,pY,nOutSize,pBaseX,pBaseY,nFlags",
+                         &pass_on<&zemath_create_baseline_by_masking_peaks, int, int, const double*,
+                                  const double*, int, double*, double*, int>);
+     }},
+};
+
+// Names of the exports with a variable argument list that the table above lacks.
+std::vector<std::string>& unlisted_variadic_exports() {
+    static std::vector<std::string> names;
+    return names;
+}
+
+void add_variadic(std::vector<Export>& out, const char* name, const char* header) {
+    for (const VariadicEntry& v : kVariadicExports)
+        if (std::string(v.name) == name) {
+            out.push_back(v.make(header));
+            return;
+        }
+    unlisted_variadic_exports().push_back(name);
+}
+
 const std::vector<Export>& all_exports() {
     static const std::vector<Export> list = [] {
         std::vector<Export> out;
 #define ZEMATH_SWEEP_EXPORT(fn, header, names) out.push_back(describe(#fn, header, names, &fn));
+#define ZEMATH_SWEEP_VARIADIC(fn, header, names) add_variadic(out, #fn, header);
 #include "sweep_exports.inc"
+#undef ZEMATH_SWEEP_VARIADIC
 #undef ZEMATH_SWEEP_EXPORT
         return out;
     }();

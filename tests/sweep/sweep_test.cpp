@@ -60,6 +60,19 @@ TEST(SweepList, EveryHeaderContributesExports) {
     EXPECT_GT(all_exports().size(), 100u);
 }
 
+// An export with a variable argument list is swept only through the harness's table of
+// the arguments it reads; one missing from the table would silently escape the sweep.
+TEST(SweepList, EveryVariableArgumentListIsTabled) {
+    all_exports();
+    EXPECT_TRUE(unlisted_variadic_exports().empty())
+        << "no argument list in sweep_harness.hpp for " << unlisted_variadic_exports().front();
+    const auto masking = std::find_if(
+        all_exports().begin(), all_exports().end(),
+        [](const Export& e) { return e.name == "zemath_create_baseline_by_masking_peaks"; });
+    ASSERT_NE(masking, all_exports().end());
+    EXPECT_EQ(masking->params.size(), 7u);
+}
+
 // The harness itself catches what it is meant to catch: a crash on NULL, a loop that
 // does not end, and a refusal that wrote its output. Deliberately faulty stand-ins.
 int faulty_refusal(double* out, int n) noexcept {
