@@ -104,9 +104,13 @@ ZEMATH_API int zemath_median_filter(int nSize, const double* pIn, double* pOut, 
 
 /* nPasses passes of the kernel (1, 2, 1)/4 with one virtual neighbour per end: modes 0
  * and 4 linear extrapolation (2 x[0] - x[1]), 1 mirror about the end point (x[1]),
- * 2 the end value, 3 periodic. pOut may be the same array as pIn. Returns 0; -5 when
- * nSize < 2 or nPasses < 1; -18 when nEndMode is outside 0..4; -11 when a pointer is
- * NULL. */
+ * 2 the end value, 3 periodic. pOut may be the same array as pIn. Beyond 1024 passes and
+ * 2^26 point updates (nSize x nPasses) the passes are applied at once as the same linear
+ * map in the frequency domain, so the time stays O(nSize log nSize) for any nPasses; the
+ * result agrees with the repeated passes to rounding for finite data, while a NaN or
+ * infinite value then makes every output NaN. Returns 0; -5 when nSize < 2 or nPasses < 1; -18
+ * when nEndMode is outside 0..4; -11 when a pointer is NULL; -19 on allocation failure
+ * (pOut untouched). */
 ZEMATH_API int zemath_binomial_smooth(int nSize, const double* pIn, double* pOut, int nEndMode,
                                       int nPasses) ZEMATH_NOEXCEPT;
 

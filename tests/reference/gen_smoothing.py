@@ -15,6 +15,9 @@ Oracles: SciPy and NumPy, independent of the library.
   - median (modes 1, 2, 3, 5 at 50 percent): scipy.ndimage.median_filter;
   - binomial passes: scipy.ndimage.correlate1d with (1/4, 1/2, 1/4) and mode 'mirror',
     'nearest', 'wrap', or numpy.convolve on explicitly extrapolated ends (modes 0, 4);
+    for pass counts high enough that the smoother applies them all at once
+    (kBinomialMany): the passes iterated in long double, or, for INT_MAX passes, the pass
+    matrix raised to that power in 50-digit arithmetic (mpmath);
   - FFT low-pass: numpy.fft.rfft / irfft keeping bins whose frequency k (n-1)/n is below
     the cutoff.
 Run: /usr/bin/python3 tests/reference/gen_smoothing.py > tests/reference/smoothing_ref.inc
@@ -22,6 +25,7 @@ Run: /usr/bin/python3 tests/reference/gen_smoothing.py > tests/reference/smoothi
 import math
 from fractions import Fraction
 
+import mpmath
 import numpy as np
 from scipy import ndimage, signal
 
@@ -131,4 +135,58 @@ for n, cutoff in [(16, 3.0), (37, 5.5), (64, 10.0), (101, 0.5), (50, 1000.0), (2
     spectrum[(freq >= cutoff) & (np.arange(spectrum.size) > 0)] = 0.0
     y = np.fft.irfft(spectrum, n)
     print(f"    {{{cutoff!r}, {arr(x)}, {arr(y)}}},")
+print("};")
+
+
+
+def binomial_passes_long(x, mode, passes):
+    """The passes as defined, in long double (rounding far below the double result's)."""
+    y = np.array(x, dtype=np.longdouble)
+    q = np.longdouble(0.25)
+    for _ in range(passes):
+        if mode in (0, 4):
+            before, after = 2 * y[0] - y[1], 2 * y[-1] - y[-2]
+        elif mode == 1:
+            before, after = y[1], y[-2]
+        elif mode == 2:
+            before, after = y[0], y[-1]
+        else:
+            before, after = y[-1], y[0]
+        ext = np.concatenate(([before], y, [after]))
+        y = (ext[:-2] + ext[1:-1]) * q + (ext[1:-1] + ext[2:]) * q
+    return [float(v) for v in y]
+
+
+def binomial_matrix(n, mode):
+    """One pass as an n x n matrix of 50-digit numbers, the virtual neighbours folded in."""
+    m = mpmath.zeros(n, n)
+    for i in range(n):
+        m[i, i] += mpmath.mpf(1) / 2
+        for j, w in ((i - 1, mpmath.mpf(1) / 4), (i + 1, mpmath.mpf(1) / 4)):
+            if 0 <= j < n:
+                m[i, j] += w
+            elif mode in (0, 4):  # 2 x[end] - x[next]
+                end, nxt = (0, 1) if j < 0 else (n - 1, n - 2)
+                m[i, end] += 2 * w
+                m[i, nxt] -= w
+            elif mode == 1:
+                m[i, 1 if j < 0 else n - 2] += w
+            elif mode == 2:
+                m[i, 0 if j < 0 else n - 1] += w
+            else:
+                m[i, n - 1 if j < 0 else 0] += w
+    return m
+
+
+mpmath.mp.dps = 50
+print("const FilterReference kBinomialMany[] = {")
+for passes, n in [(160000, 420), (2147483647, 9), (2147483647, 2)]:
+    x = data(n)
+    for mode in range(5):
+        if passes < 10**6:
+            y = binomial_passes_long(x, mode, passes)
+        else:  # by repeated squaring, 50 digits
+            power = binomial_matrix(n, mode) ** passes
+            y = [float(v) for v in power * mpmath.matrix([mpmath.mpf(float(v)) for v in x])]
+        print(f"    {{{passes}, 0, 0, {mode}, {arr(x)}, {arr(y)}}},")
 print("};")

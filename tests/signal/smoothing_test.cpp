@@ -207,6 +207,14 @@ TEST(Binomial, MatchesCorrelateAndKeepsThePeriodicSum) {
             EXPECT_NEAR(after, before, 1e-13 * c.x.size());
         }
     }
+    // Pass counts whose work is applied at once (up to INT_MAX passes, converged to each
+    // end mode's limit) match the pass matrix raised to that power.
+    for (const auto& c : kBinomialMany) {
+        std::vector<double> out(c.x.size());
+        ASSERT_EQ(zemath_binomial_smooth(size_of(c.x), c.x.data(), out.data(), c.mode, c.half), 0);
+        for (size_t i = 0; i < out.size(); ++i)
+            EXPECT_NEAR(out[i], c.y[i], 1e-13) << "mode " << c.mode << " passes " << c.half;
+    }
     // The binomial mirror skips the end point, the padding mirror repeats it.
     const std::vector<double> x{1, 5, 2};
     std::vector<double> bin(3), sg(3);

@@ -3,13 +3,13 @@
 // Method: the real signal is transformed with a real-to-complex plan (any length; FFTW
 // picks mixed-radix, Rader or Bluestein algorithms, O(n log n)), each bin multiplied by
 // the window's gain, and transformed back (complex-to-real) with the 1/n scaling.
-// Windows are rectangular (gains 0 or 1). Accuracy: the transforms' rounding, about
-// eps * log2(n) relative to the signal's norm.
-// Plans are made with FFTW_ESTIMATE (no timing runs) under one process-wide lock: FFTW's
-// planner is not reentrant, while executing a plan is. Failure codes: -151 bad argument,
-// -19 allocation or planning failure.
-// Reference: M. Frigo, S. G. Johnson, "The design and implementation of FFTW3",
-// Proc. IEEE 93 (2005) 216-231.
+// Windows are rectangular (gains 0 or 1). Signals with mirrored or odd ends are filtered
+// the same way in the basis of their symmetric extension, by FFTW's real even and odd
+// transforms (DCT-I, DCT-II/III, DST-I), which need no complex storage. Accuracy: the transforms'
+// rounding, about eps * log2(n) relative to the signal's norm. Plans are made with FFTW_ESTIMATE
+// (no timing runs) under one process-wide lock: FFTW's planner is not reentrant, while executing a
+// plan is. Failure codes: -151 bad argument, -19 allocation or planning failure. Reference: M.
+// Frigo, S. G. Johnson, "The design and implementation of FFTW3", Proc. IEEE 93 (2005) 216-231.
 #include "platform/fft/fft_filter.hpp"
 
 #include <fftw3.h>
@@ -105,6 +105,41 @@ int fft_fft_filter(int n, double* data, std::span<const double> window) {
     }
     fftw_execute(backward.p);
     std::memcpy(data, r, size * sizeof(double));
+    return ZEMATH_OK;
+}
+
+int fft_symmetric_filter(int n, double* data, FftSymmetry symmetry, std::span<const double> gains) {
+    const int least = symmetry == FftSymmetry::whole_even ? 2 : 1;
+    if (n < least || data == nullptr || gains.size() < static_cast<std::size_t>(n))
+        return ZEMATH_ERR_PARAM_RANGE;
+    const auto size = static_cast<std::size_t>(n);
+    Buffer a(sizeof(double) * size), b(sizeof(double) * size);
+    if (a.p == nullptr || b.p == nullptr) return ZEMATH_ERR_ALLOC;
+    auto* x = static_cast<double*>(a.p);
+    auto* coefficients = static_cast<double*>(b.p);
+    fftw_r2r_kind forward_kind = FFTW_REDFT00, backward_kind = FFTW_REDFT00;
+    double factor = 2.0 * (n - 1);  // the transform pair multiplies by this
+    if (symmetry == FftSymmetry::half_even) {
+        forward_kind = FFTW_REDFT10;
+        backward_kind = FFTW_REDFT01;
+        factor = 2.0 * n;
+    } else if (symmetry == FftSymmetry::whole_odd) {
+        forward_kind = backward_kind = FFTW_RODFT00;
+        factor = 2.0 * (n + 1.0);
+    }
+    Plan forward, backward;
+    {
+        std::lock_guard<std::mutex> guard(planner_lock());
+        forward.p = fftw_plan_r2r_1d(n, x, coefficients, forward_kind, FFTW_ESTIMATE);
+        backward.p =
+            fftw_plan_r2r_1d(n, coefficients, x, backward_kind, FFTW_ESTIMATE | FFTW_DESTROY_INPUT);
+    }
+    if (forward.p == nullptr || backward.p == nullptr) return ZEMATH_ERR_ALLOC;
+    std::memcpy(x, data, size * sizeof(double));
+    fftw_execute(forward.p);
+    for (std::size_t k = 0; k < size; ++k) coefficients[k] *= gains[k] / factor;
+    fftw_execute(backward.p);
+    std::memcpy(data, x, size * sizeof(double));
     return ZEMATH_OK;
 }
 

@@ -27,6 +27,23 @@ int fft_filter_window(int n, int type, double cutoff, double interval, double up
 // allocate or plan.
 int fft_fft_filter(int n, double* data, std::span<const double> window);
 
+// The symmetric extensions of a real signal whose filtering is a real even or odd
+// transform (FFTW's r2r kinds): the extension's frequencies and the transform pair.
+enum class FftSymmetry {
+    whole_even,  // mirrored about the end points, x[-1] = x[1]: DCT-I (n >= 2),
+                 // coefficient k has angular frequency pi k / (n - 1), k = 0..n-1
+    half_even,   // mirrored between samples, x[-1] = x[0]: DCT-II and its inverse DCT-III,
+                 // coefficient k has angular frequency pi k / n, k = 0..n-1
+    whole_odd,   // odd about the points -1 and n, x[-1] = x[n] = 0: DST-I,
+                 // coefficient k has angular frequency pi (k + 1) / (n + 1), k = 0..n-1
+};
+
+// Filters data (n values) in place in the basis of the symmetric extension: forward
+// transform, coefficient k multiplied by gains[k] (n values), inverse transform scaled to
+// undo the pair's factor. Returns 0, -151 when n < 1 (n < 2 for whole_even) or gains is
+// short, -19 when FFTW cannot allocate or plan.
+int fft_symmetric_filter(int n, double* data, FftSymmetry symmetry, std::span<const double> gains);
+
 // Complex transforms of length n (forward: sign -1, no scaling; inverse: sign +1,
 // scaled by 1/n), out-of-place. Returns 0 or -19.
 int fft_complex(std::span<const std::complex<double>> in, std::span<std::complex<double>> out,
