@@ -22,7 +22,9 @@
  * The Lagrange row and column of the system hold 50, not 1 (kept deliberately: hosts
  * rely on the results of that scaling). Coincident data points in one neighbourhood make
  * the system singular (-38): merge them first (zemath_xyz_remove_duplicates).
- * Targets whose x or y is NaN or NANUM get NANUM. Outputs may not alias inputs. */
+ * Targets whose x or y is NaN, infinite or NANUM get NANUM, and so do targets so far
+ * from the data that their covariances overflow the system's arithmetic (an estimate or
+ * variance that would not be finite). Outputs may not alias inputs. */
 #ifndef ZEMATH_KRIGING_H
 #define ZEMATH_KRIGING_H
 

@@ -218,13 +218,18 @@ class Kriging {
                     rhs(i) = c;
                     estimate += beta(i) * c;
                 }
-                z_out[t] = estimate;
+                double variance = 0.0;
                 if (var_out) {
                     rhs(s) = kSill;
                     weights = lu.solve(rhs);
                     weights += lu.solve(rhs - a * weights);
-                    var_out[t] = kSill - rhs.dot(weights);
+                    variance = kSill - rhs.dot(weights);
                 }
+                // A target so far from the data that its covariances overflow the system's
+                // arithmetic has no estimate.
+                const bool finite = std::isfinite(estimate) && std::isfinite(variance);
+                z_out[t] = finite ? estimate : kNanum;
+                if (var_out) var_out[t] = finite ? variance : kNanum;
             }
         }
         return 0;
@@ -272,8 +277,7 @@ int krige(int n, const double* x, const double* y, const double* z, int n_point,
         const Kriging engine(p, std::move(data), xmin, xmax, ymin, ymax);
         std::vector<double> tu(static_cast<std::size_t>(m)), tv(static_cast<std::size_t>(m));
         for (int i = 0; i < m; ++i) {
-            const bool ok = !std::isnan(xt[i]) && !std::isnan(yt[i]) && !is_missing(xt[i]) &&
-                            !is_missing(yt[i]);
+            const bool ok = usable(xt[i]) && usable(yt[i]);
             tu[i] = ok ? engine.map_x(xt[i]) : std::nan("");
             tv[i] = ok ? engine.map_y(yt[i]) : std::nan("");
         }

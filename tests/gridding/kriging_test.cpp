@@ -82,6 +82,20 @@ TEST(Kriging, CoordinatesNearTheOverflowLimit) {
             EXPECT_NEAR(huge_var[k], plain_var[k], 1e-9) << big << " target " << k;
         }
     }
+    // Infinite targets, and a target whose covariances overflow, get NANUM in both
+    // outputs; a target far outside the data but within range still gets numbers.
+    const double inf = std::numeric_limits<double>::infinity();
+    const Vec fx{inf, 10, 1e300, 1e4}, fy{0, -inf, 10, 10};
+    Vec est(4), var(4);
+    ASSERT_EQ(zemath_2d_kriging_scat_ex(300, f.x.data(), f.y.data(), f.z.data(), 4, 1.0, 1.5, 4,
+                                        fx.data(), fy.data(), est.data(), var.data(), 0),
+              0);
+    for (int k = 0; k < 3; ++k) {
+        EXPECT_EQ(est[k], NANUM) << k;
+        EXPECT_EQ(var[k], NANUM) << k;
+    }
+    EXPECT_TRUE(std::isfinite(est[3]) && est[3] != NANUM);
+    EXPECT_GT(var[3], 0.0);
 }
 
 TEST(Kriging, ReproducesDataAndConstants) {
