@@ -318,9 +318,11 @@ ZEMATH_API int zemath_frequency_count(const double* data, unsigned int n, double
 
 /* The thresholds of a receiver-operating curve over the scores data[0..n-1]: the
  * distinct usable values ascending, then one value above them all (max + max(1, |max|))
- * at which nothing is classified positive; *count receives their number (distinct + 1).
- * Returns 0; -156 when a pointer is NULL; -158 when no value is usable; -155 when
- * capacity is below distinct + 1 (nothing written). */
+ * at which nothing is classified positive (+infinity when that sum overflows); *count
+ * receives their number (distinct + 1). When the largest value is +infinity nothing lies
+ * above it: the list ends there and holds distinct values only. Returns 0; -156 when a
+ * pointer is NULL; -158 when no value is usable; -155 when capacity is below the list's
+ * length (nothing written). */
 ZEMATH_API int zemath_threshold_list(const double* data, unsigned int n, double* thresholds,
                                      int capacity, int* count) ZEMATH_NOEXCEPT;
 

@@ -366,13 +366,16 @@ ZEMATH_API int zemath_threshold_list(const double* data, unsigned int n, double*
         std::vector<double> v, c;
         distinct_values(data, n, v, c);
         if (v.empty()) return ZEMATH_ERR_NO_USABLE_VALUE;
-        if (v.size() + 1 > static_cast<std::size_t>(std::max(capacity, 0)))
-            return ZEMATH_ERR_SIZES_DIFFER;
-        std::copy(v.begin(), v.end(), thresholds);
         // One threshold above every value: the cut that classifies nothing as positive.
+        // Nothing lies above +infinity: a list ending there has no such cut.
         const double top = v.back();
-        thresholds[v.size()] = top + std::max(1.0, std::fabs(top));
-        *count = static_cast<int>(v.size() + 1);
+        const std::size_t distinct = v.size();
+        const bool cut_above = top != INFINITY;
+        if (distinct + (cut_above ? 1 : 0) > static_cast<std::size_t>(std::max(capacity, 0)))
+            return ZEMATH_ERR_SIZES_DIFFER;
+        for (std::size_t i = 0; i < distinct; ++i) thresholds[i] = v[i];
+        if (cut_above) thresholds[distinct] = top + std::max(1.0, std::fabs(top));
+        *count = static_cast<int>(distinct) + (cut_above ? 1 : 0);
         return ZEMATH_OK;
     });
 }

@@ -276,10 +276,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
                 require(count >= 1 && count <= capacity && count <= len + 1);
                 if (std::getenv("ZEMATH_FUZZ_TRACE"))
                     for (int k = 0; k < count; ++k) std::fprintf(stderr, "%d: %.17g\n", k, t[k]);
-                // Ascending; nothing lies above +inf, so a +inf score repeats as the last entry
-                // (reported, not pinned here).
-                for (int k = 1; k < count; ++k)
-                    require(t[k - 1] < t[k] || (k == count - 1 && t[k] == INFINITY));
+                // Strictly ascending, the top cut included.
+                for (int k = 1; k < count; ++k) require(t[k - 1] < t[k]);
             } else {
                 require(untouched(t));
             }
@@ -307,11 +305,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
                 std::fprintf(stderr, "method %d rule %d n %d -> %.17g\n", method, rule, n, v);
                 for (double e : x) std::fprintf(stderr, " %.17g", e);
             }
-            // Finite data give a number. Not yet for magnitudes whose squares overflow: the
-            // moment engine's sums of squares overflow there (reported, not fixed yet).
-            if (finite(x) &&
-                std::all_of(x.begin(), x.end(), [](double e) { return std::fabs(e) < 1e150; }))
-                require(!std::isnan(v));
+            // Finite data give a number, magnitudes near the ends of the range included.
+            if (finite(x)) require(!std::isnan(v));
             break;
         }
         case 16: {

@@ -469,6 +469,14 @@ TEST(Quantiles, RangeMedianFrequenciesAndBinWidth) {
     double thresholds[4];
     ASSERT_EQ(zemath_threshold_list(data, 8, thresholds, 4, &count), 0);
     EXPECT_EQ(std::vector<double>(thresholds, thresholds + 4), (std::vector<double>{1, 2, 3, 6}));
+    // Nothing lies above +infinity: the list ends there; a cut above DBL_MAX overflows to it.
+    const double with_inf[] = {1, INFINITY, 1}, with_max[] = {DBL_MAX, -1};
+    ASSERT_EQ(zemath_threshold_list(with_inf, 3, thresholds, 2, &count), 0);
+    EXPECT_EQ(count, 2);
+    EXPECT_EQ(std::vector<double>(thresholds, thresholds + 2), (std::vector<double>{1, INFINITY}));
+    ASSERT_EQ(zemath_threshold_list(with_max, 2, thresholds, 3, &count), 0);
+    EXPECT_EQ(count, 3);
+    EXPECT_EQ(thresholds[2], INFINITY);
     const int groups[] = {0, 0, 1, 1, 1, 0, 1, 0};
     const double p50 = 50;
     double by_group[2];
