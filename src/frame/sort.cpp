@@ -418,14 +418,18 @@ bool index_sort(NRVec<T>& keys, NRVec<int>* index, bool ascending, int method, i
     if (!keys.is_valid() || first < 0 || first > last || last >= keys.size()) return false;
     const ComparePair pair = compare_pair(type_code);
     void* compare = as_pointer(ascending ? pair.ascend : pair.descend);
+    // With the range valid, the sorter fails only for want of memory: thrown like the
+    // containers' own failure, so that no caller goes on with unsorted keys.
     if (!index) {
         CZSorter sorter(method, keys.data(), last + 1, sizeof(T), nullptr, 0, 0);
-        return sorter.Sort(first, last, compare, false) == 1;
+        if (sorter.Sort(first, last, compare, false) != 1) throw kAllocFailure;
+        return true;
     }
     if (index->size() < keys.size()) index->set_size(keys.size(), true);
     for (int i = 0; i < index->size(); ++i) (*index)[i] = i;
     CZSorter sorter(method, keys.data(), last + 1, sizeof(T), index->data(), sizeof(int), last + 1);
-    return sorter.Sort(first, last, compare, false) == 1;
+    if (sorter.Sort(first, last, compare, false) != 1) throw kAllocFailure;
+    return true;
 }
 
 constexpr int kTypeInt = 8;

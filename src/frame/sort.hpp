@@ -7,8 +7,8 @@
 // merge sort) sorts keys[first..last] with index[first..last] as companion, ascending or
 // descending. Positions outside first..last keep their keys and index values. Returns
 // false, with keys untouched, for an invalid key vector or a range outside it (first < 0,
-// first > last, last >= size), or when the sorter could not run.
-// Growing the index vector can throw 31000 (run inside the export guard).
+// first > last, last >= size). Growing the index vector, or a sorter that cannot get its
+// memory, throws 31000 as the containers do (run inside the export guard).
 #pragma once
 
 #include "frame/nrvec.hpp"

@@ -642,6 +642,7 @@ ZEMATH_API int zemath_desc_stats_ex(const double* data, unsigned int n, const do
         if (!range_ok(bounds[2 * r], bounds[2 * r + 1], n)) return ZEMATH_ERR_PARAM_RANGE;
     return zemath::guard_status([&]() -> int {
         int first_failure = ZEMATH_OK;
+        std::vector<DescStatResults> formed(nRanges);  // written once all are formed
         for (unsigned int r = 0; r < nRanges; ++r) {
             const auto first = static_cast<std::size_t>(bounds[2 * r]);
             const auto count = static_cast<std::size_t>(bounds[2 * r + 1]) - first + 1;
@@ -653,9 +654,10 @@ ZEMATH_API int zemath_desc_stats_ex(const double* data, unsigned int n, const do
                 level, options->nMomentDenFlag, full);
             DescStatResults selected = zemath::reset_record(-1);
             copy_selected(*options, full, selected);
-            out[r] = selected;
+            formed[r] = selected;
             if (first_failure == ZEMATH_OK) first_failure = status;
         }
+        std::copy(formed.begin(), formed.end(), out);
         return first_failure;
     });
 }
@@ -666,20 +668,24 @@ int row_desc(int rows, int columns, const double* matrix, DescStatResults* resul
              const double* weights, double level, int flag, const DescStatOptions* options) {
     int first_failure = ZEMATH_OK;
     const auto width = static_cast<std::size_t>(columns);
+    // Every row's record is formed before any is written: a row's statistics allocate,
+    // and a failure must leave the caller's records untouched.
+    std::vector<DescStatResults> formed(static_cast<std::size_t>(rows));
     for (int r = 0; r < rows; ++r) {
         DescStatResults full;
         const int status = zemath::describe(
             std::span<const double>(matrix + static_cast<std::size_t>(r) * width, width),
             weights_span(weights, width), level, flag, full);
+        DescStatResults& out = formed[static_cast<std::size_t>(r)];
         if (options != nullptr) {
-            DescStatResults selected = zemath::reset_record(-1);
-            copy_selected(*options, full, selected);
-            results[r] = selected;
+            out = zemath::reset_record(-1);
+            copy_selected(*options, full, out);
         } else {
-            results[r] = full;
+            out = full;
         }
         if (first_failure == ZEMATH_OK) first_failure = status;
     }
+    std::copy(formed.begin(), formed.end(), results);
     return first_failure;
 }
 

@@ -18,7 +18,9 @@
 namespace zemath {
 
 // Median of the values not equal to NANUM by the percentile engine's pick (rule 0 at
-// 50%) and its selection, in a scratch buffer reused from group to group.
+// 50%) and its selection, in a scratch buffer reused from group to group. Callers reserve
+// the scratch for their largest group before writing any output, so that an allocation
+// failure leaves the outputs untouched.
 double group_median(std::span<const double> y, std::vector<double>& scratch) {
     scratch.clear();
     for (const double v : y) {
@@ -170,6 +172,12 @@ int reduce_binned(std::span<const double> x, const double* y, const std::vector<
     std::vector<int> last(edges.size());
     std::vector<double> scratch;
     const int groups = group_by_x(x, edges, last);
+    if (method == 3) {
+        int largest = 0;
+        for (int k = 0, from = 0; k < groups; from = last[static_cast<std::size_t>(k)] + 1, ++k)
+            largest = std::max(largest, last[static_cast<std::size_t>(k)] + 1 - from);
+        scratch.reserve(static_cast<std::size_t>(largest));
+    }
     int first = 0;
     for (int k = 0; k < groups; ++k) {
         const int end = last[static_cast<std::size_t>(k)] + 1;
@@ -198,6 +206,7 @@ ZEMATH_API int zemath_reducexy_n_points(const double* y, double* out, unsigned i
     return guard_status([&] {
         const unsigned groups = n / points_per_group + (n % points_per_group != 0);
         std::vector<double> scratch;
+        if (method == 3) scratch.reserve(std::min(n, points_per_group));
         for (unsigned k = 0; k < groups; ++k) {
             const std::size_t first = static_cast<std::size_t>(k) * points_per_group;
             const std::size_t count = k + 1 < groups ? points_per_group : n - first;
@@ -310,6 +319,7 @@ ZEMATH_API int zemath_reduce_2D_data(const double* z, int nRows, int nCols, int 
         const int block_rows = nRows / nHeight + (nRows % nHeight != 0);
         const int block_cols = nCols / nWidth + (nCols % nWidth != 0);
         std::vector<double> values(cells.size()), scratch;
+        if (method == 3) scratch.reserve(values.size());
         for (int bi = 0; bi < block_rows; ++bi) {
             for (int bj = 0; bj < block_cols; ++bj) {
                 // The window centred so that its cells cover exactly this block.
@@ -342,6 +352,7 @@ ZEMATH_API int reduce_xy_get_sampling_data(const double* x, const double* y, int
     return guard_status([&] {
         const int groups = n / sampling_size + (n % sampling_size != 0);
         std::vector<double> scratch;
+        if (method == 3) scratch.reserve(static_cast<std::size_t>(std::min(n, sampling_size)));
         for (int k = 0; k < groups; ++k) {
             const int first = k * sampling_size;
             const int count = std::min(sampling_size, n - first);

@@ -109,6 +109,7 @@ const FailureValue kFailureValues[] = {
     {"theMergeSort", 0},  // 0 with the records untouched
     {"theQuickSort", 0},
     {"zemath_tmovavg", -1},                     // "an averaging pass fails"
+    {"zemath_adjave_smooth", -9},               // -9 on any failure
     {"zemath_percentiles_distribution", -166},  // its allocation-failure code
 };
 
@@ -190,12 +191,12 @@ Outcome inject(const Export& e, const Call& c) {
     return out;
 }
 
-Call by_position(const Export& e, int fill_mode) {
-    static const int64_t pattern[] = {2, 16, 8, 1, 0, 0, 0, 0};
+// Integers that differ by position, in order of appearance.
+Call by_position(const Export& e, int fill_mode, const std::vector<int64_t>& pattern) {
     Call c = baseline(e, 8, 0.5, fill_mode);
     size_t next = 0;
     for (size_t i = 0; i < e.params.size(); ++i)
-        if (e.params[i].kind == Kind::Integer && next < std::size(pattern))
+        if (e.params[i].kind == Kind::Integer && next < pattern.size())
             c.args[i].i = std::min(pattern[next++], e.params[i].max);
     return c;
 }
@@ -205,9 +206,15 @@ TEST(AllocationFailure, EveryAllocationOfEveryExportFailsCleanly) {
     for (const Export& e : all_exports()) {
         long reached = 0;
         // Argument sets: large counts and doubles, small ones, and integers that differ by
-        // position (an index range 2..16 over records of 8 bytes, a table of 16 entries).
-        for (const Call& c : {baseline(e, 64, 0.5, 0), baseline(e, 8, 2.0, 0), by_position(e, 0),
-                              by_position(e, 2)}) {
+        // position (an index range 2..16 over records of 8 bytes, a table of 16 entries; a
+        // curve of 64 points with small windows, orders and option codes over data with
+        // peaks and valleys).
+        const std::vector<int64_t> range{2, 16, 8, 1, 0, 0, 0, 0}, curve{64, 2, 1, 0, 0, 0, 0, 0},
+            curve_options{64, 3, 2, 1, 1, 1, 1, 1};
+        for (const Call& c :
+             {baseline(e, 64, 0.5, 0), baseline(e, 8, 2.0, 0), by_position(e, 0, range),
+              by_position(e, 2, range), baseline(e, 64, 0.5, 3), by_position(e, 3, curve),
+              by_position(e, 3, curve_options)}) {
             const Outcome o = inject(e, c);
             reached += o.sites;
             sites += o.sites;

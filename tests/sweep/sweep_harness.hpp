@@ -88,7 +88,9 @@ struct Export {
 };
 
 // ---- Buffer contents by element type: mode 0 an ascending run, mode 1 special values
-// (mode 2 differs for floating types only: a constant 1/16).
+// (modes 2 and 3 differ for floating types only: a constant 1/16, and a curve with peaks,
+// valleys and a trend, which the peak, baseline and decomposition families need to get
+// past their first steps).
 
 const double kSpecials[] = {NAN,     INFINITY, -INFINITY, NANUM, -0.0, 0.0, DBL_MAX, -DBL_MAX,
                             DBL_MIN, 4.9e-324, -4.9e-324, 1.0,   -1.0, 0.5, 1e300,   -1e-300};
@@ -118,9 +120,12 @@ void fill_typed(unsigned char* bytes, int mode) {
                                             kSpecials[(i + 3) % kSpecialCount]};
         } else if constexpr (std::is_floating_point_v<T>) {
             // Mode 2: every value 1/16, a probability table of 16 entries summing to 1.
-            const double v = mode == 0   ? 0.25 * static_cast<double>(i) - 2.0
+            const double t = static_cast<double>(i);
+            const double v = mode == 0   ? 0.25 * t - 2.0
                              : mode == 2 ? 0.0625
-                                         : kSpecials[i % kSpecialCount];
+                             : mode == 3
+                                 ? std::sin(0.7 * t) * (1.0 + 0.3 * std::sin(0.05 * t)) + 0.02 * t
+                                 : kSpecials[i % kSpecialCount];
             if constexpr (std::is_same_v<T, float>)
                 data[i] = to_float(v);
             else
