@@ -302,6 +302,35 @@ TEST(DistributionValues, StatusCodesAndDeliberateExceptions) {
         {Fn::lambertW, {std::exp(-1.0), -1, 1}, 0, kNA, 0, kIn},
         {Fn::lambertW, {kInf, 0, 0}, 0, kNA, 0, 15},
         {Fn::lambertW, {0.25, 0, 7}, 0, -0.13490446826612135, 1e-15, 0},
+        {Fn::lambertW, {-kInf, -1, 0}, 0, kNA, 0, 15},
+        // The range code of each limit (+-infinity fails the limit it crosses).
+        {Fn::tinv, {0, 5}, 2, kNA, 0, 6}, {Fn::tinv, {1, 5}, 2, kNA, 0, 8},
+        {Fn::tinv, {0.3, 0.5}, 2, kNA, 0, 5}, {Fn::chi2cdf, {1, 0}, 2, kNA, 0, 6},
+        {Fn::chi2cdf, {1, -kInf}, 2, kNA, 0, 6}, {Fn::chi2inv, {-0.1, 3}, 0, kNA, 0, 5},
+        {Fn::chi2inv, {1, 3}, 0, kNA, 0, 8}, {Fn::chi2inv, {0.3, 0}, 0, kNA, 0, 6},
+        {Fn::chi2inv, {0.3, 2e10}, 0, kNA, 0, 7}, {Fn::fcdf, {-1, 3, 4}, 2, kNA, 0, 5},
+        {Fn::fcdf, {1, 2e10, 4}, 2, kNA, 0, 7}, {Fn::finv, {0.3, 0, 4}, 0, kNA, 0, 6},
+        {Fn::finv, {0.3, 3, kInf}, 0, kNA, 0, 7}, {Fn::betacdf, {-0.1, 2, 3}, 2, kNA, 0, 5},
+        {Fn::betacdf, {1.1, 2, 3}, 1, kNA, 0, 7}, {Fn::betacdf, {0.5, 0, 3}, 2, kNA, 0, 6},
+        {Fn::betainv, {-0.1, 2, 3}, 0, kNA, 0, 5}, {Fn::betainv, {0.5, 2, 0}, 0, kNA, 0, 6},
+        {Fn::betapdf, {-0.1, 2, 3}, 0, kNA, 0, 5}, {Fn::betapdf, {1.1, 2, 3}, 0, kNA, 0, 7},
+        {Fn::betapdf, {0.5, 2e6, 3}, 0, kNA, 0, 7}, {Fn::gamcdf, {1, 2e10, 1}, 2, kNA, 0, 7},
+        {Fn::gamcdf, {1, 2, kInf}, 1, kNA, 0, 7}, {Fn::gaminv, {-0.1, 2, 1}, 0, kNA, 0, 5},
+        {Fn::gaminv, {1, 2, 1}, 0, kNA, 0, 8}, {Fn::gaminv, {0.5, 0, 1}, 0, kNA, 0, 6},
+        {Fn::gaminv, {0.5, 2, kInf}, 0, kNA, 0, 7}, {Fn::gampdf, {1, 2e10, 1}, 0, kNA, 0, 7},
+        {Fn::poisscdf, {1, kInf}, 2, kNA, 0, 7}, {Fn::nctcdf, {1, kInf, 1, 50}, 0, kNA, 0, 7},
+        {Fn::ncchi2cdf, {1, kInf, 1}, 0, kNA, 0, 7}, {Fn::ncfcdf, {-1, 2, 3, 1}, 0, kNA, 0, 5},
+        {Fn::ncfcdf, {1, 2, 3, -1}, 0, kNA, 0, 5}, {Fn::ncfcdf, {1, kInf, 3, 1}, 0, kNA, 0, 7},
+        {Fn::ncbetacdf, {-0.1, 2, 3, 1}, 0, kNA, 0, 5},
+        {Fn::ncbetacdf, {0.5, 2, 3, -1}, 0, kNA, 0, 5},
+        {Fn::ncbetacdf, {0.5, kInf, 3, 1}, 0, kNA, 0, 7},
+        {Fn::srangeinv, {0.5, 10, 1}, 0, kNA, 0, 11}, {Fn::srangeinv, {0.5, 0.5, 3}, 0, kNA, 0, 5},
+        // Check order: own checks before the tail, the tail before NaN, NaN before every
+        // range in the central laws, one argument at a time in the binomial and the
+        // non-central laws, the studentized range's v NaN before its group count.
+        {Fn::logncdf, {-1, 0, 1}, 5, kNA, 0, kIn}, {Fn::normcdf, {kNaN}, 5, kNA, 0, 70},
+        {Fn::chi2cdf, {-1, kNaN}, 2, kNA, 0, 15}, {Fn::binocdf, {-1, -5, kNaN}, 2, kNA, 0, 11},
+        {Fn::ncchi2cdf, {-1, kNaN, 1}, 0, kNA, 0, 5}, {Fn::srangecdf, {2, kNaN, 1}, 0, kNA, 0, 15},
     };
     // clang-format on
     for (const Row& r : rows) check(r);
