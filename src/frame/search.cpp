@@ -222,6 +222,9 @@ struct DecimalStep {
 
     explicit DecimalStep(double value) : numerator(value), scale(-1), step(value) {
         constexpr double kMaxNumerator = 1e9;  // beyond this every double looks decimal
+        // Decimal when value * 10^p lies within 1e-12 relative of a whole number: far above
+        // the error of the double and of the product (a few ulps, 1e-16 each), far below the
+        // spacing of the numerators up to 1e9 (1e-9 relative).
         constexpr double kRepresentation = 1e-12;
         for (int p = 0; p <= 15; ++p) {
             const double scaled = value * power_of_ten(p);
@@ -256,6 +259,8 @@ DecimalStep nice_step(double raw) {
     }
     double m = 10.0;
     for (double candidate : {1.0, 2.0, 5.0})
+        // 1e-12 absorbs the rounding of raw / 10^e (a few ulps), so that a raw step of exactly
+        // 1, 2 or 5 times a power of ten keeps that step.
         if (mantissa <= candidate * (1.0 + 1e-12)) {
             m = candidate;
             break;

@@ -230,7 +230,7 @@ TEST(DistributionValues, CheckValuesLimitsAndPoles) {
         {Fn::betacdf, {0, 0.5, 2}, 1, 1, 0}, {Fn::logncdf, {std::exp(1.0), 1, 2}, 2, 0.5, 1e-16},
         {Fn::binopdf, {0, 0, 0.3}, 0, 1, 0}, {Fn::binopdf, {0, 7, 0}, 0, 1, 0},
         {Fn::binopdf, {7, 7, 1}, 0, 1, 0}, {Fn::binopdf, {3, 7, 1}, 0, 0, 0},
-        // Subnormal and tiny p: n p leaves the normal range (NaN was returned here).
+        // Subnormal and tiny p: n p leaves the normal range (a direct evaluation gives NaN).
         {Fn::binopdf, {7, 250, 1e-313}, 0, 0, 0}, {Fn::binopdf, {0, 250, 1e-313}, 0, 1, 0},
         {Fn::binopdf, {1, 1000, 1e-300}, 0, 1e-297, 1e-12},  // n p (1 - p)^(n-1)
     };
@@ -371,12 +371,12 @@ TEST(DistributionValues, ExtremeParametersTakeTheLimitOrAreRefused) {
         EXPECT_NEAR(srangeinv(0.5, v, 2, &status), 0.953872552408939746, 1e-12) << v;
         EXPECT_EQ(status, 0);
     }
-    // A denormal Poisson mean with a huge count: probability 0 (NaN before); x = 1 keeps
+    // A denormal Poisson mean with a huge count: probability 0 (not NaN); x = 1 keeps
     // the denormal lambda e^-lambda.
     EXPECT_EQ(poisspdf(67116548, 9.8841767809891302e-312, &status), 0.0);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(poisspdf(1, 9.8841767809891302e-312, &status), 9.8841767809891302e-312);
-    // Huge finite arguments of the bivariate normal are their infinite limits (NaN before).
+    // Huge finite arguments of the bivariate normal are their infinite limits (not NaN).
     for (double rho : {-0.5, 0.0, 0.984}) {
         EXPECT_EQ(bivarnormcdf(4.3e-60, -DBL_MAX, rho, &status), 0.0) << rho;
         EXPECT_EQ(status, 0);
@@ -388,7 +388,8 @@ TEST(DistributionValues, ExtremeParametersTakeTheLimitOrAreRefused) {
     for (double lambda : {1.01e9, 1e12, DBL_MAX}) {
         EXPECT_EQ(ncchi2cdf(0.5, 0.5, lambda, &status), NANUM) << lambda;
         EXPECT_EQ(status, 7) << lambda;
-        EXPECT_EQ(ncfcdf(0.5, 0.5, 0.5, lambda, &status), NANUM) << lambda;  // int overflow before
+        EXPECT_EQ(ncfcdf(0.5, 0.5, 0.5, lambda, &status), NANUM)
+            << lambda;  // an int index would overflow
         EXPECT_EQ(status, 7) << lambda;
         EXPECT_EQ(ncbetacdf(0.5, 0.5, 0.5, lambda, &status), NANUM) << lambda;
         EXPECT_EQ(status, 7) << lambda;
