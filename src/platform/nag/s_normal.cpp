@@ -20,6 +20,8 @@ namespace zemath::nag {
 
 namespace {
 
+// The coefficients of Cody's approximations as published (see the reference above): kA/kB
+// for |x| <= 0.46875, kC/kD up to 4, kP/kQ beyond.
 constexpr double kA[5] = {3.16112374387056560e0, 1.13864154151050156e2, 3.77485237685302021e2,
                           3.20937758913846947e3, 1.85777706184603153e-1};
 constexpr double kB[4] = {2.36012909523441209e1, 2.44024637934444173e2, 1.28261652607737228e3,
