@@ -1,6 +1,8 @@
 // Sorting and searching benchmarks: random doubles with an int index companion sorted
 // through CZSorter (both methods) beside std::stable_sort of (key, index) pairs, and
-// zemath_array_find_indices of 1e6 random targets into sorted arrays. The peer script
+// zemath_array_find_indices of 1e6 random targets into sorted arrays (the sweep) and of 1000
+// targets into arrays of 1e4 to 1e7 values (too few targets for the sweep: one bisection per
+// target). The peer script
 // bench/table/families/{sort,search}.py times numpy.argsort(kind='stable') and numpy.searchsorted
 // on the same sizes and distribution (uniform on [0, 1)).
 #include <benchmark/benchmark.h>
@@ -78,6 +80,22 @@ void BM_FindIndices(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<long long>(targets.size()));
 }
 
+// Fewer targets than the sweep needs: each is bisected on its own.
+void BM_FindIndicesFew(benchmark::State& state) {
+    const std::size_t n = static_cast<std::size_t>(state.range(0));
+    std::vector<double> x = uniform(n, 7);
+    std::sort(x.begin(), x.end());
+    const std::vector<double> targets = uniform(1000, 8);
+    std::vector<int> out(targets.size());
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(
+            zemath_array_find_indices(x.data(), static_cast<int>(n), targets.data(),
+                                      static_cast<int>(targets.size()), out.data()));
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<long long>(targets.size()));
+}
+
 }  // namespace
 
 BENCHMARK(BM_CZSorter_Merge)
@@ -100,4 +118,12 @@ BENCHMARK(BM_FindIndices)
     ->Arg(10000000)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
+BENCHMARK(BM_FindIndicesFew)
+    ->Arg(10000)
+    ->Arg(1000000)
+    ->Arg(10000000)
+    ->Unit(benchmark::kMicrosecond)
+    ->UseRealTime()
+    ->Repetitions(7)
+    ->ReportAggregatesOnly(true);
 BENCHMARK_MAIN();

@@ -108,7 +108,7 @@ bool find_indices_by_sweep(std::span<const double> x, std::span<const double> ta
 }
 
 // The sweep pays a pass over x and a sort of the targets; it wins from about a thousand
-// targets when x is not much longer than the targets times 64 (measured: 2-3 times
+// targets when x is not much longer than the targets times 64 (measured: 3 and 5 times
 // faster than the interleaved bisection for 1e6 targets into 1e6 and 1e7 values).
 constexpr std::size_t kSweepMinimumTargets = 1024;
 constexpr std::size_t kSweepMaximumRatio = 64;
@@ -120,6 +120,9 @@ void find_indices_ascending(std::span<const double> x, std::span<const double> t
     if (targets.size() >= kSweepMinimumTargets && x.size() <= kSweepMaximumRatio * targets.size() &&
         targets.size() <= UINT32_MAX && find_indices_by_sweep(x, targets, indices))
         return;
+    // Otherwise the bisections of 32 targets at a time run interleaved, so that their
+    // memory reads overlap (measured: 2 to 2.5 times faster than one bisection after the
+    // other, for 100 and 1000 targets into 1e4 to 1e7 values).
     constexpr std::size_t kLanes = 32;
     const int n = static_cast<int>(x.size());
     const double first = x[0], last = x[n - 1];
@@ -219,6 +222,9 @@ struct DecimalStep {
 
     explicit DecimalStep(double value) : numerator(value), scale(-1), step(value) {
         constexpr double kMaxNumerator = 1e9;  // beyond this every double looks decimal
+        // Decimal when value * 10^p lies within 1e-12 relative of a whole number: far above
+        // the error of the double and of the product (a few ulps, 1e-16 each), far below the
+        // spacing of the numerators up to 1e9 (1e-9 relative).
         constexpr double kRepresentation = 1e-12;
         for (int p = 0; p <= 15; ++p) {
             const double scaled = value * power_of_ten(p);
@@ -253,6 +259,8 @@ DecimalStep nice_step(double raw) {
     }
     double m = 10.0;
     for (double candidate : {1.0, 2.0, 5.0})
+        // 1e-12 absorbs the rounding of raw / 10^e (a few ulps), so that a raw step of exactly
+        // 1, 2 or 5 times a power of ten keeps that step.
         if (mantissa <= candidate * (1.0 + 1e-12)) {
             m = candidate;
             break;

@@ -24,6 +24,7 @@ DupMethod dup_method_from_code(int code);
 double combine_values(std::span<double> group, DupMethod method);
 
 struct DupOptions {
+    // The documented default tolerances (zemath/xyz.h: 1e-8 when no record is given).
     double xtol = 1e-8;
     double ytol = 1e-8;
     bool use_y = true;           // false: one key (x) only

@@ -182,6 +182,8 @@ int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh) {
         largest = std::max({largest, std::fabs(nodes.x[i]), std::fabs(nodes.y[i])});
     Nodes scaled;
     const Nodes* use = &nodes;
+    // Within 1e-60 .. 1e60 the in-circle test's fourth powers of coordinate differences stay
+    // in the double range (1e-240 .. 1e240); outside it the scaling keeps them there.
     if (largest > 0.0 && (largest > 1e60 || largest < 1e-60)) {
         const int e = std::ilogb(largest);
         scaled = nodes;

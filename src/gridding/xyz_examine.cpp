@@ -21,6 +21,7 @@
 namespace zemath {
 namespace {
 
+// The documented default tolerance (zemath/xyz.h).
 constexpr double kDefaultTol = 1e-8;
 // A grid with more nodes than this many per data point is not a grid of the data.
 constexpr double kMaxNodesPerPoint = 1e6;
@@ -47,6 +48,7 @@ AxisStep mode_then_gcd_finder(std::span<const double> distinct, double tol, doub
     DifferenceGroup best;
     for (const auto& g : groups)
         if (g.count > best.count) best = g;
+    // Never tighter than the 1e-6 the difference groups are formed with (zemath/xyz.h).
     const double check = std::max(std::fabs(fit_tol), 1e-6);
     bool fits = best.mean > 0.0;
     for (double v : d) {

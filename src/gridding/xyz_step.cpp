@@ -126,6 +126,7 @@ std::vector<DifferenceGroup> difference_groups(std::vector<double> d) {
 double approximate_gcd(std::span<const double> d, double tol) {
     if (d.empty()) return 0.0;
     const double largest = *std::max_element(d.begin(), d.end());
+    // At least 1e-15 of the largest difference (a few ulps): smaller remainders are rounding.
     const double threshold = std::max(std::fabs(tol), 1e-15) * largest;
     double g = d[0];
     for (double value : d) {
@@ -197,6 +198,7 @@ int stat_finder(const double* x, unsigned int n, double* step, double tol, int* 
             static_cast<double>(best.count) < probability * static_cast<double>(d.size()))
             return static_cast<int>(ZEMATH_ERR_NO_STEP);
         if (check_fit) {
+            // Never tighter than the 1e-6 the difference groups are formed with (zemath/xyz.h).
             const double fit_tol = std::max(std::fabs(tol), 1e-6);
             for (double v : d) {
                 const double r = std::fmod(v, best.mean) / best.mean;

@@ -90,6 +90,7 @@ ZEMATH_API int zemath_find_baseline_part_in_smooth_curve(int nSize, const double
         int count = 0;
         for (std::size_t i = 0; i < n; ++i) {
             if (is_missing(pY[i]) || is_missing(slope[i])) continue;
+            // The documented rule (zemath/baseline.h): within 5% of the ranges of y and y'.
             if (std::fabs(pY[i]) < 0.05 * y_range && std::fabs(slope[i]) < 0.05 * slope_range)
                 pIndices[count++] = static_cast<int>(i);
         }

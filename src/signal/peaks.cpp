@@ -338,6 +338,7 @@ ZEMATH_API int zemath_find_peaks_by_search_window(int* pnSize, const double* pX,
         std::vector<double> grid_x, grid_y;
         bool interpolated = false;
         double step = 0.0;
+        // Evenly spaced within the relative 1e-8 that zemath/peaks.h documents.
         const Spacing spacing = get_vector_inc(caller_x, 1e-8);
         if (spacing.result == 1 || spacing.result == -1) {
             curve.x = caller_x;

@@ -15,7 +15,7 @@
 // -25, -151 for the zemath_ functions, as documented in zemath/rainflow.h.
 //
 // References: ASTM E1049-85, Standard practices for cycle counting in fatigue analysis
-// (rainflow counting and its worked example); the four-point rule and the residue
+// (rainflow counting); the four-point rule and the residue
 // treatments of fatigue practice; Palmgren-Miner linear damage accumulation with a
 // Basquin S-N curve.
 #include "signal/rainflow.hpp"

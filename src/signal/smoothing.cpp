@@ -124,6 +124,8 @@ std::vector<double> savgol_coefficients(int left, int right, int order, int deri
     unit(deriv) = 1.0;
     const Eigen::VectorXd z = lu.solve(unit);
     const double rcond = lu.rcond();
+    // A reciprocal condition number below 1e-15 (a few ulps) leaves no correct digit in the
+    // solution.
     if (!z.allFinite() || !(rcond > 1e-15)) return {};
     const Eigen::VectorXd c = a * z;
     std::vector<double> coef(static_cast<std::size_t>(w));

@@ -73,7 +73,8 @@ ZEMATH_API double lambertW(double x, int branch, int offset, int* status) noexce
     return routine_frame(status, [&] {
         if (is_missing(x)) return reject(status);
         if (branch != 0 && branch != -1) return reject(status);
-        // The branch point -1/e, formed as the host formed it.
+        // The branch point -1/e rounded once to double, exp(-1): callers test their
+        // arguments against exactly this edge (kept deliberately).
         const double inv_e = std::exp(-1.0);
         const bool shifted = offset != 0;
         const bool outside =

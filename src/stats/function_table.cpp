@@ -387,6 +387,8 @@ ZEMATH_API int zemath_KS_functions_get_list(CStringArray* names, CStringArray* a
 
 namespace {
 
+// The accuracy integralKS documents (zemath/function_table.h): max(1e-300, 1e-10 |integral|)
+// in at most 500 subintervals.
 constexpr double kRelativeAccuracy = 1e-10;
 constexpr double kAbsoluteFloor = 1e-300;
 constexpr int kSubintervals = 500;

@@ -62,6 +62,7 @@ double i_series_sum(double v, double x) {
     for (int k = 1; k <= 500; ++k) {
         term *= w / (k * (k + v));
         sum += term;
+        // A term below 1e-17 of the sum (a tenth of an ulp) no longer changes it.
         if (term < 1e-17 * sum) return sum;
     }
     return nan_value();
@@ -83,6 +84,7 @@ double i_hankel_scaled(double v, double x) {
         if (std::fabs(next) > std::fabs(term)) break;  // the smallest term has passed
         sum += next;
         term = next;
+        // A term below 1e-17 of the sum (a tenth of an ulp) no longer changes it.
         if (std::fabs(next) < 1e-17 * std::fabs(sum)) break;
     }
     return sum / std::sqrt(2.0 * std::numbers::pi * x);
@@ -104,6 +106,7 @@ double k_hankel_scaled(double v, double x) {
         if (std::fabs(next) > std::fabs(term)) break;  // the smallest term has passed
         sum += next;
         term = next;
+        // A term below 1e-17 of the sum (a tenth of an ulp) no longer changes it.
         if (std::fabs(next) < 1e-17 * std::fabs(sum)) break;
     }
     return std::sqrt(std::numbers::pi / (2.0 * x)) * sum;
@@ -122,6 +125,7 @@ double k_trapezoid_scaled(double v, double x) {
         const double s = std::sinh(0.5 * t);
         const double f = std::exp(-2.0 * x * s * s) * (v == 0.0 ? 1.0 : std::cosh(v * t));
         sum += f;
+        // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (f < 1e-18 * sum) return h * sum;
     }
     return nan_value();
@@ -136,6 +140,7 @@ double k0_series(double x) {
         harmonic += 1.0 / k;
         const double add = term * harmonic;
         sum += add;
+        // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (add < 1e-18 * sum) break;
     }
     return -(std::log(0.5 * x) + kEulerGamma) * i_series(0.0, x) + sum;
@@ -151,6 +156,7 @@ double k1_series(double x) {
         const double psis = -2.0 * kEulerGamma + hk + (hk + 1.0 / (k + 1));
         const double add = term * psis;
         sum += add;
+        // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (std::fabs(add) < 1e-18 * std::fabs(sum)) break;
     }
     return 1.0 / x + std::log(0.5 * x) * i_series(1.0, x) - 0.25 * x * sum;

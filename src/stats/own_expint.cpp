@@ -40,6 +40,7 @@ constexpr double kEiAsymptoticFrom = 50.0;
 constexpr double kEiRootRadius = 0.1;
 constexpr double kSiCiSeriesLimit = 4.0;
 constexpr int kFractionCap = 5000;
+// Lentz's method: stands in for a zero denominator; any value far below the terms will do.
 constexpr double kTiny = 1e-300;
 
 double nan_value() {
@@ -53,6 +54,7 @@ double e1_series(double x) {
         term *= -x / k;
         const double add = term / k;
         sum += add;
+        // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (std::fabs(add) < 1e-18 * std::fabs(sum)) break;
     }
     return -kEulerGamma - std::log(x) - sum;
@@ -91,6 +93,7 @@ double ei(double y) {
             term *= y / k;
             const double add = term / k;
             sum += add;
+            // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
             if (add < 1e-18 * sum) break;
         }
         return kEulerGamma + std::log(y) + sum;
@@ -101,6 +104,7 @@ double ei(double y) {
         if (next > term) break;  // the smallest term has passed
         term = next;
         sum += term;
+        // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (term < 1e-18 * sum) break;
     }
     return std::exp(y) / y * sum;
@@ -115,6 +119,7 @@ double si_series(double x) {
         term *= -x2 / ((2.0 * n) * (2.0 * n + 1.0));
         const double add = term / (2 * n + 1);
         sum += add;
+        // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (std::fabs(add) < 1e-18 * std::fabs(sum)) break;
     }
     return sum;
@@ -127,6 +132,7 @@ double ci_series_tail(double x) {
         term *= -x2 / ((2.0 * n - 1.0) * (2.0 * n));
         const double add = term / (2 * n);
         sum += add;
+        // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (std::fabs(add) < 1e-18 * std::fabs(sum)) break;
     }
     return sum;

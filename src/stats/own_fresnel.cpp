@@ -45,6 +45,7 @@ double fresnel_series(double x, bool odd) {
         m += 2;
         const double add = term / (2 * m + 1);
         sum += add;
+        // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (std::fabs(add) < 1e-18 * std::fabs(sum)) break;
     }
     return sum;
@@ -53,6 +54,7 @@ double fresnel_series(double x, bool odd) {
 // K(z) = 1/(z + (1/2)/(z + 1/(z + (3/2)/(z + ...)))) for the complex z of the Fresnel
 // integrals, |z| > 1.8 on the ray arg z = -pi/4.
 std::complex<double> laplace_fraction(std::complex<double> z) {
+    // Lentz's method: stands in for a zero denominator; any value far below the terms will do.
     constexpr double kTiny = 1e-300;
     std::complex<double> f = z, c = z, d = 0.0;
     for (int n = 1; n <= kFractionCap; ++n) {
@@ -63,6 +65,8 @@ std::complex<double> laplace_fraction(std::complex<double> z) {
         if (std::abs(c) == 0.0) c = kTiny;
         const std::complex<double> delta = c * d;
         f *= delta;
+        // Converged once the factor is within about an ulp of 1 (3e-16: two ulps of 1, as the
+        // complex product rounds twice).
         if (std::abs(delta - 1.0) < 3e-16) return 1.0 / f;
     }
     return std::complex<double>(std::nan(""), 0.0);

@@ -67,6 +67,7 @@ double zeta_tail(double z) {
     for (int k = 2; k < kZetaCount; ++k) {
         const double term = kZetaMinusOne[k] * power / k;
         sum += (k % 2 == 0) ? term : -term;
+        // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (std::fabs(term) < 1e-18 * std::fabs(sum)) break;
         power *= z;
     }
@@ -90,6 +91,7 @@ double stirling_correction(double x) {
     for (int j = 1; j < kBernoulliCount; ++j) {
         const double term = kBernoulliEven[j] / (2.0 * j * (2 * j - 1)) * power;
         sum += term;
+        // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (std::fabs(term) < 1e-18 * std::fabs(sum)) break;
         power *= r;
     }
@@ -135,6 +137,7 @@ double polygamma_asymptotic(double y, int k) {
         for (int j = 1; j < kBernoulliCount; ++j) {
             const double term = kBernoulliEven[j] / (2.0 * j) * power;
             sum += term;
+            // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
             if (std::fabs(term) < 1e-18 * std::fabs(sum)) break;
             power *= r;
         }
@@ -159,6 +162,7 @@ double polygamma_asymptotic(double y, int k) {
         }
         const double term = kBernoulliEven[j] * ratio * power;
         sum += term;
+        // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (std::fabs(term) < 1e-18 * std::fabs(sum)) break;
         power *= r;
     }
@@ -247,6 +251,8 @@ numeric::TwoPart detail::log_two_double(double v) {
         const TwoPart p = two_product(q, d);
         const TwoPart term = quick_two_sum(q, ((power.hi - p.hi) - p.lo + power.lo) / d);
         atanh = add(atanh, term);
+        // The sum is two-part (about 106 bits, 1e-32): a term below 1e-33 of it no longer changes
+        // it.
         if (std::fabs(term.hi) <= 1e-33 * std::fabs(s_hi)) break;
     }
     const TwoPart ln_f{2.0 * atanh.hi, 2.0 * atanh.lo};
@@ -287,6 +293,7 @@ double lower_series(double a, double x) {
     for (int n = 1; n <= kCap; ++n) {
         term *= x / (a + n);
         sum += term;
+        // A term below 1e-17 of the sum (a tenth of an ulp) no longer changes it.
         if (term < sum * 1e-17) return sum;
     }
     return std::nan("");
@@ -296,6 +303,7 @@ double lower_series(double a, double x) {
 // x >= a + 1, by the modified Lentz method.
 double upper_fraction(double a, double x) {
     constexpr int kCap = 100000;
+    // Lentz's method: stands in for a zero denominator; any value far below the terms will do.
     constexpr double kTiny = 1e-300;
     double b = x + 1.0 - a;
     double c = 1.0 / kTiny, d = 1.0 / b, h = d;
@@ -309,6 +317,7 @@ double upper_fraction(double a, double x) {
         d = 1.0 / d;
         const double delta = d * c;
         h *= delta;
+        // Converged once the factor is within about an ulp of 1 (1e-16 < 2^-52).
         if (std::fabs(delta - 1.0) < 1e-16) return h;
     }
     return std::nan("");

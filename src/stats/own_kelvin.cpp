@@ -81,6 +81,8 @@ KelvinPair kelvin_series(double x, bool second_kind) {
             sum_im = add(sum_im, signed_term);
             psi_im = add(psi_im, signed_psi);
         }
+        // The sums are two-part (about 106 bits): once m > h^2 (the terms are then falling) a
+        // term below 1e-36 of them no longer changes them.
         if (m > h * h && term.hi < 1e-36 * (std::fabs(sum_re.hi) + std::fabs(sum_im.hi)) &&
             std::fabs(psi_term.hi) < 1e-36 * (std::fabs(sum_re.hi) + std::fabs(sum_im.hi)))
             break;
@@ -106,6 +108,7 @@ Complex hankel_sum(double x, bool alternate) {
         if (size > last) break;
         last = size;
         sum += (alternate && k % 2 == 1) ? -b * power : b * power;
+        // The sum starts at 1: terms below 1e-18 (a hundredth of an ulp of 1) add nothing.
         if (size < 1e-18) break;
     }
     return sum;

@@ -46,6 +46,9 @@ double theta_series(int k, double x, double q) {
             term = k == 1 ? ((n % 2 == 0) ? w : -w) * std::sin((2 * n + 1) * pi * x)
                           : w * std::cos((2 * n + 1) * pi * x);
             sum += 2.0 * term;
+            // An absolute stop: weights below 1e-18, a hundredth of an ulp of 1 (the size of the
+            // k = 0, 3 sums, which start at 1); the weights fall like q^(n^2), so the rest is
+            // smaller still.
             if (w < 1e-18) break;
         } else {
             if (n == 0) {
@@ -55,6 +58,9 @@ double theta_series(int k, double x, double q) {
             const double w = std::exp(static_cast<double>(n) * n * lq);
             term = w * std::cos(2 * n * pi * x);
             sum += 2.0 * ((k == 0 && n % 2 == 1) ? -term : term);
+            // An absolute stop: weights below 1e-18, a hundredth of an ulp of 1 (the size of the
+            // k = 0, 3 sums, which start at 1); the weights fall like q^(n^2), so the rest is
+            // smaller still.
             if (w < 1e-18) break;
         }
     }

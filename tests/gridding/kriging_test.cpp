@@ -51,8 +51,9 @@ Field scattered(int n, unsigned seed, bool constant) {
 
 TEST(Kriging, CoordinatesNearTheOverflowLimit) {
     // Positions are measured in bucket units, so scaling every coordinate leaves the
-    // estimates unchanged; data spanning most of the double range used to map to NaN
-    // (the span overflowed) and an undefined conversion to a bucket number.
+    // estimates unchanged; for data spanning most of the double range the plain span
+    // overflows, which would give NaN positions and an undefined conversion to a bucket
+    // number.
     const Field f = scattered(300, 19, false);
     const double m = std::numeric_limits<double>::max();
     const Vec tx{0, 20, 50, 99, 30}, ty{0, 1, -2, 4.5, 3};

@@ -83,7 +83,7 @@ TEST(XyzDuplicates, MissingValuesAndMethodFive) {
 
 TEST(XyzDuplicates, EqualInfiniteCoordinatesAreDuplicates) {
     // Infinite coordinates are kept; two points at the same infinite x or y are one point
-    // (their difference is NaN, and used to keep them apart at any tolerance).
+    // (their difference is NaN, which compared with any tolerance would keep them apart).
     const double inf = std::numeric_limits<double>::infinity();
     for (double tol : {0.0, 1e-8}) {
         Vec x{0, 1, -0.0, inf, inf}, y{inf, 2, inf, -1, -1}, z{1, 5, 3, 4, 8};

@@ -125,8 +125,8 @@ TEST(Descriptive, MomentsUnderEveryFlagMatchTheReference) {
 
 // Data near the ends of the double range: their squares and fourth powers leave it, yet
 // every statistic exists. Multiplying the reference data by 2^600 or 2^-600 must scale
-// the mean, SD and MAD by the same power and leave the shape statistics unchanged (NaN
-// with status 0 was returned before), through the engine and through the back-end path.
+// the mean, SD and MAD by the same power and leave the shape statistics unchanged (unscaled
+// sums would make them NaN with status 0), through the engine and through the back-end path.
 TEST(Descriptive, ScaledByHugeAndTinyPowersOfTwo) {
     for (const auto& c : kMoments) {
         for (int power : {600, -600}) {

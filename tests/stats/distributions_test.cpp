@@ -230,7 +230,7 @@ TEST(DistributionValues, CheckValuesLimitsAndPoles) {
         {Fn::betacdf, {0, 0.5, 2}, 1, 1, 0}, {Fn::logncdf, {std::exp(1.0), 1, 2}, 2, 0.5, 1e-16},
         {Fn::binopdf, {0, 0, 0.3}, 0, 1, 0}, {Fn::binopdf, {0, 7, 0}, 0, 1, 0},
         {Fn::binopdf, {7, 7, 1}, 0, 1, 0}, {Fn::binopdf, {3, 7, 1}, 0, 0, 0},
-        // Subnormal and tiny p: n p leaves the normal range (NaN was returned here).
+        // Subnormal and tiny p: n p leaves the normal range (a direct evaluation gives NaN).
         {Fn::binopdf, {7, 250, 1e-313}, 0, 0, 0}, {Fn::binopdf, {0, 250, 1e-313}, 0, 1, 0},
         {Fn::binopdf, {1, 1000, 1e-300}, 0, 1e-297, 1e-12},  // n p (1 - p)^(n-1)
     };
@@ -302,6 +302,35 @@ TEST(DistributionValues, StatusCodesAndDeliberateExceptions) {
         {Fn::lambertW, {std::exp(-1.0), -1, 1}, 0, kNA, 0, kIn},
         {Fn::lambertW, {kInf, 0, 0}, 0, kNA, 0, 15},
         {Fn::lambertW, {0.25, 0, 7}, 0, -0.13490446826612135, 1e-15, 0},
+        {Fn::lambertW, {-kInf, -1, 0}, 0, kNA, 0, 15},
+        // The range code of each limit (+-infinity fails the limit it crosses).
+        {Fn::tinv, {0, 5}, 2, kNA, 0, 6}, {Fn::tinv, {1, 5}, 2, kNA, 0, 8},
+        {Fn::tinv, {0.3, 0.5}, 2, kNA, 0, 5}, {Fn::chi2cdf, {1, 0}, 2, kNA, 0, 6},
+        {Fn::chi2cdf, {1, -kInf}, 2, kNA, 0, 6}, {Fn::chi2inv, {-0.1, 3}, 0, kNA, 0, 5},
+        {Fn::chi2inv, {1, 3}, 0, kNA, 0, 8}, {Fn::chi2inv, {0.3, 0}, 0, kNA, 0, 6},
+        {Fn::chi2inv, {0.3, 2e10}, 0, kNA, 0, 7}, {Fn::fcdf, {-1, 3, 4}, 2, kNA, 0, 5},
+        {Fn::fcdf, {1, 2e10, 4}, 2, kNA, 0, 7}, {Fn::finv, {0.3, 0, 4}, 0, kNA, 0, 6},
+        {Fn::finv, {0.3, 3, kInf}, 0, kNA, 0, 7}, {Fn::betacdf, {-0.1, 2, 3}, 2, kNA, 0, 5},
+        {Fn::betacdf, {1.1, 2, 3}, 1, kNA, 0, 7}, {Fn::betacdf, {0.5, 0, 3}, 2, kNA, 0, 6},
+        {Fn::betainv, {-0.1, 2, 3}, 0, kNA, 0, 5}, {Fn::betainv, {0.5, 2, 0}, 0, kNA, 0, 6},
+        {Fn::betapdf, {-0.1, 2, 3}, 0, kNA, 0, 5}, {Fn::betapdf, {1.1, 2, 3}, 0, kNA, 0, 7},
+        {Fn::betapdf, {0.5, 2e6, 3}, 0, kNA, 0, 7}, {Fn::gamcdf, {1, 2e10, 1}, 2, kNA, 0, 7},
+        {Fn::gamcdf, {1, 2, kInf}, 1, kNA, 0, 7}, {Fn::gaminv, {-0.1, 2, 1}, 0, kNA, 0, 5},
+        {Fn::gaminv, {1, 2, 1}, 0, kNA, 0, 8}, {Fn::gaminv, {0.5, 0, 1}, 0, kNA, 0, 6},
+        {Fn::gaminv, {0.5, 2, kInf}, 0, kNA, 0, 7}, {Fn::gampdf, {1, 2e10, 1}, 0, kNA, 0, 7},
+        {Fn::poisscdf, {1, kInf}, 2, kNA, 0, 7}, {Fn::nctcdf, {1, kInf, 1, 50}, 0, kNA, 0, 7},
+        {Fn::ncchi2cdf, {1, kInf, 1}, 0, kNA, 0, 7}, {Fn::ncfcdf, {-1, 2, 3, 1}, 0, kNA, 0, 5},
+        {Fn::ncfcdf, {1, 2, 3, -1}, 0, kNA, 0, 5}, {Fn::ncfcdf, {1, kInf, 3, 1}, 0, kNA, 0, 7},
+        {Fn::ncbetacdf, {-0.1, 2, 3, 1}, 0, kNA, 0, 5},
+        {Fn::ncbetacdf, {0.5, 2, 3, -1}, 0, kNA, 0, 5},
+        {Fn::ncbetacdf, {0.5, kInf, 3, 1}, 0, kNA, 0, 7},
+        {Fn::srangeinv, {0.5, 10, 1}, 0, kNA, 0, 11}, {Fn::srangeinv, {0.5, 0.5, 3}, 0, kNA, 0, 5},
+        // Check order: own checks before the tail, the tail before NaN, NaN before every
+        // range in the central laws, one argument at a time in the binomial and the
+        // non-central laws, the studentized range's v NaN before its group count.
+        {Fn::logncdf, {-1, 0, 1}, 5, kNA, 0, kIn}, {Fn::normcdf, {kNaN}, 5, kNA, 0, 70},
+        {Fn::chi2cdf, {-1, kNaN}, 2, kNA, 0, 15}, {Fn::binocdf, {-1, -5, kNaN}, 2, kNA, 0, 11},
+        {Fn::ncchi2cdf, {-1, kNaN, 1}, 0, kNA, 0, 5}, {Fn::srangecdf, {2, kNaN, 1}, 0, kNA, 0, 15},
     };
     // clang-format on
     for (const Row& r : rows) check(r);
@@ -342,12 +371,12 @@ TEST(DistributionValues, ExtremeParametersTakeTheLimitOrAreRefused) {
         EXPECT_NEAR(srangeinv(0.5, v, 2, &status), 0.953872552408939746, 1e-12) << v;
         EXPECT_EQ(status, 0);
     }
-    // A denormal Poisson mean with a huge count: probability 0 (NaN before); x = 1 keeps
+    // A denormal Poisson mean with a huge count: probability 0 (not NaN); x = 1 keeps
     // the denormal lambda e^-lambda.
     EXPECT_EQ(poisspdf(67116548, 9.8841767809891302e-312, &status), 0.0);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(poisspdf(1, 9.8841767809891302e-312, &status), 9.8841767809891302e-312);
-    // Huge finite arguments of the bivariate normal are their infinite limits (NaN before).
+    // Huge finite arguments of the bivariate normal are their infinite limits (not NaN).
     for (double rho : {-0.5, 0.0, 0.984}) {
         EXPECT_EQ(bivarnormcdf(4.3e-60, -DBL_MAX, rho, &status), 0.0) << rho;
         EXPECT_EQ(status, 0);
@@ -359,7 +388,8 @@ TEST(DistributionValues, ExtremeParametersTakeTheLimitOrAreRefused) {
     for (double lambda : {1.01e9, 1e12, DBL_MAX}) {
         EXPECT_EQ(ncchi2cdf(0.5, 0.5, lambda, &status), NANUM) << lambda;
         EXPECT_EQ(status, 7) << lambda;
-        EXPECT_EQ(ncfcdf(0.5, 0.5, 0.5, lambda, &status), NANUM) << lambda;  // int overflow before
+        EXPECT_EQ(ncfcdf(0.5, 0.5, 0.5, lambda, &status), NANUM)
+            << lambda;  // an int index would overflow
         EXPECT_EQ(status, 7) << lambda;
         EXPECT_EQ(ncbetacdf(0.5, 0.5, 0.5, lambda, &status), NANUM) << lambda;
         EXPECT_EQ(status, 7) << lambda;

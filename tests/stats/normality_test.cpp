@@ -53,8 +53,9 @@ TEST(ShapiroWilk, BothPathsMatchRToTenDigits) {
 }
 
 TEST(ShapiroWilk, HugeMagnitudesGiveTheSameStatistic) {
-    // W is scale-invariant; squares of values near 1e300 overflow, which used to give
-    // W = NaN with status 0. The R references must hold for the scaled samples as well.
+    // W is scale-invariant; squares of values near 1e300 overflow, so unscaled sums of
+    // squares would give W = NaN with status 0. The R references must hold for the scaled samples
+    // as well.
     for (double scale : {1e300, std::ldexp(1.0, 1000), -1e250}) {
         for (size_t k = 0; k < kCases.size(); k += 7) {
             std::vector<double> x = kCases[k].data;

@@ -226,8 +226,8 @@ TEST(SpecialOwn, BadArgumentsPolesAndDomainGiveNanum) {
         {"RD x = y = 0", zemath_elliptic_integral_rd(0.0, 0.0, 1.0)},
         {"RJ r = 0", zemath_elliptic_integral_rj(1.0, 1.0, 1.0, 0.0)},
         {"RJ two zeros", zemath_elliptic_integral_rj(0.0, 0.0, 1.0, 1.0)},
-        // Regression: the rescaled principal value turned 1e-300 into 0 and the
-        // duplication stalled for its whole cap (a tenth of a second) before refusing.
+        // Rescaled, the principal value's 1e-300 becomes 0: refused at once, where the
+        // duplication would run its whole cap (a tenth of a second) before refusing.
         {"RJ principal value, span beyond range",
          zemath_elliptic_integral_rj(0.0, 1e-300, 1e-300, -1e300)},
         {"E1 at 0", zemath_exp_integral(0.0)},

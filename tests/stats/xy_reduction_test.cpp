@@ -153,8 +153,8 @@ TEST(XYReduction, SamplingWindowReductions) {
 }
 
 // A block larger than the matrix is cut at the matrix edge: one block, the rectangle
-// taking every cell and the cross (centre row and column far outside) none. The window
-// used to be listed cell by cell first, INT_MAX x INT_MAX of them.
+// taking every cell and the cross (centre row and column far outside) none. Listing the
+// window cell by cell before the cut would take INT_MAX x INT_MAX steps.
 TEST(XYReduction, BlocksFarLargerThanTheMatrix) {
     std::vector<double> z(12);
     for (int k = 0; k < 12; ++k) z[k] = k;

@@ -51,6 +51,7 @@ double branch_offset_g(double u) {
             term *= u / n;
             const double add = (n - 1) * term;
             sum += add;
+            // A term below 1e-17 of the sum (a tenth of an ulp) no longer changes it.
             if (std::fabs(add) <= 1e-17 * std::fabs(sum)) break;
         }
         return sum;
@@ -123,6 +124,8 @@ double lower_branch_near_zero(double x) {
         const double f = w + std::log(-w) - l1;
         const double step = f / (1.0 + 1.0 / w);
         w -= step;
+        // Newton converges quadratically here (see kQuadratic): after a step of 1e-9 relative the
+        // error is at rounding level.
         if (std::fabs(step) <= 1e-9 * std::fabs(w)) break;
     }
     return w;

@@ -138,6 +138,8 @@ Piece gauss_kronrod(const Node (&rule)[N], Integrand& fn, double a, double b, bo
     double err = std::fabs((k - g) * half);
     if (resasc != 0.0 && err != 0.0)
         err = resasc * std::min(1.0, std::pow(200.0 * err / resasc, 1.5));
+    // The error estimate never claims less than 50 units of rounding of the integrand's absolute
+    // integral: the 21-point sum itself carries that much rounding (QUADPACK's floor).
     if (resabs > std::numeric_limits<double>::min() / (50.0 * kEps))
         err = std::max(50.0 * kEps * resabs, err);
     return {a, b, result, err, use_map};
@@ -198,6 +200,9 @@ struct Driver {
             const Piece left = integrate(p.a, mid, p.mapped);
             const Piece right = integrate(mid, p.b, p.mapped);
             const double new_error = left.error + right.error;
+            // A split that leaves the result within 1e-5 relative while its error estimate does not
+            // fall is counted as a sign that rounding, not the integrand, limits the error (the
+            // test of QUADPACK's qagse).
             if (new_error >= p.error && std::fabs(left.result + right.result - p.result) <=
                                             1e-5 * std::fabs(left.result + right.result))
                 ++roundoff;

@@ -167,6 +167,8 @@ double lower_orthant_by_quadrature(double x, double y, double rho) {
         double lo = -1.0;
         for (int i = 0; i < 60 && d1(lo) < 0.0; ++i) lo *= 2.0;
         double hi = 0.0;
+        // Bisection to 1e-12 of the mode's scale: the mode only places the quadrature's panels, so
+        // its position needs no more.
         for (int i = 0; i < 100 && hi - lo > 1e-12 * (1.0 + std::fabs(a + hi)); ++i) {
             const double mid = 0.5 * (lo + hi);
             (d1(mid) > 0.0 ? lo : hi) = mid;

@@ -101,7 +101,7 @@ constexpr Real kNormalLimitDf = 1e25L;
 
 // A deviate is returned only as a normal double: beyond the largest double, or below the
 // smallest normal one while the exact deviate is positive, p is too close to 0 or 1 for
-// it to be computed ("p too close to 0 or 1" of the reference routines).
+// it to be computed (status 301, "probability too close to 0 or 1").
 bool representable(double v, bool zero_is_exact) {
     if (!std::isfinite(v)) return false;
     if (v == 0) return zero_is_exact;

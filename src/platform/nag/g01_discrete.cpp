@@ -104,6 +104,8 @@ constexpr int kSumMinCount = 1000;
 constexpr double kSumMaxMean = 50.0;
 
 void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double* peqk) {
+    // A term below 1e-17 of its tail (a tenth of an ulp), away from the mean where the terms
+    // only fall, ends the sum.
     constexpr double kNegligible = 1e-17;
     constexpr int kMaxTerms = 4000;  // the tails above need under 500 at mean 50
     const double dn = n, q = 1.0 - p, mean = dn * p;

@@ -120,6 +120,7 @@ double poisson_mixture_forward(double lambda, const Central& central) {
         const double log_weight = -half + (j > 0 ? j * log_half : 0.0) - numeric::log_factorial(j);
         const double term = std::exp(log_weight) * central(j);
         sum += term;
+        // The terms fall from here on; one below 1e-17 of the sum (a tenth of an ulp) ends it.
         if (term <= 1e-17 * sum && j > 0) break;
         if (term == 0.0 && sum == 0.0 && j > 4) break;
     }
@@ -132,7 +133,7 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter, N
     if (std::isnan(t) || std::isnan(df) || std::isnan(delta)) return fail->set(NE_REAL), 0.0;
     if (df < 1.0) return fail->set(NE_REAL_ARG_LT), 0.0;
     // The series' length grows with delta (its Poisson weights centre on delta^2 / 2):
-    // past kMaxNonCentrality a call could run for minutes (delta = DBL_MAX took 49 s to
+    // past kMaxNonCentrality a call could run for minutes (delta = DBL_MAX takes 49 s to
     // fail), so larger |delta| is refused as out of range.
     constexpr double kMaxNonCentrality = 1e4;
     if (std::isinf(df) || !(std::fabs(delta) <= kMaxNonCentrality))

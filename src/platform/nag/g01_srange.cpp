@@ -158,6 +158,7 @@ constexpr int kRefineIterations = 100;
 
 template <class Excess>
 Secant secant_search(const Excess& excess, double start) {
+    // The secant search only brackets the root; the refinement below takes it to a few ulps.
     constexpr double kSecantTolerance = 1e-4;
     constexpr int kSecantIterations = 50;
     Secant s{start, excess(start), 0.0, 0.0};
@@ -195,6 +196,7 @@ Bracket bracket_root(const Excess& excess, Secant s, const Start& fresh_start, d
     b.lo = b.hi = s.x1;
     b.flo = b.fhi = excess(s.x1);
     constexpr int kBracketSteps = 200;
+    // At least 1e-9 of the point: a secant that stopped on two equal points must still move.
     double step = std::max(2.0 * std::fabs(s.x1 - s.x0), 1e-9 * s.x1);
     int steps = 0;
     if (b.flo > 0.0) {

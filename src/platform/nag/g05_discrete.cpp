@@ -51,6 +51,8 @@ int invert_sequentially(Engine& eng, double p0, double mean, int upper, Ratio ra
             }
             ++k;
             pk *= ratio(k);
+            // Past the mean with a probability below 1e-20 the walk can only be following rounding
+            // in u: start again with a fresh uniform.
             if (pk < 1e-20 && k > mean) {
                 restart = true;
                 break;

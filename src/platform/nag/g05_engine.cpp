@@ -45,8 +45,8 @@ void g05kcc(int igen, G05State& state) {
     std::uint64_t mix = wall ^ (steady << 1) ^ reinterpret_cast<std::uintptr_t>(&state) ^
                         static_cast<std::uint64_t>(static_cast<std::uint32_t>(igen));
     for (int i = 0; i < 4; ++i) {
-        // The previous seed words (the library's pre-filled constants) enter the mix too,
-        // as they did in the original initialisation; they never decide the stream alone.
+        // The previous seed words (the library's pre-filled constants) enter the mix too;
+        // they never decide the stream alone.
         mix ^= entropy[i] + state.iseed[i];
         splitmix64(mix);
     }

@@ -30,6 +30,9 @@ template <class F, class D1, class D2>
 double integrate_log_concave(const F& f, const D1& dlog, const D2& d2log, double lo, double hi,
                              double probe) {
     constexpr int kMaxSteps = 200;
+    // A side stops once f at a panel's far end times the panel's width is below 1e-18 of the
+    // total (a hundredth of an ulp): beyond the mode a log-concave f falls at least
+    // exponentially, so the rest is of that order.
     constexpr double kNegligible = 1e-18;
     double mode = probe;
     double width = 0.0;
@@ -48,6 +51,7 @@ double integrate_log_concave(const F& f, const D1& dlog, const D2& d2log, double
             for (int i = 0; i < kMaxSteps && dlog(left) < 0.0; ++i, step *= 2.0)
                 left = std::max(lo, probe - step);
         }
+        // The mode to 1e-13 of its scale: it only places the panels, so it needs no more.
         for (int i = 0; i < kMaxSteps && right - left > 1e-13 * (1.0 + std::fabs(right)); ++i) {
             const double mid = 0.5 * (left + right);
             (dlog(mid) > 0.0 ? left : right) = mid;

@@ -22,6 +22,7 @@ inline double bessel_asymptotic_sum(double v, double x, double sign) {
         const double odd = 2.0 * k - 1.0;
         term *= sign * (mu - odd * odd) / (8.0 * k * x);
         sum += term;
+        // A term below 1e-17 of the sum (a tenth of an ulp) no longer changes it.
         if (std::fabs(term) <= 1e-17 * std::fabs(sum)) break;
     }
     return sum;

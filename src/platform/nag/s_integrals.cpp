@@ -44,6 +44,7 @@ SiCi series(double x) {
         const double add = term / (2 * n + 1);
         si += (n & 1) ? -add : add;
         term *= x2 / ((2.0 * n + 2.0) * (2.0 * n + 3.0));
+        // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (std::fabs(add) < 1e-18 * std::fabs(si)) break;
     }
     double t = 1.0;  // x^(2n) / (2n)!
@@ -51,6 +52,7 @@ SiCi series(double x) {
         t *= x2 / ((2.0 * n - 1.0) * (2.0 * n));
         const double add = t / (2 * n);
         ci += (n & 1) ? -add : add;
+        // As for Si.
         if (add < 1e-18 * std::fabs(ci)) break;
     }
     ci += std::numbers::egamma + std::log(x);
@@ -60,6 +62,7 @@ SiCi series(double x) {
 // x > 4: E1(ix) by the continued fraction e^-ix / (ix + 1 - 1/(ix + 3 - 4/(ix + 5 - ...))).
 SiCi fraction(double x) {
     using C = std::complex<double>;
+    // Lentz's method: stands in for a zero denominator; any value far below the terms will do.
     constexpr double kTiny = 1e-300;
     C b(1.0, x);
     C c(1.0 / kTiny, 0.0);
@@ -72,6 +75,7 @@ SiCi fraction(double x) {
         c = b + a / c;
         const C del = c * d;
         h *= del;
+        // Converged once the factor is within about an ulp of 1 (1e-16 < 2^-52).
         if (std::fabs(del.real() - 1.0) + std::fabs(del.imag()) < 1e-16) break;
     }
     h *= C(std::cos(x), -std::sin(x));

@@ -48,6 +48,7 @@ Cx ber_bei_series(double x) {
         term *= q / ((m + 1.0) * (m + 1.0));
         bei += (k & 1) ? -term : term;
         term *= q / ((m + 2.0) * (m + 2.0));
+        // Terms below 1e-18 of the sums (a hundredth of an ulp) no longer change them.
         if (term < 1e-18 * (std::fabs(ber) + std::fabs(bei))) break;
     }
     return {ber, bei};
@@ -69,6 +70,7 @@ Cx ker_kei_series(double x) {
         si += (k & 1) ? -psi * term : psi * term;
         term *= q / ((m + 2.0) * (m + 2.0));
         psi += 1.0 / (m + 2.0);
+        // Terms below 1e-18 of the sums (a hundredth of an ulp) no longer change them.
         if (term * std::fabs(psi) < 1e-18 * (std::fabs(sr) + std::fabs(si))) break;
     }
     const double log_half = std::log(0.5 * x);
@@ -93,6 +95,7 @@ Cx ker_kei_trapezoid(double x) {
     for (int j = 1; j < 400; ++j) {
         const Cx term = std::exp(-z * std::cosh(j * kStep));
         sum += term;
+        // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (std::abs(term) < 1e-18 * std::abs(sum)) break;
     }
     return kStep * sum;
@@ -119,6 +122,7 @@ Cx ker_kei_asymptotic(double x) {
         const double odd = 2.0 * k - 1.0;
         term *= -odd * odd / (8.0 * k) * inv;
         sum += term;
+        // A term below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (std::abs(term) < 1e-18 * std::abs(sum)) break;
     }
     // e^-z = e^-(p + p_lo) (cos(p + p_lo) - i sin(p + p_lo)), to first order in p_lo.

@@ -20,6 +20,8 @@ namespace zemath::nag {
 
 namespace {
 
+// The coefficients of Cody's approximations as published (see the reference above): kA/kB
+// for |x| <= 0.46875, kC/kD up to 4, kP/kQ beyond.
 constexpr double kA[5] = {3.16112374387056560e0, 1.13864154151050156e2, 3.77485237685302021e2,
                           3.20937758913846947e3, 1.85777706184603153e-1};
 constexpr double kB[4] = {2.36012909523441209e1, 2.44024637934444173e2, 1.28261652607737228e3,
@@ -35,6 +37,10 @@ constexpr double kP[6] = {3.05326634961232344e-1, 3.60344899949804439e-1, 1.2578
 constexpr double kQ[5] = {2.56852019228982242e0, 1.87295284992346047e0, 5.27905102951428412e-1,
                           6.05183413124413191e-2, 2.33520497626869185e-3};
 constexpr double kInvSqrtPi = 5.6418958354775628695e-1;
+// Cody's published break points: below kXSmall (half an ulp of 1) x^2 is negligible beside
+// 1 in the first range; beyond kXBig erfc(x) is below the smallest normal double; beyond
+// kXHuge the correction 1/(2x^2) of the asymptotic form is below half an ulp; beyond kXMax
+// the scaled function e^(x^2) erfc(x), about 1/(x sqrt(pi)), underflows.
 constexpr double kThresh = 0.46875;
 constexpr double kXSmall = 1.11e-16;
 constexpr double kXBig = 26.543;

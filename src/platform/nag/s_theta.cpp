@@ -54,6 +54,8 @@ double direct_series(int k, double x, double q) {
             if (weight == 0.0) break;
             const double term = weight * std::cos(2.0 * n * kPi * x);
             sum += (k == 0 && (n & 1)) ? -term : term;
+            // The sum is 1 + 2 sum, so weights below 1e-18 (a hundredth of an ulp of 1) add
+            // nothing.
             if (weight < 1e-18) break;
         }
         return 1.0 + 2.0 * sum;
@@ -65,6 +67,7 @@ double direct_series(int k, double x, double q) {
         const double angle = (2.0 * n + 1.0) * kPi * x;
         const double term = weight * (k == 1 ? std::sin(angle) : std::cos(angle));
         sum += (k == 1 && (n & 1)) ? -term : term;
+        // A weight below 1e-18 of the sum (a hundredth of an ulp) no longer changes it.
         if (weight < 1e-18 * std::fabs(sum) && n > 0) break;
     }
     return 2.0 * sum;

@@ -60,6 +60,8 @@ Pair deviance_term(double x, double m, double m_low) {
     // than a factor 1.7) x ln(x/m) + m - x is used with the logarithm in two parts.
     Pair diff = two_sum(x, -m);
     diff = quick_two_sum(diff.hi, diff.lo - m_low);
+    // Terms are taken until |u|^k falls below 1e-19: the truncation stays below a thousandth
+    // of an ulp of the series, which is summed in two-part arithmetic.
     constexpr double kNegligible = 1e-19;
     const double u_hi = diff.hi / m;
     if (u_hi > -0.95 && u_hi < 0.5) {
