@@ -324,9 +324,9 @@ TEST(PrimitivesBadInput, RefusalsLeaveOutputsUntouched) {
 }  // namespace
 
 #if ZEMATH_SCAN_AVX2
-// The AVX2 form of the block scan gives the same sum and indices bit for bit as the SSE2
-// form: the lanes, not the instruction set, fix the rounding. The machine picks one form at
-// run time, so the other is run here directly.
+// Every processor form of the block scan gives the same sum and indices bit for bit: the
+// lanes, not the instruction set, fix the rounding. The machine picks one form at run
+// time, so the others are run here directly.
 TEST(PrimitivesScan, ProcessorFormsAgreeBitForBit) {
     using namespace zemath::scan_detail;
     std::mt19937 gen(11);
@@ -350,6 +350,11 @@ TEST(PrimitivesScan, ProcessorFormsAgreeBitForBit) {
         same_as_base([&](auto& r, int& i) {
             scan_blocks_avx2<double, double, true, true, true>(v.data(), i, int(v.size()), nanum,
                                                                r);
+        });
+    if (processor_has_avx512())
+        same_as_base([&](auto& r, int& i) {
+            scan_blocks_avx512<double, double, true, true, true>(v.data(), i, int(v.size()), nanum,
+                                                                 r);
         });
 }
 #endif
