@@ -420,12 +420,10 @@ double mode_of(std::span<const double> data, std::span<const double> weights, bo
         return !is_missing(data[i]) && !std::isnan(data[i]) &&
                (weights.empty() || !is_missing(weights[i]));
     };
-    std::size_t m = 0;
-    for (std::size_t i = 0; i < data.size(); ++i) m += usable(i) ? 1 : 0;
     // Buckets: a power of two giving about 8192 values each (at most 2^10 buckets, so
     // that the scatter's staging lines stay in the first-level cache).
     int bucket_bits = 0;
-    while (bucket_bits < 10 && (m >> (bucket_bits + 13)) != 0) ++bucket_bits;
+    while (bucket_bits < 10 && (data.size() >> (bucket_bits + 13)) != 0) ++bucket_bits;
     const std::size_t buckets = std::size_t{1} << bucket_bits;
     const int shift = 64 - bucket_bits;
     auto bucket_of = [&](std::uint64_t h) {
@@ -443,6 +441,7 @@ double mode_of(std::span<const double> data, std::span<const double> weights, bo
         largest = std::max(largest, start[b + 1]);
         start[b + 1] += start[b];
     }
+    const std::size_t m = start[buckets];
     const auto keys = std::make_unique_for_overwrite<std::uint64_t[]>(std::max<std::size_t>(m, 1));
     {
         // Scatter through one staged cache line per bucket: stores to a thousand places
@@ -471,11 +470,9 @@ double mode_of(std::span<const double> data, std::span<const double> weights, bo
     // (the bucket took the high ones).
     std::size_t table_size = 16;
     while (2 * table_size < 3 * largest) table_size *= 2;
-    struct Slot {
-        std::uint64_t key;
-        std::uint64_t count;
-    };
-    std::vector<Slot> slots(table_size);
+    // Keys and repeat counts apart: distinct values (the common case) touch only the keys.
+    std::vector<std::uint64_t> slot_key(table_size);
+    std::vector<std::uint32_t> repeats(table_size);
     double best = kNanum;
     std::size_t best_count = 1, ties = 0;
     for (std::size_t b = 0; b < buckets; ++b) {
@@ -483,20 +480,27 @@ double mode_of(std::span<const double> data, std::span<const double> weights, bo
         if (size < 2) continue;
         std::size_t mask = 15;
         while (2 * (mask + 1) < 3 * size) mask = 2 * mask + 1;
-        std::fill(slots.begin(), slots.begin() + static_cast<std::ptrdiff_t>(mask + 1),
-                  Slot{kEmpty, 0});
+        const auto used = static_cast<std::ptrdiff_t>(mask + 1);
+        std::fill(slot_key.begin(), slot_key.begin() + used, kEmpty);
+        std::fill(repeats.begin(), repeats.begin() + used, 0u);
+        bool repeated = false;
         for (std::size_t i = start[b]; i < start[b + 1]; ++i) {
             const std::uint64_t k = keys[i];
             std::size_t at = static_cast<std::size_t>(mix(k)) & mask;
-            while (slots[at].key != kEmpty && slots[at].key != k) at = (at + 1) & mask;
-            slots[at].key = k;
-            ++slots[at].count;
+            while (slot_key[at] != kEmpty && slot_key[at] != k) at = (at + 1) & mask;
+            if (slot_key[at] == k) {
+                ++repeats[at];
+                repeated = true;
+            } else {
+                slot_key[at] = k;
+            }
         }
+        if (!repeated) continue;
         for (std::size_t at = 0; at <= mask; ++at) {
-            if (slots[at].count < 2) continue;
-            const auto count = static_cast<std::size_t>(slots[at].count);
+            if (repeats[at] == 0) continue;
+            const std::size_t count = std::size_t{repeats[at]} + 1;
             double value;
-            std::memcpy(&value, &slots[at].key, sizeof value);
+            std::memcpy(&value, &slot_key[at], sizeof value);
             if (count > best_count) {
                 best_count = count;
                 best = value;
