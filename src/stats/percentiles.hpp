@@ -24,8 +24,11 @@
 // can hold it; the second order statistic of an interpolating rule is the minimum of the
 // part above the first). When a bracket misses its rank (rare), selection on a full copy
 // of the usable values. Other few-percent calls: that selection directly. Many percents:
-// one sort of the copy (a radix sort from 2048 values). Every path gives exactly the
-// order statistics of the rules above. Weighted percentiles sort value-weight pairs once.
+// one radix sort of the copy from 2048 to 2^21 values; beyond, where the sort's passes
+// leave the cache, selection of every order statistic (each on the part that can hold
+// it) again; std::sort when there are fewer than 64 values per order statistic. Every
+// path gives exactly the order statistics of the rules above. Weighted percentiles sort
+// value-weight pairs once.
 //
 // Failure codes: -155 (n <= 0 or no percents), -151 (rule outside 0..5), -108 (a
 // negative weight). A usable NaN makes every result NaN.
