@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <numbers>
 #include <vector>
 
@@ -64,8 +65,43 @@ struct FirstPass {
     LogSum logs;
 };
 
+// The unweighted first pass with its accumulators in locals (no weight, branch-free
+// counts), the common case; the same sums in the same order as the weighted form.
+FirstPass first_pass_unweighted(std::span<const double> data) {
+    FirstPass r;
+    LogSum logs;
+    double wx_sum = 0.0, wxx_sum = 0.0, largest = 0.0;
+    std::size_t usable = 0, negatives = 0;
+    bool zero_seen = false;
+    for (const double x : data) {
+        if (is_missing(x)) continue;
+        if (usable == 0) r.first_value = x;
+        ++usable;
+        wx_sum += x;
+        wxx_sum += x * x;
+        const double magnitude = std::fabs(x);
+        largest = magnitude > largest ? magnitude : largest;  // NaN never replaces it
+        negatives += x < 0.0 ? 1 : 0;
+        if (x == 0.0)
+            zero_seen = true;
+        else
+            logs.add(magnitude);
+    }
+    r.usable = static_cast<int>(usable);
+    r.missing = static_cast<int>(data.size() - usable);
+    r.negatives = static_cast<int>(negatives);
+    r.zero_seen = zero_seen;
+    r.wx_sum = wx_sum;
+    r.wxx_sum = wxx_sum;
+    r.largest = largest;
+    r.logs = logs;
+    r.w_sum = r.w2_sum = r.usable;
+    return r;
+}
+
 template <bool Weighted>
 FirstPass first_pass(std::span<const double> data, const double* weights) {
+    if constexpr (!Weighted) return first_pass_unweighted(data);
     FirstPass r;
     for (std::size_t i = 0; i < data.size(); ++i) {
         const double x = data[i];
@@ -346,82 +382,149 @@ DescStatResults reset_record(int count) {
 
 namespace {
 
-// Ascending sort of doubles without NaN: LSD radix sort of their order-preserving bit
-// patterns (11-bit digits, passes whose digit is constant skipped) for large arrays,
-// std::sort for small ones. -0.0 sorts just before +0.0, so equal values stay adjacent.
-void sort_doubles(std::vector<double>& values) {
-    constexpr std::size_t kRadixThreshold = 1 << 14;
-    const std::size_t n = values.size();
-    if (n < kRadixThreshold) {
-        std::sort(values.begin(), values.end());
-        return;
-    }
-    constexpr int kDigitBits = 11, kPasses = 6;
-    constexpr std::size_t kBuckets = std::size_t{1} << kDigitBits;
-    constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
-    std::vector<std::uint64_t> keys(n), spare(n);
-    std::vector<std::size_t> counts(kPasses * kBuckets, 0);
-    for (std::size_t i = 0; i < n; ++i) {
-        std::uint64_t bits;
-        std::memcpy(&bits, &values[i], sizeof bits);
-        const std::uint64_t key = (bits & kSign) ? ~bits : (bits | kSign);
-        keys[i] = key;
-        for (int p = 0; p < kPasses; ++p)
-            ++counts[p * kBuckets + ((key >> (p * kDigitBits)) & (kBuckets - 1))];
-    }
-    for (int p = 0; p < kPasses; ++p) {
-        std::size_t* count = counts.data() + p * kBuckets;
-        const int shift = p * kDigitBits;
-        if (count[(keys[0] >> shift) & (kBuckets - 1)] == n) continue;  // one digit value: no move
-        std::size_t offset = 0;
-        for (std::size_t b = 0; b < kBuckets; ++b) {
-            const std::size_t c = count[b];
-            count[b] = offset;
-            offset += c;
-        }
-        for (std::size_t i = 0; i < n; ++i)
-            spare[count[(keys[i] >> shift) & (kBuckets - 1)]++] = keys[i];
-        keys.swap(spare);
-    }
-    for (std::size_t i = 0; i < n; ++i) {
-        const std::uint64_t key = keys[i];
-        const std::uint64_t bits = (key & kSign) ? (key & ~kSign) : ~key;
-        std::memcpy(&values[i], &bits, sizeof bits);
-    }
-}
-
 // Mode of the usable, non-NaN values (unweighted): the value with the largest count
 // when that count is at least 2; the smallest of several such values.
+//
+// Method: no sort. Equal values are brought together by a hash of their bits (-0.0
+// counted as +0.0, its equal): a first pass hashes every value and counts the values per
+// hash bucket (about 4096 values a bucket), a second scatters the bits into their
+// buckets, and each bucket is counted in an open-addressing table that stays in cache.
+// The result does not depend on the order of the data. A zero mode is -0.0 when a -0.0
+// was among the values.
+namespace mode_detail {
+
+constexpr std::uint64_t kEmpty = ~std::uint64_t{0};  // a NaN pattern: never a key
+
+inline std::uint64_t key_of(double x) {
+    const double v = x == 0.0 ? 0.0 : x;
+    std::uint64_t bits;
+    std::memcpy(&bits, &v, sizeof bits);
+    return bits;
+}
+
+// The finaliser of MurmurHash3: every output bit depends on every key bit (integral
+// values have long runs of zero bits).
+inline std::uint64_t mix(std::uint64_t k) {
+    k ^= k >> 33;
+    k *= 0xff51afd7ed558ccdULL;
+    k ^= k >> 33;
+    k *= 0xc4ceb9fe1a85ec53ULL;
+    return k ^ (k >> 33);
+}
+
+}  // namespace mode_detail
+
 double mode_of(std::span<const double> data, std::span<const double> weights, bool* several) {
-    std::vector<double> values;
-    values.reserve(data.size());
-    for (std::size_t i = 0; i < data.size(); ++i)
-        if (!is_missing(data[i]) && !std::isnan(data[i]) &&
-            (weights.empty() || !is_missing(weights[i])))
-            values.push_back(data[i]);
-    sort_doubles(values);
+    using namespace mode_detail;
+    auto usable = [&](std::size_t i) {
+        return !is_missing(data[i]) && !std::isnan(data[i]) &&
+               (weights.empty() || !is_missing(weights[i]));
+    };
+    // Buckets: a power of two giving about 8192 values each (at most 2^10 buckets, so
+    // that the scatter's staging lines stay in the first-level cache).
+    int bucket_bits = 0;
+    while (bucket_bits < 10 && (data.size() >> (bucket_bits + 13)) != 0) ++bucket_bits;
+    const std::size_t buckets = std::size_t{1} << bucket_bits;
+    const int shift = 64 - bucket_bits;
+    auto bucket_of = [&](std::uint64_t h) {
+        return bucket_bits == 0 ? std::size_t{0} : static_cast<std::size_t>(h >> shift);
+    };
+    std::vector<std::size_t> start(buckets + 1, 0);
+    bool negative_zero = false;
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        if (!usable(i)) continue;
+        negative_zero |= data[i] == 0.0 && std::signbit(data[i]);
+        ++start[bucket_of(mix(key_of(data[i]))) + 1];
+    }
+    std::size_t largest = 0;
+    for (std::size_t b = 0; b < buckets; ++b) {
+        largest = std::max(largest, start[b + 1]);
+        start[b + 1] += start[b];
+    }
+    const std::size_t m = start[buckets];
+    const auto keys = std::make_unique_for_overwrite<std::uint64_t[]>(std::max<std::size_t>(m, 1));
+    {
+        // Scatter through one staged cache line per bucket: stores to a thousand places
+        // at once would miss the cache and the translation buffer on almost every value.
+        constexpr std::size_t kLine = 8;
+        std::vector<std::size_t> fill(start.begin(), start.end() - 1);
+        std::vector<std::uint64_t> staged(buckets * kLine);
+        std::vector<std::uint8_t> staged_count(buckets, 0);
+        for (std::size_t i = 0; i < data.size(); ++i) {
+            if (!usable(i)) continue;
+            const std::uint64_t k = key_of(data[i]);
+            const std::size_t b = bucket_of(mix(k));
+            std::uint64_t* line = staged.data() + b * kLine;
+            line[staged_count[b]] = k;
+            if (++staged_count[b] == kLine) {
+                std::memcpy(keys.get() + fill[b], line, kLine * sizeof k);
+                fill[b] += kLine;
+                staged_count[b] = 0;
+            }
+        }
+        for (std::size_t b = 0; b < buckets; ++b)
+            std::memcpy(keys.get() + fill[b], staged.data() + b * kLine,
+                        staged_count[b] * sizeof(std::uint64_t));
+    }
+    // Open addressing, linear probing, load at most 2/3; indexed by the hash's low bits
+    // (the bucket took the high ones).
+    std::size_t table_size = 16;
+    while (2 * table_size < 3 * largest) table_size *= 2;
+    // Keys and repeat counts apart: distinct values (the common case) touch only the keys.
+    std::vector<std::uint64_t> slot_key(table_size);
+    std::vector<std::uint32_t> repeats(table_size);
     double best = kNanum;
     std::size_t best_count = 1, ties = 0;
-    for (std::size_t i = 0; i < values.size();) {
-        std::size_t j = i + 1;
-        while (j < values.size() && values[j] == values[i]) ++j;
-        const std::size_t count = j - i;
-        if (count > best_count) {
-            best_count = count;
-            best = values[i];
-            ties = 1;
-        } else if (count == best_count && best_count >= 2) {
-            ++ties;
+    for (std::size_t b = 0; b < buckets; ++b) {
+        const std::size_t size = start[b + 1] - start[b];
+        if (size < 2) continue;
+        std::size_t mask = 15;
+        while (2 * (mask + 1) < 3 * size) mask = 2 * mask + 1;
+        const auto used = static_cast<std::ptrdiff_t>(mask + 1);
+        std::fill(slot_key.begin(), slot_key.begin() + used, kEmpty);
+        std::fill(repeats.begin(), repeats.begin() + used, 0u);
+        bool repeated = false;
+        for (std::size_t i = start[b]; i < start[b + 1]; ++i) {
+            const std::uint64_t k = keys[i];
+            std::size_t at = static_cast<std::size_t>(mix(k)) & mask;
+            while (slot_key[at] != kEmpty && slot_key[at] != k) at = (at + 1) & mask;
+            if (slot_key[at] == k) {
+                ++repeats[at];
+                repeated = true;
+            } else {
+                slot_key[at] = k;
+            }
         }
-        i = j;
+        if (!repeated) continue;
+        for (std::size_t at = 0; at <= mask; ++at) {
+            if (repeats[at] == 0) continue;
+            const std::size_t count = std::size_t{repeats[at]} + 1;
+            double value;
+            std::memcpy(&value, &slot_key[at], sizeof value);
+            if (count > best_count) {
+                best_count = count;
+                best = value;
+                ties = 1;
+            } else if (count == best_count) {
+                ++ties;
+                best = std::min(best, value);
+            }
+        }
     }
     if (several != nullptr) *several = ties > 1;
+    if (best == 0.0 && negative_zero) best = -0.0;
     return best;
 }
 
 // Geometric SD: NANUM with a negative value (or a zero, whose logarithm is -infinity);
 // otherwise exp of the SD of the logarithms, same flag, no weights.
 double geometric_sd(std::span<const double> data, std::span<const double> weights, int flag) {
+    // Any usable value <= 0 (or NaN) settles it before the logarithms are formed.
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        const double x = data[i];
+        if (is_missing(x) || (!weights.empty() && is_missing(weights[i]))) continue;
+        if (!(x > 0.0)) return kNanum;
+    }
     std::vector<double> logs(data.size());
     for (std::size_t i = 0; i < data.size(); ++i) {
         const double x = data[i];

@@ -2,7 +2,10 @@
 #include "stats/percentiles.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <utility>
@@ -11,6 +14,7 @@
 #include "core/guard.hpp"
 #include "core/missing.hpp"
 #include "platform/util/messages.hpp"
+#include "platform/util/sort_kernels.hpp"
 #include "zemath/statistics.h"
 #include "zemath/status.h"
 
@@ -21,6 +25,13 @@ namespace {
 // Selection costs about log2(k) partitioning passes for k order statistics, a sort about
 // log2(m): order statistics are selected while k is small against m, else one sort.
 constexpr std::size_t kSelectionsPerSort = 64;
+// More order statistics than this, from kRadixMinimum to kRadixMaximum values: one radix
+// sort (a fixed number of passes) beats selection's log2(count) partitioning passes.
+// Beyond kRadixMaximum the sort's scatter passes leave the last-level cache (values and
+// scratch over 32 MB) and selection is as fast again (measured at 3e6 and 1e7 points).
+constexpr std::size_t kMaxSelections = 16;
+constexpr std::size_t kRadixMinimum = 2048;
+constexpr std::size_t kRadixMaximum = std::size_t{1} << 21;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
@@ -143,18 +154,271 @@ void weighted_percentiles(std::span<const double> data, const double* weights,
     }
 }
 
-void unweighted_percentiles(std::span<const double> data, std::span<const double> percents,
-                            std::span<double> results, int rule) {
-    // Branch-free compaction into uninitialised storage: one pass, NaN noted on the way.
-    const auto buffer =
-        std::make_unique_for_overwrite<double[]>(std::max<std::size_t>(data.size(), 1));
+// Ascending sort of values without NaN: the radix sort (with scratch space), std::sort
+// when the scratch cannot be had.
+void sort_values(std::span<double> values) {
+    const auto scratch = std::make_unique_for_overwrite<double[]>(values.size());
+    util::radix_sort<double, sizeof(double), false>(
+        reinterpret_cast<unsigned char*>(values.data()), values.size(),
+        reinterpret_cast<unsigned char*>(scratch.get()));
+}
+
+// Copies the usable values of data to buffer (branch-free: every value is written, the
+// count advances past usable ones) and reports their number and whether one is NaN.
+std::size_t compact_usable(std::span<const double> data, double* buffer, bool& nan_seen) {
     std::size_t m = 0;
-    bool nan_seen = false;
+    bool nan = false;
     for (double x : data) {
         buffer[m] = x;
-        nan_seen |= std::isnan(x);
+        nan |= std::isnan(x);
         m += is_missing(x) ? 0 : 1;
     }
+    nan_seen = nan;
+    return m;
+}
+
+// ---- Sampled selection ---------------------------------------------------------------
+//
+// For a few percents of a large sample: a random sample of the usable values, sorted,
+// brackets each wanted rank by two sample values lo <= hi about kBracketSpread standard
+// deviations of the sample quantile either side of it. One pass over the data counts
+// the usable values below every bracket and gathers those inside one (overlapping
+// brackets are merged first, so a value lands in one bracket at most). When every wanted
+// rank falls inside a bracket, the gathered values (a few percent of the data) hold the
+// order statistics and selection runs on them alone; when one misses (about once in
+// 10^4 calls with normal data) the caller falls back to selection on the full copy.
+// Either way the results are the same order statistics.
+
+constexpr std::size_t kSampledMinimum = std::size_t{1} << 15;  // fewer points: plain selection
+constexpr std::size_t kMaxBrackets = 8;  // more percents: plain selection or one sort
+
+// SplitMix64: a local generator; the sample steers only the speed, never the result.
+struct SplitMix {
+    std::uint64_t state;
+    std::uint64_t next() noexcept {
+        std::uint64_t z = (state += 0x9e3779b97f4a7c15ULL);
+        z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ULL;
+        z = (z ^ (z >> 27)) * 0x94d049bb133111ebULL;
+        return z ^ (z >> 31);
+    }
+};
+
+struct Bracket {
+    double lo, hi;
+};
+
+struct Gathered {
+    std::size_t usable = 0, count = 0;
+    bool nan_seen = false;
+    std::array<std::size_t, kMaxBrackets> below{};  // usable values under each bracket
+};
+
+// One pass: gathers the usable values inside any of the B disjoint brackets into
+// buffer (capacity data.size()) and counts the usable values below each bracket. Blocks
+// of the data are classified first (compares only, two lanes at a time with GCC/Clang
+// vector extensions), then the block's marked values are copied out. Counts include
+// NANUM where it lies below a bracket; it is a single value, so that is taken out once
+// at the end.
+template <std::size_t B>
+Gathered gather(std::span<const double> data, const double* lo, const double* hi, double* buffer) {
+    constexpr std::size_t kBlock = 512;
+    std::array<double, B> low, high;
+    std::copy(lo, lo + B, low.begin());
+    std::copy(hi, hi + B, high.begin());
+    std::array<std::uint64_t, B> below{};
+    std::uint64_t missing = 0, nan = 0;
+    std::size_t count = 0;
+    // mark[i]: all ones when value i of the block is gathered, else 0.
+    alignas(32) std::array<std::uint64_t, kBlock> mark;
+    auto classify_one = [&](double x, std::uint64_t& flag) {
+        const std::uint64_t is_nanum = x == kNanum;
+        missing += is_nanum;
+        nan += x != x;
+        std::uint64_t inside = 0;
+        for (std::size_t b = 0; b < B; ++b) {
+            below[b] += x < low[b];
+            inside |= static_cast<std::uint64_t>(x >= low[b]) & (x <= high[b]);
+        }
+        flag = 0 - (inside & (is_nanum ^ 1));
+    };
+    for (std::size_t start = 0; start < data.size(); start += kBlock) {
+        const double* p = data.data() + start;
+        const std::size_t length = std::min(kBlock, data.size() - start);
+        std::size_t i = 0;
+#if defined(__GNUC__)
+        typedef double V __attribute__((vector_size(16)));
+        typedef std::int64_t M __attribute__((vector_size(16)));
+        M v_below[B] = {}, v_missing = {}, v_nan = {};
+        for (; i + 2 <= length; i += 2) {
+            V x;
+            std::memcpy(&x, p + i, sizeof x);
+            const M is_nanum = x == kNanum;
+            v_missing -= is_nanum;
+            v_nan -= x != x;
+            M inside = {};
+            for (std::size_t b = 0; b < B; ++b) {
+                v_below[b] -= x < low[b];
+                inside |= (x >= low[b]) & (x <= high[b]);
+            }
+            const M flag = inside & ~is_nanum;
+            std::memcpy(mark.data() + i, &flag, sizeof flag);
+        }
+        for (int lane = 0; lane < 2; ++lane) {
+            missing += static_cast<std::uint64_t>(v_missing[lane]);
+            nan += static_cast<std::uint64_t>(v_nan[lane]);
+            for (std::size_t b = 0; b < B; ++b)
+                below[b] += static_cast<std::uint64_t>(v_below[b][lane]);
+        }
+#endif
+        for (; i < length; ++i) classify_one(p[i], mark[i]);
+        for (i = 0; i < length; ++i) {
+            buffer[count] = p[i];  // count never passes the values read so far
+            count += mark[i] & 1;
+        }
+    }
+    Gathered g;
+    g.usable = data.size() - missing;
+    g.count = count;
+    g.nan_seen = nan != 0;
+    for (std::size_t b = 0; b < B; ++b) g.below[b] = below[b] - (kNanum < low[b] ? missing : 0);
+    return g;
+}
+
+Gathered gather_any(std::span<const double> data, std::span<const Bracket> brackets,
+                    double* buffer) {
+    std::array<double, kMaxBrackets> lo{}, hi{};
+    for (std::size_t b = 0; b < brackets.size(); ++b) {
+        lo[b] = brackets[b].lo;
+        hi[b] = brackets[b].hi;
+    }
+    switch (brackets.size()) {
+        case 1:
+            return gather<1>(data, lo.data(), hi.data(), buffer);
+        case 2:
+            return gather<2>(data, lo.data(), hi.data(), buffer);
+        case 3:
+            return gather<3>(data, lo.data(), hi.data(), buffer);
+        case 4:
+            return gather<4>(data, lo.data(), hi.data(), buffer);
+        case 5:
+            return gather<5>(data, lo.data(), hi.data(), buffer);
+        case 6:
+            return gather<6>(data, lo.data(), hi.data(), buffer);
+        case 7:
+            return gather<7>(data, lo.data(), hi.data(), buffer);
+        default:
+            return gather<8>(data, lo.data(), hi.data(), buffer);
+    }
+}
+
+std::size_t sample_size(std::size_t n) {
+    const auto s = static_cast<std::size_t>(std::pow(static_cast<double>(n), 0.6));
+    return std::clamp<std::size_t>(s, 1024, 32768);
+}
+
+}  // namespace
+
+bool sampled_percentiles(std::span<const double> data, std::span<const double> percents,
+                         std::span<double> results, int rule, double* buffer, double spread) {
+    const std::size_t n = data.size();
+    if (n == 0 || percents.empty()) return false;
+    // The sample: random positions; missing values are skipped, NaN leaves it to the caller.
+    const std::size_t draws = std::min(sample_size(n), n);
+    std::vector<double> sample;
+    sample.reserve(draws);
+    SplitMix random{0x5eed5eed2026ULL ^ n};
+    for (std::size_t k = 0; k < draws; ++k) {
+        const double x = data[static_cast<std::size_t>(random.next() % n)];
+        if (std::isnan(x)) return false;
+        if (!is_missing(x)) sample.push_back(x);
+    }
+    if (sample.size() < draws / 2) return false;  // mostly missing: not worth it
+    std::sort(sample.begin(), sample.end());
+    const double s = static_cast<double>(sample.size());
+    constexpr double kInf = std::numeric_limits<double>::infinity();
+
+    std::array<Bracket, kMaxBrackets> found{};
+    std::size_t count = 0;
+    for (double p : percents) {
+        if (!(p >= 0.0 && p <= 100.0)) continue;  // answered NANUM, no order statistic
+        if (count == kMaxBrackets) return false;
+        const double q = p / 100.0;
+        const double centre = q * s;
+        const double half = spread * std::sqrt(s * q * (1.0 - q)) + 2.0;
+        const double first = std::floor(centre - half), last = std::ceil(centre + half);
+        found[count++] = {first < 0.0 ? -kInf : sample[static_cast<std::size_t>(first)],
+                          last >= s ? kInf : sample[static_cast<std::size_t>(last)]};
+    }
+    if (count == 0) return false;
+    for (std::size_t k = 1; k < count; ++k)  // insertion sort by low end: at most 8
+        for (std::size_t j = k; j > 0 && found[j].lo < found[j - 1].lo; --j)
+            std::swap(found[j], found[j - 1]);
+    std::size_t merged = 0;
+    for (std::size_t k = 1; k < count; ++k) {
+        if (found[k].lo <= found[merged].hi) {
+            found[merged].hi = std::max(found[merged].hi, found[k].hi);
+        } else {
+            found[++merged] = found[k];
+        }
+    }
+    const std::span<const Bracket> brackets(found.data(), merged + 1);
+
+    const Gathered g = gather_any(data, brackets, buffer);
+    if (g.nan_seen) {
+        fill_nan(percents, results);
+        return true;
+    }
+    const std::size_t m = g.usable;
+    // Start of each bracket among the gathered values once sorted: brackets are disjoint
+    // and ascending, so bracket b follows the gathered values below its low end.
+    std::array<std::size_t, kMaxBrackets> start{};
+    for (std::size_t i = 0; i < g.count; ++i)
+        for (std::size_t b = 0; b < brackets.size(); ++b) start[b] += buffer[i] < brackets[b].lo;
+    // Rank r of the whole usable sample as a rank among the gathered values, if held.
+    auto local = [&](std::size_t r, std::size_t& at) {
+        for (std::size_t b = 0; b < brackets.size(); ++b) {
+            const std::size_t size = (b + 1 < brackets.size() ? start[b + 1] : g.count) - start[b];
+            if (r >= g.below[b] && r - g.below[b] < size) {
+                at = start[b] + (r - g.below[b]);
+                return true;
+            }
+        }
+        return false;
+    };
+    std::array<OrderStatisticPick, kMaxBrackets> picks{};
+    std::array<std::size_t, 2 * kMaxBrackets> positions{};
+    std::size_t wanted = 0;
+    for (std::size_t i = 0, k = 0; i < percents.size(); ++i) {
+        OrderStatisticPick pick = percentile_pick(m, percents[i], rule);
+        if (pick.defined) {
+            if (!local(pick.lower, pick.lower) || !local(pick.upper, pick.upper)) return false;
+            positions[wanted++] = pick.lower;
+            if (pick.upper_weight != 0.0) positions[wanted++] = pick.upper;
+        }
+        if (percents[i] >= 0.0 && percents[i] <= 100.0) picks[k++] = pick;
+    }
+    std::sort(positions.begin(), positions.begin() + wanted);
+    wanted = static_cast<std::size_t>(std::unique(positions.begin(), positions.begin() + wanted) -
+                                      positions.begin());
+    const std::span<double> values(buffer, g.count);
+    select_order_statistics(values, std::span<const std::size_t>(positions.data(), wanted));
+    for (std::size_t i = 0, k = 0; i < percents.size(); ++i)
+        results[i] =
+            (percents[i] >= 0.0 && percents[i] <= 100.0) ? pick_value(values, picks[k++]) : kNanum;
+    return true;
+}
+
+namespace {
+
+void unweighted_percentiles(std::span<const double> data, std::span<const double> percents,
+                            std::span<double> results, int rule) {
+    const auto buffer =
+        std::make_unique_for_overwrite<double[]>(std::max<std::size_t>(data.size(), 1));
+    if (data.size() >= kSampledMinimum && percents.size() <= kMaxBrackets &&
+        sampled_percentiles(data, percents, results, rule, buffer.get(), kBracketSpread))
+        return;
+    bool nan_seen = false;
+    const std::size_t m = compact_usable(data, buffer.get(), nan_seen);
     if (nan_seen) {
         fill_nan(percents, results);
         return;
@@ -171,7 +435,9 @@ void unweighted_percentiles(std::span<const double> data, std::span<const double
     }
     std::sort(positions.begin(), positions.end());
     positions.erase(std::unique(positions.begin(), positions.end()), positions.end());
-    if (positions.size() * kSelectionsPerSort > m) {
+    if (positions.size() > kMaxSelections && m >= kRadixMinimum && m <= kRadixMaximum) {
+        sort_values(values);
+    } else if (positions.size() * kSelectionsPerSort > m) {
         std::sort(values.begin(), values.end());
     } else {
         select_order_statistics(values, positions);

@@ -16,9 +16,18 @@
 // sorted values and target T = Cm p / 100, the first k with Ck = T gives (xk + xk+1) / 2
 // (xm when k = m); otherwise the first xk with Ck > T.
 //
-// Method: a few percents are answered by selection (std::nth_element on a copy, each
-// order statistic found in the part of the copy that can hold it), many by one sort;
-// both give exactly the order statistics of the rules above. Weighted percentiles sort
+// Method: a few percents of a large sample (at most 8 percents, 32768 points or more)
+// by sampled selection: a sorted random sample of about n^0.6 values brackets each wanted
+// rank, one pass over the data counts the values below each bracket and gathers those
+// inside (a few percent of the data), and std::nth_element finds the order statistics
+// among the gathered values only (the percents in ascending order, each on the part that
+// can hold it; the second order statistic of an interpolating rule is the minimum of the
+// part above the first). When a bracket misses its rank (rare), selection on a full copy
+// of the usable values. Other few-percent calls: that selection directly. Many percents:
+// one radix sort of the copy from 2048 to 2^21 values; beyond, where the sort's passes
+// leave the cache, selection of every order statistic (each on the part that can hold
+// it) again; std::sort when there are fewer than 64 values per order statistic. Every
+// path gives exactly the order statistics of the rules above. Weighted percentiles sort
 // value-weight pairs once.
 //
 // Failure codes: -155 (n <= 0 or no percents), -151 (rule outside 0..5), -108 (a
@@ -68,6 +77,18 @@ double percentile_of_sorted(std::span<const double> sorted, double percent, int 
 // `weights` is null or holds data.size() values. May throw on allocation failure.
 int percentiles(std::span<const double> data, std::span<const double> percents,
                 std::span<double> results, int rule, const double* weights);
+
+// Half-width of the sampled selection's brackets, in standard deviations of the
+// sample quantile.
+inline constexpr double kBracketSpread = 4.0;
+
+// The sampled selection on its own (exposed for tests): results for the unweighted
+// engine without weights, using buffer (data.size() values) as scratch. Returns false,
+// with results untouched, when the sample could not be drawn (mostly missing values, a
+// NaN in it, more than 8 valid percents) or a bracket of half-width `spread` missed its
+// rank; the caller then runs plain selection.
+bool sampled_percentiles(std::span<const double> data, std::span<const double> percents,
+                         std::span<double> results, int rule, double* buffer, double spread);
 
 // Selection helper: reorders values so that every position in `positions` (ascending,
 // each < values.size()) holds the element a full ascending sort would put there.

@@ -279,6 +279,51 @@ TEST(Descriptive, ModeOfALargeSampleWithSignedZeros) {
     EXPECT_EQ(describe(data).Mode, best);
 }
 
+TEST(Descriptive, ModeOfLargeSamplesAgainstACountedMap) {
+    // Samples large enough for many hash buckets: integral values (long runs of zero
+    // bits), ties for the largest count, all distinct, NaN and missing values skipped,
+    // a point with a NANUM weight dropped. Counted independently with a std::map.
+    const std::size_t n = 200000;
+    const struct {
+        const char* name;
+        double (*value)(std::size_t);
+    } kinds[] = {
+        {"integers", [](std::size_t i) { return static_cast<double>((i * 7919) % 1013); }},
+        {"tied pair", [](std::size_t i) { return i < 20 ? (i % 2 ? 5e300 : -3.5) : i * 0.25; }},
+        {"distinct", [](std::size_t i) { return std::sqrt(static_cast<double>(i) + 0.5); }},
+        {"with missing",
+         [](std::size_t i) { return i % 5 == 0   ? NANUM
+                                    : i % 7 == 0 ? kNaN
+                                                 : (i % 311) * 1e-3; }},
+    };
+    for (const auto& kind : kinds) {
+        std::vector<double> data(n), weights(n, 1.0);
+        for (std::size_t i = 0; i < n; ++i) data[i] = kind.value(i);
+        weights[3] = NANUM;  // drops data[3] from the count
+        std::map<double, int> counts;
+        for (std::size_t i = 0; i < n; ++i)
+            if (data[i] != NANUM && !std::isnan(data[i]) && i != 3) ++counts[data[i]];
+        int best_count = 1, ties = 0;
+        double best = NANUM;
+        for (const auto& [value, count] : counts) {
+            if (count > best_count) {
+                best = value, best_count = count, ties = 1;
+            } else if (count == best_count && count >= 2) {
+                ++ties;
+            }
+        }
+        double mode = 0;
+        bool several = false;
+        ASSERT_EQ(zemath_opt_summary_stats(static_cast<unsigned>(n), data.data(), 0.95, &mode,
+                                           &several, nullptr, nullptr, nullptr, nullptr, nullptr, 1,
+                                           weights.data()),
+                  0)
+            << kind.name;
+        EXPECT_EQ(mode, best) << kind.name;
+        EXPECT_EQ(several, ties > 1) << kind.name;
+    }
+}
+
 TEST(Descriptive, ExtendedAndRowForms) {
     const std::vector<double> data = {1, 2, 3, 4, 10, 20, 30, 40};
     const double bounds[] = {0, 3, 4, 7};

@@ -137,6 +137,99 @@ TEST(Percentiles, SelectionAgreesWithSortForFewAndManyPercents) {
     }
 }
 
+// Large samples take the sampled selection (brackets from a random sample, selection
+// among the values inside them). Every kind of sample, every rule and the extreme
+// percents must give exactly the order statistics of a full sort, whether the brackets
+// hold the ranks or the call falls back to plain selection.
+TEST(Percentiles, SampledSelectionGivesTheOrderStatisticsOfAFullSort) {
+    constexpr double kInf = std::numeric_limits<double>::infinity();
+    const std::size_t n = 50000;
+    std::mt19937_64 gen(2026);
+    std::normal_distribution<double> normal(3.0, 2.0);
+    std::uniform_real_distribution<double> unit;
+    auto make = [&](int kind) {
+        std::vector<double> v(n);
+        for (std::size_t i = 0; i < n; ++i) {
+            const double z = normal(gen);
+            switch (kind) {
+                case 0:
+                    v[i] = z;
+                    break;  // continuous
+                case 1:
+                    v[i] = std::round(z * 4) / 4;
+                    break;  // heavy ties
+                case 2:
+                    v[i] = 1.5;
+                    break;  // all equal
+                case 3:
+                    v[i] = i % 3 == 0 ? -1.0 : 2.0;
+                    break;  // two values
+                case 4:
+                    v[i] = static_cast<double>(i);
+                    break;  // ascending
+                case 5:
+                    v[i] = -static_cast<double>(i);
+                    break;  // descending
+                case 6:
+                    v[i] = unit(gen) < 0.1 ? NANUM : z;
+                    break;  // some missing
+                case 7:
+                    v[i] = unit(gen) < 0.9 ? NANUM : z;
+                    break;  // mostly missing
+                case 8:
+                    v[i] = unit(gen) < 0.05 ? (z < 3 ? -kInf : kInf) : z * 1e-300;
+                    break;
+                default:
+                    v[i] = (i % 2 == 0) ? NANUM : (z < 3 ? -0.0 : 0.0);
+                    break;
+            }
+        }
+        return v;
+    };
+    const std::vector<double> percents = {0, 1e-4, 25, 50, 62.5, 75, 99.9999, 100};
+    int sampled_hits = 0, sampled_misses = 0;
+    for (int kind = 0; kind <= 9; ++kind) {
+        const std::vector<double> data = make(kind);
+        std::vector<double> sorted;
+        for (double x : data)
+            if (x != NANUM) sorted.push_back(x);
+        std::sort(sorted.begin(), sorted.end());
+        for (int rule = 0; rule <= 5; ++rule) {
+            std::vector<double> expected(percents.size());
+            for (std::size_t k = 0; k < percents.size(); ++k)
+                expected[k] = zemath::percentile_of_sorted(sorted, percents[k], rule);
+            int status = 1;
+            EXPECT_EQ(run(data, percents, rule, nullptr, &status), expected)
+                << "kind " << kind << " rule " << rule;
+            EXPECT_EQ(status, 0);
+            // The sampled path alone, with normal and with zero-width brackets (which
+            // miss often): when it answers, the answer is exact.
+            for (double spread : {zemath::kBracketSpread, 0.0}) {
+                std::vector<double> buffer(n), got(percents.size(), -7.0);
+                if (zemath::sampled_percentiles(data, percents, got, rule, buffer.data(), spread)) {
+                    EXPECT_EQ(got, expected) << "kind " << kind << " rule " << rule;
+                    ++sampled_hits;
+                } else {
+                    EXPECT_EQ(got, std::vector<double>(percents.size(), -7.0));
+                    // Normal-width brackets hold the ranks (a miss is a 1e-4 event, and
+                    // the sample is fixed) unless the sample is mostly missing values.
+                    EXPECT_TRUE(spread == 0.0 || kind == 7 || kind == 9)
+                        << "kind " << kind << " rule " << rule;
+                    ++sampled_misses;
+                }
+            }
+        }
+    }
+    // Both outcomes occurred: the brackets held the ranks, and some missed or refused.
+    EXPECT_GT(sampled_hits, 50);
+    EXPECT_GT(sampled_misses, 5);
+    // A NaN anywhere spoils the order on this path too.
+    std::vector<double> with_nan = make(0);
+    with_nan[n / 3] = std::numeric_limits<double>::quiet_NaN();
+    int status = 1;
+    for (double r : run(with_nan, {10, 50}, 4, nullptr, &status)) EXPECT_TRUE(std::isnan(r));
+}
+
 std::vector<std::string> g_messages;
 void record(const char* code, void*) {
     g_messages.emplace_back(code);
