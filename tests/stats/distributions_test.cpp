@@ -356,6 +356,15 @@ TEST(DistributionValues, ExtremeParametersTakeTheLimitOrAreRefused) {
             << rho;
         EXPECT_EQ(bivarnormcdf(1e300, 1e300, rho, &status), 1.0) << rho;
     }
+    // Correlations within a few ulps of 0, either sign, are independence (a negative
+    // subnormal put the inner normal's turning point at -infinity: NaN before).
+    for (double rho : {-5e-324, 5e-324, -1e-310, -1e-300, 1e-310}) {
+        for (auto [x, y] : {std::pair{3.69, -1.32}, std::pair{9.7, -1.9}, std::pair{-2.0, 0.4}}) {
+            const double product = normcdf(x, 2, nullptr) * normcdf(y, 2, nullptr);
+            EXPECT_NEAR(bivarnormcdf(x, y, rho, &status), product, 1e-15 * product) << rho;
+            EXPECT_EQ(status, 0);
+        }
+    }
     for (double lambda : {1.01e9, 1e12, DBL_MAX}) {
         EXPECT_EQ(ncchi2cdf(0.5, 0.5, lambda, &status), NANUM) << lambda;
         EXPECT_EQ(status, 7) << lambda;
