@@ -11,7 +11,7 @@
 //   g01blc hypergeom. P(X<=k) 6.3e-14  P(X>k) 6.0e-14  P(X=k) 6.3e-14   (N up to 1e6)
 //   g01gbc non-central t 2.5e-14, g01gcc chi-square 4.4e-16, g01gdc F 6.8e-15,
 //   g01gec beta 2.6e-14, g01hac bivariate normal 5.7e-15, g01emc studentized range
-//   5.1e-15, c05bac Lambert W 2.7e-16; values down to 1e-300.
+//   5.4e-15, c05bac Lambert W 2.7e-16; values down to 1e-300.
 #include <gtest/gtest.h>
 
 #include <array>

@@ -384,3 +384,18 @@ TEST(DistributionValues, ExtremeParametersTakeTheLimitOrAreRefused) {
     EXPECT_EQ(status, 0);
     EXPECT_NEAR(at_limit, 0.41588, 1e-4);
 }
+
+// The studentized range deviate far in the lower tail, where P grows like q^(r-1): the
+// deviate's probability is the one asked for (the iteration halved towards such q for a
+// hundred steps, or doubled past a converged q, and below q = 1e-16 the range probability
+// was lost to the cancellation of Phi(u) - Phi(u - w)).
+TEST(DistributionValues, StudentizedRangeDeviateOfTinyProbabilities) {
+    for (double p : {1e-300, 1e-100, 1e-20, 0.22786403099662975}) {
+        for (auto [v, r] : {std::pair{3.64, 3}, std::pair{20.8, 9}, std::pair{1.0, 2}}) {
+            int status = -1;
+            const double q = srangeinv(p, v, r, &status);
+            ASSERT_EQ(status, 0) << p << " " << v << " " << r;
+            EXPECT_NEAR(srangecdf(q, v, r, &status) / p, 1.0, 1e-12) << p << " " << v << " " << r;
+        }
+    }
+}

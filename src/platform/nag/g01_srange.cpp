@@ -16,9 +16,10 @@
 // from the last secant; from the mode, panels 2.5 times wider each time walk outwards on
 // each side, halved where the integrand falls or bends too sharply for the 20-point rule,
 // until negligible. v >= 1e19 is the limit law R(q).
-// The deviate: Newton's method with the density dP/dq (the same quadrature), on ln P below
-// the median and on P above it, from the Odeh-Evans / AS 190.2 start, inside a bracket
-// kept from the signs seen (bisection or doubling when a step leaves it); 4-8 evaluations.
+// The deviate: Newton's method with the density dP/dq (the same quadrature), on ln P
+// against ln q below the median and on P above it, from the Odeh-Evans / AS 190.2 start,
+// inside a bracket kept from the signs seen (bisection or doubling when a step leaves it),
+// until P is within rounding of p or the step within rounding of q; 4-8 evaluations.
 //
 // Accuracy against a 20-digit mpmath quadrature (tests/reference): about 5e-15 relative
 // over the grid (v from 1 to 1e5, r from 2 to 100), see the test output for the worst
@@ -116,6 +117,35 @@ Law integrate_outwards(const F& f, double from, double to, double width, Law hea
     return total;
 }
 
+// Phi(u) - Phi(u - w) for 0 < w <= 1/2 without the cancellation of the difference:
+// expanding phi about the midpoint m = u - w/2,
+//     w phi(m) sum_k He_2k(m) (w/2)^(2k) / (2k+1)!,
+// He the Hermite polynomials (He_(j+1) = m He_j - j He_(j-1)); the terms fall at least
+// like (|m| w/2)^(2k) / (2k+1)!, below 1e-17 within 20 terms for |m| <= 10.
+double normal_between_narrow(double u, double w) {
+    constexpr int kMaxTerms = 40;
+    const double m = u - 0.5 * w, h2 = 0.25 * w * w;
+    double previous = 0.0, current = 1.0;  // He_(j-1), He_j
+    int j = 0;
+    double sum = 1.0, factor = 1.0;
+    bool small_before = false;
+    for (int k = 1; k <= kMaxTerms; ++k) {
+        for (int twice = 0; twice < 2; ++twice, ++j) {
+            const double next = m * current - j * previous;
+            previous = current;
+            current = next;
+        }
+        factor *= h2 / ((2.0 * k) * (2.0 * k + 1.0));
+        const double term = current * factor;
+        sum += term;
+        // Two small terms in a row: one alone may sit near a root of He_2k.
+        const bool small = std::fabs(term) <= 1e-17 * std::fabs(sum);
+        if (small && small_before) break;
+        small_before = small;
+    }
+    return w * numeric::kInvSqrtTwoPi * std::exp(-0.5 * m * m) * sum;
+}
+
 // The range W of r independent standard normals: P(W <= w) and its density, by symmetry
 //     R(w)  = (2 Phi(w/2) - 1)^r + 2 r integral_{w/2}^{inf} phi(u) D(u)^(r-1) du,
 //     R'(w) = 2 r (r-1) integral_{w/2}^{inf} phi(u) phi(u - w) D(u)^(r-2) du,
@@ -134,9 +164,13 @@ Law range_law(double w, double r) {
     const double within = std::erf(a / std::numbers::sqrt2);  // D(w/2) = P(|Z| <= w/2)
     const double lead = std::pow(within, r);
     const auto integrand = [=](double u) -> Law {
-        // D(u), taken between upper tails when both ends lie above the median.
-        const double inside = u - w >= 0.0 ? normal_upper(u - w) - normal_upper(u)
-                                           : 1.0 - normal_upper(u) - normal_upper(w - u);
+        // D(u): for narrow ranges by its series (the difference of two probabilities
+        // lost all digits below w = 1e-16), else between upper tails when both ends lie
+        // above the median.
+        constexpr double kNarrow = 0.5;
+        const double inside = w <= kNarrow   ? normal_between_narrow(u, w)
+                              : u - w >= 0.0 ? normal_upper(u - w) - normal_upper(u)
+                                             : 1.0 - normal_upper(u) - normal_upper(w - u);
         if (!(inside > 0.0)) return {};
         const double g = std::exp(-0.5 * u * u + (r - 1.0) * std::log(inside));
         if constexpr (!derivative) {
@@ -263,13 +297,15 @@ double tukey_start(double p, double r, double v) {
     return t * (q * std::log(r - 1.0) + c5);
 }
 
-// The deviate: Newton's method with the density, on ln P(q) - ln p below the median (where
-// ln P is close to linear in ln q) and on P(q) - p above it, inside a bracket kept from
-// the signs seen: a step that leaves the bracket is replaced by its midpoint (by doubling
-// while no upper end is known). Each step costs one evaluation of P and its density.
-// Returns false when the iteration cap is reached without convergence.
+// The deviate: Newton's method with the density, on ln P - ln p against ln q below the
+// median (where ln P is close to linear in ln q: one step for the power law of small q)
+// and on P(q) - p above it, inside a bracket kept from the signs seen: a step that leaves
+// the bracket is replaced by its geometric midpoint (by doubling while no upper end is
+// known, by a sixteenth of the upper end while no lower end is). Each step costs one evaluation of
+// P and its density. Returns false when the iteration cap is reached without convergence.
 bool tukey_deviate(double p, double v, double r, double& q) {
     constexpr int kMaxSteps = 100;
+    constexpr double kMaxLogStep = 64.0;
     const bool logarithmic = p < 0.5;
     const double target = logarithmic ? std::log(p) : p;
     double lo = 0.0, hi = INFINITY;
@@ -277,18 +313,25 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     if (!(x > 0.0) || !std::isfinite(x)) x = 1.0;
     for (int step = 0; step < kMaxSteps; ++step) {
         const Law law = tukey_lower<true>(x, v, r);
-        if (law.p == p) return q = x, true;
+        // Within rounding of p: no closer deviate can be told apart.
+        if (std::fabs(law.p - p) <= 2.0 * DBL_EPSILON * p) return q = x, true;
         (law.p < p ? lo : hi) = x;
         double next = NAN;
         if (law.p > 0.0 && law.dp > 0.0) {
-            const double excess = logarithmic ? std::log(law.p) - target : law.p - target;
-            const double slope = logarithmic ? law.dp / law.p : law.dp;
-            next = x - excess / slope;
+            if (logarithmic) {
+                // In ln q: one step for the power law P ~ c q^(r-1) of small q.
+                const double elasticity = x * law.dp / law.p;
+                next = x * std::exp(std::clamp(-(std::log(law.p) - target) / elasticity,
+                                               -kMaxLogStep, kMaxLogStep));
+            } else {
+                next = x - (law.p - target) / law.dp;
+            }
         }
-        if (!(next > lo && next < hi)) next = std::isinf(hi) ? 2.0 * x : 0.5 * (lo + hi);
-        if (std::fabs(next - x) <= 4.0 * DBL_EPSILON * x ||
-            (std::isfinite(hi) && hi - lo <= 4.0 * DBL_EPSILON * hi))
-            return q = next, true;
+        if (std::fabs(next - x) <= 4.0 * DBL_EPSILON * x) return q = next, true;
+        if (!(next > lo && next < hi)) {
+            next = std::isinf(hi) ? 2.0 * x : lo > 0.0 ? std::sqrt(lo * hi) : 0.0625 * hi;
+        }
+        if (std::isfinite(hi) && hi - lo <= 4.0 * DBL_EPSILON * hi) return q = next, true;
         x = next;
     }
     q = x;
