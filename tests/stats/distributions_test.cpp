@@ -398,4 +398,11 @@ TEST(DistributionValues, StudentizedRangeDeviateOfTinyProbabilities) {
             EXPECT_NEAR(srangecdf(q, v, r, &status) / p, 1.0, 1e-12) << p << " " << v << " " << r;
         }
     }
+    // The smallest subnormal p: a deviate whose probability rounds to a few subnormal
+    // spacings (the bracket was halved to the last bit, fifty steps, before).
+    int status = -1;
+    const double q = srangeinv(4.9406564584124654e-324, 3.6729139917661886, 19, &status);
+    EXPECT_EQ(status, 0);
+    const double back = srangecdf(q, 3.6729139917661886, 19, &status);
+    EXPECT_TRUE(back > 0.0 && back <= 1.5e-323) << q << " " << back;
 }

@@ -32,6 +32,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 #include "platform/nag/g01.hpp"
@@ -306,6 +307,7 @@ double tukey_start(double p, double r, double v) {
 bool tukey_deviate(double p, double v, double r, double& q) {
     constexpr int kMaxSteps = 100;
     constexpr double kMaxLogStep = 64.0;
+    constexpr double kSubnormalSpacing = std::numeric_limits<double>::denorm_min();
     const bool logarithmic = p < 0.5;
     const double target = logarithmic ? std::log(p) : p;
     double lo = 0.0, hi = INFINITY;
@@ -313,8 +315,10 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     if (!(x > 0.0) || !std::isfinite(x)) x = 1.0;
     for (int step = 0; step < kMaxSteps; ++step) {
         const Law law = tukey_lower<true>(x, v, r);
-        // Within rounding of p: no closer deviate can be told apart.
-        if (std::fabs(law.p - p) <= 2.0 * DBL_EPSILON * p) return q = x, true;
+        // Within rounding of p (for a subnormal p, of the subnormal spacing): no closer
+        // deviate can be told apart.
+        const double rounding = std::max(2.0 * DBL_EPSILON * p, 2.0 * kSubnormalSpacing);
+        if (law.p > 0.0 && std::fabs(law.p - p) <= rounding) return q = x, true;
         (law.p < p ? lo : hi) = x;
         double next = NAN;
         if (law.p > 0.0 && law.dp > 0.0) {
