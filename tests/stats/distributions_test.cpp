@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "platform/util/probability.hpp"
+#include "reference/distributions_limits_ref.inc"
 #include "stats/distribution_calls.hpp"
 #include "zemath/status.h"
 
@@ -405,4 +406,23 @@ TEST(DistributionValues, StudentizedRangeDeviateOfTinyProbabilities) {
     EXPECT_EQ(status, 0);
     const double back = srangecdf(q, 3.6729139917661886, 19, &status);
     EXPECT_TRUE(back > 0.0 && back <= 1.5e-323) << q << " " << back;
+}
+
+// Degrees of freedom far beyond 1e19 are the law of the range of r standard normals
+// (mpmath references of gen_distributions_limits.py), e.g. P(Q <= 1.6) = 0.5053 for r = 3.
+TEST(DistributionValues, StudentizedRangeOfHugeDegreesIsTheRangeLaw) {
+    for (double v : {1e20, 1e100, 1e308}) {
+        for (const auto& row : ref_limits::kRangeLaw) {
+            int status = -1;
+            EXPECT_NEAR(srangecdf(row.q, v, row.r, &status), row.p, 1e-14 * row.p)
+                << row.q << " " << v << " " << row.r;
+            EXPECT_EQ(status, 0);
+        }
+        for (const auto& row : ref_limits::kRangeDeviate) {
+            int status = -1;
+            EXPECT_NEAR(srangeinv(row.p, v, row.r, &status), row.q, 1e-13 * row.q)
+                << row.p << " " << v << " " << row.r;
+            EXPECT_EQ(status, 0);
+        }
+    }
 }
