@@ -426,3 +426,22 @@ TEST(DistributionValues, StudentizedRangeOfHugeDegreesIsTheRangeLaw) {
         }
     }
 }
+
+// Non-central beta and F with shapes far below 1e-8 (mpmath references of
+// gen_distributions_limits.py): the mixture is summed from j = 0 (the series from the
+// Poisson mode stopped at its cap, status 300 after 15 ms), and the F's 1 - x is formed
+// directly where x rounds to 1 (the law then sits within 1e-150 of 0 and 1).
+TEST(DistributionValues, NonCentralMixturesAtTinyShapes) {
+    for (const auto& row : ref_limits::kTinyShapeBeta) {
+        int status = -1;
+        EXPECT_NEAR(ncbetacdf(row.x, row.a, row.b, row.lambda, &status), row.p, 1e-13 * row.p)
+            << row.x << " " << row.a << " " << row.b << " " << row.lambda;
+        EXPECT_EQ(status, 0);
+    }
+    for (const auto& row : ref_limits::kTinyShapeF) {
+        int status = -1;
+        EXPECT_NEAR(ncfcdf(row.x, row.a, row.b, row.lambda, &status), row.p, 1e-13 * row.p)
+            << row.x << " " << row.a << " " << row.b << " " << row.lambda;
+        EXPECT_EQ(status, 0);
+    }
+}
