@@ -312,6 +312,8 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     constexpr int kMaxSteps = 100;
     constexpr double kMaxLogStep = 64.0;
     constexpr double kSubnormalSpacing = std::numeric_limits<double>::denorm_min();
+    constexpr double kNoiseBracket = 1e-9;
+    double best = INFINITY, best_x = 0.0;
     const bool logarithmic = p < 0.5;
     const double target = logarithmic ? std::log(p) : p;
     double lo = 0.0, hi = INFINITY;
@@ -323,6 +325,16 @@ bool tukey_deviate(double p, double v, double r, double& q) {
         // deviate can be told apart.
         const double rounding = std::max(2.0 * DBL_EPSILON * p, 2.0 * kSubnormalSpacing);
         if (law.p > 0.0 && std::fabs(law.p - p) <= rounding) return q = x, true;
+        // Where the probability itself carries noise above rounding (degrees of freedom
+        // far above 1e6), a step inside a bracket already narrower than 1e-9 that does
+        // not halve the excess ends the search at the best point seen.
+        const double excess_now = std::fabs(law.p - p);
+        if (std::isfinite(hi) && hi - lo <= kNoiseBracket * hi && !(excess_now < 0.5 * best))
+            return q = best_x, true;
+        if (excess_now < best) {
+            best = excess_now;
+            best_x = x;
+        }
         (law.p < p ? lo : hi) = x;
         double next = NAN;
         if (law.p > 0.0 && law.dp > 0.0) {
