@@ -228,11 +228,16 @@ ZEMATH_API int permrnd(double* x, int n) noexcept {
         nag::g05nac(index.data(), n, state, &fail);
         if (fail.failed()) return fail.code;
         const double intervals = n - 1;
-        double step = (last - first) / intervals;
-        if (!std::isfinite(step))
-            step = last / intervals - first / intervals;  // ends near +-DBL_MAX
+        const double step = (last - first) / intervals;
+        // Ends of opposite signs near +-DBL_MAX: the span overflows (and so may
+        // first + i * step), so each value is the weighted mean of the ends, whose two
+        // terms have opposite signs and cannot overflow.
+        const bool span_overflows = !std::isfinite(last - first);
         for (int i = 0; i < n; ++i) {
-            x[i] = index[i] == n - 1 ? last : first + index[i] * step;
+            const double t = index[i] / intervals;
+            x[i] = index[i] == n - 1 ? last
+                   : span_overflows  ? first * (1.0 - t) + last * t
+                                     : first + index[i] * step;
         }
         return static_cast<int>(ZEMATH_OK);
     });

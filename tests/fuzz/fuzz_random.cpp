@@ -119,6 +119,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
             if (status != 0)
                 require(std::memcmp(out.data(), before.data(), out.size() * sizeof(double)) == 0);
             require(out.back() == kGuard);
+            // On success every value lies between the two ends (none overflows).
+            if (status == 0 && n > 1) {
+                const double lo = std::min(a, b), hi = std::max(a, b);
+                for (int m = 0; m < n; ++m)
+                    require(out[static_cast<size_t>(m)] >= lo && out[static_cast<size_t>(m)] <= hi);
+            }
             return 0;
         }
     }

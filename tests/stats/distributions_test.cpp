@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "platform/util/probability.hpp"
+#include "reference/distributions_limits_ref.inc"
 #include "stats/distribution_calls.hpp"
 #include "zemath/status.h"
 
@@ -385,6 +386,15 @@ TEST(DistributionValues, ExtremeParametersTakeTheLimitOrAreRefused) {
             << rho;
         EXPECT_EQ(bivarnormcdf(1e300, 1e300, rho, &status), 1.0) << rho;
     }
+    // Correlations within a few ulps of 0, either sign, are independence (a negative
+    // subnormal put the inner normal's turning point at -infinity: NaN before).
+    for (double rho : {-5e-324, 5e-324, -1e-310, -1e-300, 1e-310}) {
+        for (auto [x, y] : {std::pair{3.69, -1.32}, std::pair{9.7, -1.9}, std::pair{-2.0, 0.4}}) {
+            const double product = normcdf(x, 2, nullptr) * normcdf(y, 2, nullptr);
+            EXPECT_NEAR(bivarnormcdf(x, y, rho, &status), product, 1e-15 * product) << rho;
+            EXPECT_EQ(status, 0);
+        }
+    }
     for (double lambda : {1.01e9, 1e12, DBL_MAX}) {
         EXPECT_EQ(ncchi2cdf(0.5, 0.5, lambda, &status), NANUM) << lambda;
         EXPECT_EQ(status, 7) << lambda;
@@ -404,4 +414,64 @@ TEST(DistributionValues, ExtremeParametersTakeTheLimitOrAreRefused) {
     const double at_limit = nctcdf(1e4, 5.0, 1e4, 50, &status);
     EXPECT_EQ(status, 0);
     EXPECT_NEAR(at_limit, 0.41588, 1e-4);
+}
+
+// The studentized range deviate far in the lower tail, where P grows like q^(r-1): the
+// deviate's probability is the one asked for (the iteration halved towards such q for a
+// hundred steps, or doubled past a converged q, and below q = 1e-16 the range probability
+// was lost to the cancellation of Phi(u) - Phi(u - w)).
+TEST(DistributionValues, StudentizedRangeDeviateOfTinyProbabilities) {
+    for (double p : {1e-300, 1e-100, 1e-20, 0.22786403099662975}) {
+        for (auto [v, r] : {std::pair{3.64, 3}, std::pair{20.8, 9}, std::pair{1.0, 2}}) {
+            int status = -1;
+            const double q = srangeinv(p, v, r, &status);
+            ASSERT_EQ(status, 0) << p << " " << v << " " << r;
+            EXPECT_NEAR(srangecdf(q, v, r, &status) / p, 1.0, 1e-12) << p << " " << v << " " << r;
+        }
+    }
+    // The smallest subnormal p: a deviate whose probability rounds to a few subnormal
+    // spacings (the bracket was halved to the last bit, fifty steps, before).
+    int status = -1;
+    const double q = srangeinv(4.9406564584124654e-324, 3.6729139917661886, 19, &status);
+    EXPECT_EQ(status, 0);
+    const double back = srangecdf(q, 3.6729139917661886, 19, &status);
+    EXPECT_TRUE(back > 0.0 && back <= 1.5e-323) << q << " " << back;
+}
+
+// Degrees of freedom far beyond 1e19 are the law of the range of r standard normals
+// (mpmath references of gen_distributions_limits.py), e.g. P(Q <= 1.6) = 0.5053 for r = 3.
+TEST(DistributionValues, StudentizedRangeOfHugeDegreesIsTheRangeLaw) {
+    for (double v : {1e20, 1e100, 1e308}) {
+        for (const auto& row : ref_limits::kRangeLaw) {
+            int status = -1;
+            EXPECT_NEAR(srangecdf(row.q, v, row.r, &status), row.p, 1e-14 * row.p)
+                << row.q << " " << v << " " << row.r;
+            EXPECT_EQ(status, 0);
+        }
+        for (const auto& row : ref_limits::kRangeDeviate) {
+            int status = -1;
+            EXPECT_NEAR(srangeinv(row.p, v, row.r, &status), row.q, 1e-13 * row.q)
+                << row.p << " " << v << " " << row.r;
+            EXPECT_EQ(status, 0);
+        }
+    }
+}
+
+// Non-central beta and F with shapes far below 1e-8 (mpmath references of
+// gen_distributions_limits.py): the mixture is summed from j = 0 (the series from the
+// Poisson mode stopped at its cap, status 300 after 15 ms), and the F's 1 - x is formed
+// directly where x rounds to 1 (the law then sits within 1e-150 of 0 and 1).
+TEST(DistributionValues, NonCentralMixturesAtTinyShapes) {
+    for (const auto& row : ref_limits::kTinyShapeBeta) {
+        int status = -1;
+        EXPECT_NEAR(ncbetacdf(row.x, row.a, row.b, row.lambda, &status), row.p, 1e-13 * row.p)
+            << row.x << " " << row.a << " " << row.b << " " << row.lambda;
+        EXPECT_EQ(status, 0);
+    }
+    for (const auto& row : ref_limits::kTinyShapeF) {
+        int status = -1;
+        EXPECT_NEAR(ncfcdf(row.x, row.a, row.b, row.lambda, &status), row.p, 1e-13 * row.p)
+            << row.x << " " << row.a << " " << row.b << " " << row.lambda;
+        EXPECT_EQ(status, 0);
+    }
 }

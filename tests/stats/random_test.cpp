@@ -199,6 +199,30 @@ TEST(RandomPermutation, OnlyTheEndsMatter) {
     }
 }
 
+// Ends anywhere in the double range: the evenly spaced values lie between the ends (none
+// overflowed to infinity or NaN when the span exceeded DBL_MAX, e.g. n = 2 from DBL_MAX
+// to -DBL_MAX gave NaN, n = 5 from -DBL_MAX gave infinity), the ends themselves are kept, and each
+// value appears once.
+TEST(RandomPermutation, ExtremeEndsStayBetweenThem) {
+    const double ends[][2] = {{-DBL_MAX, DBL_MAX}, {DBL_MAX, -DBL_MAX}, {-DBL_MAX, -DBL_MAX},
+                              {1e-300, -1e-300},   {-1e308, 1.7e308},   {0.0, DBL_MAX}};
+    for (const auto& ab : ends) {
+        for (int n : {2, 3, 5, 64}) {
+            std::vector<double> x(n, 0.0);
+            x.front() = ab[0];
+            x.back() = ab[1];
+            ASSERT_EQ(permrnd(x.data(), n), 0) << ab[0] << " " << ab[1] << " n " << n;
+            const double lo = std::min(ab[0], ab[1]), hi = std::max(ab[0], ab[1]);
+            for (double v : x) EXPECT_TRUE(v >= lo && v <= hi) << v << " n " << n;
+            EXPECT_EQ(std::count(x.begin(), x.end(), ab[0]), ab[0] == ab[1] ? n : 1);
+            std::sort(x.begin(), x.end());
+            if (lo < hi) {
+                EXPECT_TRUE(std::adjacent_find(x.begin(), x.end()) == x.end()) << n;
+            }
+        }
+    }
+}
+
 TEST(RandomPermutation, EveryOrderEquallyLikely) {
     // 24000 calls of 4 values, each order coded in base 4: the 24 orders expect 1000 each,
     // codes with a repeated digit none.

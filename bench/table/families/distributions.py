@@ -123,3 +123,24 @@ def rows():
               lambda: (L.bench_map_xab_tail(f, ptn, pdfn, pdn, 1000, po, m), out[:m])[1],
               lambda: special.nctdtr(df, delta, tn), "peer: scipy.special.nctdtr (cdflib)",
               rounds=3, check=close(1e-9))
+
+    # Studentized range (a double integral per value; the loop's int argument is the
+    # number of groups r). Degrees of freedom log-uniform in [1, 1e3], q uniform in
+    # (0.2, 8), p uniform in (0.01, 0.99). The peer, scipy.stats.studentized_range, is
+    # slow itself (numerical integration per value, a root search per deviate), hence the
+    # small counts.
+    for r in (3, 10):
+        m = 200
+        v = log_uniform(g, 1, 1e3, m)
+        q = g.uniform(0.2, 8.0, m)
+        f = address("srangecdf")
+        yield Row(FAMILY, "srangecdf", f"2e2 r={r}", mapped(f, m, arr(q), arr(v), tail=r),
+                  lambda q=q, v=v, r=r: stats.studentized_range.cdf(q, r, v),
+                  "peer: scipy.stats.studentized_range.cdf (slow)", rounds=1, check=close(1e-7))
+        m = 20
+        vi = v[:m]
+        p = g.uniform(0.01, 0.99, m)
+        f = address("srangeinv")
+        yield Row(FAMILY, "srangeinv", f"2e1 r={r}", mapped(f, m, arr(p), arr(vi), tail=r),
+                  lambda p=p, vi=vi, r=r: stats.studentized_range.ppf(p, r, vi),
+                  "peer: scipy.stats.studentized_range.ppf (slow)", rounds=1, check=close(1e-6))

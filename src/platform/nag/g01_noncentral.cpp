@@ -11,8 +11,9 @@
 // lower tail is a small difference of the series' terms, and it is computed instead as
 // E[Phi(t S - delta)], S = sqrt(chi2_v / v), by quadrature of a positive integrand.
 // Two more exceptions: far in the lower tail of the chi-square, beta and F mixtures (where
-// Boost's sum from the Poisson mode underflows) the mixture is summed forwards from
-// j = 0; and the central F (lambda = 0) is I_x(df1/2, df2/2) taken through whichever of
+// Boost's sum from the Poisson mode underflows), and for beta shapes below 1e-8 (where
+// Boost's series stops at its cap), the mixture is summed forwards from j = 0; and the
+// central F (lambda = 0) is I_x(df1/2, df2/2) taken through whichever of
 // x = df1 f/(df1 f + df2) and 1 - x = df2/(df1 f + df2) is small, formed directly.
 // Accuracy against mpmath over the test grid (df to 1e6, lambda to 1e4, values down to
 // 1e-300): 2.5e-14 (t), 4.4e-16 (chi-square), 6.8e-15 (F), 2.6e-14 (beta) relative.
@@ -110,6 +111,15 @@ double nct_lower_by_quadrature(double t, double df, double delta) {
 // terms, ratio below 1/2: at most a few dozen of them).
 constexpr double kForwardRatio = 0.25;
 constexpr int kForwardTerms = 200;
+// Beta shapes below kTinyShape: Boost's mixture series stopped at its cap there (status
+// 300 after 15 ms at a = 1e-300, where the law is all but the a = 0 limit); the forward
+// sum from j = 0 holds for any shape while its kForwardTerms terms cover the Poisson
+// weights, lambda / 2 up to kForwardHalfLambda.
+constexpr double kTinyShape = 1e-8;
+constexpr double kForwardHalfLambda = 60.0;
+bool tiny_shapes(double a, double b, double lambda) {
+    return std::min(a, b) < kTinyShape && 0.5 * lambda <= kForwardHalfLambda;
+}
 
 template <class Central>
 double poisson_mixture_forward(double lambda, const Central& central) {
@@ -201,6 +211,18 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
                 lambda, [=](int j) { return boost::math::ibeta(a + j, b, x, BoostPolicy()); }),
             fail);
     }
+    if (tiny_shapes(a, b, lambda)) {
+        // Above x = 1/2 through 1 - x = df2 / (df1 f + df2) formed directly: with tiny
+        // shapes the law sits within rounding of 0 and 1, where x itself rounds to 1.
+        const double y = df2 / (df1 * f + df2);
+        return checked(poisson_mixture_forward(
+                           lambda,
+                           [=](int j) {
+                               return x <= 0.5 ? boost::math::ibeta(a + j, b, x, BoostPolicy())
+                                               : boost::math::ibetac(b, a + j, y, BoostPolicy());
+                           }),
+                       fail);
+    }
     const boost::math::non_central_f_distribution<double, BoostPolicy> law(df1, df2, lambda);
     return checked(boost::math::cdf(law, f), fail);
 }
@@ -216,7 +238,8 @@ double g01gec(double x, double a, double b, double lambda, double /*tol*/, int m
     if (x == 0.0) return 0.0;
     if (x == 1.0) return 1.0;
     // Ratio of consecutive mixture terms ~ (lambda/2) x (a+b+j)/((j+1)(a+j+1)).
-    if (lambda > 0.0 && 0.5 * lambda * x * std::max(1.0, (a + b) / (a + 1.0)) < kForwardRatio) {
+    if (lambda > 0.0 && (0.5 * lambda * x * std::max(1.0, (a + b) / (a + 1.0)) < kForwardRatio ||
+                         tiny_shapes(a, b, lambda))) {
         return checked(
             poisson_mixture_forward(
                 lambda, [=](int j) { return boost::math::ibeta(a + j, b, x, BoostPolicy()); }),

@@ -5,36 +5,41 @@
 // (1988, J. Statist. Comput. Simul. 30, 1-15),
 //     P(q; v, r) = integral f_S(s) R(q s) ds,  S = sqrt(chi2_v / v),
 //     R(w) = (2 Phi(w/2) - 1)^r + 2 r integral_{w/2}^{inf} phi(u) [Phi(u) - Phi(u-w)]^(r-1) du,
-// but with quadrature sized to the integrands instead of the published fixed 12/16-point
-// panels and e^-30 cut-offs (which hold only 4-10 digits, and fail for v = 1): the outer
-// integral is taken in y = ln s (no end-point singularity for non-integer v), on 20-point
-// Gauss-Legendre panels that start at the scale density's width 1/sqrt(2v) around its
-// mode and double outwards until negligible; R(w) on 20-point panels of width
-// min(2, 6/sqrt(r)) up to u = 9.5. No large-v shortcut is needed.
-// The deviate starts from the Odeh-Evans / AS 190.2 approximation and the published
-// secant search (to 1e-4), then is refined by TOMS 748 root finding on the probability
-// to a few ulps of q, so that the deviate reproduces the probability it was given.
+// with quadrature that follows the integrands instead of the published fixed 12/16-point
+// panels and e^-30 cut-offs (which hold only 4-10 digits, and fail for v = 1). Both
+// integrands are log-concave. R(w): its integrand falls from u = w/2, with a slope and
+// curvature known there in closed form; the stretch over which it falls by e^-42 is taken
+// by two 20-point Gauss-Legendre panels (about 40 evaluations for any r up to 2^31 - 1).
+// The outer integral is taken in y = ln s (no end-point singularity for non-integer v):
+// its mode, which lies between 0 and ln(1 + (r-1)/v) / 2, is found by regula falsi on the
+// slope of its logarithm (the range density R' comes with R at little cost), its width
+// from the last secant; from the mode, panels 2.5 times wider each time walk outwards on
+// each side, halved where the integrand falls or bends too sharply for the 20-point rule,
+// until negligible. v >= 1e19 is the limit law R(q).
+// The deviate: Newton's method with the density dP/dq (the same quadrature), on ln P
+// against ln q below the median and on P above it, from the Odeh-Evans / AS 190.2 start,
+// inside a bracket kept from the signs seen (bisection or doubling when a step leaves it),
+// until P is within rounding of p or the step within rounding of q; 4-8 evaluations.
 //
-// Accuracy against a 20-digit mpmath quadrature (tests/reference): about 1e-15 relative
-// over the grid, see the test output for the worst case.
+// Phi(u) - Phi(u - w) is summed from its Hermite series below w = 1/2, where the
+// difference of the two probabilities loses digits (all of them below w = 1e-16).
+// Accuracy against a 20-digit mpmath quadrature (tests/reference): about 5e-15 relative
+// over the grid (v from 1 to 1e5, r from 2 to 100), see the test output for the worst
+// case; at r = 2^31 - 2 (the range law's step then spans 33 decades within 9% of q)
+// about 1e-9 against a sum over 8000 outer panels. The deviate reproduces its probability
+// to about 1e-15.
 //
 // Failures: NE_REAL for NaN; NE_INT_ARG_LT for ir < 2; NE_REAL_ARG_LT for v < 1;
-// NE_REAL_ARG_LE / NE_REAL_ARG_GE for p outside (0, 1); NE_CONV when the deviate cannot
-// be bracketed or the root finder does not converge. g01emc returns 0 for q <= 0 and 1
-// for q = +infinity; v = +infinity is the range of r normals itself.
+// NE_REAL_ARG_LE / NE_REAL_ARG_GE for p outside (0, 1); NE_CONV when the deviate's
+// iteration reaches its cap. g01emc returns 0 for q <= 0 and 1 for q = +infinity;
+// v = +infinity is the range of r normals itself.
 #include <algorithm>
-#include <array>
+#include <cfloat>
 #include <cmath>
-#include <cstdint>
+#include <limits>
 #include <numbers>
-#include <utility>
-
-#include "platform/numeric/boost_policy.hpp"  // first: configures Boost
-#include <boost/math/special_functions/gamma.hpp>
-#include <boost/math/tools/roots.hpp>
 
 #include "platform/nag/g01.hpp"
-#include "platform/nag/log_concave_quadrature.hpp"
 #include "platform/numeric/chi_scale.hpp"
 #include "platform/numeric/gauss_legendre.hpp"
 #include "platform/numeric/normal.hpp"
@@ -45,87 +50,237 @@ namespace {
 
 using numeric::normal_upper;
 
-// P(range of r independent standard normals <= w): by symmetry
-//     (2 Phi(w/2) - 1)^r + 2 r integral_{w/2}^{inf} phi(u) [Phi(u) - Phi(u - w)]^(r-1) du,
-// by 20-point Gauss-Legendre on panels of width min(2, 6/sqrt(r)) (the power sharpens the
-// integrand as r grows). phi(u) is below 1e-20 beyond u = 9.5, which ends the integral.
-double range_probability(double w, double r) {
-    constexpr double kUpper = 9.5;
-    const double half = 0.5 * w;
-    const double lead = std::pow(std::erf(half / std::numbers::sqrt2), r);
-    if (half >= kUpper) return 1.0;
-    const auto integrand = [=](double u) {
-        // Phi(u) - Phi(u - w), taken between upper tails when both lie above the median.
-        const double inside = u - w >= 0.0 ? normal_upper(u - w) - normal_upper(u)
-                                           : 1.0 - normal_upper(u) - normal_upper(w - u);
-        if (inside <= 0.0) return 0.0;
-        return std::exp(-0.5 * u * u) * std::pow(inside, r - 1.0);
-    };
-    // The integrand decreases from u = w/2 on (phi does, and so does Phi(u) - Phi(u - w),
-    // whose interval moves away from 0). When panels of width 6/sqrt(r) would exceed
-    // kMaxPanels (r above about 1600), the integral ends where the integrand has fallen
-    // e^-46 below its start, found by doubling steps and bisection (for large r far short
-    // of kUpper), and at most kMaxPanels panels cover that stretch: a call's work is
-    // bounded for any r, where the width alone would need r^(1/2) panels.
-    constexpr double kDrop = 46.0;
-    constexpr int kMaxPanels = 64;
-    const double start_value = integrand(half);
-    if (!(start_value > 0.0)) return std::min(lead, 1.0);
-    const double floor_value = start_value * std::exp(-kDrop);
-    const double panel = std::min(2.0, 6.0 / std::sqrt(r));
-    double end = kUpper;
-    if ((kUpper - half) / panel > kMaxPanels && integrand(kUpper) < floor_value) {
-        double below = half, step_out = 1.0 / 64;
-        while (below + step_out < kUpper && integrand(below + step_out) >= floor_value) {
-            below += step_out;
-            step_out *= 2.0;
-        }
-        double above = std::min(kUpper, below + step_out);
-        for (int i = 0; i < 40; ++i) {
-            const double mid = 0.5 * (below + above);
-            (integrand(mid) >= floor_value ? below : above) = mid;
-        }
-        end = above;
+// A probability and its derivative with respect to the variable (w or q).
+struct Law {
+    double p = 0.0;
+    double dp = 0.0;
+};
+
+// Gauss-Legendre on [lo, hi] (either order) of an integrand that returns a Law.
+template <std::size_t Half, class F>
+Law gauss_legendre_law(const numeric::GaussLegendreRule<Half>& rule, const F& f, double lo,
+                       double hi) {
+    const double mid = 0.5 * (lo + hi);
+    const double half = 0.5 * (hi - lo);
+    Law sum;
+    for (std::size_t i = 0; i < Half; ++i) {
+        const double offset = half * rule.node[i];
+        const Law left = f(mid - offset), right = f(mid + offset);
+        sum.p += rule.weight[i] * (left.p + right.p);
+        sum.dp += rule.weight[i] * (left.dp + right.dp);
     }
-    const int panels = std::clamp(static_cast<int>(std::ceil((end - half) / panel)), 1, kMaxPanels);
-    const double step = (end - half) / panels;
-    double integral = 0.0;
-    for (int i = 0; i < panels; ++i)
-        integral += numeric::gauss_legendre20(integrand, half + i * step, half + (i + 1) * step);
-    const double total = lead + 2.0 * r / std::sqrt(2.0 * std::numbers::pi) * integral;
-    return std::min(total, 1.0);
+    const double length = std::fabs(half);
+    return {sum.p * length, sum.dp * length};
 }
 
-// P(q; v, r) = integral_0^inf f_S(s) P(range <= q s) ds, S = sqrt(chi2_v / v), taken in
-// y = ln s (no end-point singularity for any v): the integrand is
-// v s^2 gamma_p_derivative(v/2, v s^2/2) P(range <= q s). Its density part has its mode
-// at y = 0 and width 1/sqrt(2v); the range probability, which grows at most like
-// s^(r-1) (its small-q form), can move the mass up to y* = ln(1 + (r-1)/v) / 2 with
-// width 1/sqrt(2(v + r - 1)). Panels are laid around both places on their own scales,
-// out to where e^(v y) (left) and the density (right) are below e^-45 of the peak.
-double tukey_lower(double q, double v, double r) {
-    if (q <= 0.0) return 0.0;
-    if (std::isinf(q)) return 1.0;
+// Integral of a positive log-concave integrand from `from`, where it is largest on this
+// side, towards `to` (either direction), on 20-point Gauss-Legendre panels that follow
+// it. With `width` its local scale at `from`, the first panel is 2 widths long and each
+// next one 2.5 times the last. Each panel is first checked at its far end and midpoint:
+// where ln f falls by more than 30 over it, or bends away from its chord by more than 3 at
+// the midpoint (a sharper change than the rule resolves: the range probability's step,
+// the double-exponential right tail of the scale's density), the panel is halved until it
+// passes or cannot add 1e-18 of the sum, and the walk goes on from the shorter length.
+// The walk stops once the integrand at a panel's far end, times the next panel's length,
+// is below 1e-18 of the sum (both parts when `both`), or at `to`. `head` is f(from).
+template <class F>
+Law integrate_outwards(const F& f, double from, double to, double width, Law head, bool both) {
+    constexpr double kNegligible = 1e-18;
+    constexpr double kGrowth = 2.5;
+    constexpr double kMaxFall = 30.0, kMaxBend = 3.0;
+    constexpr int kMaxPanels = 80, kMaxHalvings = 30;
+    const double direction = to >= from ? 1.0 : -1.0;
+    const double span = std::fabs(to - from);
+    Law total;
+    double near = 0.0, length = 2.0 * width;
+    for (int panel = 0; panel < kMaxPanels && near < span; ++panel) {
+        const double a = from + direction * near;
+        double far = std::min(near + length, span);
+        Law end = f(from + direction * far);
+        for (int halving = 0; halving <= kMaxHalvings; ++halving) {
+            const Law mid = f(from + direction * 0.5 * (near + far));
+            const double log_head = std::log(head.p), log_end = std::log(end.p);
+            const double fall = log_head - log_end;
+            const double bend = std::log(mid.p) - 0.5 * (log_head + log_end);
+            const bool smooth = fall <= kMaxFall && std::fabs(bend) <= kMaxBend;
+            const bool negligible = head.p * (far - near) <= kNegligible * total.p;
+            if (smooth || negligible || head.p == 0.0 || halving == kMaxHalvings) break;
+            far = 0.5 * (near + far);
+            end = mid;
+        }
+        const double b = far >= span ? to : from + direction * far;
+        const Law piece = gauss_legendre_law(numeric::kGaussLegendre20, f, a, b);
+        total.p += piece.p;
+        total.dp += piece.dp;
+        length = kGrowth * (far - near);
+        near = far;
+        head = end;
+        if (head.p * length <= kNegligible * total.p &&
+            (!both || head.dp * length <= kNegligible * total.dp))
+            break;
+    }
+    return total;
+}
+
+// Phi(u) - Phi(u - w) for 0 < w <= 1/2 without the cancellation of the difference:
+// expanding phi about the midpoint m = u - w/2,
+//     w phi(m) sum_k He_2k(m) (w/2)^(2k) / (2k+1)!,
+// He the Hermite polynomials (He_(j+1) = m He_j - j He_(j-1)); the terms fall at least
+// like (|m| w/2)^(2k) / (2k+1)!, below 1e-17 within 20 terms for |m| <= 10.
+double normal_between_narrow(double u, double w) {
+    constexpr int kMaxTerms = 40;
+    const double m = u - 0.5 * w, h2 = 0.25 * w * w;
+    double previous = 0.0, current = 1.0;  // He_(j-1), He_j
+    int j = 0;
+    double sum = 1.0, factor = 1.0;
+    bool small_before = false;
+    for (int k = 1; k <= kMaxTerms; ++k) {
+        for (int twice = 0; twice < 2; ++twice, ++j) {
+            const double next = m * current - j * previous;
+            previous = current;
+            current = next;
+        }
+        factor *= h2 / ((2.0 * k) * (2.0 * k + 1.0));
+        const double term = current * factor;
+        sum += term;
+        // Two small terms in a row: one alone may sit near a root of He_2k.
+        const bool small = std::fabs(term) <= 1e-17 * std::fabs(sum);
+        if (small && small_before) break;
+        small_before = small;
+    }
+    return w * numeric::kInvSqrtTwoPi * std::exp(-0.5 * m * m) * sum;
+}
+
+// The range W of r independent standard normals: P(W <= w) and its density, by symmetry
+//     R(w)  = (2 Phi(w/2) - 1)^r + 2 r integral_{w/2}^{inf} phi(u) D(u)^(r-1) du,
+//     R'(w) = 2 r (r-1) integral_{w/2}^{inf} phi(u) phi(u - w) D(u)^(r-2) du,
+// D(u) = Phi(u) - Phi(u - w) (the boundary terms of d/dw cancel). Both integrands are
+// log-concave and decrease from u = w/2, where ln phi(u) D(u)^(r-1) has slope -w/2 and
+// curvature -1 - (r-1) w phi(w/2) / D(w/2): its panels start on that local scale
+// (integrate_outwards); phi is below 1e-20 beyond u = 9.5, which ends the integral. The
+// panels follow the integrand for any r, a handful for r = 2 as for r = 2^31.
+// The density is summed only when `derivative`.
+template <bool derivative>
+Law range_law(double w, double r) {
+    constexpr double kUpper = 9.5;
+    if (!(w > 0.0)) return {};
+    const double a = 0.5 * w;
+    if (a >= kUpper) return {1.0, 0.0};
+    const double within = std::erf(a / std::numbers::sqrt2);  // D(w/2) = P(|Z| <= w/2)
+    const double lead = std::pow(within, r);
+    const auto integrand = [=](double u) -> Law {
+        // D(u): for narrow ranges by its series (the difference of two probabilities
+        // lost all digits below w = 1e-16), else between upper tails when both ends lie
+        // above the median.
+        constexpr double kNarrow = 0.5;
+        const double inside = w <= kNarrow   ? normal_between_narrow(u, w)
+                              : u - w >= 0.0 ? normal_upper(u - w) - normal_upper(u)
+                                             : 1.0 - normal_upper(u) - normal_upper(w - u);
+        if (!(inside > 0.0)) return {};
+        const double g = std::exp(-0.5 * u * u + (r - 1.0) * std::log(inside));
+        if constexpr (!derivative) {
+            return {g, 0.0};
+        } else {
+            const double t = u - w;
+            return {g, g * (r - 1.0) * std::exp(-0.5 * t * t) / inside};
+        }
+    };
+    // ln g falls by about a t + c t^2 / 2 at u = a + t (slope -a, curvature c at a, and
+    // only faster further out: ln g is concave); the integral ends where that reaches
+    // kDrop, checked (and the end doubled while g is not yet that small there). Two
+    // 20-point panels, the first over a third of the stretch, integrate to rounding what
+    // falls by e^-45 or so, Gaussian or exponential.
+    constexpr double kDrop = 42.0;
+    const double density_a = std::exp(-0.5 * a * a) * numeric::kInvSqrtTwoPi;
+    const double curvature = 1.0 + (r - 1.0) * w * density_a / within;
+    const Law head = integrand(a);
+    if (!(head.p > 0.0)) return {std::min(lead, 1.0), 0.0};
+    double length = (std::sqrt(a * a + 2.0 * kDrop * curvature) - a) / curvature;
+    for (int i = 0; i < 8 && a + length < kUpper; ++i, length *= 1.5) {
+        const Law end = integrand(a + length);
+        if (end.p <= head.p * std::exp(-kDrop) &&
+            (!derivative || end.dp <= head.dp * std::exp(-kDrop)))
+            break;
+    }
+    const double end = std::min(a + length, kUpper), split = a + (end - a) / 3.0;
+    const Law first = gauss_legendre_law(numeric::kGaussLegendre20, integrand, a, split);
+    const Law second = gauss_legendre_law(numeric::kGaussLegendre20, integrand, split, end);
+    const Law total{first.p + second.p, first.dp + second.dp};
+    const double scale = 2.0 * r * numeric::kInvSqrtTwoPi;
+    return {std::min(lead + scale * total.p, 1.0), scale * numeric::kInvSqrtTwoPi * total.dp};
+}
+
+// P(q; v, r) = integral f_Y(y) R(q e^y) dy and, when `derivative`, its derivative in q,
+// integral f_Y(y) e^y R'(q e^y) dy, over Y = ln S, S = sqrt(chi2_v / v) (no end-point
+// singularity for any v). ln f_Y has slope v (1 - e^(2y)) and the range part
+// e(y) = w R'(w) / R(w), w = q e^y, between 0 and r - 1 (R grows at most like w^(r-1)), so
+// the integrand's mode lies in [0, y*], y* = ln(1 + (r-1)/v) / 2, where the two slopes
+// balance. It is found by regula falsi (Illinois) on the slope to a fraction of the local
+// width, which the last secant's slope gives; from the mode the integral is taken outwards
+// on each side (integrate_outwards).
+template <bool derivative>
+Law tukey_lower(double q, double v, double r) {
+    if (q <= 0.0) return {};
+    if (std::isinf(q)) return {1.0, 0.0};
     // The scale chi_v / sqrt(v) moves the probability by O(r q^2 / v) relative (below
     // 1e3 / v over the range of q that matters); past kLimitDf that is below the double
     // resolution, while the quadrature's density, of width 1/sqrt(2v), would no longer
     // be resolved (v = 1e300 gave P = 1 after seconds of work). Such v is the limit law.
     constexpr double kLimitDf = 1e19;
-    if (v >= kLimitDf) return range_probability(q, r);
-    const auto integrand = [=](double y) {
+    if (v >= kLimitDf) return range_law<derivative>(q, r);
+    const auto integrand = [=](double y) -> Law {
         const double density = numeric::chi_scale_log_density(y, v);
-        if (density == 0.0) return 0.0;
-        return density * range_probability(q * std::exp(y), r);
+        if (density == 0.0) return {};
+        const double s = std::exp(y);
+        const Law range = range_law<derivative>(q * s, r);
+        return {density * range.p, density * s * range.dp};
     };
+    // Slope of ln f at y, from the range law with its density.
+    const auto slope = [=](double y) {
+        const double s = std::exp(y);
+        const Law range = range_law<true>(q * s, r);
+        const double elasticity = range.p > 0.0 ? q * s * range.dp / range.p : r - 1.0;
+        return v * (1.0 - s * s) + elasticity;
+    };
+    const double top = 0.5 * std::log1p((r - 1.0) / v);
+    double mode = 0.0;
+    double width = 1.0 / std::sqrt(2.0 * v);
+    // At y*: slope in [-(r-1), 0]; at 0: slope in [0, r-1].
+    double lo = 0.0, hi = top;
+    double slo = slope(lo), shi = slope(hi);
+    double curvature = 2.0 * v;
+    if (shi >= 0.0) {
+        mode = hi;
+    } else if (slo > 0.0) {
+        int side = 0;
+        constexpr int kMaxSteps = 40;
+        for (int step = 0; step < kMaxSteps; ++step) {
+            curvature = std::max((slo - shi) / (hi - lo), 2.0 * v * std::exp(2.0 * lo));
+            if (hi - lo <= 0.25 / std::sqrt(curvature)) break;
+            const double mid = (lo * shi - hi * slo) / (shi - slo);
+            const double at = std::isfinite(mid) && mid > lo && mid < hi ? mid : 0.5 * (lo + hi);
+            const double s = slope(at);
+            if (s > 0.0) {
+                lo = at;
+                slo = s;
+                if (side == -1) shi *= 0.5;
+                side = -1;
+            } else {
+                hi = at;
+                shi = s;
+                if (side == 1) slo *= 0.5;
+                side = 1;
+            }
+        }
+        mode = 0.5 * (lo + hi);
+    }
+    width = 1.0 / std::sqrt(std::max(curvature, 2.0 * v * std::exp(2.0 * mode)));
     constexpr double kDrop = 45.0;
-    const double shifted = 0.5 * std::log1p((r - 1.0) / v);
-    const std::array<detail::Feature, 2> features = {
-        detail::Feature{0.0, 1.0 / std::sqrt(2.0 * v)},
-        detail::Feature{shifted, 1.0 / std::sqrt(2.0 * (v + r - 1.0))}};
     const double reach = kDrop / v + 2.0;
-    const double total =
-        detail::integrate_with_features(integrand, -INFINITY, shifted + reach, features, reach);
-    return std::min(total, 1.0);
+    const Law head = integrand(mode);
+    const Law right = integrate_outwards(integrand, mode, top + reach, width, head, derivative);
+    const Law left = integrate_outwards(integrand, mode, -reach, width, head, derivative);
+    return {std::min(left.p + right.p, 1.0), left.dp + right.dp};
 }
 
 // Starting deviate (Odeh and Evans; AS 190.2).
@@ -147,76 +302,60 @@ double tukey_start(double p, double r, double v) {
     return t * (q * std::log(r - 1.0) + c5);
 }
 
-// The deviate's three phases: the published secant search, a bracket around the root,
-// and TOMS 748 refinement to a few ulps (g01fmc below strings them together).
-
-// The secant search to 1e-4: its last two points and their excess P(q) - p.
-struct Secant {
-    double x0, f0, x1, f1;
-};
-constexpr int kRefineIterations = 100;
-
-template <class Excess>
-Secant secant_search(const Excess& excess, double start) {
-    // The secant search only brackets the root; the refinement below takes it to a few ulps.
-    constexpr double kSecantTolerance = 1e-4;
-    constexpr int kSecantIterations = 50;
-    Secant s{start, excess(start), 0.0, 0.0};
-    s.x1 = s.f0 > 0.0 ? std::max(0.0, s.x0 - 1.0) : s.x0 + 1.0;
-    s.f1 = excess(s.x1);
-    for (int iter = 0; iter < kSecantIterations && s.f1 != s.f0; ++iter) {
-        double next = s.x1 - s.f1 * (s.x1 - s.x0) / (s.f1 - s.f0);
-        s.x0 = s.x1;
-        s.f0 = s.f1;
-        if (!(next > 0.0)) next = 0.0;
-        s.f1 = excess(next);
-        s.x1 = next;
-        if (std::fabs(s.x1 - s.x0) < kSecantTolerance) break;
-    }
-    return s;
-}
-
-struct Bracket {
-    double lo, flo, hi, fhi;
-};
-
-// A bracket [lo, hi] with excess(lo) < 0 < excess(hi): the secant's last two points when
-// they straddle the root, else grown from the last point by doubling steps that start at
-// twice the secant's last move (from a fresh start when the secant left the domain).
-// The excess at q = 0 is -p. On failure the returned ends do not straddle.
-template <class Excess, class Start>
-Bracket bracket_root(const Excess& excess, Secant s, const Start& fresh_start, double p) {
-    Bracket b{s.x0, s.f0, s.x1, s.f1};
-    if (b.lo > b.hi) {
-        std::swap(b.lo, b.hi);
-        std::swap(b.flo, b.fhi);
-    }
-    if (b.flo < 0.0 && b.fhi > 0.0) return b;
-    if (!(s.x1 > 0.0) || !std::isfinite(s.x1)) s.x1 = std::max(fresh_start(), 0.1);
-    b.lo = b.hi = s.x1;
-    b.flo = b.fhi = excess(s.x1);
-    constexpr int kBracketSteps = 200;
-    // At least 1e-9 of the point: a secant that stopped on two equal points must still move.
-    double step = std::max(2.0 * std::fabs(s.x1 - s.x0), 1e-9 * s.x1);
-    int steps = 0;
-    if (b.flo > 0.0) {
-        while (b.flo > 0.0 && steps++ < kBracketSteps) {
-            b.hi = b.lo;
-            b.fhi = b.flo;
-            b.lo = std::max(0.0, b.lo - step);
-            step *= 2.0;
-            b.flo = b.lo > 0.0 ? excess(b.lo) : -p;
+// The deviate: Newton's method with the density, on ln P - ln p against ln q below the
+// median (where ln P is close to linear in ln q: one step for the power law of small q)
+// and on P(q) - p above it, inside a bracket kept from the signs seen: a step that leaves
+// the bracket is replaced by its geometric midpoint (by doubling while no upper end is
+// known, by a sixteenth of the upper end while no lower end is). Each step costs one evaluation of
+// P and its density. Returns false when the iteration cap is reached without convergence.
+bool tukey_deviate(double p, double v, double r, double& q) {
+    constexpr int kMaxSteps = 100;
+    constexpr double kMaxLogStep = 64.0;
+    constexpr double kSubnormalSpacing = std::numeric_limits<double>::denorm_min();
+    constexpr double kNoiseBracket = 1e-9;
+    double best = INFINITY, best_x = 0.0;
+    const bool logarithmic = p < 0.5;
+    const double target = logarithmic ? std::log(p) : p;
+    double lo = 0.0, hi = INFINITY;
+    double x = tukey_start(p, r, v);
+    if (!(x > 0.0) || !std::isfinite(x)) x = 1.0;
+    for (int step = 0; step < kMaxSteps; ++step) {
+        const Law law = tukey_lower<true>(x, v, r);
+        // Within rounding of p (for a subnormal p, of the subnormal spacing): no closer
+        // deviate can be told apart.
+        const double rounding = std::max(2.0 * DBL_EPSILON * p, 2.0 * kSubnormalSpacing);
+        if (law.p > 0.0 && std::fabs(law.p - p) <= rounding) return q = x, true;
+        // Where the probability itself carries noise above rounding (degrees of freedom
+        // far above 1e6), a step inside a bracket already narrower than 1e-9 that does
+        // not halve the excess ends the search at the best point seen.
+        const double excess_now = std::fabs(law.p - p);
+        if (std::isfinite(hi) && hi - lo <= kNoiseBracket * hi && !(excess_now < 0.5 * best))
+            return q = best_x, true;
+        if (excess_now < best) {
+            best = excess_now;
+            best_x = x;
         }
-    } else {
-        while (b.fhi < 0.0 && steps++ < kBracketSteps) {
-            b.lo = b.hi;
-            b.flo = b.fhi;
-            b.hi += step;
-            step *= 2.0;
-            b.fhi = excess(b.hi);
+        (law.p < p ? lo : hi) = x;
+        double next = NAN;
+        if (law.p > 0.0 && law.dp > 0.0) {
+            if (logarithmic) {
+                // In ln q: one step for the power law P ~ c q^(r-1) of small q.
+                const double elasticity = x * law.dp / law.p;
+                next = x * std::exp(std::clamp(-(std::log(law.p) - target) / elasticity,
+                                               -kMaxLogStep, kMaxLogStep));
+            } else {
+                next = x - (law.p - target) / law.dp;
+            }
         }
+        if (std::fabs(next - x) <= 4.0 * DBL_EPSILON * x) return q = next, true;
+        if (!(next > lo && next < hi)) {
+            next = std::isinf(hi) ? 2.0 * x : lo > 0.0 ? std::sqrt(lo * hi) : 0.0625 * hi;
+        }
+        if (std::isfinite(hi) && hi - lo <= 4.0 * DBL_EPSILON * hi) return q = next, true;
+        x = next;
     }
-    return b;
+    q = x;
+    return false;
 }
 
 bool bad_arguments(double v, int ir, NagError* fail) {
@@ -232,7 +371,7 @@ double g01emc(double q, double v, int ir, NagError* fail) {
     if (std::isnan(q)) return fail->set(NE_REAL), 0.0;
     if (bad_arguments(v, ir, fail)) return 0.0;
     fail->set(NE_NOERROR);
-    return tukey_lower(q, v, ir);
+    return tukey_lower<false>(q, v, ir).p;
 }
 
 double g01fmc(double p, double v, int ir, NagError* fail) {
@@ -241,21 +380,9 @@ double g01fmc(double p, double v, int ir, NagError* fail) {
     if (p <= 0.0) return fail->set(NE_REAL_ARG_LE), 0.0;
     if (p >= 1.0) return fail->set(NE_REAL_ARG_GE), 0.0;
     fail->set(NE_NOERROR);
-    const double r = ir;
-    const auto excess = [&](double x) { return tukey_lower(x, v, r) - p; };
-    Secant last = secant_search(excess, tukey_start(p, r, v));
-    if (last.f1 == 0.0 && last.x1 > 0.0) return last.x1;
-    const Bracket bracket = bracket_root(
-        excess, last, [&] { return tukey_start(p, r, v); }, p);
-    if (bracket.flo == 0.0) return bracket.lo;
-    if (bracket.fhi == 0.0) return bracket.hi;
-    if (!(bracket.flo < 0.0 && bracket.fhi > 0.0)) return fail->set(NE_CONV), 0.0;
-    std::uintmax_t iterations = kRefineIterations;
-    const auto root = boost::math::tools::toms748_solve(
-        excess, bracket.lo, bracket.hi, bracket.flo, bracket.fhi,
-        boost::math::tools::eps_tolerance<double>(50), iterations, numeric::BoostPolicy());
-    if (iterations >= kRefineIterations) fail->set(NE_CONV);
-    return 0.5 * (root.first + root.second);
+    double q = 0.0;
+    if (!tukey_deviate(p, v, ir, q)) fail->set(NE_CONV);
+    return q;
 }
 
 }  // namespace zemath::nag

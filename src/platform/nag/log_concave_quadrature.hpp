@@ -102,7 +102,10 @@ double integrate_with_features(const F& f, double lo, double hi,
                                const std::array<Feature, N>& features, double reach) {
     constexpr int kLevels = 60;
     double lowest = hi;
-    for (const Feature& ft : features) lowest = std::min(lowest, ft.point);
+    // Only finite features place the start (a feature at -infinity, such as the bivariate
+    // normal's turning point b/rho at a negative subnormal rho, gave a panel from -inf).
+    for (const Feature& ft : features)
+        if (std::isfinite(ft.point)) lowest = std::min(lowest, ft.point);
     const double start = std::isfinite(lo) ? lo : lowest - reach;
     std::array<double, 2 + N*(2 * kLevels + 1)> breaks{};
     std::size_t count = 0;
