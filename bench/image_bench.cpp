@@ -43,7 +43,7 @@ BENCHMARK(BM_percentile_filter)
 
 // The two histogram paths of the rectangle percentile filter forced, by window side, on
 // a 1024 x 1024 image: where the row path's O(height) per pixel overtakes the column
-// path's flat cost (the automatic choice switches at kRowHistogramMaxHeight).
+// path's flat cost (the automatic choice switches at kRowHistogramMaxHeight[3]).
 void BM_rank_path(benchmark::State& state) {
     const int side = 1024, window = static_cast<int>(state.range(1));
     const auto path =

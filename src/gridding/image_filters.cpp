@@ -439,13 +439,12 @@ void filter_rectangle_columns_for(std::uint16_t* image, const std::uint16_t* cop
 bool filter_rectangle_rank(std::uint16_t* image, const std::uint16_t* copy, int n_rows, int n_cols,
                            int width, int height, const RankRule& rule, const Threshold& threshold,
                            const FilterRegion& region, RankPath path) {
+    const std::size_t pixels = static_cast<std::size_t>(n_rows) * static_cast<std::size_t>(n_cols);
+    const ValueBins bins = value_bins(copy, pixels);
     if (path == RankPath::automatic)
-        path =
-            height <= kRowHistogramMaxHeight ? RankPath::row_histogram : RankPath::column_histogram;
+        path = height <= kRowHistogramMaxHeight[bins.levels - 1] ? RankPath::row_histogram
+                                                                 : RankPath::column_histogram;
     if (path == RankPath::column_histogram && height < 65536) {
-        const std::size_t pixels =
-            static_cast<std::size_t>(n_rows) * static_cast<std::size_t>(n_cols);
-        const ValueBins bins = value_bins(copy, pixels);
         const std::size_t counter_bytes = height < 256 ? 1 : 2;
         const int strip = column_strip_width(n_cols, width, bins, counter_bytes);
         if (strip > 0) {

@@ -8,11 +8,11 @@
 // operation is an exchangeable operator object (the classes below), which every shape
 // and the conservative filter use. The percentile filter on the full rectangle takes
 // its order statistic from counts of the 16-bit values instead of sorting each window,
-// by one of two exact paths chosen from the window height:
-//  - row path (height <= kRowHistogramMaxHeight): a window histogram slid along the
-//    row (Huang, Yang and Tang, "A fast two-dimensional median filtering algorithm",
-//    IEEE Trans. ASSP 27 (1979)): one column leaves and one enters per pixel, O(height)
-//    per pixel, the rank found in a four-level radix-16 tree (at most 64 comparisons);
+// by one of two exact paths chosen from the window height and the value range:
+//  - row path (height <= kRowHistogramMaxHeight, 12 to 32 rows by value range): a
+//    window histogram slid along the row (Huang, Yang and Tang, "A fast two-dimensional median
+//    filtering algorithm", IEEE Trans. ASSP 27 (1979)): one column leaves and one enters per pixel,
+//    O(height) per pixel, the rank found in a four-level radix-16 tree (at most 64 comparisons);
 //  - column path: column histograms (Perreault and Hebert, "Median filtering in
 //    constant time", IEEE Trans. Image Processing 16 (2007)). Each image column keeps
 //    the counts of its window-height band of rows, moved down one row per output row
@@ -159,9 +159,11 @@ enum class FilterKind { percentile, conserve };
 // paths), so that tests can set every path against the operator on the same input.
 enum class RankPath { automatic, generic, row_histogram, column_histogram };
 
-// Window heights up to this use the row path (measured on random 16-bit images: below
-// it the O(height) updates cost less than the column path's fixed per-pixel work).
-inline constexpr int kRowHistogramMaxHeight = 40;
+// Window heights up to these use the row path, by the levels of counts the image's value
+// range needs (up to 4, 8, 12, 16 bits): below them the row path's O(height) updates cost
+// less than the column path's fixed per-pixel work, which grows with the levels (measured
+// on random 1024 x 1024 images, bench/image_bench.cpp BM_rank_path for 16 bits).
+inline constexpr int kRowHistogramMaxHeight[4] = {12, 12, 20, 32};
 // Storage of the column histograms of one strip, and the most a very wide window may take.
 inline constexpr std::size_t kColumnHistogramBytes = std::size_t{8} << 20;
 inline constexpr std::size_t kColumnHistogramMaxBytes = std::size_t{64} << 20;
