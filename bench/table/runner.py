@@ -8,7 +8,8 @@ measurement is time.perf_counter (wall) and time.process_time (CPU of the whole 
 around `number` back-to-back calls, divided by `number`; `number` is chosen once so that
 a measurement lasts about MIN_MEASURE seconds (1 when the row has a per-call setup, such
 as restoring an array sorted in place; the setup is never timed). Ratios are ours over
-the peer's: below 1 we are faster.
+the peer's: below 1 we are faster. A row marked single (a peer taking minutes per call)
+is measured by its warm-up calls alone, one call per side.
 
 A row may carry a check of the two outputs (after the warm-up): when they disagree, the
 row's note says so instead of hiding it.
@@ -100,6 +101,9 @@ class Row:
     # Bandwidth rows: bytes our call moves and bytes the peer (a plain streaming read or
     # copy) moves; the note then gives both rates and our share of the plain one.
     bytes_moved: Optional[tuple] = None
+    # A peer that takes minutes per call: the first (checked) call of each side is its
+    # only measurement, and rounds is not used.
+    single: bool = False
     results: dict = field(default_factory=dict)
 
 
@@ -122,20 +126,27 @@ def _snapshot(out):
     return out
 
 
+def _timed(fn):
+    w0, c0 = time.perf_counter(), time.process_time()
+    out = _snapshot(fn())
+    return out, (time.perf_counter() - w0, time.process_time() - c0)
+
+
 def run_row(row):
     if row.setup is not None:
         row.setup()
-    t0 = time.perf_counter()
-    ours_out = _snapshot(row.ours())
-    once = time.perf_counter() - t0
+    ours_out, ours_first = _timed(row.ours)
+    once = ours_first[0]
     if row.setup is not None:
         row.setup()
-    peer_out = _snapshot(row.peer())
+    peer_out, peer_first = _timed(row.peer)
     problem = row.check(ours_out, peer_out) if row.check is not None else None
     del ours_out, peer_out
     number = 1 if row.setup is not None else max(1, min(1000, int(MIN_MEASURE / max(once, 1e-7))))
     samples = {"ours": [], "peer": []}
-    for r in range(row.rounds):
+    if row.single:
+        samples = {"ours": [ours_first], "peer": [peer_first]}
+    for r in range(0 if row.single else row.rounds):
         order = ("ours", "peer") if r % 2 == 0 else ("peer", "ours")
         for side in order:
             samples[side].append(_measure(getattr(row, side), row.setup, number))

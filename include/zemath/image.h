@@ -16,6 +16,10 @@
  * filtered value replaces a pixel only when it moves the pixel by at least T
  * (dThreshold > 0) or by at most T (dThreshold < 0). A NaN dThreshold means no threshold.
  *
+ * Working storage: a copy of the image; the percentile filter on the rectangle (shape 0)
+ * also takes counts of the 16-bit values, at most 64 MiB whatever the image size (about
+ * 8 MiB for windows up to a few hundred columns).
+ *
  * Status, checks in this order: -11 image NULL; -5 nRows or nCols below 1; -4 nWidth or
  * nHeight below 1, nWidth > nCols or nHeight > nRows; -5 a bad region (a start negative
  * or above its end, an end outside the image); -1 an unknown shape (the engine failed);

@@ -6,6 +6,11 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <new>
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
 
 #include "core/guard.hpp"
 #include "frame/sampling_window.hpp"
@@ -120,16 +125,39 @@ void filter_generic(std::uint16_t* image, const std::uint16_t* copy, int n_rows,
     }
 }
 
-// Fast path of the percentile filter on the full rectangle: a sliding histogram per row.
+// The rank the percentile filter takes in a full-rectangle window of count in-image
+// cells, from the operator chosen for the whole window.
+struct RankRule {
+    enum class Kind { minimum, order, maximum } kind = Kind::minimum;
+    int index = 0, window_size = 1;
+    double percent = 0.0;
+    unsigned rank(int count) const {
+        if (kind == Kind::order)
+            return static_cast<unsigned>(clipped_rank(index, window_size, percent, count));
+        return kind == Kind::minimum ? 0u : static_cast<unsigned>(count - 1);
+    }
+};
+
+RankRule rank_rule(const MathOperatorBase<std::uint16_t>& op, double percent, int m) {
+    RankRule rule;
+    rule.window_size = m;
+    rule.percent = percent;
+    if (const auto* order = dynamic_cast<const FilterOrder<std::uint16_t>*>(&op)) {
+        rule.kind = RankRule::Kind::order;
+        rule.index = order->index();
+    } else if (dynamic_cast<const FilterMax<std::uint16_t>*>(&op)) {
+        rule.kind = RankRule::Kind::maximum;
+    }
+    return rule;
+}
+
+// Row path: a window histogram slid along each row.
 template <class Counter>
-void filter_rectangle_rank(std::uint16_t* image, const std::uint16_t* copy, int n_rows, int n_cols,
-                           int width, int height, const MathOperatorBase<std::uint16_t>& op,
-                           double percent, const Threshold& threshold, const FilterRegion& region) {
-    const int m = width * height;
+void filter_rectangle_rows(std::uint16_t* image, const std::uint16_t* copy, int n_rows, int n_cols,
+                           int width, int height, const RankRule& rule, const Threshold& threshold,
+                           const FilterRegion& region) {
     const int row_before = height / 2, row_after = (height - 1) / 2;
     const int col_before = width / 2, col_after = (width - 1) / 2;
-    const auto* order = dynamic_cast<const FilterOrder<std::uint16_t>*>(&op);
-    const bool is_min = dynamic_cast<const FilterMin<std::uint16_t>*>(&op) != nullptr;
     HistogramTree<Counter> tree;
     for (int r = region.row_from; r <= region.row_to; ++r) {
         const int top = std::max(0, r - row_before), bottom = std::min(n_rows - 1, r + row_after);
@@ -142,13 +170,7 @@ void filter_rectangle_rank(std::uint16_t* image, const std::uint16_t* copy, int 
         int right = std::min(n_cols - 1, region.col_from + col_after);
         for (int c = left; c <= right; ++c) column(c, true);
         for (int c = region.col_from;; ++c) {
-            const int count = rows_in * (right - left + 1);
-            int rank;
-            if (order)
-                rank = clipped_rank(order->index(), m, percent, count);
-            else
-                rank = is_min ? 0 : count - 1;
-            const std::uint16_t result = tree.select(static_cast<unsigned>(rank));
+            const std::uint16_t result = tree.select(rule.rank(rows_in * (right - left + 1)));
             const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(r) * n_cols + c;
             if (threshold.accepts(copy[at], result)) image[at] = result;
             if (c == region.col_to) break;
@@ -174,15 +196,291 @@ void filter_rectangle_rank(std::uint16_t* image, const std::uint16_t* copy, int 
     }
 }
 
+// The value levels of the column path: values x = v - low over `bits` bits (the image
+// range), counted at up to four levels; level k counts x >> shift(k), each level
+// refining a bin of the level above into 16 (the top level takes the bits left over).
+// Every level is stored in runs of 16 counters (the top one padded).
+struct ValueBins {
+    std::uint16_t low = 0;
+    int bits = 1, levels = 1;
+    int shift(int k) const { return 4 * (levels - 1 - k); }
+    std::size_t size(int k) const { return (((std::size_t{1} << bits) - 1) >> shift(k)) + 1; }
+    std::size_t offset(int k) const {
+        std::size_t at = 0;
+        for (int j = 0; j < k; ++j) at += (size(j) + 15) / 16 * 16;
+        return at;
+    }
+    std::size_t per_column() const { return offset(levels); }  // counters
+};
+
+ValueBins value_bins(const std::uint16_t* image, std::size_t pixels) {
+    const auto [low, high] = std::minmax_element(image, image + pixels);
+    ValueBins bins;
+    bins.low = *low;
+    bins.bits = 1;  // a constant image still has one level of two bins
+    while (bins.bits < 16 && (static_cast<unsigned>(*high - *low) >> bins.bits) != 0) ++bins.bits;
+    bins.levels = (bins.bits + 3) / 4;
+    return bins;
+}
+
+template <class To, class From>
+inline void add_counts(To* to, const From* from, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) to[i] = static_cast<To>(to[i] + from[i]);
+}
+template <class To, class From>
+inline void subtract_counts(To* to, const From* from, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) to[i] = static_cast<To>(to[i] - from[i]);
+}
+template <class To, class From>
+inline void move_counts(To* to, const From* add, const From* remove, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) to[i] = static_cast<To>(to[i] + add[i] - remove[i]);
+}
+
+// Position of rank `rank` in counts[0..n-1] (the last bin when the counts run out);
+// rank becomes the rank inside that bin.
+template <class Counter>
+inline std::size_t find_bin(const Counter* counts, std::size_t n, unsigned& rank) {
+    std::size_t b = 0;
+    while (b + 1 < n && rank >= counts[b]) rank -= counts[b++];
+    return b;
+}
+
+// Zeroed storage of the column histograms. It is read and written at scattered places
+// over megabytes: on Linux it is aligned to and asked to be backed by 2 MiB pages, so
+// that those accesses do not each miss the address translation cache as well.
+template <class T>
+class ColumnStorage {
+  public:
+    explicit ColumnStorage(std::size_t n) : bytes_(std::max<std::size_t>(n * sizeof(T), 1)) {
+        data_ = static_cast<T*>(::operator new (bytes_, std::align_val_t{kAlign}));
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+        if (bytes_ >= kAlign) madvise(data_, bytes_ / kAlign * kAlign, MADV_HUGEPAGE);
+#endif
+        std::memset(static_cast<void*>(data_), 0, bytes_);
+    }
+    ~ColumnStorage() {
+        ::operator delete (data_, std::align_val_t{kAlign});
+    }
+    ColumnStorage(const ColumnStorage&) = delete;
+    ColumnStorage& operator=(const ColumnStorage&) = delete;
+    T* data() {
+        return data_;
+    }
+
+  private:
+    static constexpr std::size_t kAlign = std::size_t{2} << 20;
+    std::size_t bytes_;
+    T* data_;
+};
+
+// Column path: column histograms walked down vertical strips of the region. ColCounter
+// holds a column's counts (at most the window height), WinCounter a window's (at most
+// the window's cells); strip_cols input columns per strip, at least width. The column
+// histograms are stored run by run: run u of strip column j at (u strip_cols + j) 16,
+// so the runs a window sums over its columns lie side by side. The top two levels
+// (at most 16 + 256 bins) of the window are kept whole; each run of 16 bins of the
+// lower levels is brought up to date only when the rank falls in it.
+template <class ColCounter, class WinCounter>
+void filter_rectangle_columns(std::uint16_t* image, const std::uint16_t* copy, int n_rows,
+                              int n_cols, int width, int height, const RankRule& rule,
+                              const Threshold& threshold, const FilterRegion& region,
+                              const ValueBins& bins, int strip_cols) {
+    constexpr int kWholeLevels = 2;
+    constexpr std::size_t kRun = 16;
+    const int row_before = height / 2, row_after = (height - 1) / 2;
+    const int col_before = width / 2, col_after = (width - 1) / 2;
+    const int levels = bins.levels;
+    std::array<std::size_t, 4> offset{}, size{};
+    std::array<int, 4> shift{};
+    for (int k = 0; k < levels; ++k)
+        offset[k] = bins.offset(k), size[k] = bins.size(k), shift[k] = bins.shift(k);
+    const std::size_t runs = bins.per_column() / kRun;
+    const std::size_t whole_runs = bins.offset(std::min(levels, kWholeLevels)) / kRun;
+    const auto strip = static_cast<std::size_t>(strip_cols);
+    const std::uint16_t low = bins.low;
+    ColumnStorage<ColCounter> columns(runs * strip * kRun);
+    std::vector<WinCounter> window(runs * kRun);
+    // The columns lo..hi a run of a lower level holds, valid during the pass (one output
+    // row of one strip) it was brought up to date in.
+    struct Stamp {
+        long long pass = -1;
+        int lo = 0, hi = -1;
+    };
+    std::vector<Stamp> stamps(runs);
+    long long pass = 0;
+    const int outputs_per_strip = strip_cols - (width - 1);
+
+    for (int s0 = region.col_from; s0 <= region.col_to;) {
+        const int s1 =
+            region.col_to - s0 < outputs_per_strip ? region.col_to : s0 + outputs_per_strip - 1;
+        const int in_lo = std::max(0, s0 - col_before);
+        const int in_hi = std::min(n_cols - 1, s1 + col_after);
+        // Run u of image column c.
+        auto run_of = [&](std::size_t u, int c) {
+            return columns.data() + (u * strip + static_cast<std::size_t>(c - in_lo)) * kRun;
+        };
+        // Adds (delta 1) or removes (delta -1 mod 2^k) image row r in every strip column.
+        // The counters of the lower levels lie far apart (a cache miss each): those of
+        // the column kAhead places on are fetched while this one is counted.
+        constexpr int kAhead = 16;
+        auto change_row = [&](int r, ColCounter delta) {
+            const std::uint16_t* p = copy + static_cast<std::ptrdiff_t>(r) * n_cols + in_lo;
+            for (int c = in_lo; c <= in_hi; ++c, ++p) {
+                if (c + kAhead <= in_hi) {
+                    const unsigned ahead = static_cast<unsigned>(p[kAhead] - low);
+                    for (int k = kWholeLevels; k < levels; ++k) {
+                        const std::size_t i = offset[k] + (ahead >> shift[k]);
+                        __builtin_prefetch(run_of(i / kRun, c + kAhead) + i % kRun, 1);
+                    }
+                }
+                const unsigned x = static_cast<unsigned>(*p - low);
+                for (int k = 0; k < levels; ++k) {
+                    const std::size_t i = offset[k] + (x >> shift[k]);
+                    ColCounter& n = run_of(i / kRun, c)[i % kRun];
+                    n = static_cast<ColCounter>(n + delta);
+                }
+            }
+        };
+        const auto minus_one = static_cast<ColCounter>(~ColCounter{0});
+        int top = std::max(0, region.row_from - row_before);
+        int bottom = std::min(n_rows - 1, region.row_from + row_after);
+        for (int r = top; r <= bottom; ++r) change_row(r, ColCounter{1});
+
+        for (int r = region.row_from;; ++r) {
+            ++pass;
+            const int rows_in = bottom - top + 1;
+            int lo = std::max(0, s0 - col_before), hi = std::min(n_cols - 1, s0 + col_after);
+            std::fill(window.begin(),
+                      window.begin() + static_cast<std::ptrdiff_t>(whole_runs * kRun),
+                      WinCounter{0});
+            for (std::size_t u = 0; u < whole_runs; ++u)
+                for (int c = lo; c <= hi; ++c)
+                    add_counts(window.data() + u * kRun, run_of(u, c), kRun);
+            for (int c = s0;; ++c) {
+                unsigned rank = rule.rank(rows_in * (hi - lo + 1));
+                std::size_t prefix = find_bin(window.data(), size[0], rank);
+                for (int k = 1; k < levels; ++k) {
+                    const std::size_t u = (offset[k] + prefix * kRun) / kRun;
+                    WinCounter* run = window.data() + u * kRun;
+                    if (k >= kWholeLevels) {  // bring the run to columns lo..hi
+                        Stamp& stamp = stamps[u];
+                        if (stamp.pass == pass && (lo - stamp.lo) + (hi - stamp.hi) < hi - lo + 1) {
+                            for (int j = stamp.lo; j < lo; ++j)
+                                subtract_counts(run, run_of(u, j), kRun);
+                            for (int j = stamp.hi + 1; j <= hi; ++j)
+                                add_counts(run, run_of(u, j), kRun);
+                        } else {
+                            std::fill(run, run + kRun, WinCounter{0});
+                            const ColCounter* from = run_of(u, lo);
+                            for (int j = lo; j <= hi; ++j, from += kRun)
+                                add_counts(run, from, kRun);
+                        }
+                        stamp = {pass, lo, hi};
+                    }
+                    prefix = prefix * kRun + find_bin(run, kRun, rank);
+                }
+                const auto result = static_cast<std::uint16_t>(low + prefix);
+                const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(r) * n_cols + c;
+                if (threshold.accepts(copy[at], result)) image[at] = result;
+                if (c == s1) break;
+                // Slide one column right.
+                const bool leaves = c - col_before >= 0, enters = c + 1 + col_after < n_cols;
+                for (std::size_t u = 0; u < whole_runs; ++u) {
+                    WinCounter* run = window.data() + u * kRun;
+                    if (leaves && enters)
+                        move_counts(run, run_of(u, hi + 1), run_of(u, lo), kRun);
+                    else if (leaves)
+                        subtract_counts(run, run_of(u, lo), kRun);
+                    else if (enters)
+                        add_counts(run, run_of(u, hi + 1), kRun);
+                }
+                lo += leaves;
+                hi += enters;
+            }
+            if (r == region.row_to) break;
+            // Move the column histograms down one row.
+            if (r + 1 - row_before > top) change_row(top++, minus_one);
+            if (r + 1 + row_after < n_rows) change_row(++bottom, ColCounter{1});
+        }
+        for (int r = top; r <= bottom; ++r) change_row(r, minus_one);  // zero for the next strip
+        s0 = s1 + 1;
+    }
+}
+
+// Input columns per strip of the column path for this window and value range, or 0 when
+// even a strip of one output column would take more than kColumnHistogramMaxBytes.
+int column_strip_width(int n_cols, int width, const ValueBins& bins, std::size_t counter_bytes) {
+    const std::size_t column_bytes = bins.per_column() * counter_bytes;
+    const std::size_t fit = kColumnHistogramBytes / column_bytes;
+    const std::size_t wanted = std::max<std::size_t>(fit, static_cast<std::size_t>(width) + 63);
+    if (static_cast<std::size_t>(width) * column_bytes > kColumnHistogramMaxBytes) return 0;
+    const std::size_t most = kColumnHistogramMaxBytes / column_bytes;
+    // A strip never needs more than the image's columns (nor fewer than the window's).
+    const std::size_t cap = static_cast<std::size_t>(std::max(n_cols, width));
+    return static_cast<int>(std::min({wanted, most, cap}));
+}
+
+template <class ColCounter>
+void filter_rectangle_columns_for(std::uint16_t* image, const std::uint16_t* copy, int n_rows,
+                                  int n_cols, int width, int height, const RankRule& rule,
+                                  const Threshold& threshold, const FilterRegion& region,
+                                  const ValueBins& bins, int strip_cols) {
+    if (static_cast<long long>(width) * height < 65536)
+        filter_rectangle_columns<ColCounter, std::uint16_t>(
+            image, copy, n_rows, n_cols, width, height, rule, threshold, region, bins, strip_cols);
+    else
+        filter_rectangle_columns<ColCounter, std::uint32_t>(
+            image, copy, n_rows, n_cols, width, height, rule, threshold, region, bins, strip_cols);
+}
+
+// The percentile filter on the full rectangle by a histogram path. Returns false when
+// the path cannot take this window (column path: a window too wide for its memory bound
+// or taller than 65535 rows).
+bool filter_rectangle_rank(std::uint16_t* image, const std::uint16_t* copy, int n_rows, int n_cols,
+                           int width, int height, const RankRule& rule, const Threshold& threshold,
+                           const FilterRegion& region, RankPath path) {
+    const std::size_t pixels = static_cast<std::size_t>(n_rows) * static_cast<std::size_t>(n_cols);
+    const ValueBins bins = value_bins(copy, pixels);
+    if (path == RankPath::automatic)
+        path = height <= kRowHistogramMaxHeight[bins.levels - 1] ? RankPath::row_histogram
+                                                                 : RankPath::column_histogram;
+    if (path == RankPath::column_histogram && height < 65536) {
+        const std::size_t counter_bytes = height < 256 ? 1 : 2;
+        const int strip = column_strip_width(n_cols, width, bins, counter_bytes);
+        if (strip > 0) {
+            if (height < 256)
+                filter_rectangle_columns_for<std::uint8_t>(image, copy, n_rows, n_cols, width,
+                                                           height, rule, threshold, region, bins,
+                                                           strip);
+            else
+                filter_rectangle_columns_for<std::uint16_t>(image, copy, n_rows, n_cols, width,
+                                                            height, rule, threshold, region, bins,
+                                                            strip);
+            return true;
+        }
+    }
+    if (static_cast<long long>(width) * height < 65536)
+        filter_rectangle_rows<std::uint16_t>(image, copy, n_rows, n_cols, width, height, rule,
+                                             threshold, region);
+    else
+        filter_rectangle_rows<std::uint32_t>(image, copy, n_rows, n_cols, width, height, rule,
+                                             threshold, region);
+    return true;
+}
+
 }  // namespace
 
 int run_image_filter(std::uint16_t* image, int n_rows, int n_cols, FilterKind kind, double percent,
                      int width, int height, int shape, double threshold_percent,
-                     const FilterRegion& region) {
+                     const FilterRegion& region, RankPath path) {
     std::vector<WindowCell> cells;
     const int m = sampling_window_cells(n_cols, width, height, shape, cells);
     if (m < 0) return ZEMATH_ERR_GENERAL;
     if (m == 0) return ZEMATH_OK;
+    const bool histogram_forced =
+        path == RankPath::row_histogram || path == RankPath::column_histogram;
+    if (histogram_forced && (kind != FilterKind::percentile || shape != kWindowRectangle))
+        return ZEMATH_ERR_GENERAL;
     std::unique_ptr<MathOperatorBase<std::uint16_t>> op;
     if (kind == FilterKind::conserve)
         op = std::make_unique<FilterReserve<std::uint16_t>>();
@@ -191,16 +489,15 @@ int run_image_filter(std::uint16_t* image, int n_rows, int n_cols, FilterKind ki
     const std::size_t pixels = static_cast<std::size_t>(n_rows) * static_cast<std::size_t>(n_cols);
     const Threshold threshold = make_threshold(image, pixels, threshold_percent);
     const std::vector<std::uint16_t> copy(image, image + pixels);
-    // The histogram beats a per-window selection from a 3 x 3 window up (measured); a
-    // single cell is the pixel itself.
-    if (kind == FilterKind::percentile && shape == kWindowRectangle && m > 1) {
-        if (m < 65536)
-            filter_rectangle_rank<std::uint16_t>(image, copy.data(), n_rows, n_cols, width, height,
-                                                 *op, percent, threshold, region);
-        else
-            filter_rectangle_rank<std::uint32_t>(image, copy.data(), n_rows, n_cols, width, height,
-                                                 *op, percent, threshold, region);
-    } else
+    // The histograms beat a per-window selection from a 3 x 3 window up (measured); a
+    // single cell is the pixel itself. Only the whole rectangle is a union of columns.
+    const bool histogram =
+        histogram_forced || (path == RankPath::automatic && kind == FilterKind::percentile &&
+                             shape == kWindowRectangle && m > 1);
+    if (histogram)
+        filter_rectangle_rank(image, copy.data(), n_rows, n_cols, width, height,
+                              rank_rule(*op, percent, m), threshold, region, path);
+    else
         filter_generic(image, copy.data(), n_rows, n_cols, cells, *op, threshold, region);
     return ZEMATH_OK;
 }

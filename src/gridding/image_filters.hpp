@@ -5,17 +5,47 @@
 //
 // Method: windows come from the sampling-window cells (frame/sampling_window.hpp);
 // cells outside the image are skipped, so border windows are smaller. The per-window
-// operation is an exchangeable operator object (the classes below). For the full
-// rectangle the percentile filter takes its order statistic from a sliding histogram of
-// the 16-bit values instead of sorting each window (Huang, Yang and Tang, "A fast
-// two-dimensional median filtering algorithm", IEEE Trans. ASSP 27 (1979)): moving one
-// column right removes one window column and adds another (O(window height) per
-// pixel), and the rank is found by a coarse-to-fine count in a four-level radix-16
-// histogram tree (at most 64 comparisons). It gives exactly the operator's result.
+// operation is an exchangeable operator object (the classes below), which every shape
+// and the conservative filter use. The percentile filter on the full rectangle takes
+// its order statistic from counts of the 16-bit values instead of sorting each window,
+// by one of two exact paths chosen from the window height and the value range:
+//  - row path (height <= kRowHistogramMaxHeight, 12 to 32 rows by value range): a
+//    window histogram slid along the row (Huang, Yang and Tang, "A fast two-dimensional median
+//    filtering algorithm", IEEE Trans. ASSP 27 (1979)): one column leaves and one enters per pixel,
+//    O(height) per pixel, the rank found in a four-level radix-16 tree (at most 64 comparisons);
+//  - column path: column histograms (Perreault and Hebert, "Median filtering in
+//    constant time", IEEE Trans. Image Processing 16 (2007)). Each image column keeps
+//    the counts of its window-height band of rows, moved down one row per output row
+//    (one removal and one addition per column); the window's counts are the sum of its
+//    columns', so sliding right adds the entering column's histogram and removes the
+//    leaving one's, whatever the window side. The values, less the image minimum and
+//    over the bits the image range needs, are counted coarse to fine at up to four
+//    levels of 16 bins per bin above (16, 256, 4096, 65536 bins for a full 16-bit
+//    range; a narrow range needs fewer and smaller levels). The window keeps the top
+//    two levels whole (272 counters added and removed per pixel); a run of 16 bins of a
+//    lower level is brought up to date only when the rank falls in it, from the
+//    columns that entered and left since it was last used, or summed afresh over the
+//    window's columns when that is cheaper. The rank is found with at most 64
+//    comparisons. Per pixel the cost does not grow with the window height and grows
+//    with the width only through those catch-ups (measured nearly flat from 5 x 5 to
+//    101 x 101, bench/image_bench.cpp BM_rank_path).
+//    Memory: a column's counts take 2^bits counters at the finest level (64 KiB of
+//    8-bit counters for a full 16-bit range and a window below 256 rows, 16-bit
+//    counters above), too much to keep for every column of a wide image. The region is
+//    therefore walked in vertical strips of output columns whose input columns fit
+//    kColumnHistogramBytes (8 MiB); a wider window takes a wider strip, up to
+//    kColumnHistogramMaxBytes (64 MiB); a window wider still (over about 900 columns
+//    of full-range data, 450 for windows of 256 rows or more) uses the row path. Column histograms
+//    are stored run by run (the same run of all strip columns side by side) so that a catch-up
+//    reads contiguous memory, in 2 MiB pages where the system offers them.
+//  Both paths count exact integers (16- or 32-bit window counters by window size), so
+//  they give the operator's result exactly, including clipped border windows and the
+//  minimum and maximum filters.
 // Failure codes: see image.h.
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -124,10 +154,24 @@ struct FilterRegion {
 
 enum class FilterKind { percentile, conserve };
 
+// Which code computes the percentile filter. automatic chooses by window shape, height
+// and memory; the others force one path (rectangle windows only for the two histogram
+// paths), so that tests can set every path against the operator on the same input.
+enum class RankPath { automatic, generic, row_histogram, column_histogram };
+
+// Window heights up to these use the row path, by the levels of counts the image's value
+// range needs (up to 4, 8, 12, 16 bits): below them the row path's O(height) updates cost
+// less than the column path's fixed per-pixel work, which grows with the levels (measured
+// on random 1024 x 1024 images, bench/image_bench.cpp BM_rank_path for 16 bits).
+inline constexpr int kRowHistogramMaxHeight[4] = {12, 12, 20, 32};
+// Storage of the column histograms of one strip, and the most a very wide window may take.
+inline constexpr std::size_t kColumnHistogramBytes = std::size_t{8} << 20;
+inline constexpr std::size_t kColumnHistogramMaxBytes = std::size_t{64} << 20;
+
 // Runs the filter in place. Returns 0, or -1 when the window has a negative cell count
-// (unknown shape).
+// (unknown shape) or a histogram path is forced on a shape it does not handle.
 int run_image_filter(std::uint16_t* image, int n_rows, int n_cols, FilterKind kind, double percent,
-                     int width, int height, int shape, double threshold,
-                     const FilterRegion& region);
+                     int width, int height, int shape, double threshold, const FilterRegion& region,
+                     RankPath path = RankPath::automatic);
 
 }  // namespace zemath

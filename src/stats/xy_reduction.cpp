@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 #include "core/guard.hpp"
@@ -34,6 +35,62 @@ double group_median(std::span<const double> y, std::vector<double>& scratch) {
         scratch, std::span<const std::size_t>(positions, pick.upper > pick.lower ? 2 : 1));
     return pick_value(scratch, pick);
 }
+
+namespace {
+
+// Minimum (Largest false) or maximum of a group whose first point is usable, in 8
+// lanes (four 2-double vectors: the baseline registers) without a branch per point.
+// Returns false, for the general scan to decide, when the group holds NANUM or the
+// extreme found is a zero (the scan keeps the first of -0.0 and +0.0, which the lanes do
+// not track). A NaN never replaces a value (the comparison is false), and a NaN first
+// stays in every lane: the result of the left-to-right scan.
+#if defined(__GNUC__)
+typedef double Double2 __attribute__((vector_size(16)));
+typedef long long Mask2 __attribute__((vector_size(16)));
+#endif
+
+template <bool Largest>
+inline bool better(double candidate, double best) {
+    return Largest ? candidate > best : candidate < best;
+}
+
+template <bool Largest>
+bool group_extreme_without_missing(std::span<const double> y, double& extreme) {
+    const double* p = y.data();
+    const std::size_t n = y.size();
+    double best = p[0];
+    bool missing = false;
+    std::size_t i = 0;
+#if defined(__GNUC__)
+    constexpr std::size_t kVectors = 4;
+    if (n >= 2 * kVectors) {
+        Double2 lane[kVectors];
+        for (Double2& l : lane) l = Double2{best, best};
+        const Double2 marker = {kNanum, kNanum};
+        Mask2 seen = {0, 0};
+        for (; i + 2 * kVectors <= n; i += 2 * kVectors)
+            for (std::size_t k = 0; k < kVectors; ++k) {
+                Double2 v;
+                __builtin_memcpy(&v, p + i + 2 * k, sizeof v);
+                seen |= v == marker;
+                lane[k] = (Largest ? v > lane[k] : v < lane[k]) ? v : lane[k];
+            }
+        missing = seen[0] != 0 || seen[1] != 0;
+        for (const Double2& l : lane)
+            for (int j = 0; j < 2; ++j)
+                if (better<Largest>(l[j], best)) best = l[j];
+    }
+#endif
+    for (; i < n; ++i) {
+        missing = missing || is_missing(p[i]);
+        if (better<Largest>(p[i], best)) best = p[i];
+    }
+    if (missing || best == 0.0) return false;
+    extreme = best;
+    return true;
+}
+
+}  // namespace
 
 double reduce_group(std::span<const double> y, int method, double x_start, double x_end,
                     std::vector<double>& scratch) {
@@ -75,6 +132,13 @@ double reduce_group(std::span<const double> y, int method, double x_start, doubl
         }
         case 1:
         case 2: {
+            // The common case, no NANUM in the group: one branch-free pass.
+            if (!is_missing(y[0])) {
+                double extreme = 0.0;
+                if (method == 1 ? group_extreme_without_missing<false>(y, extreme)
+                                : group_extreme_without_missing<true>(y, extreme))
+                    return extreme;
+            }
             if (scannable) {
                 const auto r =
                     scan_min_max<double, double, false>(y.data(), 0, static_cast<int>(n), &marker);

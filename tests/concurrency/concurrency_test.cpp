@@ -601,6 +601,18 @@ const Row kRows[] = {
              zemath_us_percentile_filter(work.data(), rows, cols, 50.0, 3, 5, 1, 0.0, 0, 0, -1, -1),
              0);
          out.insert(out.end(), work.begin(), work.end());
+         // The rectangle through both histogram paths (a low and a tall window): their
+         // counts are per call, nothing shared.
+         std::vector<unsigned short> tall(48 * cols);
+         for (std::size_t k = 0; k < tall.size(); ++k)
+             tall[k] = static_cast<unsigned short>((k * 40503 + 977 * t) % 65536);
+         for (const int height : {5, 45}) {
+             std::vector<unsigned short> band = tall;
+             EXPECT_EQ(zemath_us_percentile_filter(band.data(), 48, cols, 30.0, 9, height, 0, 0.0,
+                                                   1, 2, 46, 27),
+                       0);
+             out.insert(out.end(), band.begin(), band.end());
+         }
          work = image;
          EXPECT_EQ(zemath_us_conserve_filter(work.data(), rows, cols, 3, 3, 0, 10.0, 2, 2, 20, 25),
                    0);

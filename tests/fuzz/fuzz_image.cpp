@@ -1,7 +1,8 @@
 // Fuzz target: the 16-bit image filters, structuring elements, grey morphology, profiles
 // and natural axes (image.h) and the polygon primitives (geometry.h). Checked on each
 // call: refused calls leave the image and outputs as they were; filters change no pixel
-// outside the region and never leave the image's value range; a structuring element's
+// outside the region and never leave the image's value range, and the rectangle
+// percentile filter's histogram paths equal its per-window operator; a structuring element's
 // count matches the cells set; counts returned fit the capacity; the reorder permutes the
 // vertex pairs.
 #include <algorithm>
@@ -9,6 +10,7 @@
 #include <utility>
 
 #include "fuzz_input.hpp"
+#include "gridding/image_filters.hpp"
 #include "fuzz_props.hpp"
 #include "zemath.h"
 
@@ -55,7 +57,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
                 p = spread == 0 ? in.raw<unsigned short>()
                                 : static_cast<unsigned short>(in.byte() % (spread == 1 ? 4 : 256));
             const std::vector<unsigned short> image0 = image;
-            const int width = side(in, 9), height = side(in, 9), shape = param(in, 4);
+            // Mostly small windows; sometimes up to 64 cells a side, as large as or larger
+            // than the image (the export refuses those; the engine's paths are compared
+            // on them below).
+            const int window_max = in.byte() % 4 == 0 ? 64 : 9;
+            const int width = side(in, window_max), height = side(in, window_max),
+                      shape = param(in, 4);
             const double threshold = in.byte() & 1 ? in.real() : 0.0;
             const double percent = in.real();
             const int rmax = std::clamp(rows, 0, 64), cmax = std::clamp(cols, 0, 64);
@@ -80,6 +87,29 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
                         if (r < r0 || r > rt || c < c0 || c > ct) require(image[k] == image0[k]);
                         require(image[k] >= *lo && image[k] <= *hi);
                     }
+            }
+            // The rectangle percentile filter: the row and column histogram paths and the
+            // automatic choice give the operator's result pixel for pixel, also for
+            // windows larger than the image.
+            const int rt = r1 == -1 ? rows - 1 : r1, ct = c1 == -1 ? cols - 1 : c1;
+            const bool valid_region = rows >= 1 && cols >= 1 && r0 >= 0 && c0 >= 0 && r0 <= rt &&
+                                      c0 <= ct && rt < rows && ct < cols;
+            if (which == 0 && shape == 0 && !null_in && valid_region && width >= 1 && height >= 1 &&
+                !std::isnan(percent) &&
+                static_cast<long long>(width) * height * static_cast<long long>(area) <= 1 << 21) {
+                const zemath::FilterRegion region{r0, c0, rt, ct};
+                auto filtered = [&](zemath::RankPath path) {
+                    std::vector<unsigned short> out = image0;
+                    require(zemath::run_image_filter(out.data(), rows, cols,
+                                                     zemath::FilterKind::percentile, percent, width,
+                                                     height, 0, threshold, region, path) == 0);
+                    return out;
+                };
+                const std::vector<unsigned short> expected = filtered(zemath::RankPath::generic);
+                if (status == 0) require(image == expected);
+                require(filtered(zemath::RankPath::row_histogram) == expected);
+                require(filtered(zemath::RankPath::column_histogram) == expected);
+                require(filtered(zemath::RankPath::automatic) == expected);
             }
             break;
         }

@@ -7,12 +7,19 @@
 #include <climits>
 #include <cmath>
 #include <limits>
+#include <random>
 #include <vector>
 
+#include "gridding/image_filters.hpp"
 #include "zemath/image.h"
 #include "zemath/reduction.h"
 
 namespace {
+
+using zemath::FilterKind;
+using zemath::FilterRegion;
+using zemath::RankPath;
+using zemath::run_image_filter;
 
 struct ImageFilterCase {
     const char* what;
@@ -54,6 +61,75 @@ TEST(ImageFilters, WindowOfAtLeast65536Cells) {
     for (int r = 0; r < rows; r += 51)
         for (int c = 0; c < cols; ++c)
             ASSERT_EQ(image[r * cols + c], std::min(c + 127, cols - 1)) << r << "," << c;
+}
+
+// The row and column histogram paths of the rectangle percentile filter against the
+// operator path (per-window selection) on the same random input: every pixel equal, for
+// windows from 1 x 1 to larger than the image, one-row and one-column images, regions,
+// thresholds, percents giving the minimum, inner ranks, 100% and the maximum, value
+// ranges from constant to full 16 bits, and images wide enough for several strips.
+TEST(ImageFilters, HistogramPathsMatchTheOperator) {
+    struct PathCase {
+        int rows, cols, width, height;
+        unsigned span;  // pixels drawn from low .. low + span
+        FilterRegion region;
+        double percent, threshold;
+    };
+    const PathCase cases[] = {
+        {17, 23, 5, 5, 65535, {0, 0, 16, 22}, 50.0, 0.0},
+        {17, 23, 1, 1, 65535, {0, 0, 16, 22}, 50.0, 0.0},
+        {17, 23, 23, 17, 65535, {0, 0, 16, 22}, 50.0, 0.0},  // the whole image
+        {17, 23, 40, 30, 65535, {0, 0, 16, 22}, 37.0, 0.0},  // larger than the image
+        {17, 23, 4, 6, 65535, {3, 5, 11, 19}, 50.0, 0.0},    // even sides, a region
+        {17, 23, 9, 7, 300, {0, 0, 16, 22}, 75.0, 0.0},      // narrow range: 3 levels
+        {17, 23, 9, 7, 7, {0, 0, 16, 22}, 50.0, 0.0},        // 3 bits: 1 level
+        {17, 23, 9, 7, 0, {0, 0, 16, 22}, 50.0, 0.0},        // constant image
+        {17, 23, 6, 6, 65535, {0, 0, 16, 22}, 0.0, 0.0},     // minimum
+        {17, 23, 6, 6, 65535, {0, 0, 16, 22}, 100.0, 0.0},   // largest rank
+        {17, 23, 6, 6, 65535, {0, 0, 16, 22}, 250.0, 0.0},   // maximum
+        {17, 23, 5, 9, 65535, {0, 0, 16, 22}, 3.0, 0.0},     // k = 1
+        {17, 23, 7, 7, 4000, {0, 0, 16, 22}, 50.0, 10.0},    // moves of at least T
+        {17, 23, 7, 7, 4000, {2, 2, 14, 20}, 90.0, -10.0},   // moves of at most T
+        {1, 61, 7, 1, 65535, {0, 0, 0, 60}, 50.0, 0.0},      // one row
+        {1, 61, 61, 1, 65535, {0, 10, 0, 50}, 50.0, 0.0},
+        {61, 1, 1, 9, 65535, {0, 0, 60, 0}, 50.0, 0.0},  // one column
+        {61, 1, 1, 61, 65535, {5, 0, 55, 0}, 80.0, 0.0},
+        {1, 1, 3, 3, 65535, {0, 0, 0, 0}, 50.0, 0.0},
+        {9, 400, 45, 9, 65535, {0, 0, 8, 399}, 50.0, 0.0},     // several strips
+        {9, 400, 45, 9, 65535, {2, 37, 6, 351}, 30.0, 0.0},    // several strips, a region
+        {300, 12, 5, 270, 65535, {0, 0, 299, 11}, 50.0, 0.0},  // 16-bit column counters
+    };
+    std::mt19937 gen(7);
+    for (const PathCase& c : cases) {
+        const auto low = static_cast<unsigned>(gen() % (65536 - c.span));
+        std::vector<std::uint16_t> original(static_cast<std::size_t>(c.rows) * c.cols);
+        for (auto& v : original) v = static_cast<std::uint16_t>(low + gen() % (c.span + 1));
+        std::vector<std::uint16_t> expected = original;
+        ASSERT_EQ(
+            run_image_filter(expected.data(), c.rows, c.cols, FilterKind::percentile, c.percent,
+                             c.width, c.height, 0, c.threshold, c.region, RankPath::generic),
+            0);
+        for (const RankPath path :
+             {RankPath::row_histogram, RankPath::column_histogram, RankPath::automatic}) {
+            std::vector<std::uint16_t> image = original;
+            ASSERT_EQ(
+                run_image_filter(image.data(), c.rows, c.cols, FilterKind::percentile, c.percent,
+                                 c.width, c.height, 0, c.threshold, c.region, path),
+                0);
+            EXPECT_EQ(image, expected) << c.rows << "x" << c.cols << " image, " << c.width << "x"
+                                       << c.height << " window, span " << c.span << ", "
+                                       << c.percent << "%, path " << static_cast<int>(path);
+        }
+    }
+    // The histogram paths take only the percentile filter on the rectangle.
+    std::vector<std::uint16_t> image(25, 1);
+    const FilterRegion all{0, 0, 4, 4};
+    EXPECT_EQ(run_image_filter(image.data(), 5, 5, FilterKind::percentile, 50.0, 3, 3, 1, 0.0, all,
+                               RankPath::column_histogram),
+              -1);
+    EXPECT_EQ(run_image_filter(image.data(), 5, 5, FilterKind::conserve, 0.0, 3, 3, 0, 0.0, all,
+                               RankPath::row_histogram),
+              -1);
 }
 
 TEST(ImageFilters, RefusalsLeaveTheImageUntouched) {

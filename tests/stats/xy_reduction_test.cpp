@@ -5,6 +5,7 @@
 
 #include <climits>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -51,6 +52,45 @@ TEST(XYReduction, GroupsOfPointsMatchNumpy) {
         out.pop_back();
         expect_close(out, c.expected,
                      "n " + std::to_string(c.n) + " method " + std::to_string(c.method));
+    }
+}
+
+// Minimum and maximum of groups bit for bit as the left-to-right scan defines them (NANUM
+// skipped, NaN never replacing a value, a NaN first kept, the first of -0.0 and +0.0
+// kept), for group sizes around the vector widths, with each awkward value placed first,
+// inside the vector part and in the tail.
+TEST(XYReduction, GroupMinimumAndMaximumMatchTheScan) {
+    auto scan = [](const double* y, unsigned n, bool largest) {
+        double best = NANUM;
+        bool any = false;
+        for (unsigned i = 0; i < n; ++i) {
+            if (y[i] == NANUM) continue;
+            if (!any || (largest ? y[i] > best : y[i] < best)) best = y[i];
+            any = true;
+        }
+        return best;
+    };
+    const double inf = std::numeric_limits<double>::infinity();
+    const double specials[] = {NANUM, kNaN, -0.0, 0.0, inf, -inf, 1e308, -4.9e-324};
+    for (const unsigned n : {1u, 7u, 8u, 9u, 63u, 64u, 65u, 1000u}) {
+        for (const double special : specials) {
+            for (const unsigned at : {0u, n / 2, n - 1}) {
+                std::vector<double> y(n);
+                for (unsigned i = 0; i < n; ++i)
+                    y[i] = special == 0.0 ? -1.0 - i % 5 : std::sin(1.0 + i);  // zeros can win
+                y[at] = special;
+                if (special == 0.0 && n > 2) y[(at + n / 3) % n] = -0.0;  // both zeros present
+                for (const int method : {1, 2}) {
+                    double got = kUntouched;
+                    ASSERT_EQ(zemath_reducexy_n_points(y.data(), &got, n, n, method), 1);
+                    const double want = scan(y.data(), n, method == 2);
+                    EXPECT_TRUE(std::memcmp(&got, &want, sizeof got) == 0 ||
+                                (std::isnan(got) && std::isnan(want)))
+                        << "n " << n << " special " << special << " at " << at << " method "
+                        << method << ": " << got << " vs " << want;
+                }
+            }
+        }
     }
 }
 
