@@ -93,9 +93,9 @@ double cdf_of(const Dist& d, double x) {
 #define GSL(expr) nullptr
 #endif
 #define F3(expr) [](double u, double v, double w) { return (void)u, (void)v, (void)w, expr; }
-#define ARGS(e0, e1, e2)                                                                 \
-    [](const Args& a, size_t i, int k) {                                                 \
-        return k == 0 ? double(e0) : k == 1 ? double(e1) : double(e2);                   \
+#define ARGS(e0, e1, e2)                                               \
+    [](const Args& a, size_t i, int k) {                               \
+        return k == 0 ? double(e0) : k == 1 ? double(e1) : double(e2); \
     }
 
 const Call kCalls[] = {
@@ -115,16 +115,14 @@ const Call kCalls[] = {
      GSL(gsl_cdf_tdist_Pinv(u, v))},
     {"chi2cdf", ARGS(chi2_x(a, i), a.df[i], 0), 2, F3(chi2cdf(u, v, 2, nullptr)),
      F3(bm::cdf(bm::chi_squared_distribution<>(v), u)),
-     F3(bm::cdf(bm::chi_squared_distribution<double, InDouble>(v), u)),
-     GSL(gsl_cdf_chisq_P(u, v))},
+     F3(bm::cdf(bm::chi_squared_distribution<double, InDouble>(v), u)), GSL(gsl_cdf_chisq_P(u, v))},
     {"chi2inv", ARGS(a.p[i], a.df[i], 0), 2, F3(chi2inv(u, v, nullptr)),
      F3(bm::quantile(bm::chi_squared_distribution<>(v), u)),
      F3(bm::quantile(bm::chi_squared_distribution<double, InDouble>(v), u)),
      GSL(gsl_cdf_chisq_Pinv(u, v))},
     {"gamcdf", ARGS(std::fabs(a.x[i]) * a.a[i], a.a[i], a.b[i]), 3, F3(gamcdf(u, v, w, 2, nullptr)),
      F3(bm::cdf(bm::gamma_distribution<>(v, w), u)),
-     F3(bm::cdf(bm::gamma_distribution<double, InDouble>(v, w), u)),
-     GSL(gsl_cdf_gamma_P(u, v, w))},
+     F3(bm::cdf(bm::gamma_distribution<double, InDouble>(v, w), u)), GSL(gsl_cdf_gamma_P(u, v, w))},
     {"gaminv", ARGS(a.p[i], a.a[i], a.b[i]), 3, F3(gaminv(u, v, w, nullptr)),
      F3(bm::quantile(bm::gamma_distribution<>(v, w), u)),
      F3(bm::quantile(bm::gamma_distribution<double, InDouble>(v, w), u)),
@@ -136,8 +134,8 @@ const Call kCalls[] = {
      F3(bm::quantile(bm::beta_distribution<>(v, w), u)),
      F3(bm::quantile(bm::beta_distribution<double, InDouble>(v, w), u)),
      GSL(gsl_cdf_beta_Pinv(u, v, w))},
-    {"fcdf", ARGS(std::exp(a.x[i] / 2), 10 * a.a[i], 10 * a.b[i]), 3,
-     F3(fcdf(u, v, w, 2, nullptr)), F3(bm::cdf(bm::fisher_f_distribution<>(v, w), u)),
+    {"fcdf", ARGS(std::exp(a.x[i] / 2), 10 * a.a[i], 10 * a.b[i]), 3, F3(fcdf(u, v, w, 2, nullptr)),
+     F3(bm::cdf(bm::fisher_f_distribution<>(v, w), u)),
      F3(bm::cdf(bm::fisher_f_distribution<double, InDouble>(v, w), u)),
      GSL(gsl_cdf_fdist_P(u, v, w))},
     {"finv", ARGS(a.p[i], 10 * a.a[i], 10 * a.b[i]), 3, F3(finv(u, v, w, nullptr)),
@@ -222,8 +220,8 @@ class RatioReporter : public benchmark::ConsoleReporter {
             const double ours = time("_zemath"), boostd = time("_boostd"), gsl = time("_gsl");
             if (std::isnan(ours)) continue;
             const double best = std::isnan(gsl) ? boostd : std::fmin(boostd, gsl);
-            std::printf("%-10s %10.1f %10.1f %10.1f %10.1f %8.2f\n", c.name, ours,
-                        time("_boost"), boostd, gsl, ours / best);
+            std::printf("%-10s %10.1f %10.1f %10.1f %10.1f %8.2f\n", c.name, ours, time("_boost"),
+                        boostd, gsl, ours / best);
         }
     }
 
