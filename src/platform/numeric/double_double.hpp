@@ -52,6 +52,14 @@ inline TwoPart multiply(TwoPart a, TwoPart b) {
     return quick_two_sum(p, std::fma(a.hi, b.hi, -p) + (a.hi * b.lo + a.lo * b.hi));
 }
 
+// a / b to twice the precision (b.hi normal, the quotient neither overflowing nor
+// underflowing): the remainder a - q b formed in two parts.
+inline TwoPart divide(TwoPart a, TwoPart b) {
+    const double q = a.hi / b.hi;
+    const TwoPart r = add(a, negate(multiply(TwoPart{q, 0.0}, b)));
+    return quick_two_sum(q, r.hi / b.hi);
+}
+
 // 1 / d to twice the precision.
 inline TwoPart reciprocal(double d) {
     const double r = 1.0 / d;
@@ -82,7 +90,8 @@ inline TwoPart log_two_part(double r, double r_low) {
     const double s_low = (std::fma(-s, den.hi, u) - s * den.lo) / den.hi;
     const double s2 = s * s;
     double series = 1.0 / 29.0;  // sum_k s^(2k) / (2k + 3), Horner in s^2, k = 0..13
-    for (int k = 12; k >= 0; --k) series = std::fma(series, s2, 1.0 / (2 * k + 3));
+    // (plain products: the series needs no fma, which is a call where the target lacks it)
+    for (int k = 12; k >= 0; --k) series = series * s2 + 1.0 / (2 * k + 3);
     constexpr double kLn2Hi = 0.6931471805599453;      // ln 2 rounded to double
     constexpr double kLn2Lo = 2.3190468138462996e-17;  // ln 2 - kLn2Hi
     const double e = static_cast<double>(exponent);

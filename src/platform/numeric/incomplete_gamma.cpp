@@ -11,17 +11,17 @@
 // terms, at most about 90 near x = a = 100); the prefactor is where rounding is magnified:
 // its logarithm reaches -700 in the far tails, and an error of d absolute there is an error
 // d relative in the result. So the exponent is formed in two parts:
-//   a < 16:  a ln(x + x_low) - x - lnGamma(a + 1), the logarithm in two parts
-//            (double_double.hpp, 3e-18 absolute) and lnGamma(a + 1) <= 30.7 from the C
-//            runtime (within an ulp of it, 3.6e-15 absolute at most);
+//   a < 16:  a ln(x + x_low) - x, the logarithm in two parts (double_double.hpp, 3e-18
+//            absolute), and 1/Gamma(a + 1) outside the exponent from gamma_moderate (a few
+//            ulps: relative accuracy, where its lnGamma would give ulps of values up to 31);
 //   a >= 16: -(a phi(x/a) + stirling_error(a)) - ln sqrt(2 pi a), phi(l) = l - 1 - ln l,
 //            the deviance a phi in two parts (Loader's series when x is within 10% of a,
 //            where it is small and relatively accurate; otherwise x - a and a ln(x/a) in
 //            two parts, 3e-18 a absolute) and Stirling's error term within 3e-17.
 // The argument's own rounding error x_low enters the exponent through its derivative
 // (a/x - 1) x_low; the sum and the fraction do not need it (relative sensitivity below 1).
-// Error bound, relative, on each tail below 1/2: about 4e-15 for a < 16 (the run-time's
-// lnGamma), 1e-15 + 3e-18 a above, plus the rounding of the sum (2e-15 at a = 100); the
+// Error bound, relative, on each tail below 1/2: about 3e-15 for a < 16 (the
+// Gamma), 1e-15 + 3e-18 a above, plus the rounding of the sum (2e-15 at a = 100); the
 // tail above 1/2 is within 2 ulps of 1 minus it. Measured against mpmath: see
 // tests/reference/distributions_central_worst_errors.txt.
 // Why 100: the sum and the fraction take up to about 9 sqrt(a) terms at x near a, so beyond
@@ -65,7 +65,7 @@ double upper_fraction(double a, double x, bool* converged) {
     for (int n = 1; n <= kMaxTerms; ++n) {
         const double an = -n * (n - a);
         b += 2.0;
-        d = std::fma(an, d, b);
+        d = an * d + b;
         if (std::fabs(d) < kTiny) d = kTiny;
         c = b + an / c;
         if (std::fabs(c) < kTiny) c = kTiny;
@@ -114,7 +114,8 @@ std::optional<GammaTails> incomplete_gamma_double(double a, double x, double x_l
     double scale = 1.0;
     if (a < kStirlingFormFrom) {
         const TwoPart a_log_x = multiply(TwoPart{a, 0.0}, log_two_part(x, x_low));
-        exponent = add(add(a_log_x, TwoPart{-x, -x_low}), TwoPart{-std::lgamma(a + 1.0), 0.0});
+        exponent = add(a_log_x, TwoPart{-x, -x_low});
+        scale = 1.0 / (a * gamma_moderate(a));
     } else {
         exponent = negate(add(gamma_deviance(a, x, x_low), TwoPart{stirling_error(a), 0.0}));
         scale = 1.0 / std::sqrt(2.0 * std::numbers::pi * a);

@@ -17,6 +17,9 @@
 
 #include <array>
 #include <cmath>
+#include <numbers>
+
+#include "platform/numeric/double_double.hpp"
 
 namespace zemath::numeric {
 
@@ -80,6 +83,25 @@ double log_factorial(double k) {
     if (k < kLogFactorialTable) return table.value[static_cast<int>(k)];
     const double x = k + 1.0;
     return (x - 0.5) * std::log(x) - x + kHalfLnTwoPi + stirling_error(x);
+}
+
+double gamma_moderate(double a) {
+    constexpr double kShiftTo = 16.0;
+    double product = 1.0;
+    TwoPart shifted{a, 0.0};
+    while (shifted.hi < kShiftTo) {          // at most 16 steps for a > 0
+        product *= shifted.hi + shifted.lo;  // a + j, rounded once
+        // Exactly: a + j may need more bits than one double.
+        shifted = add(shifted, TwoPart{1.0, 0.0});
+    }
+    const double big = shifted.hi;
+    const TwoPart exponent =
+        add(multiply(TwoPart{big, 0.0}, log_two_part(big, 0.0)), TwoPart{-big, 0.0});
+    const double at_big = std::sqrt(2.0 * std::numbers::pi / big) *
+                          exp_two_part(add(exponent, TwoPart{stirling_error(big), 0.0}));
+    // Gamma(big + low) = Gamma(big) (1 + psi(big) low), psi(big) = ln big - 1/(2 big) to 1e-4.
+    const double psi = std::log(big) - 0.5 / big;
+    return at_big * (1.0 + psi * shifted.lo) / product;
 }
 
 }  // namespace zemath::numeric
