@@ -130,7 +130,7 @@ std::optional<GammaTails> incomplete_gamma_double(double a, double x, double x_l
         tail = g * lower_series(a, x, &converged);
     }
     if (!converged || !std::isfinite(tail)) return std::nullopt;
-    return upper ? GammaTails{1.0 - tail, tail} : GammaTails{tail, 1.0 - tail};
+    return upper ? GammaTails{1.0 - tail, tail, a * g} : GammaTails{tail, 1.0 - tail, a * g};
 }
 
 }  // namespace zemath::numeric

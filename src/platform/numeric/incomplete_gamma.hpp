@@ -10,8 +10,9 @@
 namespace zemath::numeric {
 
 struct GammaTails {
-    double lower;  // P(a, x)
-    double upper;  // Q(a, x) = 1 - P(a, x)
+    double lower;      // P(a, x)
+    double upper;      // Q(a, x) = 1 - P(a, x)
+    double x_density;  // x times the density x^(a-1) e^-x / Gamma(a)
 };
 
 // The largest shape the double evaluation takes (see incomplete_gamma.cpp for why).
