@@ -31,7 +31,7 @@
 //                                extended, as below.
 //   beta, Student's t and F probabilities (I_x(a, b) with x = the beta argument,
 //   t^2/(df + t^2) or df1 f/(df1 f + df2), and 1 - x, both formed in two parts):
-//     a, b <= 100 (df <= 200)    platform/numeric/incomplete_beta.cpp: the side where the
+//     a, b <= 128 (df <= 256)    platform/numeric/incomplete_beta.cpp: the side where the
 //                                continued fraction converges, with a two-part exponent,
 //                                within about 6e-15 (measured 1e-14 against mpmath); the
 //                                other side as 1 minus it where that is at least 0.1;
