@@ -87,13 +87,12 @@ double log_factorial(double k) {
 
 double gamma_moderate(double a) {
     constexpr double kShiftTo = 16.0;
+    // a + m in [16, 17) exactly in two parts (it may need more bits than one double), and
+    // the factors a + j, j < m, each rounded once: independent, so no dependency chain.
+    const double m = a < kShiftTo ? std::ceil(kShiftTo - a) : 0.0;
+    const TwoPart shifted = two_sum(a, m);
     double product = 1.0;
-    TwoPart shifted{a, 0.0};
-    while (shifted.hi < kShiftTo) {          // at most 16 steps for a > 0
-        product *= shifted.hi + shifted.lo;  // a + j, rounded once
-        // Exactly: a + j may need more bits than one double.
-        shifted = add(shifted, TwoPart{1.0, 0.0});
-    }
+    for (double j = 0.0; j < m; j += 1.0) product *= a + j;
     const double big = shifted.hi;
     const TwoPart exponent =
         add(multiply(TwoPart{big, 0.0}, log_two_part(big, 0.0)), TwoPart{-big, 0.0});
