@@ -46,7 +46,8 @@ def reference(fn, u, v, w, start):
     cdf = CDF[INVERSE_OF[fn]]
     p = mp.mpf(u)
     x0 = mp.mpf(start)
-    return mp.findroot(lambda x: cdf(x, v, w) - p, (x0, x0 * (1 + mp.mpf(10) ** -9)),
+    # The second secant point below the start: a beta deviate may sit next to 1.
+    return mp.findroot(lambda x: cdf(x, v, w) - p, (x0, x0 * (1 - mp.mpf(10) ** -9)),
                        solver="secant", tol=mp.mpf(10) ** -36, maxsteps=200)
 
 
