@@ -70,8 +70,8 @@ def main():
         if seen[fn] > count:
             continue
         start = next((s for s in (boost, ours, boostd) if math.isfinite(s) and s != 0), None)
-        if start is None:
-            continue
+        if start is None or (fn == "betainv" and start == 1.0):
+            continue  # a beta deviate within half an ulp of 1 is 1 for all (no finite-precision root)
         try:
             ref = reference(fn, u, v, w, start)
         except Exception:  # no root found: leave the point out
