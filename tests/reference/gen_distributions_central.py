@@ -405,7 +405,9 @@ def t_deviate(p, df, tail):
 
 
 def gen_t():
-    for df in [1.0, 1.5, 2.0, 3.0, 4.5, 10.0, 30.0, 100.0, 1e3, 1e4, 1e5, 1e6]:
+    # 31.5, 32.5 and 199 .. 201: the double path's switch points (b = df/2 at 16 and 100)
+    for df in [1.0, 1.5, 2.0, 3.0, 4.5, 10.0, 30.0, 31.5, 32.5, 100.0, 199.0, 200.0, 201.0, 1e3,
+               1e4, 1e5, 1e6]:
         xs = points_from(lambda q: stats.t.ppf(q, df), lambda q: stats.t.isf(q, df),
                          extra=[0.0, 1e-300, 1e-100, 1e-10, -1e-3, 2.0])
         for x in xs:
@@ -428,7 +430,10 @@ def gen_t():
 # ---- chi-square and gamma --------------------------------------------------------------
 
 def gen_chi2():
-    for df in [1e-3, 0.1, 0.5, 1.0, 2.0, 3.0, 7.5, 30.0, 100.0, 1e3, 1e4, 1e5, 1e6]:
+    # 1.998, 31.5, 32.5 and 1999 .. 2001: the double path's switch points (a = df/2 at 1,
+    # 16 and 1000)
+    for df in [1e-3, 0.1, 0.5, 1.0, 1.998, 2.0, 3.0, 7.5, 30.0, 31.5, 32.5, 100.0, 1e3, 1999.0,
+               2000.0, 2001.0, 1e4, 1e5, 1e6]:
         xs = points_from(lambda q: stats.chi2.ppf(q, df), lambda q: stats.chi2.isf(q, df),
                          lo=0.0, extra=[df])
         for x in xs:
@@ -445,7 +450,10 @@ def gen_chi2():
 
 def gen_gamma():
     for a, b in [(1e-3, 1.0), (0.1, 2.0), (0.5, 1.0), (1.0, 1e-3), (2.5, 0.37), (10.0, 1.0),
-                 (100.0, 1e3), (1e4, 1.0), (1e6, 0.5), (3.0, 1e-150), (0.7, 1e150)]:
+                 (100.0, 1e3), (1e4, 1.0), (1e6, 0.5), (3.0, 1e-150), (0.7, 1e150),
+                 # the double path's switch points: shapes 1, 16 and 1000
+                 (0.999, 1.0), (15.9, 2.0), (16.0, 0.5), (999.0, 1.0), (1000.0, 3.0),
+                 (1000.5, 1.0)]:
         xs = points_from(lambda q: stats.gamma.ppf(q, a, scale=b),
                          lambda q: stats.gamma.isf(q, a, scale=b), lo=0.0, extra=[a * b])
         for x in xs:
@@ -478,7 +486,9 @@ def f_density(f, d1, d2):
 
 F_PAIRS = [(1e-3, 1.0), (1.0, 1e-3), (0.5, 0.5), (1.0, 1.0), (2.0, 10.0), (5.0, 20.0),
            (10.0, 3.0), (30.0, 30.0), (100.0, 1e3), (1e3, 1e6), (1e6, 1e6), (1e6, 1.0),
-           (1.0, 1e6), (3.5, 1e5)]
+           (1.0, 1e6), (3.5, 1e5),
+           # the double path's switch points: shapes 16 and 100
+           (31.8, 32.2), (200.0, 200.0), (201.0, 5.0)]
 
 
 def gen_f():
@@ -515,7 +525,10 @@ def gen_f():
 
 BETA_PAIRS = [(1e-3, 1e-3), (1e-3, 1.0), (1.0, 1e-3), (0.5, 0.5), (1.0, 1.0), (2.0, 3.0),
               (10.0, 0.5), (0.5, 10.0), (50.0, 70.0), (1e3, 1e3), (1e4, 20.0), (1e6, 1e6),
-              (1e6, 1.0), (1.0, 1e6), (1e-3, 1e6), (1e6, 1e-3)]
+              (1e6, 1.0), (1.0, 1e6), (1e-3, 1e6), (1e6, 1e-3),
+              # the double path's switch points: shapes 16 and 100
+              (0.5, 15.9), (16.0, 16.0), (15.9, 100.0), (100.0, 100.0), (100.5, 3.0),
+              (0.01, 100.0)]
 
 
 def gen_beta():

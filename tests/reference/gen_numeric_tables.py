@@ -58,3 +58,23 @@ for k in ks:
     kk = mp.mpf(k)
     print(f"    {{{d(kk)}, {d(mp.loggamma(kk + 1))}, {d(stirling_error(kk))}}},")
 print("};")
+# ln v in two parts: {v, ln v rounded, ln v minus that rounded}
+print("constexpr double kRefLogTwoPart[][3] = {")
+for v in [1e-300, 0.1, 0.75, 0.7500000000000001, 1.0 - 2.0 ** -53, 1.0 + 2.0 ** -52,
+          1.4999999999999998, 1.5, 2.0, 3.0, 7.123456789, 16.5, 1e300]:
+    ln = mp.log(mp.mpf(v))
+    hi = float(ln)
+    print(f"    {{{d(v)}, {d(hi)}, {d(ln - mp.mpf(hi))}}},")
+print("};")
+# Gamma(a) for 0 < a <= 32: {a, Gamma(a)}
+print("constexpr double kRefGammaModerate[][2] = {")
+for a in [1e-3, 0.1, 0.5, 1.0, 1.5, 2.5, 7.3, 15.9, 15.999999999999998, 16.0, 16.5, 31.9, 32.0]:
+    print(f"    {{{d(a)}, {d(mp.gamma(mp.mpf(a)))}}},")
+print("};")
+# The gamma deviance (x - a) - a ln(x / a): {a, x, value}; both sides of Loader's 10% band
+print("constexpr double kRefGammaDeviance[][3] = {")
+for a, x in [(1.0, 1.0), (16.0, 16.5), (100.0, 81.9), (100.0, 81.7), (100.0, 122.1),
+             (100.0, 122.3), (1000.0, 1e-300), (3.5, 750.0), (1000.0, 1000.0000000000001)]:
+    A, X = mp.mpf(a), mp.mpf(x)
+    print(f"    {{{d(a)}, {d(x)}, {d(X - A - A * mp.log(X / A))}}},")
+print("};")

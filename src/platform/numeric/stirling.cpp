@@ -17,6 +17,9 @@
 
 #include <array>
 #include <cmath>
+#include <numbers>
+
+#include "platform/numeric/double_double.hpp"
 
 namespace zemath::numeric {
 
@@ -80,6 +83,24 @@ double log_factorial(double k) {
     if (k < kLogFactorialTable) return table.value[static_cast<int>(k)];
     const double x = k + 1.0;
     return (x - 0.5) * std::log(x) - x + kHalfLnTwoPi + stirling_error(x);
+}
+
+double gamma_moderate(double a) {
+    constexpr double kShiftTo = 16.0;
+    // a + m in [16, 17) exactly in two parts (it may need more bits than one double), and
+    // the factors a + j, j < m, each rounded once: independent, so no dependency chain.
+    const double m = a < kShiftTo ? std::ceil(kShiftTo - a) : 0.0;
+    const TwoPart shifted = two_sum(a, m);
+    double product = 1.0;
+    for (double j = 0.0; j < m; j += 1.0) product *= a + j;
+    const double big = shifted.hi;
+    const TwoPart exponent =
+        add(multiply(TwoPart{big, 0.0}, log_two_part(big, 0.0)), TwoPart{-big, 0.0});
+    const double at_big = std::sqrt(2.0 * std::numbers::pi / big) *
+                          exp_two_part(add(exponent, TwoPart{stirling_error(big), 0.0}));
+    // Gamma(big + low) = Gamma(big) (1 + psi(big) low), psi(big) = ln big - 1/(2 big) to 1e-4.
+    const double psi = std::log(big) - 0.5 / big;
+    return at_big * (1.0 + psi * shifted.lo) / product;
 }
 
 }  // namespace zemath::numeric

