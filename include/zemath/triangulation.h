@@ -67,13 +67,17 @@ ZEMATH_API void zemath_triangulation_free(Triangulation* t) ZEMATH_NOEXCEPT;
  * x (then y); nodes whose x or y is NANUM, NaN or infinite are dropped, and those whose z
  * is NANUM unless 0x10000 (a NaN z is kept); duplicates within 1e-8 of the x and y ranges
  * collapse to one (z averaged over the non-missing values). The built-in method inserts
- * the nodes in x order from the hull edges they see and restores the Delaunay property
- * by edge flips, with exact orientation and in-circle signs, so nearly collinear and
- * cocircular inputs still give a valid triangulation (cocircular ties are broken by the
- * insertion order). The engine build (0x100000 / 0x200000) falls back to the built-in
- * method whenever the engine fails or has fewer than 4 nodes. The missing-z pass chains
- * the edges between triangles with and without a missing vertex z (and the hull edges of
- * the latter) into closed rings, stored as described in the record.
+ * the nodes one at a time and restores the Delaunay property by edge flips, with exact
+ * orientation and in-circle signs, so nearly collinear and cocircular inputs still give
+ * a valid triangulation. Where the Delaunay triangulation is not unique (four or more
+ * cocircular nodes, as on a grid) the tie is decided by inserting the nodes in x (then
+ * y) order from the hull edges they see. Edges and triangles are listed node by node in
+ * x order, around each node counter-clockwise from its hull edge or, inside the mesh,
+ * from its neighbour of smallest index. The engine build (0x100000 / 0x200000) falls
+ * back to the built-in method whenever the engine fails or has fewer than 4 nodes. The
+ * missing-z pass chains the edges between triangles with and without a missing vertex
+ * z (and the hull edges of the latter) into closed rings, stored as described in the
+ * record.
  * Returns 0; -1 when out, x, y or z is NULL; -2 when n < 3 or fewer than 3 usable
  * distinct nodes remain; -130 when all usable nodes are collinear; -19 out of memory. */
 ZEMATH_API int zemath_triangulation(int n, const double* x, const double* y, const double* z,

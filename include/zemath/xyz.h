@@ -170,10 +170,10 @@ ZEMATH_API int zemath_xyz_remove_missingvalue(int n, double* x, double* y,
 
 /* Merges duplicate points in place (methods above); the survivors go to the front of
  * x, y, z cluster by cluster in increasing x, by y inside each x-cluster (so x may
- * decrease slightly, within the x tolerance, between the groups of one cluster). Points whose x or y is NANUM or NaN are dropped; points
- * whose z is NANUM are dropped unless bKeepMissingZ. nMethod 5 returns n and changes
- * nothing. Returns the new count (0 when nothing usable is left); -11 a NULL array;
- * -18 n < 1. */
+ * decrease slightly, within the x tolerance, between the groups of one cluster). Points
+ * whose x or y is NANUM or NaN are dropped; points whose z is NANUM are dropped unless
+ * bKeepMissingZ. nMethod 5 returns n and changes nothing. Returns the new count (0 when
+ * nothing usable is left); -11 a NULL array; -18 n < 1. */
 ZEMATH_API int zemath_xyz_remove_duplicates(int n, double* x, double* y, double* z, int nMethod,
                                             double dXTol, double dYTol,
                                             int bKeepMissingZ) ZEMATH_NOEXCEPT;

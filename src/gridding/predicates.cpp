@@ -7,11 +7,6 @@
 namespace zemath {
 namespace {
 
-constexpr double kEps = 1.1102230246251565e-16;  // 2^-53, half an ulp of 1
-// Error bounds of the plain floating-point evaluations (Shewchuk 1997, section 4.3).
-constexpr double kOrientBound = (3.0 + 16.0 * kEps) * kEps;
-constexpr double kInCircleBound = (10.0 + 96.0 * kEps) * kEps;
-
 using Expansion = std::vector<double>;  // non-overlapping, increasing magnitude, no zeros
 
 inline void two_sum(double a, double b, double& x, double& y) {
@@ -92,7 +87,9 @@ double sign_of(const Expansion& e) {
     return e.empty() ? 0.0 : e.back();
 }
 
-double orient_exact(double ax, double ay, double bx, double by, double cx, double cy) {
+}  // namespace
+
+double orient2d_exact(double ax, double ay, double bx, double by, double cx, double cy) {
     const Expansion acx = difference(ax, cx), bcy = difference(by, cy);
     const Expansion acy = difference(ay, cy), bcx = difference(bx, cx);
     return sign_of(add(multiply(acx, bcy), negate(multiply(acy, bcx))));
@@ -110,45 +107,6 @@ double incircle_exact(double ax, double ay, double bx, double by, double cx, dou
     const Expansion ca = add(multiply(cdx, ady), negate(multiply(adx, cdy)));
     const Expansion ab = add(multiply(adx, bdy), negate(multiply(bdx, ady)));
     return sign_of(add(add(multiply(alift, bc), multiply(blift, ca)), multiply(clift, ab)));
-}
-
-}  // namespace
-
-double orient2d(double ax, double ay, double bx, double by, double cx, double cy) {
-    const double left = (ax - cx) * (by - cy);
-    const double right = (ay - cy) * (bx - cx);
-    const double det = left - right;
-    double permanent;
-    if (left > 0.0) {
-        if (right <= 0.0) return det;
-        permanent = left + right;
-    } else if (left < 0.0) {
-        if (right >= 0.0) return det;
-        permanent = -left - right;
-    } else {
-        return det;
-    }
-    if (std::fabs(det) >= kOrientBound * permanent) return det;
-    return orient_exact(ax, ay, bx, by, cx, cy);
-}
-
-double incircle(double ax, double ay, double bx, double by, double cx, double cy, double dx,
-                double dy) {
-    const double adx = ax - dx, bdx = bx - dx, cdx = cx - dx;
-    const double ady = ay - dy, bdy = by - dy, cdy = cy - dy;
-    const double bdxcdy = bdx * cdy, cdxbdy = cdx * bdy;
-    const double cdxady = cdx * ady, adxcdy = adx * cdy;
-    const double adxbdy = adx * bdy, bdxady = bdx * ady;
-    const double alift = adx * adx + ady * ady;
-    const double blift = bdx * bdx + bdy * bdy;
-    const double clift = cdx * cdx + cdy * cdy;
-    const double det =
-        alift * (bdxcdy - cdxbdy) + blift * (cdxady - adxcdy) + clift * (adxbdy - bdxady);
-    const double permanent = (std::fabs(bdxcdy) + std::fabs(cdxbdy)) * alift +
-                             (std::fabs(cdxady) + std::fabs(adxcdy)) * blift +
-                             (std::fabs(adxbdy) + std::fabs(bdxady)) * clift;
-    if (std::fabs(det) > kInCircleBound * permanent) return det;
-    return incircle_exact(ax, ay, bx, by, cx, cy, dx, dy);
 }
 
 }  // namespace zemath

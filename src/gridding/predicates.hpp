@@ -14,15 +14,62 @@
 // the data ranges first.
 #pragma once
 
+#include <cmath>
+
 namespace zemath {
 
+namespace predicate_detail {
+constexpr double kEps = 1.1102230246251565e-16;  // 2^-53, half an ulp of 1
+// Error bounds of the plain floating-point evaluations (Shewchuk 1997, section 4.3).
+constexpr double kOrientBound = (3.0 + 16.0 * kEps) * kEps;
+constexpr double kInCircleBound = (10.0 + 96.0 * kEps) * kEps;
+}  // namespace predicate_detail
+
+// The exact evaluations behind the filters below (predicates.cpp).
+double orient2d_exact(double ax, double ay, double bx, double by, double cx, double cy);
+double incircle_exact(double ax, double ay, double bx, double by, double cx, double cy, double dx,
+                      double dy);
+
 // > 0 when a, b, c turn counter-clockwise, < 0 clockwise, 0 collinear. The magnitude is
-// meaningful only in the filtered case; callers use the sign.
-double orient2d(double ax, double ay, double bx, double by, double cx, double cy);
+// meaningful only in the filtered case; callers use the sign. Inline: the filter decides
+// almost every call of the triangulation's inner loops.
+inline double orient2d(double ax, double ay, double bx, double by, double cx, double cy) {
+    const double left = (ax - cx) * (by - cy);
+    const double right = (ay - cy) * (bx - cx);
+    const double det = left - right;
+    double permanent;
+    if (left > 0.0) {
+        if (right <= 0.0) return det;
+        permanent = left + right;
+    } else if (left < 0.0) {
+        if (right >= 0.0) return det;
+        permanent = -left - right;
+    } else {
+        return det;
+    }
+    if (std::fabs(det) >= predicate_detail::kOrientBound * permanent) return det;
+    return orient2d_exact(ax, ay, bx, by, cx, cy);
+}
 
 // > 0 when d lies strictly inside the circle through the counter-clockwise a, b, c;
 // < 0 outside; 0 on it.
-double incircle(double ax, double ay, double bx, double by, double cx, double cy, double dx,
-                double dy);
+inline double incircle(double ax, double ay, double bx, double by, double cx, double cy, double dx,
+                       double dy) {
+    const double adx = ax - dx, bdx = bx - dx, cdx = cx - dx;
+    const double ady = ay - dy, bdy = by - dy, cdy = cy - dy;
+    const double bdxcdy = bdx * cdy, cdxbdy = cdx * bdy;
+    const double cdxady = cdx * ady, adxcdy = adx * cdy;
+    const double adxbdy = adx * bdy, bdxady = bdx * ady;
+    const double alift = adx * adx + ady * ady;
+    const double blift = bdx * bdx + bdy * bdy;
+    const double clift = cdx * cdx + cdy * cdy;
+    const double det =
+        alift * (bdxcdy - cdxbdy) + blift * (cdxady - adxcdy) + clift * (adxbdy - bdxady);
+    const double permanent = (std::fabs(bdxcdy) + std::fabs(cdxbdy)) * alift +
+                             (std::fabs(cdxady) + std::fabs(adxcdy)) * blift +
+                             (std::fabs(adxbdy) + std::fabs(bdxady)) * clift;
+    if (std::fabs(det) > predicate_detail::kInCircleBound * permanent) return det;
+    return incircle_exact(ax, ay, bx, by, cx, cy, dx, dy);
+}
 
 }  // namespace zemath

@@ -202,10 +202,16 @@ int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh) {
 void fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
     const int n = static_cast<int>(nodes.x.size());
     const int tc = m.triangles();
-    // Start slot around each node: its hull edge on the hull, else any triangle.
+    // Start slot around each node: its hull edge on the hull, else the corner whose next
+    // vertex has the smallest index, so that the record's order depends only on the
+    // triangle set, not on how the build numbered its triangles.
     std::vector<int> start(static_cast<std::size_t>(n), -1);
     for (int t = 0; t < tc; ++t)
-        for (int s = 0; s < 3; ++s) start[m.v[3 * t + s]] = 3 * t + s;
+        for (int s = 0; s < 3; ++s) {
+            int& corner = start[m.v[3 * t + s]];
+            if (corner < 0 || m.v[3 * t + nxt(s)] < m.v[corner - corner % 3 + nxt(corner % 3)])
+                corner = 3 * t + s;
+        }
     for (int t = 0; t < tc; ++t)
         for (int s = 0; s < 3; ++s)
             if (m.nb[3 * t + s] < 0) start[m.v[3 * t + s]] = 3 * t + s;
