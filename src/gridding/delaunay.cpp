@@ -237,8 +237,10 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         keys.reserve(static_cast<std::size_t>(n - h));
         for (int i = 0; i < n; ++i) {
             if (local[i] >= 0) continue;
-            const double fx = std::clamp((x[i] - *xlo) * sx, 0.0, 65535.0);
-            const double fy = std::clamp((y[i] - *ylo) * sy, 0.0, 65535.0);
+            // NaN from an overflowed range (infinite difference times 0) goes to cell 0.
+            double fx = (x[i] - *xlo) * sx, fy = (y[i] - *ylo) * sy;
+            fx = fx >= 0.0 ? std::min(fx, 65535.0) : 0.0;
+            fy = fy >= 0.0 ? std::min(fy, 65535.0) : 0.0;
             const std::uint64_t d =
                 hilbert_index(static_cast<std::uint32_t>(fx), static_cast<std::uint32_t>(fy));
             keys.push_back(d << 32 | static_cast<std::uint32_t>(i));

@@ -208,6 +208,15 @@ std::vector<Cloud> degenerate_clouds() {
         for (double dy : {-0.01, 0.01}) mixed.x.push_back(0.5 + dx), mixed.y.push_back(0.5 + dy);
     for (int k = 1; k < 40; ++k) mixed.x.push_back(0.025 * k), mixed.y.push_back(0.25);
     clouds.push_back(mixed);
+    // Magnitudes from 1e-300 to near DBL_MAX at once: no power of 2 brings them all into
+    // range, so the predicates must be exact on the given values.
+    Cloud span{"span 1e-300 to 1e308", {}, {}};
+    for (int k = 0; k < 200; ++k) {
+        const double px = (u(rng) - 0.5) * 1.7e308, py = (u(rng) - 0.5) * 1e308;
+        span.x.push_back(k % 3 == 0 ? px * 1e-300 : px);  // tiny x with large y,
+        span.y.push_back(k % 3 == 1 ? py * 1e-300 : py);  // tiny y with large x
+    }
+    clouds.push_back(span);
     return clouds;
 }
 
