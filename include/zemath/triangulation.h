@@ -67,13 +67,17 @@ ZEMATH_API void zemath_triangulation_free(Triangulation* t) ZEMATH_NOEXCEPT;
  * x (then y); nodes whose x or y is NANUM, NaN or infinite are dropped, and those whose z
  * is NANUM unless 0x10000 (a NaN z is kept); duplicates within 1e-8 of the x and y ranges
  * collapse to one (z averaged over the non-missing values). The built-in method inserts
- * the nodes in x order from the hull edges they see and restores the Delaunay property
- * by edge flips, with exact orientation and in-circle signs, so nearly collinear and
- * cocircular inputs still give a valid triangulation (cocircular ties are broken by the
- * insertion order). The engine build (0x100000 / 0x200000) falls back to the built-in
- * method whenever the engine fails or has fewer than 4 nodes. The missing-z pass chains
- * the edges between triangles with and without a missing vertex z (and the hull edges of
- * the latter) into closed rings, stored as described in the record.
+ * the nodes one at a time and restores the Delaunay property by edge flips, with exact
+ * orientation and in-circle signs, so nearly collinear and cocircular inputs still give
+ * a valid triangulation. Where the Delaunay triangulation is not unique (four or more
+ * cocircular nodes, as on a grid) the tie is decided by inserting the nodes in x (then
+ * y) order from the hull edges they see. Edges and triangles are listed node by node in
+ * x order, around each node counter-clockwise from its hull edge or, inside the mesh,
+ * from its neighbour of smallest index. The engine build (0x100000 / 0x200000) falls
+ * back to the built-in method whenever the engine fails or has fewer than 4 nodes. The
+ * missing-z pass chains the edges between triangles with and without a missing vertex
+ * z (and the hull edges of the latter) into closed rings, stored as described in the
+ * record.
  * Returns 0; -1 when out, x, y or z is NULL; -2 when n < 3 or fewer than 3 usable
  * distinct nodes remain; -130 when all usable nodes are collinear; -19 out of memory. */
 ZEMATH_API int zemath_triangulation(int n, const double* x, const double* y, const double* z,
@@ -160,6 +164,76 @@ ZEMATH_API int zemath_tri_natural_neighbor_interpolate(int nd, const double* xd,
  * (too few usable nodes, all collinear, out of memory). */
 ZEMATH_API int zemath_triangulation_reduce(int n, const double* x, const double* y, const double* z,
                                            Triangulation* out, int option) ZEMATH_NOEXCEPT;
+
+/* ---- Contour records and the supplementary areas ------------------------------------
+ *
+ * A TriContour holds level lines over a triangulation: levelCount levels, each with
+ * its level value and lineCount polylines in x-y. A line has count points (x[k], y[k]);
+ * closed is 1 for a closed ring (the last point joins the first and is not repeated) and
+ * 0 for an open line, whose two ends lie on the triangulation's boundary. A caller may
+ * fill a record with its own arrays to pass it in; a record filled by the library (the
+ * output of zemath_triangulation_supplementary_area) owns arrays allocated by the
+ * library and is released only by zemath_tri_contour_free. All-zero is the empty record
+ * (zemath_tri_contour_init). */
+typedef struct TriContourLine {
+    int count;  /* number of points */
+    int closed; /* 1 closed ring, 0 open line (both ends on the boundary) */
+    double* x;  /* count x */
+    double* y;  /* count y */
+} TriContourLine;
+
+typedef struct TriContourLevel {
+    double level;         /* the level value */
+    int lineCount;        /* number of lines at this level */
+    TriContourLine* line; /* lineCount lines */
+} TriContourLevel;
+
+typedef struct TriContour {
+    int levelCount;          /* number of levels */
+    TriContourLevel* levels; /* levelCount levels */
+} TriContour;
+
+/* Option of zemath_triangulation_supplementary_area: areas where the field is above
+ * the level. It is the only kind made; a call without it is refused with -2 (kept so:
+ * hosts pass it to select the kind). */
+enum { ZEMATH_TRI_AREA_ABOVE = 0x10000 };
+
+/* Zero-fills a contour record (no release). NULL is ignored. */
+ZEMATH_API void zemath_tri_contour_init(TriContour* c) ZEMATH_NOEXCEPT;
+
+/* Releases every array of a contour record filled by the library, then zero-fills it.
+ * NULL is ignored. Never pass a record holding the caller's own arrays. */
+ZEMATH_API void zemath_tri_contour_free(TriContour* c) ZEMATH_NOEXCEPT;
+
+/* Supplementary areas: closes the contour lines of each level along the boundary of t
+ * into closed rings around the parts of the hull where the linear field (the node z of
+ * t) is above the level. Per level, the ends of the open lines are placed on the
+ * boundary (the nearest boundary edge, within 1e-6 of the extent of the nodes); the
+ * boundary arcs between consecutive ends, taken counter-clockwise, alternate between
+ * above and below the level, an arc being above when the sum of (z - level) over the
+ * boundary nodes inside it is positive (for an arc inside one edge: z interpolated at
+ * its middle); each ring joins open lines, each run from the end where an above arc
+ * stops to the end where the next one starts, with the above arcs' boundary nodes, so it
+ * runs counter-clockwise around the area above the level (shoelace area positive). A
+ * level without open lines gets the whole boundary as one ring when the boundary is
+ * above the level. Closed lines are copied unchanged. Boundary nodes whose z is NANUM
+ * count for nothing in the sums.
+ * out receives levelCount levels with the same level values, every line closed (closed
+ * 1, last point not repeated); lines appear per level as the closed input lines first,
+ * then the rings, then the whole boundary. out may be the same record as contour. On
+ * success out's previous arrays (a record filled by the library, or all zero) are
+ * released and replaced; on any failure out is left as it was.
+ * Checks come in this order: the pointers and t (-1), the option (-2), then the
+ * contents of contour (-1). Returns 0; -1 when t, contour or out is NULL, t is not
+ * valid or has no usable
+ * boundary (fewer than 3 nodes, an index out of range), or contour is inconsistent
+ * (a negative count, a NULL array, a non-finite level or coordinate, an open line with
+ * fewer than 2 points or a closed one with fewer than 3, an open end off the boundary,
+ * ends whose arcs do not alternate between above and below); -2 when options lacks
+ * 0x10000; -19 out of memory. */
+ZEMATH_API int zemath_triangulation_supplementary_area(const Triangulation* t,
+                                                       const TriContour* contour, TriContour* out,
+                                                       unsigned int options) ZEMATH_NOEXCEPT;
 
 ZEMATH_EXTERN_C_END
 

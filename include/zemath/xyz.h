@@ -8,10 +8,13 @@
  * Duplicate methods (the nMethod codes): 0 (and any unknown code) mean of the values
  * that are not NANUM, 1 median (an even count takes the mean of the two middle values),
  * 2 minimum, 3 maximum, 4 sum of the values that are not NANUM, 5 keep all points.
- * A group whose values are all NANUM merges to NANUM; a NaN value propagates. The merged
- * point keeps the x and y of the first point of its group (smallest x, then smallest y).
- * Duplicates are points whose x differ by at most the x tolerance and y by at most the y
- * tolerance, chained: sorted neighbours within tolerance belong to one group.
+ * A group whose values are all NANUM merges to NANUM; a NaN value propagates.
+ * Duplicates are found in two steps: the points sorted by x are cut into x-clusters
+ * (sorted neighbours whose x differ by at most the x tolerance, chained), then each
+ * cluster is sorted by y (equal y by x) and cut the same way with the y tolerance into
+ * groups. The merged point keeps the x and y of its group's point with the smallest y
+ * (the smallest x among equal y), which need not be the group's smallest x; merged
+ * coordinates are always coordinates of the data.
  *
  * The step finders drop a difference between neighbours a, b as zero when
  * |b - a| <= tol (|a| + |b|): the test is relative, so for coordinates far from 0
@@ -166,10 +169,11 @@ ZEMATH_API int zemath_xyz_remove_missingvalue(int n, double* x, double* y,
                                               double* z) ZEMATH_NOEXCEPT;
 
 /* Merges duplicate points in place (methods above); the survivors go to the front of
- * x, y, z sorted by x, then y. Points whose x or y is NANUM or NaN are dropped; points
- * whose z is NANUM are dropped unless bKeepMissingZ. nMethod 5 returns n and changes
- * nothing. Returns the new count (0 when nothing usable is left); -11 a NULL array;
- * -18 n < 1. */
+ * x, y, z cluster by cluster in increasing x, by y inside each x-cluster (so x may
+ * decrease slightly, within the x tolerance, between the groups of one cluster). Points
+ * whose x or y is NANUM or NaN are dropped; points whose z is NANUM are dropped unless
+ * bKeepMissingZ. nMethod 5 returns n and changes nothing. Returns the new count (0 when
+ * nothing usable is left); -11 a NULL array; -18 n < 1. */
 ZEMATH_API int zemath_xyz_remove_duplicates(int n, double* x, double* y, double* z, int nMethod,
                                             double dXTol, double dYTol,
                                             int bKeepMissingZ) ZEMATH_NOEXCEPT;

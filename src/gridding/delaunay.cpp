@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 #include "gridding/predicates.hpp"
 
@@ -17,31 +18,35 @@ inline int prv(int k) {
     return k == 0 ? 2 : k - 1;
 }
 
+// The sweep keeps its own compact state: coordinates interleaved (one cache line per
+// point), triangles in flat arrays sized for the largest possible mesh, and for every
+// triangle slot the twin half-edge (3 t + slot of the same edge seen from the other
+// triangle, -1 on the hull), so that a flip finds and relinks its neighbours without
+// searching them.
 struct Sweep {
-    std::span<const double> x, y;
-    Mesh& m;
-    std::vector<int> hull_prev;
-    std::vector<int> hull_edge;  // per hull node u: 3 t + slot of the edge (u, hull_next[u])
+    std::vector<double> xy;
+    std::vector<int> v, twin;
+    int count = 0;  // triangles so far
+    std::vector<int> hull_next, hull_prev;
+    std::vector<int> hull_edge;  // per hull node u: half-edge of the edge (u, hull_next[u])
     std::vector<int> stack;
+    bool tie = false;  // some in-circle or orientation test was exactly 0 (or NaN)
 
     double orient(int a, int b, int c) const {
-        return orient2d(x[a], y[a], x[b], y[b], x[c], y[c]);
+        return orient2d(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
+                        xy[2 * c + 1]);
     }
 
     int add_triangle(int a, int b, int c) {
-        const int t = m.triangles();
-        m.v.insert(m.v.end(), {a, b, c});
-        m.nb.insert(m.nb.end(), {-1, -1, -1});
+        const int t = count++;
+        v[3 * t] = a, v[3 * t + 1] = b, v[3 * t + 2] = c;
+        twin[3 * t] = twin[3 * t + 1] = twin[3 * t + 2] = -1;
         return t;
     }
 
-    void replace_neighbor(int t, int old_t, int new_t) {
-        if (t < 0) return;
-        for (int k = 0; k < 3; ++k)
-            if (m.nb[3 * t + k] == old_t) {
-                m.nb[3 * t + k] = new_t;
-                return;
-            }
+    void link(int e, int f) {
+        twin[e] = f;
+        if (f >= 0) twin[f] = e;
     }
 
     // Legalises edge slot s of triangle t, whose opposite vertex is the new point, and
@@ -52,46 +57,62 @@ struct Sweep {
         while (!stack.empty()) {
             const int code = stack.back();
             stack.pop_back();
-            const int t = code / 3, j = code % 3;
-            const int n = m.nb[3 * t + j];
-            if (n < 0) continue;
-            const int a = m.v[3 * t + j], b = m.v[3 * t + nxt(j)], c = m.v[3 * t + prv(j)];
-            int k = 0;
-            while (k < 3 && m.nb[3 * n + k] != t) ++k;
-            if (k == 3) continue;  // cannot happen in a consistent mesh
-            const int d = m.v[3 * n + prv(k)];
+            const int across = twin[code];
+            if (across < 0) continue;
+            const int t = code / 3, j = code - 3 * t;
+            const int n = across / 3, k = across - 3 * n;
+            const int a = v[3 * t + j], b = v[3 * t + nxt(j)], c = v[3 * t + prv(j)];
+            const int d = v[3 * n + prv(k)];
+            const double in = incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1],
+                                       xy[2 * c], xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
             // Flip only on a definite 'inside' (a NaN from overflowing input never flips).
-            if (!(incircle(x[a], y[a], x[b], y[b], x[c], y[c], x[d], y[d]) > 0.0)) continue;
-            // Flip (a,b): t = (a,b,c), n = (b,a,d) become t = (c,a,d), n = (d,b,c).
-            const int x1 = m.nb[3 * n + nxt(k)];  // across (a,d)
-            const int x2 = m.nb[3 * n + prv(k)];  // across (d,b)
-            const int y1 = m.nb[3 * t + nxt(j)];  // across (b,c)
-            const int y2 = m.nb[3 * t + prv(j)];  // across (c,a)
-            m.v[3 * t] = c, m.v[3 * t + 1] = a, m.v[3 * t + 2] = d;
-            m.nb[3 * t] = y2, m.nb[3 * t + 1] = x1, m.nb[3 * t + 2] = n;
-            m.v[3 * n] = d, m.v[3 * n + 1] = b, m.v[3 * n + 2] = c;
-            m.nb[3 * n] = x2, m.nb[3 * n + 1] = y1, m.nb[3 * n + 2] = t;
-            replace_neighbor(x1, n, t);
-            replace_neighbor(y1, t, n);
-            if (x1 < 0) hull_edge[a] = 3 * t + 1;
-            if (y2 < 0) hull_edge[c] = 3 * t + 0;
-            if (x2 < 0) hull_edge[d] = 3 * n + 0;
-            if (y1 < 0) hull_edge[b] = 3 * n + 1;
+            if (!(in > 0.0)) {
+                tie = tie || !(in < 0.0);
+                continue;
+            }
+            flip(t, j, n, k);
             stack.push_back(3 * t + 1);  // (a,d), opposite c
             stack.push_back(3 * n + 0);  // (d,b), opposite c
         }
     }
 
-    bool visible(int a, int b, int p) const { return orient(a, b, p) < 0.0; }
+    // Flips the edge in slot j of t (= slot k of n): t = (a,b,c), n = (b,a,d) become
+    // t = (c,a,d), n = (d,b,c).
+    void flip(int t, int j, int n, int k) {
+        const int a = v[3 * t + j], b = v[3 * t + nxt(j)], c = v[3 * t + prv(j)];
+        const int d = v[3 * n + prv(k)];
+        const int x1 = twin[3 * n + nxt(k)];  // across (a,d)
+        const int x2 = twin[3 * n + prv(k)];  // across (d,b)
+        const int y1 = twin[3 * t + nxt(j)];  // across (b,c)
+        const int y2 = twin[3 * t + prv(j)];  // across (c,a)
+        v[3 * t] = c, v[3 * t + 1] = a, v[3 * t + 2] = d;
+        v[3 * n] = d, v[3 * n + 1] = b, v[3 * n + 2] = c;
+        link(3 * t, y2);
+        link(3 * t + 1, x1);
+        link(3 * n, x2);
+        link(3 * n + 1, y1);
+        link(3 * t + 2, 3 * n + 2);
+        if (x1 < 0) hull_edge[a] = 3 * t + 1;
+        if (y2 < 0) hull_edge[c] = 3 * t + 0;
+        if (x2 < 0) hull_edge[d] = 3 * n + 0;
+        if (y1 < 0) hull_edge[b] = 3 * n + 1;
+    }
+
+    bool visible(int a, int b, int p) {
+        const double o = orient(a, b, p);
+        tie = tie || !(o != 0.0);
+        return o < 0.0;
+    }
 
     // Inserts point p, outside the hull; q is a hull node that p sees.
     bool insert(int p, int q) {
-        std::vector<int>& next = m.hull_next;
+        std::vector<int>& next = hull_next;
+        const int bound = static_cast<int>(next.size());
         int s = q;
         // Back up while the edge ending at s is visible (bounded by the hull size).
         for (int guard = 0; visible(hull_prev[s], s, p); ++guard) {
             s = hull_prev[s];
-            if (s == q || guard > static_cast<int>(next.size())) return false;
+            if (s == q || guard > bound) return false;
         }
         if (!visible(s, next[s], p)) {
             // q sees p only through a vertex: search the whole hull once.
@@ -101,19 +122,17 @@ struct Sweep {
             s = e;
             for (int guard = 0; visible(hull_prev[s], s, p); ++guard) {
                 s = hull_prev[s];
-                if (guard > static_cast<int>(next.size())) return false;
+                if (guard > bound) return false;
             }
         }
         int e = s, first = -1, previous = -1;
         do {
             const int f = next[e];
+            if (count >= static_cast<int>(v.size() / 3)) return false;  // cannot happen
             const int t = add_triangle(f, e, p);  // (f, e) is the old hull edge (e, f) reversed
-            const int h = hull_edge[e];
-            m.nb[3 * t] = h / 3;
-            m.nb[h] = t;
+            link(3 * t, hull_edge[e]);
             if (previous >= 0) {
-                m.nb[3 * previous + 2] = t;  // (p, e) of the previous triangle
-                m.nb[3 * t + 1] = previous;  // (e, p)
+                link(3 * previous + 2, 3 * t + 1);  // (p, e) of the previous, (e, p) of t
             } else {
                 first = t;
             }
@@ -134,27 +153,227 @@ struct Sweep {
         for (int t = first; t <= previous; ++t) legalize(t, 0);
         return true;
     }
+
+    void setup(std::span<const double> x, std::span<const double> y) {
+        const std::size_t size = x.size();
+        xy.resize(2 * size);
+        for (std::size_t i = 0; i < size; ++i) xy[2 * i] = x[i], xy[2 * i + 1] = y[i];
+        // At most 2 n - 5 triangles in a triangulation of n points.
+        v.resize(3 * (2 * size));
+        twin.resize(3 * (2 * size));
+        hull_next.assign(size, -1);
+        hull_prev.assign(size, -1);
+        hull_edge.assign(size, -1);
+        stack.reserve(64);
+    }
+
+    void take_mesh(Mesh& mesh) {
+        const std::size_t slots = 3 * static_cast<std::size_t>(count);
+        v.resize(slots);
+        mesh.v = std::move(v);
+        mesh.nb.resize(slots);
+        for (std::size_t i = 0; i < slots; ++i) mesh.nb[i] = twin[i] < 0 ? -1 : twin[i] / 3;
+        mesh.hull_next = std::move(hull_next);
+    }
 };
 
-}  // namespace
+// Index of the cell (qx, qy) of a 2^16 by 2^16 grid along the Hilbert curve.
+std::uint64_t hilbert_index(std::uint32_t qx, std::uint32_t qy) {
+    constexpr std::uint32_t side = 1u << 16;
+    std::uint64_t d = 0;
+    for (std::uint32_t s = side / 2; s > 0; s /= 2) {
+        const std::uint32_t rx = (qx & s) != 0 ? 1u : 0u, ry = (qy & s) != 0 ? 1u : 0u;
+        d += static_cast<std::uint64_t>(s) * s * ((3u * rx) ^ ry);
+        if (ry == 0) {
+            if (rx == 1) qx = side - 1 - qx, qy = side - 1 - qy;
+            std::swap(qx, qy);
+        }
+    }
+    return d;
+}
 
-int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh) {
+// Fast build for points in general position: the hull (monotone chain over the x
+// order) is split into a fan, the other points are inserted in Hilbert-curve order
+// (each located by a walk from the previous one, so consecutive steps touch nearby
+// triangles in memory) and legalised by Lawson flips, and a last flip pass makes the
+// fan's edges Delaunay. True only when no exact tie was met and every interior edge
+// ends strictly Delaunay: then the Delaunay triangulation is unique, and equal to the
+// one the x-order sweep gives. Otherwise (cocircular or collinear points, a point on
+// an edge, a walk that does not end) false, and the caller runs the sweep, which
+// decides ties by its insertion order.
+bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& mesh) {
     const int n = static_cast<int>(x.size());
-    mesh.v.clear();
-    mesh.nb.clear();
-    if (n < 3) return 1;
+    if (n < 4) return false;
+    auto turn = [&](int a, int b, int c) { return orient2d(x[a], y[a], x[b], y[b], x[c], y[c]); };
+    // Convex hull, counter-clockwise from node 0; any collinear triple met gives up.
+    std::vector<int> hull;
+    hull.reserve(64);
+    for (int pass = 0; pass < 2; ++pass) {
+        const std::size_t floor = hull.size();
+        for (int k = 0; k < n; ++k) {
+            const int i = pass == 0 ? k : n - 1 - k;
+            while (hull.size() >= floor + 2) {
+                const double o = turn(hull[hull.size() - 2], hull.back(), i);
+                if (!(o != 0.0)) return false;
+                if (o > 0.0) break;
+                hull.pop_back();
+            }
+            hull.push_back(i);
+        }
+        hull.pop_back();  // the chain's last node starts the other chain
+    }
+    const int h = static_cast<int>(hull.size());
+    if (h < 3) return false;
+    // Local numbering: hull nodes in order, then the rest along the Hilbert curve.
+    std::vector<int> local(static_cast<std::size_t>(n), -1), global;
+    global.reserve(static_cast<std::size_t>(n));
+    for (int k = 0; k < h; ++k) local[hull[k]] = k, global.push_back(hull[k]);
+    {
+        const auto [xlo, xhi] = std::minmax_element(x.begin(), x.end());
+        const auto [ylo, yhi] = std::minmax_element(y.begin(), y.end());
+        const double sx = *xhi > *xlo ? 65535.0 / (*xhi - *xlo) : 0.0;
+        const double sy = *yhi > *ylo ? 65535.0 / (*yhi - *ylo) : 0.0;
+        std::vector<std::uint64_t> keys;
+        keys.reserve(static_cast<std::size_t>(n - h));
+        for (int i = 0; i < n; ++i) {
+            if (local[i] >= 0) continue;
+            // NaN from an overflowed range (infinite difference times 0) goes to cell 0.
+            double fx = (x[i] - *xlo) * sx, fy = (y[i] - *ylo) * sy;
+            fx = fx >= 0.0 ? std::min(fx, 65535.0) : 0.0;
+            fy = fy >= 0.0 ? std::min(fy, 65535.0) : 0.0;
+            const std::uint64_t d =
+                hilbert_index(static_cast<std::uint32_t>(fx), static_cast<std::uint32_t>(fy));
+            keys.push_back(d << 32 | static_cast<std::uint32_t>(i));
+        }
+        std::sort(keys.begin(), keys.end());
+        for (std::uint64_t key : keys) {
+            const int i = static_cast<int>(key & 0xffffffffu);
+            local[i] = static_cast<int>(global.size());
+            global.push_back(i);
+        }
+    }
+    std::vector<double> rx(static_cast<std::size_t>(n)), ry(static_cast<std::size_t>(n));
+    for (int k = 0; k < n; ++k) rx[k] = x[global[k]], ry[k] = y[global[k]];
+    Sweep sw;
+    sw.setup(rx, ry);
+    // Fan (0, k, k+1) over the hull.
+    for (int k = 1; k + 1 < h; ++k) {
+        const int t = sw.add_triangle(0, k, k + 1);
+        if (k > 1) sw.link(3 * (t - 1) + 2, 3 * t);
+        sw.hull_edge[k] = 3 * t + 1;
+        sw.hull_next[k] = k + 1;
+    }
+    sw.hull_edge[0] = 0;
+    sw.hull_next[0] = 1;
+    sw.hull_edge[h - 1] = 3 * (h - 3) + 2;
+    sw.hull_next[h - 1] = 0;
+    const std::vector<double>& xy = sw.xy;
+    auto side_of = [&](int a, int b, int p) {
+        return orient2d(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * p],
+                        xy[2 * p + 1]);
+    };
+    int t = 0;
+    const long long walk_limit = 4LL * (2LL * n) + 16;
+    for (int p = h; p < n; ++p) {
+        // Walk towards p; the edge just crossed is not tested again.
+        int came = -1;
+        long long steps = 0;
+        for (;;) {
+            int exit_slot = -1;
+            for (int s = 0; s < 3; ++s) {
+                if (3 * t + s == came) continue;
+                const double o = side_of(sw.v[3 * t + s], sw.v[3 * t + nxt(s)], p);
+                if (!(o != 0.0)) return false;  // on an edge line (or NaN): not general
+                if (o < 0.0) {
+                    exit_slot = s;
+                    break;
+                }
+            }
+            if (exit_slot < 0) break;
+            came = sw.twin[3 * t + exit_slot];
+            if (came < 0 || ++steps > walk_limit) return false;
+            t = came / 3;
+        }
+        // Split t = (a, b, c) into (a, b, p), (b, c, p), (c, a, p).
+        const int a = sw.v[3 * t], b = sw.v[3 * t + 1], c = sw.v[3 * t + 2];
+        const int tab = sw.twin[3 * t], tbc = sw.twin[3 * t + 1], tca = sw.twin[3 * t + 2];
+        const int t1 = sw.add_triangle(b, c, p), t2 = sw.add_triangle(c, a, p);
+        sw.v[3 * t + 2] = p;
+        sw.link(3 * t, tab);
+        sw.link(3 * t1, tbc);
+        sw.link(3 * t2, tca);
+        sw.link(3 * t + 1, 3 * t1 + 2);
+        sw.link(3 * t1 + 1, 3 * t2 + 2);
+        sw.link(3 * t2 + 1, 3 * t + 2);
+        if (tab < 0) sw.hull_edge[a] = 3 * t;
+        if (tbc < 0) sw.hull_edge[b] = 3 * t1;
+        if (tca < 0) sw.hull_edge[c] = 3 * t2;
+        sw.legalize(t, 0);
+        sw.legalize(t1, 0);
+        sw.legalize(t2, 0);
+        if (sw.tie) return false;
+    }
+    // Last pass: every interior edge, flipping until all are strictly Delaunay.
+    std::vector<int> pending;
+    pending.reserve(3 * static_cast<std::size_t>(sw.count));
+    for (int e = 0; e < 3 * sw.count; ++e)
+        if (sw.twin[e] > e) pending.push_back(e);
+    long long budget = 64LL * n + 64;
+    while (!pending.empty()) {
+        if (--budget < 0) return false;
+        const int e = pending.back();
+        pending.pop_back();
+        const int f = sw.twin[e];
+        if (f < 0) continue;
+        const int te = e / 3, j = e % 3, tf = f / 3, k = f % 3;
+        const int a = sw.v[3 * te + j], b = sw.v[3 * te + nxt(j)], c = sw.v[3 * te + prv(j)];
+        const int d = sw.v[3 * tf + prv(k)];
+        const double in = incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
+                                   xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
+        if (!(in != 0.0)) return false;
+        if (in < 0.0) continue;
+        // Flip through the legalisation step (opposite vertex c), then recheck the
+        // quadrilateral's four sides.
+        sw.stack.clear();
+        const int x1 = sw.twin[3 * tf + nxt(k)], x2 = sw.twin[3 * tf + prv(k)];
+        const int y1 = sw.twin[3 * te + nxt(j)], y2 = sw.twin[3 * te + prv(j)];
+        sw.flip(te, j, tf, k);
+        for (int g : {x1, x2, y1, y2})
+            if (g >= 0) pending.push_back(g);
+    }
+    if (sw.tie) return false;
+    // Back to the caller's numbering, the triangles ordered by their lowest node (a
+    // counting sort), as the x-order sweep leaves them roughly: the record is derived
+    // node by node, and this keeps its walks local in memory.
+    const int tc = sw.count;
+    std::vector<int> first(static_cast<std::size_t>(n) + 1, 0), slot(static_cast<std::size_t>(tc));
+    for (int k = 0; k < 3 * tc; ++k) sw.v[k] = global[sw.v[k]];
+    for (int k = 0; k < tc; ++k)
+        ++first[std::min({sw.v[3 * k], sw.v[3 * k + 1], sw.v[3 * k + 2]}) + 1];
+    for (int i = 0; i < n; ++i) first[i + 1] += first[i];
+    for (int k = 0; k < tc; ++k)
+        slot[k] = first[std::min({sw.v[3 * k], sw.v[3 * k + 1], sw.v[3 * k + 2]})]++;
+    mesh.v.resize(3 * static_cast<std::size_t>(tc));
+    mesh.nb.resize(3 * static_cast<std::size_t>(tc));
+    for (int k = 0; k < tc; ++k)
+        for (int s = 0; s < 3; ++s) {
+            mesh.v[3 * slot[k] + s] = sw.v[3 * k + s];
+            const int f = sw.twin[3 * k + s];
+            mesh.nb[3 * slot[k] + s] = f < 0 ? -1 : slot[f / 3];
+        }
+    mesh.hull_next.assign(static_cast<std::size_t>(n), -1);
+    for (int k = 0; k < h; ++k) mesh.hull_next[global[k]] = global[sw.hull_next[k]];
+    return true;
+}
+
+// Sweep in the given (lexicographic) order; decides cocircular ties by that order.
+int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& mesh) {
+    const int n = static_cast<int>(x.size());
     int k = 2;
     while (k < n && orient2d(x[0], y[0], x[1], y[1], x[k], y[k]) == 0.0) ++k;
     if (k == n) return 3;
-    mesh.v.reserve(6 * static_cast<std::size_t>(n));
-    mesh.nb.reserve(6 * static_cast<std::size_t>(n));
-    mesh.hull_next.assign(static_cast<std::size_t>(n), -1);
-    Sweep sweep{x,
-                y,
-                mesh,
-                std::vector<int>(static_cast<std::size_t>(n), -1),
-                std::vector<int>(static_cast<std::size_t>(n), -1),
-                {}};
+    Sweep sweep;
+    sweep.setup(x, y);
     // Fan from the collinear run 0..k-1 (ordered along its line) to point k. The fan is
     // Delaunay: each circle meets the line only at its own two run points.
     const bool left = orient2d(x[0], y[0], x[1], y[1], x[k], y[k]) > 0.0;
@@ -163,26 +382,35 @@ int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh
         if (i > 0) {
             // Shared edge (i, k): slot 2 of (i, i+1, k) and slot 1 of the previous
             // (i-1, i, k); mirrored for the clockwise-ordered fan.
-            mesh.nb[3 * t + (left ? 2 : 1)] = t - 1;
-            mesh.nb[3 * (t - 1) + (left ? 1 : 2)] = t;
+            sweep.link(3 * t + (left ? 2 : 1), 3 * (t - 1) + (left ? 1 : 2));
         }
     }
     // Hull from the fan's free edges.
-    for (int t = 0; t < mesh.triangles(); ++t)
+    for (int t = 0; t < sweep.count; ++t)
         for (int s = 0; s < 3; ++s)
-            if (mesh.nb[3 * t + s] < 0) {
-                const int u = mesh.v[3 * t + s], w = mesh.v[3 * t + nxt(s)];
-                mesh.hull_next[u] = w;
+            if (sweep.twin[3 * t + s] < 0) {
+                const int u = sweep.v[3 * t + s], w = sweep.v[3 * t + nxt(s)];
+                sweep.hull_next[u] = w;
                 sweep.hull_prev[w] = u;
                 sweep.hull_edge[u] = 3 * t + s;
             }
     int last = k;
-    for (int p = 0; p < n; ++p) {
-        if (p < k + 1) continue;
+    for (int p = k + 1; p < n; ++p) {
         if (!sweep.insert(p, last)) return 2;
         last = p;
     }
+    sweep.take_mesh(mesh);
     return 0;
+}
+
+}  // namespace
+
+int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh) {
+    mesh.v.clear();
+    mesh.nb.clear();
+    if (x.size() < 3) return 1;
+    if (build_hilbert(x, y, mesh)) return 0;
+    return build_x_order(x, y, mesh);
 }
 
 bool link_mesh(int nodes, Mesh& mesh) {

@@ -4,8 +4,8 @@
 // Method: one index sort by x, x-clusters chained by gaps within the x tolerance, each
 // cluster sorted by y and split into groups by gaps within the y tolerance, then one
 // merging pass. O(n log n); no pairwise scan. The merged point keeps the coordinates of
-// the first point of its group (smallest x, then smallest y), so merged coordinates are
-// always coordinates of the data.
+// the first point of its group in the cluster's y order (smallest y, then smallest x),
+// so merged coordinates are always coordinates of the data.
 // Failure: none beyond allocation (31000 / bad_alloc, caught by the export guard).
 #pragma once
 
@@ -32,7 +32,8 @@ struct DupOptions {
 };
 
 // Merges duplicates of the points (x[i], y[i]) with companion value arrays values[k][i],
-// in place; the survivors are written to the front of every array in (x, y) order.
+// in place; the survivors are written to the front of every array, x-cluster by
+// x-cluster, by y inside each cluster.
 // Points whose x (or y when used) is NANUM or NaN are dropped first. Returns the new
 // count (0 when nothing is left). keep_all is not handled here (callers return early).
 int merge_duplicates(int n, double* x, double* y, std::span<double* const> values, DupMethod method,

@@ -2,37 +2,61 @@
 #include "gridding/predicates.hpp"
 
 #include <cmath>
+#include <limits>
+#include <type_traits>
 #include <vector>
 
 namespace zemath {
 namespace {
 
-constexpr double kEps = 1.1102230246251565e-16;  // 2^-53, half an ulp of 1
-// Error bounds of the plain floating-point evaluations (Shewchuk 1997, section 4.3).
-constexpr double kOrientBound = (3.0 + 16.0 * kEps) * kEps;
-constexpr double kInCircleBound = (10.0 + 96.0 * kEps) * kEps;
+// The exact path works in a type whose exponent range holds every product of four
+// coordinate differences of finite doubles (up to 2^4100, down to 2^-4296): the x87 or
+// quadruple long double where there is one. Then no intermediate overflows or
+// underflows, and the signs are exact for all finite coordinates, however far apart in
+// magnitude. Where long double is double, the range is that of double (exact while no
+// product of four differences leaves it).
+using Real = std::conditional_t<(std::numeric_limits<long double>::max_exponent >= 4400 &&
+                                 std::numeric_limits<long double>::min_exponent <= -4400),
+                                long double, double>;
+constexpr bool kWideReal = !std::is_same_v<Real, double>;
+using Expansion = std::vector<Real>;  // non-overlapping, increasing magnitude, no zeros
 
-using Expansion = std::vector<double>;  // non-overlapping, increasing magnitude, no zeros
-
-inline void two_sum(double a, double b, double& x, double& y) {
+inline void two_sum(Real a, Real b, Real& x, Real& y) {
     x = a + b;
-    const double bv = x - a;
-    const double av = x - bv;
+    const Real bv = x - a;
+    const Real av = x - bv;
     y = (a - av) + (b - bv);
 }
 
-inline void two_product(double a, double b, double& x, double& y) {
+// Veltkamp's split of a into two halves of at most ceil(p/2) bits each.
+inline void split(Real a, Real& hi, Real& lo) {
+    constexpr int half = (std::numeric_limits<Real>::digits + 1) / 2;
+    const Real factor = static_cast<Real>((1ULL << half) + 1);
+    const Real c = factor * a;
+    hi = c - (c - a);
+    lo = a - hi;
+}
+
+// x + y = a * b exactly (Dekker's product; the fused multiply-add for double).
+inline void two_product(Real a, Real b, Real& x, Real& y) {
     x = a * b;
-    y = std::fma(a, b, -x);
+    if constexpr (kWideReal) {
+        Real ahi, alo, bhi, blo;
+        split(a, ahi, alo);
+        split(b, bhi, blo);
+        y = alo * blo - (((x - ahi * bhi) - alo * bhi) - ahi * blo);
+    } else {
+        y = std::fma(a, b, -x);
+    }
 }
 
 // e + b (Grow-Expansion with zero elimination).
-Expansion grow(const Expansion& e, double b) {
+Expansion grow(const Expansion& e, Real b) {
     Expansion h;
     h.reserve(e.size() + 1);
-    double q = b;
-    for (double component : e) {
-        double sum, tail;
+    Real q = b;
+    for (Real component : e) {
+        Real sum, tail;
         two_sum(q, component, sum, tail);
         if (tail != 0.0) h.push_back(tail);
         q = sum;
@@ -44,20 +68,20 @@ Expansion grow(const Expansion& e, double b) {
 
 Expansion add(const Expansion& e, const Expansion& f) {
     Expansion h = e;
-    for (double component : f) h = grow(h, component);
+    for (Real component : f) h = grow(h, component);
     return h;
 }
 
 // e * b (Scale-Expansion with zero elimination).
-Expansion scale(const Expansion& e, double b) {
+Expansion scale(const Expansion& e, Real b) {
     Expansion h;
     if (e.empty() || b == 0.0) return h;
     h.reserve(2 * e.size());
-    double q, tail;
+    Real q, tail;
     two_product(e[0], b, q, tail);
     if (tail != 0.0) h.push_back(tail);
     for (std::size_t i = 1; i < e.size(); ++i) {
-        double product, product_tail, sum;
+        Real product, product_tail, sum;
         two_product(e[i], b, product, product_tail);
         two_sum(q, product_tail, sum, tail);
         if (tail != 0.0) h.push_back(tail);
@@ -70,29 +94,31 @@ Expansion scale(const Expansion& e, double b) {
 
 Expansion multiply(const Expansion& e, const Expansion& f) {
     Expansion h;
-    for (double component : f) h = add(h, scale(e, component));
+    for (Real component : f) h = add(h, scale(e, component));
     return h;
 }
 
 Expansion negate(Expansion e) {
-    for (double& c : e) c = -c;
+    for (Real& c : e) c = -c;
     return e;
 }
 
 Expansion difference(double a, double b) {  // a - b exactly
-    double x, y;
-    two_sum(a, -b, x, y);
+    Real x, y;
+    two_sum(a, -static_cast<Real>(b), x, y);
     Expansion h;
-    if (y != 0.0) h.push_back(y);
-    if (x != 0.0) h.push_back(x);
+    if (y != 0) h.push_back(y);
+    if (x != 0) h.push_back(x);
     return h;
 }
 
 double sign_of(const Expansion& e) {
-    return e.empty() ? 0.0 : e.back();
+    return e.empty() ? 0.0 : (e.back() > 0 ? 1.0 : -1.0);
 }
 
-double orient_exact(double ax, double ay, double bx, double by, double cx, double cy) {
+}  // namespace
+
+double orient2d_exact(double ax, double ay, double bx, double by, double cx, double cy) {
     const Expansion acx = difference(ax, cx), bcy = difference(by, cy);
     const Expansion acy = difference(ay, cy), bcx = difference(bx, cx);
     return sign_of(add(multiply(acx, bcy), negate(multiply(acy, bcx))));
@@ -110,45 +136,6 @@ double incircle_exact(double ax, double ay, double bx, double by, double cx, dou
     const Expansion ca = add(multiply(cdx, ady), negate(multiply(adx, cdy)));
     const Expansion ab = add(multiply(adx, bdy), negate(multiply(bdx, ady)));
     return sign_of(add(add(multiply(alift, bc), multiply(blift, ca)), multiply(clift, ab)));
-}
-
-}  // namespace
-
-double orient2d(double ax, double ay, double bx, double by, double cx, double cy) {
-    const double left = (ax - cx) * (by - cy);
-    const double right = (ay - cy) * (bx - cx);
-    const double det = left - right;
-    double permanent;
-    if (left > 0.0) {
-        if (right <= 0.0) return det;
-        permanent = left + right;
-    } else if (left < 0.0) {
-        if (right >= 0.0) return det;
-        permanent = -left - right;
-    } else {
-        return det;
-    }
-    if (std::fabs(det) >= kOrientBound * permanent) return det;
-    return orient_exact(ax, ay, bx, by, cx, cy);
-}
-
-double incircle(double ax, double ay, double bx, double by, double cx, double cy, double dx,
-                double dy) {
-    const double adx = ax - dx, bdx = bx - dx, cdx = cx - dx;
-    const double ady = ay - dy, bdy = by - dy, cdy = cy - dy;
-    const double bdxcdy = bdx * cdy, cdxbdy = cdx * bdy;
-    const double cdxady = cdx * ady, adxcdy = adx * cdy;
-    const double adxbdy = adx * bdy, bdxady = bdx * ady;
-    const double alift = adx * adx + ady * ady;
-    const double blift = bdx * bdx + bdy * bdy;
-    const double clift = cdx * cdx + cdy * cdy;
-    const double det =
-        alift * (bdxcdy - cdxbdy) + blift * (cdxady - adxcdy) + clift * (adxbdy - bdxady);
-    const double permanent = (std::fabs(bdxcdy) + std::fabs(cdxbdy)) * alift +
-                             (std::fabs(cdxady) + std::fabs(adxcdy)) * blift +
-                             (std::fabs(adxbdy) + std::fabs(bdxady)) * clift;
-    if (std::fabs(det) > kInCircleBound * permanent) return det;
-    return incircle_exact(ax, ay, bx, by, cx, cy, dx, dy);
 }
 
 }  // namespace zemath

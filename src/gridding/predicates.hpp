@@ -9,20 +9,83 @@
 // fused multiply-add products) and its sign read from the largest component. The exact
 // path's work shrinks automatically when the coordinate differences are exact (zero
 // tails are eliminated), so gridded and cocircular inputs stay fast.
-// Valid for finite coordinates whose products neither overflow nor underflow (|x| within
-// about 1e-75..1e75 after the triangulation's scaling); the triangulation normalises by
-// the data ranges first.
+// Exact for all finite coordinates: evaluations whose products may have overflowed or
+// underflowed fail the filter, and the exact path works in a wider exponent range
+// (predicates.cpp).
 #pragma once
+
+#include <cmath>
 
 namespace zemath {
 
+namespace predicate_detail {
+constexpr double kEps = 1.1102230246251565e-16;  // 2^-53, half an ulp of 1
+// Error bounds of the plain floating-point evaluations (Shewchuk 1997, section 4.3).
+constexpr double kOrientBound = (3.0 + 16.0 * kEps) * kEps;
+constexpr double kInCircleBound = (10.0 + 96.0 * kEps) * kEps;
+// The bounds are relative and assume no underflow: below this permanent (2^-900) an
+// underflowed product could decide the sign, so the exact path decides instead.
+constexpr double kSmallestPermanent = 0x1p-900;
+}  // namespace predicate_detail
+
+// The exact evaluations behind the filters below (predicates.cpp).
+double orient2d_exact(double ax, double ay, double bx, double by, double cx, double cy);
+double incircle_exact(double ax, double ay, double bx, double by, double cx, double cy, double dx,
+                      double dy);
+
 // > 0 when a, b, c turn counter-clockwise, < 0 clockwise, 0 collinear. The magnitude is
-// meaningful only in the filtered case; callers use the sign.
-double orient2d(double ax, double ay, double bx, double by, double cx, double cy);
+// meaningful only in the filtered case; callers use the sign. Inline: the filter decides
+// almost every call of the triangulation's inner loops.
+inline double orient2d(double ax, double ay, double bx, double by, double cx, double cy) {
+    const double acx = ax - cx, bcy = by - cy, acy = ay - cy, bcx = bx - cx;
+    const double left = acx * bcy;
+    const double right = acy * bcx;
+    const double det = left - right;
+    // A product that may have underflowed (tiny, or 0 from non-zero factors) or
+    // overflowed (infinite or NaN) leaves the decision to the exact path.
+    auto unsafe = [](double product, double f, double g) {
+        return product == 0.0 ? (f != 0.0 && g != 0.0)
+                              : !(std::fabs(product) >= predicate_detail::kSmallestPermanent &&
+                                  std::fabs(product) < HUGE_VAL);
+    };
+    if (unsafe(left, acx, bcy) || unsafe(right, acy, bcx))
+        return orient2d_exact(ax, ay, bx, by, cx, cy);
+    double permanent;
+    if (left > 0.0) {
+        if (right <= 0.0) return det;
+        permanent = left + right;
+    } else if (left < 0.0) {
+        if (right >= 0.0) return det;
+        permanent = -left - right;
+    } else {
+        return det;
+    }
+    if (std::fabs(det) >= predicate_detail::kOrientBound * permanent) return det;
+    return orient2d_exact(ax, ay, bx, by, cx, cy);
+}
 
 // > 0 when d lies strictly inside the circle through the counter-clockwise a, b, c;
 // < 0 outside; 0 on it.
-double incircle(double ax, double ay, double bx, double by, double cx, double cy, double dx,
-                double dy);
+inline double incircle(double ax, double ay, double bx, double by, double cx, double cy, double dx,
+                       double dy) {
+    const double adx = ax - dx, bdx = bx - dx, cdx = cx - dx;
+    const double ady = ay - dy, bdy = by - dy, cdy = cy - dy;
+    const double bdxcdy = bdx * cdy, cdxbdy = cdx * bdy;
+    const double cdxady = cdx * ady, adxcdy = adx * cdy;
+    const double adxbdy = adx * bdy, bdxady = bdx * ady;
+    const double alift = adx * adx + ady * ady;
+    const double blift = bdx * bdx + bdy * bdy;
+    const double clift = cdx * cdx + cdy * cdy;
+    const double det =
+        alift * (bdxcdy - cdxbdy) + blift * (cdxady - adxcdy) + clift * (adxbdy - bdxady);
+    const double permanent = (std::fabs(bdxcdy) + std::fabs(cdxbdy)) * alift +
+                             (std::fabs(cdxady) + std::fabs(adxcdy)) * blift +
+                             (std::fabs(adxbdy) + std::fabs(bdxady)) * clift;
+    // An infinite or NaN permanent (overflow) or a tiny one (underflow) fails the test.
+    if (std::fabs(det) > predicate_detail::kInCircleBound * permanent &&
+        permanent >= predicate_detail::kSmallestPermanent && permanent < HUGE_VAL)
+        return det;
+    return incircle_exact(ax, ay, bx, by, cx, cy, dx, dy);
+}
 
 }  // namespace zemath

@@ -175,8 +175,11 @@ void Nodes::scale_back() {
 }
 
 int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh) {
-    // Coordinates whose squares would overflow or underflow are scaled by one power of 2
-    // on both axes: exact, so the triangulation is that of the given coordinates.
+    // Coordinates far from 1 are scaled by one power of 2 on both axes when that is exact
+    // (no scaled value leaves the normal range), so that the predicates' filters decide
+    // and the engine's rounded arithmetic works near 1. Otherwise (coordinates spanning
+    // more than the double range can scale) they stay as given: the exact predicates
+    // hold for all finite values.
     double largest = 0.0;
     for (std::size_t i = 0; i < nodes.x.size(); ++i)
         largest = std::max({largest, std::fabs(nodes.x[i]), std::fabs(nodes.y[i])});
@@ -187,9 +190,16 @@ int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh) {
     if (largest > 0.0 && (largest > 1e60 || largest < 1e-60)) {
         const int e = std::ilogb(largest);
         scaled = nodes;
-        for (double& v : scaled.x) v = std::ldexp(v, -e);
-        for (double& v : scaled.y) v = std::ldexp(v, -e);
-        use = &scaled;
+        bool exact = true;
+        for (std::vector<double>* axis : {&scaled.x, &scaled.y})
+            for (double& v : *axis) {
+                const double w = std::ldexp(v, -e);
+                exact = exact && (w == 0.0 || std::fabs(w) >= std::numeric_limits<double>::min());
+                v = w;
+            }
+        if (exact) use = &scaled;
+        // The engine's rounded arithmetic cannot work on such a span: built-in method.
+        if (!exact) options &= ~(kEngine | kEngineScaled);
     }
     if ((options & (kEngine | kEngineScaled)) != 0 &&
         build_engine(*use, (options & kEngineScaled) != 0, mesh))
@@ -204,10 +214,16 @@ int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh) {
 void fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
     const int n = static_cast<int>(nodes.x.size());
     const int tc = m.triangles();
-    // Start slot around each node: its hull edge on the hull, else any triangle.
+    // Start slot around each node: its hull edge on the hull, else the corner whose next
+    // vertex has the smallest index, so that the record's order depends only on the
+    // triangle set, not on how the build numbered its triangles.
     std::vector<int> start(static_cast<std::size_t>(n), -1);
     for (int t = 0; t < tc; ++t)
-        for (int s = 0; s < 3; ++s) start[m.v[3 * t + s]] = 3 * t + s;
+        for (int s = 0; s < 3; ++s) {
+            int& corner = start[m.v[3 * t + s]];
+            if (corner < 0 || m.v[3 * t + nxt(s)] < m.v[corner - corner % 3 + nxt(corner % 3)])
+                corner = 3 * t + s;
+        }
     for (int t = 0; t < tc; ++t)
         for (int s = 0; s < 3; ++s)
             if (m.nb[3 * t + s] < 0) start[m.v[3 * t + s]] = 3 * t + s;

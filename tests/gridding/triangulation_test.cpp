@@ -71,6 +71,21 @@ void check_invariants(const Triangulation& t, bool delaunay = true) {
     for (int e = 0; e < t.edges && t.triangles > 0; ++e) {
         EXPECT_EQ(uses[e], t.edge[3 * e + 2] == 1 ? 1 : 2) << e;
     }
+    if (delaunay) {  // listed node by node: edges from their lower node, triangles from their
+                     // lowest
+        for (int e = 0; e < t.edges; ++e) {
+            EXPECT_LT(t.edge[3 * e], t.edge[3 * e + 1]);
+            if (e > 0) {
+                EXPECT_LE(t.edge[3 * e - 3], t.edge[3 * e]);
+            }
+        }
+        for (int k = 0; k < t.triangles; ++k) {
+            EXPECT_LT(t.tri[6 * k], std::min(t.tri[6 * k + 1], t.tri[6 * k + 2]));
+            if (k > 0) {
+                EXPECT_LE(t.tri[6 * k - 6], t.tri[6 * k]);
+            }
+        }
+    }
     if (delaunay) {
         EXPECT_EQ(t.triangles, 2 * t.nodes - t.boundaryCount - 2);
         EXPECT_EQ(t.boundary[0], 0);
@@ -181,6 +196,27 @@ std::vector<Cloud> degenerate_clouds() {
         for (int j = 0; j < 40; ++j)
             perturbed.x.push_back(i + 1e-12 * u(rng)), perturbed.y.push_back(j + 1e-12 * u(rng));
     clouds.push_back(perturbed);
+    // Scattered points around a small empty square (four cocircular points) and an
+    // interior collinear run: ties met inside otherwise general data.
+    Cloud mixed{"scattered, a cocircular square, a collinear run", {}, {}};
+    for (int k = 0; k < 3000; ++k) {
+        const double px = u(rng), py = u(rng);
+        if (std::hypot(px - 0.5, py - 0.5) < 0.05 || std::fabs(py - 0.25) < 0.01) continue;
+        mixed.x.push_back(px), mixed.y.push_back(py);
+    }
+    for (double dx : {-0.01, 0.01})
+        for (double dy : {-0.01, 0.01}) mixed.x.push_back(0.5 + dx), mixed.y.push_back(0.5 + dy);
+    for (int k = 1; k < 40; ++k) mixed.x.push_back(0.025 * k), mixed.y.push_back(0.25);
+    clouds.push_back(mixed);
+    // Magnitudes from 1e-300 to near DBL_MAX at once: no power of 2 brings them all into
+    // range, so the predicates must be exact on the given values.
+    Cloud span{"span 1e-300 to 1e308", {}, {}};
+    for (int k = 0; k < 200; ++k) {
+        const double px = (u(rng) - 0.5) * 1.7e308, py = (u(rng) - 0.5) * 1e308;
+        span.x.push_back(k % 3 == 0 ? px * 1e-300 : px);  // tiny x with large y,
+        span.y.push_back(k % 3 == 1 ? py * 1e-300 : py);  // tiny y with large x
+    }
+    clouds.push_back(span);
     return clouds;
 }
 

@@ -67,6 +67,11 @@ TEST(XyzDuplicates, MissingValuesAndMethodFive) {
               1);
     EXPECT_EQ(cx[0], 0.0);
     EXPECT_EQ(cz[0], 3.0);
+    // The merged point is the group's point of smallest y, not of smallest x.
+    Vec rx{0, 0.5e-8}, ry{0.5e-8, 0}, rz{1, 2};
+    EXPECT_EQ(zemath_xyz_remove_duplicates(2, rx.data(), ry.data(), rz.data(), 0, 1e-8, 1e-8, 1),
+              1);
+    EXPECT_EQ((Vec{rx[0], ry[0], rz[0]}), (Vec{0.5e-8, 0, 1.5}));
     // The xyzv, xy and array forms.
     Vec vx{2, 1, 2}, vy{5, 5, 5}, vz{1, 2, 3}, vv{10, 20, 30};
     EXPECT_EQ(

@@ -155,6 +155,8 @@ void release_record(void* record) {
         zemath_free_comm_struct(static_cast<zemath_Comm*>(record));
     else if constexpr (std::is_same_v<V, Triangulation>)
         zemath_triangulation_free(static_cast<Triangulation*>(record));
+    else if constexpr (std::is_same_v<V, TriContour>)
+        zemath_tri_contour_free(static_cast<TriContour*>(record));
     else if constexpr (std::is_same_v<V, CStringArray>)
         static_cast<CStringArray*>(record)->~CStringArray();  // all-zero is its empty state
 }
