@@ -110,12 +110,15 @@ StepResult find_step(std::span<const double> values, double tol, double fit_tol)
 }
 
 std::vector<DifferenceGroup> difference_groups(std::vector<double> d) {
+    // A NaN difference (from infinite neighbours) belongs to no group; each group takes at
+    // least its first difference, so the loop always moves on.
+    std::erase_if(d, [](double v) { return std::isnan(v); });
     std::sort(d.begin(), d.end());
     std::vector<DifferenceGroup> groups;
     std::size_t i = 0;
     while (i < d.size()) {
-        std::size_t j = i;
-        double total = 0.0;
+        std::size_t j = i + 1;
+        double total = d[i];
         while (j < d.size() && d[j] - d[i] <= kGroupRelTol * d[i]) total += d[j++];
         groups.push_back({total / static_cast<double>(j - i), static_cast<int>(j - i)});
         i = j;

@@ -110,6 +110,7 @@ const FailureValue kFailureValues[] = {
     {"theQuickSort", 0},
     {"zemath_tmovavg", -1},                     // "an averaging pass fails"
     {"zemath_adjave_smooth", -9},               // -9 on any failure
+    {"zemath_triangulation_reduce", -1},        // -1 when it cannot triangulate
     {"zemath_percentiles_distribution", -166},  // its allocation-failure code
 };
 

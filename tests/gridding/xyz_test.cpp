@@ -270,6 +270,12 @@ TEST(XyzStep, Finders) {
     EXPECT_EQ(counts[0], 2);
     EXPECT_EQ(counts[1], 1);
     EXPECT_NEAR(steps[1], 0.9, 1e-12);
+    // A difference that overflows to infinity (kept by a negative tolerance) is a group of
+    // its own (comparing it with itself gave NaN, and the grouping loop never ended).
+    const std::vector<double> ends{DBL_MAX, -DBL_MAX, DBL_MAX};
+    EXPECT_EQ(zemath_array_step_histogram(ends.data(), 3, -1.0, steps, counts, 4), 2);
+    EXPECT_EQ(steps[1], INFINITY);
+    EXPECT_EQ(counts[1], 1);
     double intervals[1] = {-1};
     EXPECT_EQ(zemath_get_intervals(v.data(), 4, 1e-8, intervals, 1), 3);
     EXPECT_NEAR(intervals[0], 0.3, 1e-15);
