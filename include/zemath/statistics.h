@@ -573,12 +573,12 @@ ZEMATH_API int zemath_shapiro_wilk_test_R94(const double* x, int n, double* a, i
  * Its W is not AS R94's beyond about 20 points: the published algorithm takes the extreme
  * coefficient from Shapiro and Wilk's a_1^2 = Gamma((n+1)/2) / (sqrt(2) Gamma(n/2+1)),
  * which grows far above AS R94's for large n (a_1 0.178 against 0.109 at n = 1000, 0.150
- * against 0.081 at n = 2000), weighting the extreme pair too much, so its W runs lower: measured on normal samples, on average 0.008 below AS R94's W at
- * n = 100 and 0.011 to 0.012 at n = 250 to 2000 (at most 0.02); on uniform samples up to
- * 0.028 below. This is the published method, not a rounding effect: the library's W
- * matches a double-precision evaluation of the published formulas to single precision.
- * Its p-value is calibrated for its own W (under normality 5 to 6 % of p-values fall
- * below 0.05 at every n from 20 to 2000), so the test keeps its size, but W and p are
+ * against 0.081 at n = 2000), weighting the extreme pair too much, so its W runs lower: measured on
+ * normal samples, on average 0.008 below AS R94's W at n = 100 and 0.011 to 0.012 at n = 250 to
+ * 2000 (at most 0.02); on uniform samples up to 0.028 below. This is the published method, not a
+ * rounding effect: the library's W matches a double-precision evaluation of the published formulas
+ * to single precision. Its p-value is calibrated for its own W (under normality 5 to 6 % of
+ * p-values fall below 0.05 at every n from 20 to 2000), so the test keeps its size, but W and p are
  * not interchangeable with zemath_shapiro_wilk_test's.
  * W, pw receive the statistic and p-value (1 and 1 on failure); the indicator goes to
  * *ifault and is returned: 0; 1 n <= 2; 2 n > 2000. Returns -156 when a pointer is
