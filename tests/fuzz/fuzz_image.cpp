@@ -91,7 +91,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
             // The rectangle percentile filter: the row and column histogram paths and the
             // automatic choice give the operator's result pixel for pixel, also for
             // windows larger than the image.
-            const int rt = r1 == -1 ? rows - 1 : r1, ct = c1 == -1 ? cols - 1 : c1;
+            // rows and cols may be any int here (INT_MIN included): the last index only
+            // for a real image.
+            const int rt = r1 == -1 && rows >= 1 ? rows - 1 : r1;
+            const int ct = c1 == -1 && cols >= 1 ? cols - 1 : c1;
             const bool valid_region = rows >= 1 && cols >= 1 && r0 >= 0 && c0 >= 0 && r0 <= rt &&
                                       c0 <= ct && rt < rows && ct < cols;
             if (which == 0 && shape == 0 && !null_in && valid_region && width >= 1 && height >= 1 &&
