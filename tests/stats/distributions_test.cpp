@@ -14,6 +14,7 @@
 
 #include "platform/util/probability.hpp"
 #include "reference/distributions_limits_ref.inc"
+#include "reference/distributions_tiny_x_ref.inc"
 #include "stats/distribution_calls.hpp"
 #include "zemath/status.h"
 
@@ -472,6 +473,14 @@ TEST(DistributionValues, NonCentralMixturesAtTinyShapes) {
         int status = -1;
         EXPECT_NEAR(ncfcdf(row.x, row.a, row.b, row.lambda, &status), row.p, 1e-13 * row.p)
             << row.x << " " << row.a << " " << row.b << " " << row.lambda;
+        EXPECT_EQ(status, 0);
+    }
+    // x below the normal range, where x/2 cannot be formed (ncchi2cdf(5e-324, 1e-300, 0)
+    // gave 0 for a value of 1).
+    for (const auto& row : kTinyXChi2) {
+        int status = -1;
+        EXPECT_NEAR(ncchi2cdf(row.x, row.df, row.lambda, &status), row.p, 1e-13 * row.p)
+            << row.x << " " << row.df << " " << row.lambda;
         EXPECT_EQ(status, 0);
     }
 }

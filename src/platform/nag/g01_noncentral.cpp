@@ -28,6 +28,7 @@
 // does not converge (no value).
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 #include "platform/numeric/boost_policy.hpp"  // first: configures Boost
@@ -170,6 +171,17 @@ double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter, 
     fail->set(NE_NOERROR);
     if (x == INFINITY) return 1.0;
     if (x == 0.0) return 0.0;
+    // Below the normal range x/2 loses digits or vanishes: there the mixture is its first
+    // term e^(-lambda/2) (x/2)^(df/2) / Gamma(df/2 + 1), formed in logarithms, whenever the
+    // next terms (relative size about lambda x / 4) and the incomplete gamma's own
+    // correction (about x) are below the rounding.
+    constexpr double kSmallestNormalX = 4.0 * std::numeric_limits<double>::min();
+    if (x < kSmallestNormalX && 0.25 * lambda * x < 1e-17) {
+        const double a = 0.5 * df;
+        const double log_value = -0.5 * lambda + a * (std::log(x) - std::numbers::ln2) -
+                                 boost::math::lgamma(a + 1.0, BoostPolicy());
+        return checked(std::exp(log_value), fail);
+    }
     // Ratio of consecutive mixture terms ~ (lambda/2) (x/2) / ((j+1)(df/2+j+1)).
     if (lambda > 0.0 && 0.25 * lambda * x < kForwardRatio * (0.5 * df + 1.0)) {
         const double y = 0.5 * x, a = 0.5 * df;
