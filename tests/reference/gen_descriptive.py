@@ -8,6 +8,14 @@ Oracles, independent of the library:
     sd 0.1 (NumAcc1: 10000002 and 1). Because c + 0.1 is not a double, the target of the
     test is the exact mean and sd of the doubles themselves, computed with mpmath at 60
     digits (the decimal certified values are written too, for the report).
+  - NIST StRD univariate "real" sets PiDigits, Lottery, Lew, Mavro and Michelso, read from
+    tests/reference/nist_strd/*.dat. The transcription is checked here: the exact mean and
+    sd of the decimal data (rational arithmetic) must round to NIST's certified 15-digit
+    values, Michelso must equal R's morley data (299 + Speed / 1000) as a multiset, and
+    PiDigits must equal the first 5000 digits of pi from mpmath except at the one position
+    where the published set has a 3 for pi's 8 (its certified mean, 4.5348, is that of the
+    published data, which is what the set is). As for NumAcc, the test's target is the
+    exact mean and sd of the doubles the decimal data round to.
   - Moments of random samples, unweighted: SciPy (numpy mean/var with ddof 1 or 0,
     scipy.stats.skew / kurtosis with bias=False for flag 0 and bias=True for flag 1,
     scipy.stats.gmean, scipy.stats.t.interval for the confidence limits).
@@ -17,7 +25,9 @@ Oracles, independent of the library:
   - Five-number summaries: R's fivenum().
 Run: /usr/bin/python3 tests/reference/gen_descriptive.py > tests/reference/descriptive_ref.inc
 """
+import os
 import subprocess
+from fractions import Fraction
 
 import mpmath
 import numpy as np
@@ -44,6 +54,46 @@ for name, c in [("NumAcc2", 1), ("NumAcc3", 1000000), ("NumAcc4", 10000000)]:
     for k in range(1000):
         values.append(float(mpmath.mpf(c) + mpmath.mpf("0.1" if k % 2 == 0 else "0.3")))
     sets.append((name, values, str(mpmath.mpf(c) + mpmath.mpf("0.2")), "0.1"))
+# NIST's certified values, 15 significant digits.
+certified = {
+    "PiDigits": ("4.53480000000000", "2.86733906028871"),
+    "Lottery": ("518.958715596330", "291.699727470969"),
+    "Lew": ("-177.435000000000", "277.332168044316"),
+    "Mavro": ("2.00185600000000", "0.000429123454003053"),
+    "Michelso": ("299.852400000000", "0.0790105478190518"),
+}
+here = os.path.dirname(os.path.abspath(__file__))
+
+
+def read_set(name):
+    with open(os.path.join(here, "nist_strd", name + ".dat")) as fh:
+        return [line.strip() for line in fh if line.strip() and not line.startswith("#")]
+
+
+def exact_mean_sd(decimals):
+    xs = [Fraction(v) for v in decimals]
+    mean = sum(xs) / len(xs)
+    var = sum((x - mean) ** 2 for x in xs) / (len(xs) - 1)
+    return mpmath.mpf(mean.numerator) / mean.denominator, mpmath.sqrt(
+        mpmath.mpf(var.numerator) / var.denominator)
+
+
+for name, (cmean, csd) in certified.items():
+    decimals = read_set(name)
+    mean, sd = exact_mean_sd(decimals)
+    for got, want in ((mean, cmean), (sd, csd)):
+        assert abs(got - mpmath.mpf(want)) <= 5e-15 * abs(mpmath.mpf(want)), (name, got, want)
+    if name == "Michelso":
+        r = subprocess.run(["Rscript", "-e", "cat(299 + morley$Speed / 1000, sep = '\\n')"],
+                           check=True, capture_output=True, text=True).stdout.split()
+        assert sorted(Fraction(v).limit_denominator(10**6) for v in r) == sorted(
+            Fraction(v) for v in decimals), "Michelso differs from R's morley"
+    if name == "PiDigits":
+        with mpmath.workdps(5020):
+            pi_digits = mpmath.nstr(mpmath.pi, 5010).replace(".", "")[:5000]
+        differ = [k for k, (a, b) in enumerate(zip(pi_digits, decimals)) if a != b]
+        assert len(decimals) == 5000 and differ == [956], differ
+    sets.append((name, [float(v) for v in decimals], cmean, csd))
 for name, values, cmean, csd in sets:
     xs = [mpmath.mpf(v) for v in values]
     mean = mpmath.fsum(xs) / len(xs)
