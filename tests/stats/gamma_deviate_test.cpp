@@ -59,9 +59,9 @@ TEST(GammaSmallShape, KernelDeclinesOutsideItsRange) {
     struct Case {
         double a, p;
     };
-    const Case declined[] = {{1.0, 0.5},  {2.0, 0.5},         {5e-5, 0.5},
-                             {0.5, 0.0},  {0.5, 1.0},         {0.5, std::nan("")},
-                             {0.01, 1e-300} /* root below the normal range */};
+    const Case declined[] = {
+        {1.0, 0.5}, {2.0, 0.5},          {5e-5, 0.5},   {0.5, 0.0},
+        {0.5, 1.0}, {0.5, std::nan("")}, {0.01, 1e-300} /* root below the normal range */};
     for (const Case& c : declined) {
         EXPECT_TRUE(std::isnan(gamma_deviate_small_shape(c.a, c.p))) << c.a << ", " << c.p;
     }

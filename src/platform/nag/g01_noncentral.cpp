@@ -42,6 +42,7 @@
 #include "platform/nag/g01.hpp"
 #include "platform/nag/log_concave_quadrature.hpp"
 #include "platform/numeric/chi_scale.hpp"
+#include "platform/numeric/noncentral_chi2.hpp"
 #include "platform/numeric/normal.hpp"
 #include "platform/numeric/stirling.hpp"
 
@@ -182,6 +183,9 @@ double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter, 
                                  boost::math::lgamma(a + 1.0, BoostPolicy());
         return checked(std::exp(log_value), fail);
     }
+    // The double evaluation where it answers (the body of moderate non-centralities).
+    const double fast = numeric::noncentral_chi2_lower_double(x, df, lambda);
+    if (!std::isnan(fast)) return checked(fast, fail);
     // Ratio of consecutive mixture terms ~ (lambda/2) (x/2) / ((j+1)(df/2+j+1)).
     if (lambda > 0.0 && 0.25 * lambda * x < kForwardRatio * (0.5 * df + 1.0)) {
         const double y = 0.5 * x, a = 0.5 * df;
