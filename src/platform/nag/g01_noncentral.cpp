@@ -90,8 +90,9 @@ using numeric::normal_lower;
 // L'(y) = v - v s^2 + t s m(c), L''(y) = -2 v s^2 + t s m(c) - (t s)^2 m (m + c),
 // c = t s - delta, m the inverse Mills ratio.
 double nct_lower_by_quadrature(double t, double df, double delta) {
+    const numeric::ChiScaleLogDensity scale_density(df);
     const auto integrand = [=](double y) {
-        return numeric::chi_scale_log_density(y, df) * normal_lower(t * std::exp(y) - delta);
+        return scale_density(y) * normal_lower(t * std::exp(y) - delta);
     };
     const auto d1 = [=](double y) {
         const double s = std::exp(y);

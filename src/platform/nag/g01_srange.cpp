@@ -228,8 +228,9 @@ Law tukey_lower(double q, double v, double r) {
     // be resolved (v = 1e300 gave P = 1 after seconds of work). Such v is the limit law.
     constexpr double kLimitDf = 1e19;
     if (v >= kLimitDf) return range_law<derivative>(q, r);
+    const numeric::ChiScaleLogDensity scale_density(v);
     const auto integrand = [=](double y) -> Law {
-        const double density = numeric::chi_scale_log_density(y, v);
+        const double density = scale_density(y);
         if (density == 0.0) return {};
         const double s = std::exp(y);
         const Law range = range_law<derivative>(q * s, r);
