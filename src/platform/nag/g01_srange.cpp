@@ -14,9 +14,9 @@
 // its mode, which lies between 0 and ln(1 + (r-1)/v) / 2, is found by regula falsi on the
 // slope of its logarithm (the range density R' comes with R at little cost), its width
 // from the last secant; from the mode the trapezoidal rule on the whole line, its step
-// (first the width) halved until two levels agree to 1e-7 (the integrand is analytic in a
+// (first 3/4 of the width) halved until two levels agree to 1e-7 (the integrand is analytic in a
 // strip, so the rule's error falls like e^(-c/h^2): that agreement leaves the finer sum
-// exact to rounding; usually some 40 nodes). Where the levels do not settle (a range law
+// exact to rounding; usually 40 to 70 nodes). Where the levels do not settle (a range law
 // step sharper than the density, huge r), panels 2.5 times wider each time walk outwards
 // on each side, halved where the integrand falls or bends too sharply for the 20-point
 // rule, until negligible. v >= 1e19 is the limit law R(q).
@@ -129,23 +129,23 @@ Law integrate_outwards(const F& f, double from, double to, double width, Law hea
 }
 
 // Integral over the whole line of a smooth log-concave integrand by the trapezoidal rule
-// from its mode, step h = width (its local scale) halved until two levels agree. For an
-// integrand analytic in a strip about the real axis the rule's error falls like
-// e^(-2 pi d / h) (d the strip's half-width): a Gaussian of width sigma is integrated
-// within e^(-2 pi^2) = 3e-9 at h = sigma and within e^(-8 pi^2) = 6e-35 at sigma/2, so
-// when the last halving changed the sum by at most 1e-7 the finer sum is exact to
-// rounding (each halving raises the error to about its fourth power). Each level walks
-// out from the mode on both sides until a node's value times h is below 1e-18 of the sum
-// (log-concave: it only falls further out). Empty when the levels do not settle within
-// kMaxLevels halvings, a walk would pass lo or hi, or take more than kMaxNodes nodes (a
-// step of the integrand sharper than the rule resolves cheaply: the caller's adaptive
-// panels take it).
+// from its mode, step h = 3/4 of width (its local scale; the rule then settles at the
+// first halving for the scale mixtures met, where a step of a whole width took two) halved until
+// two levels agree. For an integrand analytic in a strip about the real axis the rule's error falls
+// like e^(-2 pi d / h) (d the strip's half-width): a Gaussian of width sigma is integrated within
+// e^(-2 pi^2) = 3e-9 at h = sigma and within e^(-8 pi^2) = 6e-35 at sigma/2, so when the last
+// halving changed the sum by at most 1e-7 the finer sum is exact to rounding (each halving raises
+// the error to about its fourth power). Each level walks out from the mode on both sides until a
+// node's value times h is below 1e-18 of the sum (log-concave: it only falls further out). Empty
+// when the levels do not settle within kMaxLevels halvings, a walk would pass lo or hi, or take
+// more than kMaxNodes nodes (a step of the integrand sharper than the rule resolves cheaply: the
+// caller's adaptive panels take it).
 template <class F>
 std::optional<Law> trapezoid_from_mode(const F& f, double mode, double width, Law head, bool both,
                                        double lo, double hi) {
     constexpr double kNegligible = 1e-18, kAgreement = 1e-7;
     constexpr int kMaxLevels = 4, kMaxNodes = 400;
-    double h = width;
+    double h = 0.75 * width;
     Law nodes = head;  // the sum of f over the nodes so far (the mode's included)
     // One level's new nodes: mode +- (stride k + 1) h, k = 0, 1, ...
     const auto walk = [&](int stride, Law& sum) {
