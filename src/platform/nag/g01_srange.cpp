@@ -335,9 +335,15 @@ Law tukey_lower(double q, double v, double r) {
     constexpr double kDrop = 45.0;
     const double reach = kDrop / v + 2.0;
     const Law head = integrand(mode);
-    if (const auto whole =
-            trapezoid_from_mode(integrand, mode, width, head, derivative, -reach, top + reach))
-        return {std::min(whole->p, 1.0), whole->dp};
+    // The trapezoidal rule up to kTrapezoidGroups groups: beyond, the range law's step
+    // sharpens (33 decades within 9% of q at r = 2^31) until two levels can agree to 1e-7
+    // before the rule resolves it, and the adaptive panels take the integral.
+    constexpr double kTrapezoidGroups = 500.0;
+    if (r <= kTrapezoidGroups) {
+        if (const auto whole =
+                trapezoid_from_mode(integrand, mode, width, head, derivative, -reach, top + reach))
+            return {std::min(whole->p, 1.0), whole->dp};
+    }
     const Law right = integrate_outwards(integrand, mode, top + reach, width, head, derivative);
     const Law left = integrate_outwards(integrand, mode, -reach, width, head, derivative);
     return {std::min(left.p + right.p, 1.0), left.dp + right.dp};
