@@ -162,11 +162,15 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter, N
     fail->set(NE_NOERROR);
     if (t == -INFINITY) return 0.0;
     if (t == INFINITY) return 1.0;
-    const boost::math::non_central_t_distribution<double, BoostPolicy> law(df, delta);
-    const double series = boost::math::cdf(law, t);
     // For t < 0 < delta the series' terms cancel down to the result: its relative error
     // is about eps / P, fine above 1/100 and worthless far below.
     constexpr double kSeriesFloor = 0.01;
+    // There P = E[Phi(t S - delta)] <= Phi(-delta), so where that bound is already below
+    // the floor the series is not summed at all.
+    if (t < 0.0 && delta > 0.0 && normal_lower(-delta) < kSeriesFloor)
+        return checked(nct_lower_by_quadrature(t, df, delta), fail);
+    const boost::math::non_central_t_distribution<double, BoostPolicy> law(df, delta);
+    const double series = boost::math::cdf(law, t);
     if (t < 0.0 && delta > 0.0 && !(series >= kSeriesFloor))
         return checked(nct_lower_by_quadrature(t, df, delta), fail);
     return checked(series, fail);
