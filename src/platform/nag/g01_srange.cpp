@@ -13,13 +13,18 @@
 // The outer integral is taken in y = ln s (no end-point singularity for non-integer v):
 // its mode, which lies between 0 and ln(1 + (r-1)/v) / 2, is found by regula falsi on the
 // slope of its logarithm (the range density R' comes with R at little cost), its width
-// from the last secant; from the mode, panels 2.5 times wider each time walk outwards on
-// each side, halved where the integrand falls or bends too sharply for the 20-point rule,
-// until negligible. v >= 1e19 is the limit law R(q).
+// from the last secant; from the mode the trapezoidal rule on the whole line, its step
+// (first 3/4 of the width) halved until two levels agree to 1e-7 (the integrand is analytic in a
+// strip, so the rule's error falls like e^(-c/h^2): that agreement leaves the finer sum
+// exact to rounding; usually 40 to 70 nodes). Where the levels do not settle (a range law
+// step sharper than the density, huge r), panels 2.5 times wider each time walk outwards
+// on each side, halved where the integrand falls or bends too sharply for the 20-point
+// rule, until negligible. v >= 1e19 is the limit law R(q).
 // The deviate: Newton's method with the density dP/dq (the same quadrature), on ln P
-// against ln q below the median and on P above it, from the Odeh-Evans / AS 190.2 start,
-// inside a bracket kept from the signs seen (bisection or doubling when a step leaves it),
-// until P is within rounding of p or the step within rounding of q; 4-8 evaluations.
+// against ln q below the median and on ln(1 - P) against q above it, from the Odeh-Evans /
+// AS 190.2 start, inside a bracket kept from the signs seen (bisection or doubling when a
+// step leaves it), until P is within rounding of p, the step within rounding of q, or the
+// quadratic convergence predicts the next residual below rounding; 3-6 evaluations.
 //
 // Phi(u) - Phi(u - w) is summed from its Hermite series below w = 1/2, where the
 // difference of the two probabilities loses digits (all of them below w = 1e-16).
@@ -38,6 +43,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <optional>
 
 #include "platform/nag/g01.hpp"
 #include "platform/numeric/chi_scale.hpp"
@@ -120,6 +126,56 @@ Law integrate_outwards(const F& f, double from, double to, double width, Law hea
             break;
     }
     return total;
+}
+
+// Integral over the whole line of a smooth log-concave integrand by the trapezoidal rule
+// from its mode, step h = 3/4 of width (its local scale; the rule then settles at the
+// first halving for the scale mixtures met, where a step of a whole width took two) halved until
+// two levels agree. For an integrand analytic in a strip about the real axis the rule's error falls
+// like e^(-2 pi d / h) (d the strip's half-width): a Gaussian of width sigma is integrated within
+// e^(-2 pi^2) = 3e-9 at h = sigma and within e^(-8 pi^2) = 6e-35 at sigma/2, so when the last
+// halving changed the sum by at most 1e-7 the finer sum is exact to rounding (each halving raises
+// the error to about its fourth power). Each level walks out from the mode on both sides until a
+// node's value times h is below 1e-18 of the sum (log-concave: it only falls further out). Empty
+// when the levels do not settle within kMaxLevels halvings, a walk would pass lo or hi, or take
+// more than kMaxNodes nodes (a step of the integrand sharper than the rule resolves cheaply: the
+// caller's adaptive panels take it).
+template <class F>
+std::optional<Law> trapezoid_from_mode(const F& f, double mode, double width, Law head, bool both,
+                                       double lo, double hi) {
+    constexpr double kNegligible = 1e-18, kAgreement = 1e-7;
+    constexpr int kMaxLevels = 4, kMaxNodes = 400;
+    double h = 0.75 * width;
+    Law nodes = head;  // the sum of f over the nodes so far (the mode's included)
+    // One level's new nodes: mode +- (stride k + 1) h, k = 0, 1, ...
+    const auto walk = [&](int stride, Law& sum) {
+        for (const double direction : {1.0, -1.0}) {
+            for (int k = 0;; ++k) {
+                if (k == kMaxNodes) return false;
+                const double y = mode + direction * (stride * k + 1) * h;
+                if (y <= lo || y >= hi) return false;
+                const Law value = f(y);
+                sum.p += value.p;
+                sum.dp += value.dp;
+                if (value.p <= kNegligible * sum.p && (!both || value.dp <= kNegligible * sum.dp))
+                    break;
+            }
+        }
+        return true;
+    };
+    if (!walk(1, nodes)) return std::nullopt;
+    Law previous{nodes.p * h, nodes.dp * h};
+    for (int level = 1; level <= kMaxLevels; ++level) {
+        h *= 0.5;
+        if (!walk(2, nodes)) return std::nullopt;  // the odd multiples of the new h
+        const Law current{nodes.p * h, nodes.dp * h};
+        const bool settled =
+            std::fabs(current.p - previous.p) <= kAgreement * current.p &&
+            (!both || std::fabs(current.dp - previous.dp) <= kAgreement * current.dp);
+        if (settled) return current;
+        previous = current;
+    }
+    return std::nullopt;
 }
 
 // Phi(u) - Phi(u - w) for 0 < w <= 1/2 without the cancellation of the difference:
@@ -228,8 +284,9 @@ Law tukey_lower(double q, double v, double r) {
     // be resolved (v = 1e300 gave P = 1 after seconds of work). Such v is the limit law.
     constexpr double kLimitDf = 1e19;
     if (v >= kLimitDf) return range_law<derivative>(q, r);
+    const numeric::ChiScaleLogDensity scale_density(v);
     const auto integrand = [=](double y) -> Law {
-        const double density = numeric::chi_scale_log_density(y, v);
+        const double density = scale_density(y);
         if (density == 0.0) return {};
         const double s = std::exp(y);
         const Law range = range_law<derivative>(q * s, r);
@@ -278,6 +335,15 @@ Law tukey_lower(double q, double v, double r) {
     constexpr double kDrop = 45.0;
     const double reach = kDrop / v + 2.0;
     const Law head = integrand(mode);
+    // The trapezoidal rule up to kTrapezoidGroups groups: beyond, the range law's step
+    // sharpens (33 decades within 9% of q at r = 2^31) until two levels can agree to 1e-7
+    // before the rule resolves it, and the adaptive panels take the integral.
+    constexpr double kTrapezoidGroups = 500.0;
+    if (r <= kTrapezoidGroups) {
+        if (const auto whole =
+                trapezoid_from_mode(integrand, mode, width, head, derivative, -reach, top + reach))
+            return {std::min(whole->p, 1.0), whole->dp};
+    }
     const Law right = integrate_outwards(integrand, mode, top + reach, width, head, derivative);
     const Law left = integrate_outwards(integrand, mode, -reach, width, head, derivative);
     return {std::min(left.p + right.p, 1.0), left.dp + right.dp};
@@ -304,26 +370,33 @@ double tukey_start(double p, double r, double v) {
 
 // The deviate: Newton's method with the density, on ln P - ln p against ln q below the
 // median (where ln P is close to linear in ln q: one step for the power law of small q)
-// and on P(q) - p above it, inside a bracket kept from the signs seen: a step that leaves
+// and on ln(1 - P) - ln(1 - p) against q above it (the upper tail falls about like
+// e^(-c q^2), nearly a parabola in the logarithm, where P itself flattens and Newton on P
+// creeps up from below), inside a bracket kept from the signs seen: a step that leaves
 // the bracket is replaced by its geometric midpoint (by doubling while no upper end is
-// known, by a sixteenth of the upper end while no lower end is). Each step costs one evaluation of
-// P and its density. Returns false when the iteration cap is reached without convergence.
+// known, by a sixteenth of the upper end while no lower end is). Each step costs one
+// evaluation of P and its density. Once the iteration is quadratic (residual below
+// 1e-6), a step whose predicted residual, K e^2 with K = e / e_prev^2 from the last two,
+// is below a tenth of the rounding of p is taken without evaluating its end. Returns
+// false when the iteration cap is reached without convergence.
 bool tukey_deviate(double p, double v, double r, double& q) {
     constexpr int kMaxSteps = 100;
     constexpr double kMaxLogStep = 64.0;
     constexpr double kSubnormalSpacing = std::numeric_limits<double>::denorm_min();
     constexpr double kNoiseBracket = 1e-9;
+    constexpr double kQuadratic = 1e-6;
     double best = INFINITY, best_x = 0.0;
     const bool logarithmic = p < 0.5;
-    const double target = logarithmic ? std::log(p) : p;
+    const double target = logarithmic ? std::log(p) : std::log1p(-p);
     double lo = 0.0, hi = INFINITY;
     double x = tukey_start(p, r, v);
     if (!(x > 0.0) || !std::isfinite(x)) x = 1.0;
+    double previous_residual = INFINITY;
+    // Within rounding of p (for a subnormal p, of the subnormal spacing): no closer
+    // deviate can be told apart.
+    const double rounding = std::max(2.0 * DBL_EPSILON * p, 2.0 * kSubnormalSpacing);
     for (int step = 0; step < kMaxSteps; ++step) {
         const Law law = tukey_lower<true>(x, v, r);
-        // Within rounding of p (for a subnormal p, of the subnormal spacing): no closer
-        // deviate can be told apart.
-        const double rounding = std::max(2.0 * DBL_EPSILON * p, 2.0 * kSubnormalSpacing);
         if (law.p > 0.0 && std::fabs(law.p - p) <= rounding) return q = x, true;
         // Where the probability itself carries noise above rounding (degrees of freedom
         // far above 1e6), a step inside a bracket already narrower than 1e-9 that does
@@ -337,21 +410,34 @@ bool tukey_deviate(double p, double v, double r, double& q) {
         }
         (law.p < p ? lo : hi) = x;
         double next = NAN;
+        double residual = INFINITY;  // of the log variable, relative to the target's tail
         if (law.p > 0.0 && law.dp > 0.0) {
             if (logarithmic) {
                 // In ln q: one step for the power law P ~ c q^(r-1) of small q.
                 const double elasticity = x * law.dp / law.p;
-                next = x * std::exp(std::clamp(-(std::log(law.p) - target) / elasticity,
-                                               -kMaxLogStep, kMaxLogStep));
-            } else {
-                next = x - (law.p - target) / law.dp;
+                residual = std::log(law.p) - target;
+                next = x * std::exp(std::clamp(-residual / elasticity, -kMaxLogStep, kMaxLogStep));
+            } else if (law.p < 1.0) {
+                const double upper = 1.0 - law.p;
+                residual = std::log(upper) - target;
+                next = x + residual * upper / law.dp;
             }
         }
         if (std::fabs(next - x) <= 4.0 * DBL_EPSILON * x) return q = next, true;
         if (!(next > lo && next < hi)) {
             next = std::isinf(hi) ? 2.0 * x : lo > 0.0 ? std::sqrt(lo * hi) : 0.0625 * hi;
+            residual = INFINITY;
         }
         if (std::isfinite(hi) && hi - lo <= 4.0 * DBL_EPSILON * hi) return q = next, true;
+        // The tail probability's share of p's rounding (the residual is relative to it).
+        const double tail = logarithmic ? p : 1.0 - p;
+        const double magnitude = std::fabs(residual);
+        if (magnitude <= kQuadratic && std::isfinite(previous_residual)) {
+            const double predicted =
+                magnitude * magnitude * magnitude / (previous_residual * previous_residual);
+            if (predicted * tail <= 0.1 * rounding) return q = next, true;
+        }
+        previous_residual = magnitude;
         x = next;
     }
     q = x;

@@ -1,0 +1,151 @@
+// Nanoseconds per call of the non-central distribution exports next to Boost.Math's
+// non-central laws on the same random arguments, Boost with its default policy (double
+// arguments promoted to long double internally) and evaluating in double
+// (promote_double<false>); GSL has no non-central laws. Printed as a table after the runs;
+// the ratio is ours over Boost-in-double.
+#include <benchmark/benchmark.h>
+
+#include <boost/math/distributions/non_central_beta.hpp>
+#include <boost/math/distributions/non_central_chi_squared.hpp>
+#include <boost/math/distributions/non_central_f.hpp>
+#include <boost/math/distributions/non_central_t.hpp>
+
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "zemath/distributions.h"
+
+namespace {
+
+constexpr size_t kArgs = 1024;  // argument sets cycled through, a power of two
+
+namespace bm = boost::math;
+namespace bp = boost::math::policies;
+using InDouble = bp::policy<bp::promote_double<false>>;
+
+// Four arguments per call: the point and up to three parameters.
+struct Set {
+    double u, v, w, z;
+};
+using Fn = double (*)(const Set&);
+
+// Arguments over the body and both tails of each law, fixed seed: degrees of freedom and
+// shapes log-uniform in [1, 100] (t: [1, 1000]), non-centrality log-uniform in [0.1, 100]
+// (t: delta uniform in [-5, 10]), the point spread from the lower to the upper tail
+// around the mean.
+std::vector<Set> make(const char* law) {
+    std::mt19937_64 gen(20240611);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    auto log_uniform = [&](double lo, double hi) { return lo * std::pow(hi / lo, unit(gen)); };
+    std::vector<Set> r;
+    const std::string name(law);
+    for (size_t i = 0; i < kArgs; ++i) {
+        const double spread = -4 + 8 * unit(gen);  // standard deviations from the mean
+        if (name == "nct") {
+            const double df = log_uniform(1, 1000), delta = -5 + 15 * unit(gen);
+            r.push_back({delta + spread * (1 + std::fabs(delta) / std::sqrt(df)), df, delta, 0});
+        } else if (name == "ncchi2") {
+            const double df = log_uniform(1, 100), lambda = log_uniform(0.1, 100);
+            const double x = df + lambda + spread * std::sqrt(2 * (df + 2 * lambda));
+            r.push_back({std::fmax(x, 1e-3 * (df + lambda)), df, lambda, 0});
+        } else if (name == "ncf") {
+            const double df1 = log_uniform(1, 100), df2 = log_uniform(1, 100);
+            const double lambda = log_uniform(0.1, 100);
+            r.push_back({(1 + lambda / df1) * std::exp(spread / 2), df1, df2, lambda});
+        } else {
+            const double a = log_uniform(1, 100), b = log_uniform(1, 100);
+            const double lambda = log_uniform(0.1, 100);
+            r.push_back({1 / (1 + std::exp(-spread)), a, b, lambda});
+        }
+    }
+    return r;
+}
+
+struct Call {
+    const char* name;
+    const char* law;
+    Fn ours, boost, boostd;
+};
+
+const Call kCalls[] = {
+    {"nctcdf", "nct", [](const Set& s) { return nctcdf(s.u, s.v, s.w, 100, nullptr); },
+     [](const Set& s) { return bm::cdf(bm::non_central_t_distribution<>(s.v, s.w), s.u); },
+     [](const Set& s) {
+         return bm::cdf(bm::non_central_t_distribution<double, InDouble>(s.v, s.w), s.u);
+     }},
+    {"ncchi2cdf", "ncchi2", [](const Set& s) { return ncchi2cdf(s.u, s.v, s.w, nullptr); },
+     [](const Set& s) {
+         return bm::cdf(bm::non_central_chi_squared_distribution<>(s.v, s.w), s.u);
+     },
+     [](const Set& s) {
+         return bm::cdf(bm::non_central_chi_squared_distribution<double, InDouble>(s.v, s.w), s.u);
+     }},
+    {"ncfcdf", "ncf", [](const Set& s) { return ncfcdf(s.u, s.v, s.w, s.z, nullptr); },
+     [](const Set& s) { return bm::cdf(bm::non_central_f_distribution<>(s.v, s.w, s.z), s.u); },
+     [](const Set& s) {
+         return bm::cdf(bm::non_central_f_distribution<double, InDouble>(s.v, s.w, s.z), s.u);
+     }},
+    {"ncbetacdf", "ncbeta", [](const Set& s) { return ncbetacdf(s.u, s.v, s.w, s.z, nullptr); },
+     [](const Set& s) { return bm::cdf(bm::non_central_beta_distribution<>(s.v, s.w, s.z), s.u); },
+     [](const Set& s) {
+         return bm::cdf(bm::non_central_beta_distribution<double, InDouble>(s.v, s.w, s.z), s.u);
+     }},
+};
+
+void run(benchmark::State& state, const Call& c, Fn f) {
+    const std::vector<Set> sets = make(c.law);
+    size_t i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(f(sets[i & (kArgs - 1)]));
+        ++i;
+    }
+}
+
+class RatioReporter : public benchmark::ConsoleReporter {
+  public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& r : runs) times_[r.benchmark_name()] = r.GetAdjustedCPUTime();
+        ConsoleReporter::ReportRuns(runs);
+    }
+    void Finalize() override {
+        ConsoleReporter::Finalize();
+        std::printf("\n%-10s %10s %10s %10s %8s\n", "function", "zemath ns", "boost ns",
+                    "boost-d ns", "ratio");
+        for (const Call& c : kCalls) {
+            const std::string base = std::string("BM_") + c.name;
+            auto time = [&](const char* peer) {
+                const auto it = times_.find(base + peer);
+                return it == times_.end() ? std::numeric_limits<double>::quiet_NaN() : it->second;
+            };
+            const double ours = time("_zemath");
+            if (std::isnan(ours)) continue;
+            std::printf("%-10s %10.1f %10.1f %10.1f %8.2f\n", c.name, ours, time("_boost"),
+                        time("_boostd"), ours / time("_boostd"));
+        }
+    }
+
+  private:
+    std::map<std::string, double> times_;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    for (const Call& c : kCalls) {
+        const std::string base = std::string("BM_") + c.name;
+        benchmark::RegisterBenchmark((base + "_zemath").c_str(), run, c, c.ours);
+        benchmark::RegisterBenchmark((base + "_boost").c_str(), run, c, c.boost);
+        benchmark::RegisterBenchmark((base + "_boostd").c_str(), run, c, c.boostd);
+    }
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return 0;
+}
