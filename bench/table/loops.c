@@ -92,18 +92,20 @@ BENCH_API void bench_copy(const double* x, double* out, long n) {
 /* Integrands of the quadrature rows, each in two calling forms with the same arithmetic:
  * the host callback integralKS evaluates (context, x), and the plain double(double) that
  * scipy.integrate.quad takes as a low-level callable. */
-#define BENCH_INTEGRAND(name, expr)                                  \
-    BENCH_API double bench_quad_##name(double x) { return (expr); } \
+#define BENCH_INTEGRAND(name, expr)                                    \
+    BENCH_API double bench_quad_##name(double x) {                     \
+        return (expr);                                                 \
+    }                                                                  \
     BENCH_API double bench_quad_host_##name(void* context, double x) { \
-        (void)context;                                               \
-        return (expr);                                               \
+        (void)context;                                                 \
+        return (expr);                                                 \
     }
-BENCH_INTEGRAND(smooth, x * x * exp(-x))
+BENCH_INTEGRAND(smooth, exp(-x) * (x * x))
 BENCH_INTEGRAND(power, pow(x, -0.9))
 BENCH_INTEGRAND(log_sqrt, log(x) / sqrt(x))
 BENCH_INTEGRAND(oscillating, cos(100.0 * sin(x)))
 BENCH_INTEGRAND(slow_tail, 1.0 / ((1.0 + x) * sqrt(x)))
-BENCH_INTEGRAND(gauss, exp(-x * x))
+BENCH_INTEGRAND(gauss, exp(-pow(x, 2.0)))
 
 /* Counts the evaluations of an integrand for the quadrature rows' notes: context points
  * at a BenchCounted. */
