@@ -3,6 +3,7 @@
  * driver takes from the library itself (one indirect call per element: a nanosecond or
  * two, against tens of nanoseconds and more for each distribution value). Also the plain
  * streaming read that the streaming primitives are set against. Not part of the library. */
+#include <math.h>
 #include <stddef.h>
 #include <stdint.h>
 #include <string.h>
@@ -86,4 +87,34 @@ BENCH_API uint64_t bench_read(const double* x, long n) {
 /* Plain streaming copy (read once, write once), for the cumulative sum. */
 BENCH_API void bench_copy(const double* x, double* out, long n) {
     memcpy(out, x, (size_t)n * sizeof *x);
+}
+
+/* Integrands of the quadrature rows, each in two calling forms with the same arithmetic:
+ * the host callback integralKS evaluates (context, x), and the plain double(double) that
+ * scipy.integrate.quad takes as a low-level callable. */
+#define BENCH_INTEGRAND(name, expr)                                    \
+    BENCH_API double bench_quad_##name(double x) {                     \
+        return (expr);                                                 \
+    }                                                                  \
+    BENCH_API double bench_quad_host_##name(void* context, double x) { \
+        (void)context;                                                 \
+        return (expr);                                                 \
+    }
+BENCH_INTEGRAND(smooth, exp(-x) * (x * x))
+BENCH_INTEGRAND(power, pow(x, -0.9))
+BENCH_INTEGRAND(log_sqrt, log(x) / sqrt(x))
+BENCH_INTEGRAND(oscillating, cos(100.0 * sin(x)))
+BENCH_INTEGRAND(slow_tail, 1.0 / ((1.0 + x) * sqrt(x)))
+BENCH_INTEGRAND(gauss, exp(-pow(x, 2.0)))
+
+/* Counts the evaluations of an integrand for the quadrature rows' notes: context points
+ * at a BenchCounted. */
+typedef struct {
+    double (*f)(double);
+    long count;
+} BenchCounted;
+BENCH_API double bench_quad_host_counted(void* context, double x) {
+    BenchCounted* c = (BenchCounted*)context;
+    ++c->count;
+    return c->f(x);
 }

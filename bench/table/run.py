@@ -25,7 +25,8 @@ sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import runner  # noqa: E402
 
 FAMILIES = ("primitives", "sort", "search", "random", "distributions", "statistics",
-            "smoothing", "peaks", "interpolation", "rainflow", "emd", "gridding", "image")
+            "smoothing", "peaks", "interpolation", "rainflow", "emd", "gridding", "image",
+            "quadrature")
 
 
 def call_overhead():

@@ -58,13 +58,15 @@ typedef struct KSFInfo {
 /* The definite integral of f from x1 to x2. A bound equal to NANUM is infinite (x1:
  * -infinity, x2: +infinity); so are x1 = -inf and x2 = +inf. A finite interval is
  * integrated by adaptive 21-point Gauss-Kronrod quadrature with extrapolation, an
- * infinite one by the same after the map x = bound +- (1 - t)/t (15-point rule);
- * requested accuracy max(1e-300, 1e-10 |integral|), at most 500 subintervals. x1 > x2
+ * infinite one by the same after the map x = bound +- (1 - t)/t (15-point rule) beyond
+ * the unit distance next to the bound (integrated unmapped, so that a singularity at a
+ * finite bound keeps full resolution); requested accuracy
+ * max(1e-300, 1e-10 |integral|), at most 500 subintervals. x1 > x2
  * gives minus the integral from x2 to x1; x1 = x2 gives 0.
  * NANUM when f or its function is NULL, a bound is NaN, x1 = +inf or x2 = -inf, the
  * quadrature cannot reach the accuracy (divergent or too badly behaved integrand: the
- * subinterval limit, round-off, or a divergent extrapolation), or the integrand returns
- * a non-finite value. */
+ * subinterval limit, round-off, an interval too short to bisect, an extrapolation that
+ * stops converging or signals divergence), or the integrand returns a non-finite value. */
 ZEMATH_API double integralKS(KSFInfo* f, double x1, double x2) ZEMATH_NOEXCEPT;
 
 /* The table of functions that need the host's context; one row: "integral" (argument

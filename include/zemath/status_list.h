@@ -89,6 +89,11 @@
     X(ZEMATH_NAG_CONV, 300, "iteration did not converge; approximate result") \
     X(ZEMATH_NAG_PROB_LIMIT, 301, "probability too close to 0 or 1") \
     X(ZEMATH_NAG_NOT_SORTED, 302, "data not sorted") \
+    X(ZEMATH_NAG_QUAD_MAX_SUBDIV, 303, "subinterval limit reached before the requested accuracy") \
+    X(ZEMATH_NAG_QUAD_ROUNDOFF_TOL, 304, "round-off prevents the requested accuracy") \
+    X(ZEMATH_NAG_QUAD_BAD_SUBDIV, 305, "integrand too badly behaved: an interval too short to bisect") \
+    X(ZEMATH_NAG_QUAD_NO_CONV, 306, "extrapolation does not converge: round-off in its table") \
+    X(ZEMATH_NAG_QUAD_DIVERGENT, 307, "integral probably divergent or too slowly convergent") \
     X(ZEMATH_NAG_TOO_MANY_ITER, 357, "iteration limit reached") \
     X(ZEMATH_NAG_DEVIATE_FAILED, 422, "deviate could not be computed to accuracy") \
     X(ZEMATH_NAG_ACCURACY_WARNING, 424, "full accuracy may not have been reached")

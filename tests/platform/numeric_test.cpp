@@ -8,11 +8,13 @@
 #include <limits>
 
 #include "platform/numeric/extended.hpp"
+#include "platform/numeric/gauss_kronrod.hpp"
 #include "platform/numeric/gauss_legendre.hpp"
 #include "platform/numeric/incomplete_gamma.hpp"
 #include "platform/numeric/normal.hpp"
 #include "platform/numeric/stirling.hpp"
 #include "platform/numeric/double_double.hpp"
+#include "reference/gauss_kronrod_ref.inc"
 #include "reference/numeric_tables_ref.inc"
 
 namespace {
@@ -37,6 +39,41 @@ TEST(NumericTables, GaussLegendreRulesCarryTheGeneratedDigits) {
     expect_rule(kGaussLegendre6, kRefGaussNode6, kRefGaussWeight6, "6-point");
     expect_rule(kGaussLegendre12, kRefGaussNode12, kRefGaussWeight12, "12-point");
     expect_rule(kGaussLegendre20, kRefGaussNode20, kRefGaussWeight20, "20-point");
+}
+
+template <std::size_t N>
+void expect_kronrod(const KronrodNode (&rule)[N], const double (&ref)[N][3], int degree,
+                    const char* name) {
+    for (std::size_t i = 0; i < N; ++i) {
+        EXPECT_EQ(rule[i].x, ref[i][0]) << name << " node " << i;
+        EXPECT_EQ(rule[i].wk, ref[i][1]) << name << " Kronrod weight " << i;
+        EXPECT_EQ(rule[i].wg, ref[i][2]) << name << " Gauss weight " << i;
+    }
+    // Both rules of the pair integrate x^k over [0, 2] (x shifted by 1) up to their
+    // degrees: the Kronrod rule to the degree given, the Gauss rule to 2n - 1 for its n
+    // points (the nodes that carry a Gauss weight).
+    int gauss_points = 0;
+    for (std::size_t i = 0; i < N; ++i)
+        if (rule[i].wg != 0.0) gauss_points += i == 0 ? 1 : 2;
+    for (int k = 0; k <= degree; ++k) {
+        double kronrod = 0.0, gauss = 0.0;
+        for (std::size_t i = 0; i < N; ++i) {
+            const double f =
+                std::pow(1.0 + rule[i].x, k) + (i == 0 ? 0.0 : std::pow(1.0 - rule[i].x, k));
+            kronrod += rule[i].wk * f;
+            gauss += rule[i].wg * f;
+        }
+        const double exact = std::ldexp(1.0, k + 1) / (k + 1);
+        EXPECT_NEAR(kronrod / exact, 1.0, 64 * DBL_EPSILON) << name << " degree " << k;
+        if (k < 2 * gauss_points) {
+            EXPECT_NEAR(gauss / exact, 1.0, 64 * DBL_EPSILON) << name << " Gauss degree " << k;
+        }
+    }
+}
+
+TEST(NumericTables, GaussKronrodPairsCarryTheGeneratedDigits) {
+    expect_kronrod(kGaussKronrod15, kRefGaussKronrod15, 22, "15-point");
+    expect_kronrod(kGaussKronrod21, kRefGaussKronrod21, 31, "21-point");
 }
 
 TEST(NumericTables, TwentyPointRuleIsExactToDegree39) {

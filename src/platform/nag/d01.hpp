@@ -17,16 +17,27 @@ struct Nag_QuadProgress {
     int fun_count = 0;
 };
 
-// Failure codes beyond the argument checks: the subinterval limit reached
-// (NE_TOO_MANY_ITER), round-off prevents the requested
-// accuracy (NE_CONV), the integrand returned a non-finite value (NE_REAL). In each case
-// result and abserr hold the best estimate reached. max_num_subint < 1: NE_INT_ARG_LT;
-// a NaN or infinite bound or tolerance, or both tolerances 0 or negative: NE_REAL.
+// The integral of f over [a, b] (a > b gives the negated integral over [b, a]; a = b
+// gives 0 without calling f) to |I - result| <= max(epsabs, epsrel |I|) in at most
+// max_num_subint subintervals (storage grows with the subintervals used), by adaptive
+// bisection with the 21-point Gauss-Kronrod pair and epsilon-algorithm extrapolation.
+// qp (may be null) receives the subintervals used and the calls of f.
+// Argument checks, in order: max_num_subint < 1: NE_INT_ARG_LT; a NaN or infinite bound
+// or tolerance, or no tolerance above 0: NE_REAL. result and abserr are then 0.
+// Failures with the best estimate kept in result and abserr: NE_QUAD_MAX_SUBDIV (the
+// subinterval limit), NE_QUAD_ROUNDOFF_TOL (round-off prevents the requested accuracy),
+// NE_QUAD_BAD_SUBDIV (an interval too short to bisect: a non-integrable singularity or a
+// discontinuity), NE_QUAD_NO_CONV (the extrapolation stopped converging), NE_QUAD_DIVERGENT
+// (the integral is probably divergent or too slowly convergent), NE_REAL (f returned NaN
+// or an infinity; the driver stops there).
 void d01sjc(QuadFunction f, double a, double b, double epsabs, double epsrel, int max_num_subint,
             double* result, double* abserr, Nag_QuadProgress* qp, void* comm, NagError* fail);
 
-// The integral over [bound, inf), (-inf, bound] or (-inf, inf) (bound ignored). An
-// illegal boundinf value gives NE_BAD_PARAM; otherwise as d01sjc.
+// The integral over [bound, inf), (-inf, bound] or (-inf, inf) (bound ignored, even when
+// not finite), after the map x = bound +- (1 - t)/t onto t in (0, 1] (the unit distance
+// next to the bound integrated unmapped), with the 15-point pair on the mapped part. An
+// illegal boundinf value gives NE_BAD_PARAM, checked first; otherwise as d01sjc. On the
+// whole line each point costs two calls of f, at x and -x.
 void d01smc(QuadFunction f, Nag_BoundInterval boundinf, double bound, double epsabs, double epsrel,
             int max_num_subint, double* result, double* abserr, Nag_QuadProgress* qp, void* comm,
             NagError* fail);
