@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 #include "zemath/special.h"
@@ -121,6 +122,33 @@ TEST(SpecialIdentities, SineAndCosineIntegralsDifferentiate) {
             if (!(e <= worst)) worst = e, at = x;
         });
         EXPECT_LE(worst, 2e-13) << c.name << " worst at " << at;
+    }
+}
+
+// The doubles next to each switch point, on both sides, give values within rounding of
+// the value at the point, absolute for values below 1 (the slopes, at most about 3 at these
+// points, move them by under 1e-14 over an ulp of the point): a
+// switch whose piece index is formed from a rounded sum (x + 8 is 10 for the double just
+// below 2) must still pick a piece that covers x.
+TEST(SpecialIdentities, ContinuousAcrossEverySwitchPoint) {
+    struct Case {
+        const char* name;
+        double (*f)(double);
+        double point;
+    };
+    const Case cases[] = {
+        {"Ai", airy_ai, -8.0},       {"Ai", airy_ai, -1.0},        {"Ai", airy_ai, 1.0},
+        {"Ai", airy_ai, 2.0},        {"Ai'", airy_ai_deriv, 2.0},  {"Bi", airy_bi, 2.0},
+        {"Bi'", airy_bi_deriv, 2.0}, {"Bi'", airy_bi_deriv, -8.0}, {"lnG", log_gamma, 0.75},
+        {"lnG", log_gamma, 1.5},     {"lnG", log_gamma, 2.5},      {"lnG", log_gamma, 9.5},
+        {"lnG", log_gamma, 15.5},    {"Si", sin_integral, 4.0},    {"Si", sin_integral, 8.0},
+        {"Ci", cos_integral, 16.0},  {"Ci", cos_integral, 4.0},
+    };
+    constexpr double kInf = std::numeric_limits<double>::infinity();
+    for (const Case& c : cases) {
+        const double at = c.f(c.point);
+        for (double x : {std::nextafter(c.point, -kInf), std::nextafter(c.point, kInf)})
+            EXPECT_NEAR(c.f(x), at, 1e-14 * std::fmax(std::fabs(at), 1.0)) << c.name << " at " << x;
     }
 }
 

@@ -24,6 +24,7 @@
 // kept as the documented limit of the oscillating range; NaN (NE_REAL).
 // References: Abramowitz and Stegun 10.4.59-10.4.80 (the asymptotic and modulus-phase
 // forms); DLMF 9.7, 9.8.
+#include <algorithm>
 #include <cmath>
 
 #include "platform/nag/s.hpp"
@@ -66,7 +67,8 @@ TwoPart zeta_two_part(double y) {
 }
 
 double direct(Kind kind, double x) {
-    const int i = static_cast<int>(std::floor(x - kDirectLo));  // 0..9
+    // x + 8 rounds up to 10 for x within an ulp below 2: the last interval takes it.
+    const int i = std::min(static_cast<int>(std::floor(x - kDirectLo)), 9);
     const double t = 2.0 * (x - (kDirectLo + i)) - 1.0;
     switch (kind) {
         case kAi:

@@ -25,6 +25,7 @@
 // rounding of a non-positive integer (NE_REAL), x < -1e6 (NE_REAL_ARG_LT), overflow
 // (NE_REAL_ARG_GT); the incomplete gamma for a <= 0 (NE_REAL_ARG_LE), x < 0 (NE_REAL_ARG_LT). NaN:
 // NE_REAL.
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -115,7 +116,7 @@ double log_gamma_positive(double x) {
     if (x < 0.75) return log_gamma_near_zeros(x + 1.0) - std::log(x);
     if (x < 2.5) return log_gamma_near_zeros(x);
     if (x < kStirlingFrom) {
-        const int i = static_cast<int>(x - 2.5);  // 0..12
+        const int i = std::min(static_cast<int>(x - 2.5), 12);  // x - 2.5 is exact here
         return chebyshev(detail::kLogGammaMiddle[i], 2.0 * (x - 2.5 - i) - 1.0);
     }
     // Stirling's formula with its error term; x (ln x - 1) keeps x ln x from overflowing.
