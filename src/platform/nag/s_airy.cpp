@@ -16,8 +16,9 @@
 //                 that of the argument as given, to about 1e-16 absolute.
 // The coefficients come from tests/reference/gen_s_coefficients.py (mpmath, 50 digits;
 // every fit within 8e-17 of the piece's largest value). Accuracy against mpmath: a few
-// ulps for x >= -1; for x < -1 within about 2e-16 of the envelope |x|^(-+1/4) / sqrt(pi)
-// (absolute near the zeros, where no relative bound is possible).
+// ulps for x >= -1 (Ai' there is absolute, 4e-17, close to its zero at -1.019); for x < -1
+// within a few units of 1e-16 of the envelope |x|^(-+1/4) / sqrt(pi) (absolute near the
+// zeros, where no relative bound is possible); tests/reference/special_worst_errors.txt.
 //
 // Failures (value 0): Ai and Ai' for x > 103.9, where they underflow, Bi and Bi' for
 // x > 104.1, where they overflow (NE_REAL_ARG_GT); all four for x < -5e10 (NE_REAL_ARG_LT),
