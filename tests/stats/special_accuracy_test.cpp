@@ -1,9 +1,10 @@
 // Accuracy of the special functions of the script table against the 50-digit mpmath
-// references of tests/reference/gen_special.py, each case called through the table by
-// name (lookup, then the dispatcher), so that the row, its signature code and the
-// function are checked together. The error is relative, or relative to the local
-// envelope for oscillating functions (absolute near their zeros). The worst error per
-// function is printed; the committed table is tests/reference/special_worst_errors.txt.
+// references of tests/reference/gen_special.py (and gen_special_switch.py: the switch
+// points of the double evaluations of Airy, ln Gamma, Si and Ci), each case called through the
+// table by name (lookup, then the dispatcher), so that the row, its signature code and the function
+// are checked together. The error is relative, or relative to the local envelope for oscillating
+// functions (absolute near their zeros). The worst error per function is printed; the committed
+// table is tests/reference/special_worst_errors.txt.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -25,6 +26,7 @@ struct RefCase {
 #define REF(name, a0, a1, a2, a3, expected, scale) {name, {a0, a1, a2, a3}, expected, scale},
 const RefCase kCases[] = {
 #include "reference/special_ref.inc"
+#include "reference/special_switch_ref.inc"
 };
 #undef REF
 

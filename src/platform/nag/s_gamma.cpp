@@ -1,13 +1,22 @@
 // s14aac Gamma(x), s14abc ln Gamma(x), s14aec psi^(k)(x) (k = 0..6), s14bac the
 // regularised incomplete gamma pair P(a, x), Q(a, x).
 //
-// Method: Boost.Math (Lanczos approximation with reflection for Gamma and ln Gamma,
-// series near 1 and 2 for ln Gamma; digamma and trigamma by rational approximations
-// and reflection); polygamma of orders 2..6 by the recurrence to x >= 20 and the
-// asymptotic expansion with Bernoulli numbers (negative x: the recurrence upward);
-// the incomplete gamma by Temme's uniform expansion, series and continued fraction,
-// the smaller of P and Q computed directly): a few ulps except near the zeros of
-// ln Gamma and psi, where the error is absolute.
+// Method:
+//   Gamma: Boost.Math (Lanczos approximation with reflection).
+//   ln Gamma, in double: Chebyshev series (coefficients from
+//     tests/reference/gen_s_coefficients.py, mpmath at 50 digits) of ln Gamma(x) / ((x - 1)
+//     (x - 2)) on [3/4, 5/2], so the zeros at 1 and 2 keep relative accuracy; below 3/4
+//     ln Gamma(x + 1) - ln x; ln Gamma itself on the unit intervals of [5/2, 31/2]; beyond,
+//     Stirling's formula with numeric::stirling_error. A few ulps.
+//   psi, psi': Boost.Math (rational approximations and reflection); orders 2..6 by the
+//     recurrence to x >= 20 and the asymptotic expansion with Bernoulli numbers (negative x:
+//     the recurrence upward).
+//   P(a, x), Q(a, x): the double kernel of platform/numeric/incomplete_gamma (series or
+//     continued fraction with the prefactor's exponent in two parts, within 4e-15 + 3e-18 a
+//     for a <= 1000); outside its range (a > 1000, a < 1 with x < a + 1, x = 0 or subnormal,
+//     a prefactor below e^-700) Boost.Math in long double (Temme's uniform expansion, series
+//     and continued fraction, the smaller of P and Q computed directly).
+// A few ulps except near the zeros of psi, where the error is absolute.
 //
 // Failures (value 0): Gamma at 0 and the negative integers (NE_REAL), for x >= 171.62
 // (overflow, NE_REAL_ARG_GT), for x < -170 (underflow to subnormals, NE_REAL_ARG_LT) and for
@@ -16,6 +25,7 @@
 // rounding of a non-positive integer (NE_REAL), x < -1e6 (NE_REAL_ARG_LT), overflow
 // (NE_REAL_ARG_GT); the incomplete gamma for a <= 0 (NE_REAL_ARG_LE), x < 0 (NE_REAL_ARG_LT). NaN:
 // NE_REAL.
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -25,6 +35,9 @@
 #include <boost/math/special_functions/trigamma.hpp>
 
 #include "platform/nag/s.hpp"
+#include "platform/nag/s_chebyshev.hpp"
+#include "platform/numeric/incomplete_gamma.hpp"
+#include "platform/numeric/stirling.hpp"
 
 namespace zemath::nag {
 
@@ -85,6 +98,32 @@ double polygamma(int k, double x) {
     return polygamma_positive(k, y) - correction;
 }
 
+using detail::chebyshev;
+
+// ln Gamma(x) for 3/4 <= x < 5/2 as (x - 1)(x - 2) R(x): relative accuracy at the zeros.
+double log_gamma_near_zeros(double x) {
+    const double r = x < 1.5 ? chebyshev(detail::kLogGammaNearZeros[0], (2.0 * x - 2.25) / 0.75)
+                             : chebyshev(detail::kLogGammaNearZeros[1], 2.0 * x - 4.0);
+    return (x - 1.0) * (x - 2.0) * r;
+}
+
+// ln Gamma(x), 0 < x <= kLogGammaOverflow.
+double log_gamma_positive(double x) {
+    constexpr double kHalfLnTwoPi = 0.91893853320467274178;
+    constexpr double kStirlingFrom = 15.5;
+    // Below 3/4: ln Gamma(x + 1) - ln x; x + 1 rounds by at most 2^-53, which moves
+    // ln Gamma(x + 1) by less than 1e-16 absolute against a result above 0.2.
+    if (x < 0.75) return log_gamma_near_zeros(x + 1.0) - std::log(x);
+    if (x < 2.5) return log_gamma_near_zeros(x);
+    if (x < kStirlingFrom) {
+        const int i = std::min(static_cast<int>(x - 2.5), 12);  // x - 2.5 is exact here
+        return chebyshev(detail::kLogGammaMiddle[i], 2.0 * (x - 2.5 - i) - 1.0);
+    }
+    // Stirling's formula with its error term; x (ln x - 1) keeps x ln x from overflowing.
+    const double lx = std::log(x);
+    return x * (lx - 1.0) - 0.5 * lx + kHalfLnTwoPi + numeric::stirling_error(x);
+}
+
 }  // namespace
 
 double s14aac(double x, NagError* fail) {
@@ -105,7 +144,7 @@ double s14abc(double x, NagError* fail) {
     if (std::isnan(x)) return fail->set(NE_REAL), 0.0;
     if (x <= 0.0) return fail->set(NE_REAL_ARG_LE), 0.0;
     if (x > kLogGammaOverflow) return fail->set(NE_REAL_ARG_GT), 0.0;
-    return boost::math::lgamma(x, QuietPolicy());
+    return log_gamma_positive(x);
 }
 
 double s14aec(double x, int k, NagError* fail) {
@@ -137,7 +176,14 @@ void s14bac(double a, double x, double /*tol*/, double* p, double* q, NagError* 
         *p = 1.0;
         return;
     }
-    // Long double inside: in double, Temme's expansion for large a loses two digits.
+    // The double kernel where it promises its bound (shapes up to 1000, the prefactor in
+    // the normal range); the extended evaluation elsewhere: in double, Temme's expansion for
+    // large a loses two digits.
+    if (const auto tails = numeric::incomplete_gamma_double(a, x, 0.0)) {
+        *p = tails->lower;
+        *q = tails->upper;
+        return;
+    }
     *p = boost::math::gamma_p(a, x, numeric::BoostPolicy());
     *q = boost::math::gamma_q(a, x, numeric::BoostPolicy());
     if (!std::isfinite(*p) || !std::isfinite(*q)) fail->set(NE_CONV);

@@ -4,23 +4,23 @@
 //
 // Method: E1 from Boost.Math's expint (rational approximations; Ei keeps its relative
 // accuracy at its zero 0.3725 by expanding about it). Si and Ci by their power series
-// for |x| <= 4 and, beyond, by the continued fraction of E1(ix) = -Ci(x) + i (Si(x) -
-// pi/2) evaluated with the modified Lentz method; a few ulps, with absolute accuracy
-// near the zeros of Ci.
+// for |x| <= 4 and, beyond, through the auxiliary functions f and g, Chebyshev series of
+// x f(x) and x^2 g(x) in (4/x)^2 (coefficients from tests/reference/gen_s_coefficients.py,
+// mpmath at 50 digits); a few ulps, with absolute accuracy near the zeros of Ci.
 //
 // Failures: E1 at x = 0 (NE_REAL_ARG_LE), E1 overflowing for x < -709.8
 // (NE_REAL_ARG_LT); Ci for x <= 0 (NE_REAL_ARG_LE); NaN (NE_REAL). E1 is 0 for large x,
 // Si is +-pi/2 at +-infinity, Ci is 0 at +infinity, none of them failures.
 // Reference: W. J. Cody and H. C. Thacher (1969), Math. Comp. 23, 289-303;
-// Abramowitz and Stegun 5.2.14-5.2.16 and 5.1.22 (the continued fraction).
+// Abramowitz and Stegun 5.2.6-5.2.9, 5.2.14-5.2.16 (auxiliary functions, series).
 #include <cmath>
-#include <complex>
 #include <numbers>
 
 #include "platform/nag/s_policy.hpp"  // first: configures Boost
 #include <boost/math/special_functions/expint.hpp>
 
 #include "platform/nag/s.hpp"
+#include "platform/nag/s_chebyshev.hpp"
 
 namespace zemath::nag {
 
@@ -59,31 +59,24 @@ SiCi series(double x) {
     return {si, ci};
 }
 
-// x > 4: E1(ix) by the continued fraction e^-ix / (ix + 1 - 1/(ix + 3 - 4/(ix + 5 - ...))).
-SiCi fraction(double x) {
-    using C = std::complex<double>;
-    // Lentz's method: stands in for a zero denominator; any value far below the terms will do.
-    constexpr double kTiny = 1e-300;
-    C b(1.0, x);
-    C c(1.0 / kTiny, 0.0);
-    C d = 1.0 / b;
-    C h = d;
-    for (int i = 1; i < 100; ++i) {
-        const double a = -static_cast<double>(i) * i;
-        b += 2.0;
-        d = 1.0 / (a * d + b);
-        c = b + a / c;
-        const C del = c * d;
-        h *= del;
-        // Converged once the factor is within about an ulp of 1 (1e-16 < 2^-52).
-        if (std::fabs(del.real() - 1.0) + std::fabs(del.imag()) < 1e-16) break;
-    }
-    h *= C(std::cos(x), -std::sin(x));
-    return {std::numbers::pi / 2 + h.imag(), -h.real()};
+// x > 4: the auxiliary functions f, g (Chebyshev series of x f and x^2 g in w = (4/x)^2 on
+// [0, 1/16], [1/16, 1/4], [1/4, 9/16], [9/16, 1]),
+//     Si = pi/2 - f cos x - g sin x,   Ci = f sin x - g cos x.
+// For x above 1.3e154, x^2 overflows: w = 0 and g = 0, as they are to double precision.
+SiCi auxiliary(double x) {
+    constexpr double kEdge[5] = {0.0, 1.0 / 16, 1.0 / 4, 9.0 / 16, 1.0};
+    const double x2 = x * x;
+    const double w = 16.0 / x2;
+    const int i = w < kEdge[1] ? 0 : w < kEdge[2] ? 1 : w < kEdge[3] ? 2 : 3;
+    const double t = (2.0 * w - (kEdge[i] + kEdge[i + 1])) / (kEdge[i + 1] - kEdge[i]);
+    const double f = detail::chebyshev(detail::kSiCiAuxF[i], t) / x;
+    const double g = detail::chebyshev(detail::kSiCiAuxG[i], t) / x2;
+    const double s = std::sin(x), c = std::cos(x);
+    return {std::numbers::pi / 2 - f * c - g * s, f * s - g * c};
 }
 
 SiCi si_ci(double x) {
-    return x <= kSeriesLimit ? series(x) : fraction(x);
+    return x <= kSeriesLimit ? series(x) : auxiliary(x);
 }
 
 }  // namespace

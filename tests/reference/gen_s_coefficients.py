@@ -1,0 +1,180 @@
+#!/usr/bin/python3
+"""Chebyshev tables of the special-function back end (src/platform/nag/s_*.cpp).
+
+Writes src/platform/nag/s_coefficients.inc. Every value is computed by mpmath at 50
+significant digits and rounded once to the nearest double. Each table is a set of pieces;
+a piece holds the coefficients c_0..c_{n-1} of sum c_k T_k(t), t in [-1, 1] the piece's
+variable mapped linearly (c_0 already halved), from interpolation at 80 Chebyshev nodes,
+cut after the last coefficient above 2e-18 of the function's largest value on the piece.
+Each piece is checked here against mpmath at 101 points (the coefficients rounded to
+doubles, the sum in 50 digits); the worst relative error of the fit is printed.
+
+Airy functions (x the argument, zeta = (2/3) |x|^(3/2)):
+  kAiryDirect{Ai,Bi,AiP,BiP}: Ai, Bi, Ai', Bi' themselves on the unit intervals
+      [-8, -7], ..., [1, 2];
+  kAiryPositive{Ai,Bi,AiP,BiP}: x >= 2, variable u = (2/x)^(3/2) on [0, 1/4] and
+      [1/4, 1], the scaled functions
+          2 sqrt(pi) x^(1/4) e^zeta Ai(x),   -2 sqrt(pi) x^(-1/4) e^zeta Ai'(x),
+          sqrt(pi) x^(1/4) e^-zeta Bi(x),     sqrt(pi) x^(-1/4) e^-zeta Bi'(x)
+      (each tends to 1 as x grows);
+  kAiryNegative{Mod,Phase,DerMod,DerPhase}: x <= -8, variable v = (8/|x|)^3 on [0, 1],
+      the modulus and phase forms Ai + i Bi = M e^(i theta), Ai' + i Bi' = N e^(i phi):
+          sqrt(pi) |x|^(1/4) M,    (theta - pi/4 + zeta) |x|^(3/2),
+          sqrt(pi) |x|^(-1/4) N,   (phi - 3 pi/4 + zeta) |x|^(3/2).
+Log-gamma:
+  kLogGammaNearZeros: ln Gamma(x) / ((x - 1)(x - 2)) on [3/4, 3/2] and [3/2, 5/2] (the
+      zeros at 1 and 2 divided out);
+  kLogGammaMiddle: ln Gamma(x) on the unit intervals [5/2, 7/2], ..., [29/2, 31/2].
+Sine and cosine integrals, x >= 4, through the auxiliary functions
+      f = Ci sin x - (Si - pi/2) cos x,  g = -Ci cos x - (Si - pi/2) sin x:
+  kSiCiAuxF, kSiCiAuxG: x f(x) and x^2 g(x) in w = (4/x)^2 on [0, 1/16], [1/16, 1/4],
+      [1/4, 9/16] and [9/16, 1] (x from 16, 8, 16/3 and 4).
+Run: /usr/bin/python3 tests/reference/gen_s_coefficients.py
+"""
+import os
+import sys
+
+import mpmath as mp
+
+mp.mp.dps = 50
+NODES = 80
+PI = mp.pi
+
+
+def cheb_fit(f, lo, hi):
+    """Coefficients of sum' c_k T_k on [lo, hi] (c_0 halved), cut at 2e-18 of max |f|."""
+    lo, hi = mp.mpf(lo), mp.mpf(hi)
+    n = NODES
+    ts = [mp.cos(PI * (j + mp.mpf(1) / 2) / n) for j in range(n)]
+    vs = [f((hi - lo) / 2 * t + (hi + lo) / 2) for t in ts]
+    big = max(abs(v) for v in vs)
+    cs = []
+    for k in range(n):
+        s = mp.fsum(v * mp.cos(PI * k * (j + mp.mpf(1) / 2) / n) for j, v in enumerate(vs))
+        cs.append(2 * s / n)
+    cs[0] /= 2
+    last = max(k for k in range(n) if abs(cs[k]) > 2e-18 * big)
+    if last > n - 10:
+        sys.exit(f"fit on [{lo}, {hi}] does not converge")
+    cs = [float(c) for c in cs[: last + 1]]
+    # Check: the rounded coefficients against the function at 101 points.
+    worst = 0
+    for i in range(101):
+        t = mp.mpf(-1) + mp.mpf(2) * (i + mp.mpf(0.37)) / 101.37
+        v = f((hi - lo) / 2 * t + (hi + lo) / 2)
+        b1 = b2 = mp.mpf(0)
+        for c in reversed(cs[1:]):
+            b1, b2 = c + 2 * t * b1 - b2, b1
+        s = cs[0] + t * b1 - b2
+        worst = max(worst, abs(s - v) / big)
+    return cs, worst
+
+
+def emit(lines, name, pieces, report):
+    width = max(len(c) for c, _ in pieces)
+    lines.append(f"inline constexpr ChebPiece<{width}> {name}[{len(pieces)}] = {{")
+    for cs, _ in pieces:
+        lines.append(f"    {{{len(cs)},")
+        lines.append("     {" + ", ".join(repr(c) for c in cs) + "}},")
+    lines.append("};")
+    lines.append("")
+    worst = max(w for _, w in pieces)
+    report.append(f"{name:24s} pieces {len(pieces):2d}  max terms {width:2d}  worst fit {float(worst):.2e}")
+
+
+def zeta(x):
+    return 2 * abs(x) ** mp.mpf(1.5) / 3
+
+
+def x_of_u(u):
+    return 2 / u ** (mp.mpf(2) / 3)
+
+
+def x_of_v(v):
+    return -8 / v ** (mp.mpf(1) / 3)
+
+
+def unwrap(angle, near):
+    """angle + 2 pi m closest to near."""
+    return angle + 2 * PI * mp.nint((near - angle) / (2 * PI))
+
+
+positive = {
+    "Ai": lambda x: 2 * mp.sqrt(PI) * x ** mp.mpf(0.25) * mp.exp(zeta(x)) * mp.airyai(x),
+    "Bi": lambda x: mp.sqrt(PI) * x ** mp.mpf(0.25) * mp.exp(-zeta(x)) * mp.airybi(x),
+    "AiP": lambda x: -2 * mp.sqrt(PI) * x ** mp.mpf(-0.25) * mp.exp(zeta(x)) * mp.airyai(x, 1),
+    "BiP": lambda x: mp.sqrt(PI) * x ** mp.mpf(-0.25) * mp.exp(-zeta(x)) * mp.airybi(x, 1),
+}
+
+
+def modulus(x, d):
+    a, b = mp.airyai(x, d), mp.airybi(x, d)
+    return mp.sqrt(a * a + b * b) * mp.sqrt(PI) * abs(x) ** (mp.mpf(0.25) * (1 - 2 * d))
+
+
+def phase(x, d):
+    a, b = mp.airyai(x, d), mp.airybi(x, d)
+    base = (1 + 2 * d) * PI / 4 - zeta(x)
+    return (unwrap(mp.atan2(b, a), base) - base) * abs(x) ** mp.mpf(1.5)
+
+
+negative = {
+    "Mod": lambda x: modulus(x, 0),
+    "Phase": lambda x: phase(x, 0),
+    "DerMod": lambda x: modulus(x, 1),
+    "DerPhase": lambda x: phase(x, 1),
+}
+
+lines = ["// Generated by tests/reference/gen_s_coefficients.py (mpmath, 50 digits). Do not edit.",
+         ""]
+report = []
+direct = {"Ai": lambda x: mp.airyai(x), "Bi": lambda x: mp.airybi(x),
+          "AiP": lambda x: mp.airyai(x, 1), "BiP": lambda x: mp.airybi(x, 1)}
+for key, f in direct.items():
+    emit(lines, f"kAiryDirect{key}", [cheb_fit(f, a, a + 1) for a in range(-8, 2)], report)
+for key, f in positive.items():
+    g = lambda u, f=f: f(x_of_u(u)) if u > 0 else mp.mpf(1)
+    emit(lines, f"kAiryPositive{key}", [cheb_fit(g, 0, 0.25), cheb_fit(g, 0.25, 1)], report)
+for key, f in negative.items():
+    g = lambda v, f=f: f(x_of_v(v))
+    emit(lines, f"kAiryNegative{key}", [cheb_fit(g, 0, 1)], report)
+
+def near_zeros(x):
+    if x == 1:
+        return mp.euler
+    if x == 2:
+        return 1 - mp.euler
+    return mp.loggamma(x) / ((x - 1) * (x - 2))
+
+
+emit(lines, "kLogGammaNearZeros", [cheb_fit(near_zeros, 0.75, 1.5), cheb_fit(near_zeros, 1.5, 2.5)],
+     report)
+emit(lines, "kLogGammaMiddle", [cheb_fit(mp.loggamma, a + 0.5, a + 1.5) for a in range(2, 15)],
+     report)
+
+def aux_f(w):
+    if w == 0:
+        return mp.mpf(1)
+    x = 4 / mp.sqrt(w)
+    si = mp.si(x) - PI / 2
+    return x * (mp.ci(x) * mp.sin(x) - si * mp.cos(x))
+
+
+def aux_g(w):
+    if w == 0:
+        return mp.mpf(1)
+    x = 4 / mp.sqrt(w)
+    si = mp.si(x) - PI / 2
+    return x * x * (-mp.ci(x) * mp.cos(x) - si * mp.sin(x))
+
+
+SICI_W = [0, 1 / 16, 1 / 4, 9 / 16, 1]
+emit(lines, "kSiCiAuxF", [cheb_fit(aux_f, a, b) for a, b in zip(SICI_W, SICI_W[1:])], report)
+emit(lines, "kSiCiAuxG", [cheb_fit(aux_g, a, b) for a, b in zip(SICI_W, SICI_W[1:])], report)
+
+path = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "src", "platform",
+                    "nag", "s_coefficients.inc")
+with open(path, "w") as out:
+    out.write("\n".join(lines))
+print("\n".join(report))
+print("written to", os.path.normpath(path))
