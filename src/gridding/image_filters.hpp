@@ -8,7 +8,13 @@
 // operation is an exchangeable operator object (the classes below), which every shape
 // and the conservative filter use. The percentile filter on the full rectangle takes
 // its order statistic from counts of the 16-bit values instead of sorting each window,
-// by one of two exact paths chosen from the window height and the value range:
+// by one of three exact paths chosen from the window size and the value range:
+//  - selection network (windows of at most kNetworkAutoCells cells): the comparators of
+//    Batcher's odd-even merge sort of the window's cells (K. E. Batcher, "Sorting
+//    networks and their applications", AFIPS SJCC 32 (1968)), pruned to those the wanted
+//    rank depends on, run on 32 adjacent pixels at once in 16-bit vector lanes (AVX2
+//    where the processor has it); each window cell of 32 adjacent pixels is one load.
+//    Pixels whose window is clipped by the image border take the row path;
 //  - row path (height <= kRowHistogramMaxHeight, 12 to 32 rows by value range): a
 //    window histogram slid along the row (Huang, Yang and Tang, "A fast two-dimensional median
 //    filtering algorithm", IEEE Trans. ASSP 27 (1979)): one column leaves and one enters per pixel,
@@ -157,7 +163,15 @@ enum class FilterKind { percentile, conserve };
 // Which code computes the percentile filter. automatic chooses by window shape, height
 // and memory; the others force one path (rectangle windows only for the two histogram
 // paths), so that tests can set every path against the operator on the same input.
-enum class RankPath { automatic, generic, row_histogram, column_histogram };
+// selection_network falls back to the row path for windows of more than kNetworkMaxCells.
+enum class RankPath { automatic, generic, row_histogram, column_histogram, selection_network };
+
+// Selection network path: pixels per vector pass, the largest window it takes, and the
+// largest the automatic choice gives it (above, the histograms cost less per pixel;
+// measured on 2048 x 2048 random images, bench/image_bench.cpp).
+inline constexpr int kNetworkLanes = 32;
+inline constexpr long long kNetworkMaxCells = 121;
+inline constexpr long long kNetworkAutoCells = 121;
 
 // Window heights up to these use the row path, by the levels of counts the image's value
 // range needs (up to 4, 8, 12, 16 bits): below them the row path's O(height) updates cost
