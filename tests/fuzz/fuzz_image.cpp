@@ -97,7 +97,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
             const bool valid_region = rows >= 1 && cols >= 1 && r0 >= 0 && c0 >= 0 && r0 <= rt &&
                                       c0 <= ct && rt < rows && ct < cols;
             if (which == 0 && shape == 0 && !null_in && valid_region && width >= 1 && height >= 1 &&
-                !std::isnan(percent) &&
+                !std::isnan(percent) && width <= 1 << 21 && height <= 1 << 21 &&
                 static_cast<long long>(width) * height * static_cast<long long>(area) <= 1 << 21) {
                 const zemath::FilterRegion region{r0, c0, rt, ct};
                 auto filtered = [&](zemath::RankPath path) {
