@@ -150,6 +150,48 @@ TEST(ImageFilters, HistogramPathsMatchTheOperator) {
               -1);
 }
 
+// The selection network is pruned to the one output position wanted: every rank of each
+// window shape it takes (thin windows too), with ties and both threshold signs, against
+// the operator on an image whose interior spans several blocks of lanes.
+TEST(ImageFilters, NetworkGivesEveryRankOfTheOperator) {
+    struct Shape {
+        int width, height;
+        unsigned span;
+        double threshold;
+    };
+    const Shape shapes[] = {{3, 3, 65535, 0.0},  {5, 5, 65535, 0.0},  {2, 3, 65535, 0.0},
+                            {3, 3, 3, 0.0},      {4, 4, 40000, 12.0}, {4, 4, 40000, -12.0},
+                            {11, 1, 65535, 0.0}, {1, 11, 65535, 0.0}, {121, 1, 65535, 0.0},
+                            {1, 121, 65535, 0.0}};
+    const int rows = 16;
+    std::mt19937 gen(11);
+    for (const Shape& shape : shapes) {
+        const int cols = shape.width + 70;
+        const int n_rows = std::max(rows, shape.height + 2);
+        std::vector<std::uint16_t> original(static_cast<std::size_t>(n_rows) * cols);
+        for (auto& v : original) v = static_cast<std::uint16_t>(gen() % (shape.span + 1));
+        const FilterRegion all{0, 0, n_rows - 1, cols - 1};
+        const int m = shape.width * shape.height;
+        // Percents giving each rank 0 .. m - 1 of a full window (k = rank + 1), then 100%.
+        const int step = m > 30 ? m / 15 : 1;
+        for (int rank = 0; rank <= m;
+             rank += rank + step > m - 1 && rank < m - 1 ? m - 1 - rank : step) {
+            const double percent = rank == m ? 100.0 : 100.0 * (rank + 1.5) / m;
+            std::vector<std::uint16_t> expected = original, image = original;
+            ASSERT_EQ(run_image_filter(expected.data(), n_rows, cols, FilterKind::percentile,
+                                       percent, shape.width, shape.height, 0, shape.threshold, all,
+                                       RankPath::generic),
+                      0);
+            ASSERT_EQ(run_image_filter(image.data(), n_rows, cols, FilterKind::percentile, percent,
+                                       shape.width, shape.height, 0, shape.threshold, all,
+                                       RankPath::selection_network),
+                      0);
+            ASSERT_EQ(image, expected) << shape.width << "x" << shape.height << " window, "
+                                       << percent << "%, threshold " << shape.threshold;
+        }
+    }
+}
+
 TEST(ImageFilters, RefusalsLeaveTheImageUntouched) {
     const int rows = 4, cols = 5;
     const std::vector<unsigned short> original = {9, 1, 8, 2, 7, 3, 6, 4, 5, 0,
