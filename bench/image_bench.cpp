@@ -1,5 +1,5 @@
 // Image rank filters and XY reduction: the percentile filter on a 2048 x 2048 16-bit
-// image (uniform random pixels, fixed seed) with square windows of side 3, 15 and 51
+// image (uniform random pixels, fixed seed) with square windows of side 3 to 101
 // at 50%, and the median-rank call of the same window; bench/table/families/image.py times SciPy
 // on the same sizes.
 #include <benchmark/benchmark.h>
@@ -35,19 +35,25 @@ void BM_percentile_filter(benchmark::State& state) {
 }
 BENCHMARK(BM_percentile_filter)
     ->Arg(3)
+    ->Arg(7)
     ->Arg(15)
+    ->Arg(31)
     ->Arg(51)
+    ->Arg(101)
     ->Unit(benchmark::kMillisecond)
     ->Repetitions(3)
     ->ReportAggregatesOnly(true);
 
-// The two histogram paths of the rectangle percentile filter forced, by window side, on
-// a 1024 x 1024 image: where the row path's O(height) per pixel overtakes the column
-// path's flat cost (the automatic choice switches at kRowHistogramMaxHeight[3]).
+// The histogram paths (0 row, 1 column) and the selection network (2) of the rectangle
+// percentile filter forced, by window side, on a 1024 x 1024 image: where the row path's
+// O(height) per pixel overtakes the column path's flat cost (the automatic choice switches
+// at kRowHistogramMaxHeight[3]), and up to which window the network costs less.
 void BM_rank_path(benchmark::State& state) {
     const int side = 1024, window = static_cast<int>(state.range(1));
-    const auto path =
-        state.range(0) == 0 ? zemath::RankPath::row_histogram : zemath::RankPath::column_histogram;
+    const zemath::RankPath paths[3] = {zemath::RankPath::row_histogram,
+                                       zemath::RankPath::column_histogram,
+                                       zemath::RankPath::selection_network};
+    const auto path = paths[state.range(0)];
     const std::vector<unsigned short> original = random_image(side);
     std::vector<unsigned short> image;
     const zemath::FilterRegion region{0, 0, side - 1, side - 1};
@@ -63,6 +69,7 @@ void BM_rank_path(benchmark::State& state) {
 }
 BENCHMARK(BM_rank_path)
     ->ArgsProduct({{0, 1}, {5, 9, 15, 21, 31, 51, 101}})
+    ->ArgsProduct({{2}, {3, 5, 7, 9, 11}})
     ->Unit(benchmark::kMillisecond);
 
 // Reduction of 1e7 standard normal points by groups of 10 and 1000 points: mean (0),

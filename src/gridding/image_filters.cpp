@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <type_traits>
 
 #if defined(__linux__)
 #include <sys/mman.h>
@@ -433,15 +434,192 @@ void filter_rectangle_columns_for(std::uint16_t* image, const std::uint16_t* cop
             image, copy, n_rows, n_cols, width, height, rule, threshold, region, bins, strip_cols);
 }
 
+// Selection network path (small rectangles): the comparators of Batcher's odd-even
+// merge sort of the m window cells that the output position `rank` depends on, run on
+// kNetworkLanes horizontally adjacent full windows at once, one vector lane per pixel
+// (the window's cell t of the pixels c .. c + lanes - 1 is one unaligned load of the
+// copy). Border pixels (clipped windows) and interiors narrower than the lanes take the
+// row path.
+struct Exchange {
+    std::uint16_t low, high;  // positions receiving the minimum and the maximum
+    std::uint8_t keep;        // 1 only the minimum is used later, 2 only the maximum, 3 both
+};
+
+std::vector<Exchange> selection_network(int m, int rank) {
+    int p2 = 1;
+    while (p2 < m) p2 *= 2;
+    std::vector<Exchange> all;
+    for (int p = 1; p < p2; p *= 2)
+        for (int k = p; k >= 1; k /= 2)
+            for (int j = k % p; j + k < p2; j += 2 * k)
+                for (int i = 0; i < k && i + j + k < p2; ++i)
+                    // Positions m and above would hold +infinity: comparators on them
+                    // never exchange anything.
+                    if ((i + j) / (2 * p) == (i + j + k) / (2 * p) && i + j + k < m)
+                        all.push_back({static_cast<std::uint16_t>(i + j),
+                                       static_cast<std::uint16_t>(i + j + k), 3});
+    // Backwards from the output: keep the comparators that feed a position still needed.
+    std::vector<char> live(static_cast<std::size_t>(m), 0);
+    live[static_cast<std::size_t>(rank)] = 1;
+    std::vector<Exchange> kept;
+    for (auto e = all.rbegin(); e != all.rend(); ++e) {
+        const bool low_used = live[e->low] != 0, high_used = live[e->high] != 0;
+        if (!low_used && !high_used) continue;
+        kept.push_back(
+            {e->low, e->high, static_cast<std::uint8_t>((low_used ? 1 : 0) | (high_used ? 2 : 0))});
+        live[e->low] = live[e->high] = 1;
+    }
+    std::reverse(kept.begin(), kept.end());
+    return kept;
+}
+
+#if defined(__GNUC__)
+#define ZEMATH_NETWORK_VECTORS 1
+typedef std::uint16_t NetworkLanes __attribute__((vector_size(2 * kNetworkLanes)));
+
+template <bool Thresholded>
+__attribute__((always_inline)) inline void network_rows_body(
+    std::uint16_t* image, const std::uint16_t* copy, int n_cols, const std::ptrdiff_t* cells, int m,
+    const Exchange* network, std::size_t exchanges, int rank, const Threshold& threshold,
+    int row_from, int row_to, int col_from, int col_to) {
+    NetworkLanes v[kNetworkMaxCells];  // on the stack: aligned to the vectors
+    for (int r = row_from; r <= row_to; ++r) {
+        for (int c0 = col_from;; c0 += kNetworkLanes) {
+            // The last block overlaps the one before: it recomputes some pixels from the
+            // unfiltered copy, which gives the same values.
+            const int c = std::min(c0, col_to + 1 - kNetworkLanes);
+            const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(r) * n_cols + c;
+            for (int t = 0; t < m; ++t) std::memcpy(&v[t], copy + at + cells[t], sizeof v[t]);
+            for (std::size_t e = 0; e < exchanges; ++e) {
+                const Exchange x = network[e];
+                const NetworkLanes a = v[x.low], b = v[x.high];
+                if (x.keep & 1) v[x.low] = a < b ? a : b;
+                if (x.keep & 2) v[x.high] = a < b ? b : a;
+            }
+            if constexpr (Thresholded) {
+                for (int k = 0; k < kNetworkLanes; ++k)
+                    if (threshold.accepts(copy[at + k], v[rank][k])) image[at + k] = v[rank][k];
+            } else {
+                std::memcpy(image + at, &v[rank], sizeof v[rank]);
+            }
+            if (c0 + kNetworkLanes > col_to) break;
+        }
+    }
+}
+
+template <bool Thresholded>
+void network_rows_plain(std::uint16_t* image, const std::uint16_t* copy, int n_cols,
+                        const std::ptrdiff_t* cells, int m, const Exchange* network,
+                        std::size_t exchanges, int rank, const Threshold& threshold, int row_from,
+                        int row_to, int col_from, int col_to) {
+    network_rows_body<Thresholded>(image, copy, n_cols, cells, m, network, exchanges, rank,
+                                   threshold, row_from, row_to, col_from, col_to);
+}
+
+#if defined(__x86_64__) || defined(__i386__)
+template <bool Thresholded>
+__attribute__((target("avx2"))) void network_rows_avx2(
+    std::uint16_t* image, const std::uint16_t* copy, int n_cols, const std::ptrdiff_t* cells, int m,
+    const Exchange* network, std::size_t exchanges, int rank, const Threshold& threshold,
+    int row_from, int row_to, int col_from, int col_to) {
+    network_rows_body<Thresholded>(image, copy, n_cols, cells, m, network, exchanges, rank,
+                                   threshold, row_from, row_to, col_from, col_to);
+}
+
+bool processor_has_avx2_lanes() {
+    __builtin_cpu_init();
+    return __builtin_cpu_supports("avx2");
+}
+#endif
+#endif
+
+void filter_rectangle_rows_any(std::uint16_t* image, const std::uint16_t* copy, int n_rows,
+                               int n_cols, int width, int height, const RankRule& rule,
+                               const Threshold& threshold, const FilterRegion& region) {
+    if (static_cast<long long>(width) * height < 65536)
+        filter_rectangle_rows<std::uint16_t>(image, copy, n_rows, n_cols, width, height, rule,
+                                             threshold, region);
+    else
+        filter_rectangle_rows<std::uint32_t>(image, copy, n_rows, n_cols, width, height, rule,
+                                             threshold, region);
+}
+
+// The network path over the region; returns false (nothing written) when the window is
+// too large for it.
+bool filter_rectangle_network(std::uint16_t* image, const std::uint16_t* copy, int n_rows,
+                              int n_cols, int width, int height, const RankRule& rule,
+                              const Threshold& threshold, const FilterRegion& region) {
+#if ZEMATH_NETWORK_VECTORS
+    const long long m = static_cast<long long>(width) * height;
+    if (m > kNetworkMaxCells) return false;
+    const int row_before = height / 2, row_after = (height - 1) / 2;
+    const int col_before = width / 2, col_after = (width - 1) / 2;
+    // Pixels whose window lies inside the image.
+    const int r0 = std::max(region.row_from, row_before);
+    const int r1 = std::min(region.row_to, n_rows - 1 - row_after);
+    const int c0 = std::max(region.col_from, col_before);
+    const int c1 = std::min(region.col_to, n_cols - 1 - col_after);
+    if (r0 > r1 || c1 - c0 + 1 < kNetworkLanes) {
+        filter_rectangle_rows_any(image, copy, n_rows, n_cols, width, height, rule, threshold,
+                                  region);
+        return true;
+    }
+    const int cells = static_cast<int>(m);
+    const int rank = static_cast<int>(rule.rank(cells));
+    const std::vector<Exchange> network = selection_network(cells, rank);
+    std::vector<std::ptrdiff_t> offsets(static_cast<std::size_t>(cells));
+    for (int dr = 0, t = 0; dr < height; ++dr)
+        for (int dc = 0; dc < width; ++dc, ++t)
+            offsets[static_cast<std::size_t>(t)] =
+                static_cast<std::ptrdiff_t>(dr - row_before) * n_cols + (dc - col_before);
+    auto run = [&](auto thresholded) {
+        constexpr bool kThresholded = decltype(thresholded)::value;
+#if defined(__x86_64__) || defined(__i386__)
+        if (processor_has_avx2_lanes())
+            return network_rows_avx2<kThresholded>(image, copy, n_cols, offsets.data(), cells,
+                                                   network.data(), network.size(), rank, threshold,
+                                                   r0, r1, c0, c1);
+#endif
+        network_rows_plain<kThresholded>(image, copy, n_cols, offsets.data(), cells, network.data(),
+                                         network.size(), rank, threshold, r0, r1, c0, c1);
+    };
+    if (threshold.active)
+        run(std::true_type{});
+    else
+        run(std::false_type{});
+    // The clipped windows around the inside block: bands above and below, then left and
+    // right of it.
+    const FilterRegion bands[4] = {{region.row_from, region.col_from, r0 - 1, region.col_to},
+                                   {r1 + 1, region.col_from, region.row_to, region.col_to},
+                                   {r0, region.col_from, r1, c0 - 1},
+                                   {r0, c1 + 1, r1, region.col_to}};
+    for (const FilterRegion& band : bands)
+        if (band.row_from <= band.row_to && band.col_from <= band.col_to)
+            filter_rectangle_rows_any(image, copy, n_rows, n_cols, width, height, rule, threshold,
+                                      band);
+    return true;
+#else
+    (void)image, (void)copy, (void)n_rows, (void)n_cols, (void)width, (void)height, (void)rule,
+        (void)threshold, (void)region;
+    return false;
+#endif
+}
+
 // The percentile filter on the full rectangle by a histogram path. Returns false when
 // the path cannot take this window (column path: a window too wide for its memory bound
 // or taller than 65535 rows).
 bool filter_rectangle_rank(std::uint16_t* image, const std::uint16_t* copy, int n_rows, int n_cols,
                            int width, int height, const RankRule& rule, const Threshold& threshold,
                            const FilterRegion& region, RankPath path) {
+    if (path == RankPath::selection_network ||
+        (path == RankPath::automatic &&
+         static_cast<long long>(width) * height <= kNetworkAutoCells))
+        if (filter_rectangle_network(image, copy, n_rows, n_cols, width, height, rule, threshold,
+                                     region))
+            return true;
     const std::size_t pixels = static_cast<std::size_t>(n_rows) * static_cast<std::size_t>(n_cols);
     const ValueBins bins = value_bins(copy, pixels);
-    if (path == RankPath::automatic)
+    if (path == RankPath::automatic || path == RankPath::selection_network)
         path = height <= kRowHistogramMaxHeight[bins.levels - 1] ? RankPath::row_histogram
                                                                  : RankPath::column_histogram;
     if (path == RankPath::column_histogram && height < 65536) {
@@ -459,12 +637,7 @@ bool filter_rectangle_rank(std::uint16_t* image, const std::uint16_t* copy, int 
             return true;
         }
     }
-    if (static_cast<long long>(width) * height < 65536)
-        filter_rectangle_rows<std::uint16_t>(image, copy, n_rows, n_cols, width, height, rule,
-                                             threshold, region);
-    else
-        filter_rectangle_rows<std::uint32_t>(image, copy, n_rows, n_cols, width, height, rule,
-                                             threshold, region);
+    filter_rectangle_rows_any(image, copy, n_rows, n_cols, width, height, rule, threshold, region);
     return true;
 }
 
@@ -477,8 +650,9 @@ int run_image_filter(std::uint16_t* image, int n_rows, int n_cols, FilterKind ki
     const int m = sampling_window_cells(n_cols, width, height, shape, cells);
     if (m < 0) return ZEMATH_ERR_GENERAL;
     if (m == 0) return ZEMATH_OK;
-    const bool histogram_forced =
-        path == RankPath::row_histogram || path == RankPath::column_histogram;
+    const bool histogram_forced = path == RankPath::row_histogram ||
+                                  path == RankPath::column_histogram ||
+                                  path == RankPath::selection_network;
     if (histogram_forced && (kind != FilterKind::percentile || shape != kWindowRectangle))
         return ZEMATH_ERR_GENERAL;
     std::unique_ptr<MathOperatorBase<std::uint16_t>> op;

@@ -63,7 +63,7 @@ TEST(ImageFilters, WindowOfAtLeast65536Cells) {
             ASSERT_EQ(image[r * cols + c], std::min(c + 127, cols - 1)) << r << "," << c;
 }
 
-// The row and column histogram paths of the rectangle percentile filter against the
+// The row and column histogram and network paths of the rectangle percentile filter against the
 // operator path (per-window selection) on the same random input: every pixel equal, for
 // windows from 1 x 1 to larger than the image, one-row and one-column images, regions,
 // thresholds, percents giving the minimum, inner ranks, 100% and the maximum, value
@@ -98,6 +98,21 @@ TEST(ImageFilters, HistogramPathsMatchTheOperator) {
         {9, 400, 45, 9, 65535, {0, 0, 8, 399}, 50.0, 0.0},     // several strips
         {9, 400, 45, 9, 65535, {2, 37, 6, 351}, 30.0, 0.0},    // several strips, a region
         {300, 12, 5, 270, 65535, {0, 0, 299, 11}, 50.0, 0.0},  // 16-bit column counters
+        // Interiors wider than the network's lanes: full windows there, clipped bands
+        // around them, blocks ending short of a lane multiple.
+        {20, 77, 3, 3, 65535, {0, 0, 19, 76}, 50.0, 0.0},
+        {20, 77, 3, 3, 65535, {0, 0, 19, 76}, 0.0, 0.0},    // minimum
+        {20, 77, 3, 3, 65535, {0, 0, 19, 76}, 100.0, 0.0},  // largest rank
+        {20, 77, 4, 2, 65535, {0, 0, 19, 76}, 50.0, 0.0},   // even sides
+        {20, 77, 7, 7, 65535, {0, 0, 19, 76}, 30.0, 0.0},
+        {20, 77, 5, 3, 65535, {0, 0, 19, 76}, 50.0, 0.0},
+        {23, 90, 11, 11, 65535, {0, 0, 22, 89}, 50.0, 0.0},  // the largest network window
+        {23, 90, 12, 11, 65535, {0, 0, 22, 89}, 50.0, 0.0},  // above it: the row path
+        {20, 77, 5, 5, 2, {0, 0, 19, 76}, 50.0, 0.0},        // many ties
+        {20, 77, 5, 5, 4000, {3, 1, 17, 70}, 50.0, 10.0},    // region, moves of at least T
+        {20, 77, 5, 5, 4000, {0, 4, 19, 76}, 80.0, -10.0},   // moves of at most T
+        {20, 77, 3, 3, 65535, {5, 2, 5, 40}, 50.0, 0.0},     // a one-row region
+        {20, 77, 3, 3, 65535, {5, 2, 9, 33}, 50.0, 0.0},     // exactly one block of lanes
     };
     std::mt19937 gen(7);
     for (const PathCase& c : cases) {
@@ -109,8 +124,8 @@ TEST(ImageFilters, HistogramPathsMatchTheOperator) {
             run_image_filter(expected.data(), c.rows, c.cols, FilterKind::percentile, c.percent,
                              c.width, c.height, 0, c.threshold, c.region, RankPath::generic),
             0);
-        for (const RankPath path :
-             {RankPath::row_histogram, RankPath::column_histogram, RankPath::automatic}) {
+        for (const RankPath path : {RankPath::row_histogram, RankPath::column_histogram,
+                                    RankPath::selection_network, RankPath::automatic}) {
             std::vector<std::uint16_t> image = original;
             ASSERT_EQ(
                 run_image_filter(image.data(), c.rows, c.cols, FilterKind::percentile, c.percent,
@@ -130,6 +145,51 @@ TEST(ImageFilters, HistogramPathsMatchTheOperator) {
     EXPECT_EQ(run_image_filter(image.data(), 5, 5, FilterKind::conserve, 0.0, 3, 3, 0, 0.0, all,
                                RankPath::row_histogram),
               -1);
+    EXPECT_EQ(run_image_filter(image.data(), 5, 5, FilterKind::percentile, 50.0, 3, 3, 2, 0.0, all,
+                               RankPath::selection_network),
+              -1);
+}
+
+// The selection network is pruned to the one output position wanted: every rank of each
+// window shape it takes (thin windows too), with ties and both threshold signs, against
+// the operator on an image whose interior spans several blocks of lanes.
+TEST(ImageFilters, NetworkGivesEveryRankOfTheOperator) {
+    struct Shape {
+        int width, height;
+        unsigned span;
+        double threshold;
+    };
+    const Shape shapes[] = {{3, 3, 65535, 0.0},  {5, 5, 65535, 0.0},  {2, 3, 65535, 0.0},
+                            {3, 3, 3, 0.0},      {4, 4, 40000, 12.0}, {4, 4, 40000, -12.0},
+                            {11, 1, 65535, 0.0}, {1, 11, 65535, 0.0}, {121, 1, 65535, 0.0},
+                            {1, 121, 65535, 0.0}};
+    const int rows = 16;
+    std::mt19937 gen(11);
+    for (const Shape& shape : shapes) {
+        const int cols = shape.width + 70;
+        const int n_rows = std::max(rows, shape.height + 2);
+        std::vector<std::uint16_t> original(static_cast<std::size_t>(n_rows) * cols);
+        for (auto& v : original) v = static_cast<std::uint16_t>(gen() % (shape.span + 1));
+        const FilterRegion all{0, 0, n_rows - 1, cols - 1};
+        const int m = shape.width * shape.height;
+        // Percents giving each rank 0 .. m - 1 of a full window (k = rank + 1), then 100%.
+        const int step = m > 30 ? m / 15 : 1;
+        for (int rank = 0; rank <= m;
+             rank += rank + step > m - 1 && rank < m - 1 ? m - 1 - rank : step) {
+            const double percent = rank == m ? 100.0 : 100.0 * (rank + 1.5) / m;
+            std::vector<std::uint16_t> expected = original, image = original;
+            ASSERT_EQ(run_image_filter(expected.data(), n_rows, cols, FilterKind::percentile,
+                                       percent, shape.width, shape.height, 0, shape.threshold, all,
+                                       RankPath::generic),
+                      0);
+            ASSERT_EQ(run_image_filter(image.data(), n_rows, cols, FilterKind::percentile, percent,
+                                       shape.width, shape.height, 0, shape.threshold, all,
+                                       RankPath::selection_network),
+                      0);
+            ASSERT_EQ(image, expected) << shape.width << "x" << shape.height << " window, "
+                                       << percent << "%, threshold " << shape.threshold;
+        }
+    }
 }
 
 TEST(ImageFilters, RefusalsLeaveTheImageUntouched) {

@@ -72,7 +72,7 @@ TEST(XYReduction, GroupMinimumAndMaximumMatchTheScan) {
     };
     const double inf = std::numeric_limits<double>::infinity();
     const double specials[] = {NANUM, kNaN, -0.0, 0.0, inf, -inf, 1e308, -4.9e-324};
-    for (const unsigned n : {1u, 7u, 8u, 9u, 63u, 64u, 65u, 1000u}) {
+    for (const unsigned n : {1u, 7u, 8u, 9u, 63u, 64u, 65u, 79u, 80u, 81u, 1000u}) {
         for (const double special : specials) {
             for (const unsigned at : {0u, n / 2, n - 1}) {
                 std::vector<double> y(n);
