@@ -328,7 +328,153 @@ numeric::BetaTailsDouble beta_tails_double(double a, double b, numeric::TwoPart 
                                            numeric::TwoPart y) {
     constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
     const auto tails = numeric::incomplete_beta_double(a, b, x, y);
-    return tails ? *tails : numeric::BetaTailsDouble{kNaN, kNaN};
+    return tails ? *tails : numeric::BetaTailsDouble{kNaN, kNaN, kNaN};
+}
+
+// ---- the deviates in double ------------------------------------------------------------
+
+// The smallest sensitivity r = u dI/du / tail (of the logarithm of the inverted tail to log u
+// at the root) the double deviates accept: the root's relative error is the tail's relative
+// error over r. Where both shapes are below 16 the tails are within about 3e-15, so r >= 0.1
+// keeps the root within about 3e-14; otherwise within about 1e-14, and r >= 0.3 keeps it
+// within about 3e-14 as well.
+constexpr double kMinSensitivitySmall = 0.1;
+constexpr double kMinSensitivity = 0.3;
+
+struct BetaRootDouble {
+    double x, y;  // y = 1 - x, the one below 1/2 to full relative accuracy, the other rounded once
+    bool found;
+};
+
+// x with I_x(a, b) = p, q = 1 - p, the smaller of p and q exact, from the start x0 (y0 =
+// 1 - x0): Halley steps on the logarithm of the smaller tail in log u, u whichever of x and
+// 1 - x lies below 1/2 at the start, with the double tails (incomplete_beta.cpp), the
+// iterate kept as u itself (log u near -690 would be rounded to 6e-14 of u) and the residual
+// as the logarithm of the ratio of the tail to its target near the root. The step converges
+// at least cubically, so once it is below 1e-8 its own error is below rounding and no
+// further evaluation is needed. found = false where the double tails decline, the iteration
+// leaves (0, 1) or does not settle in 16 steps, or the sensitivity is below the threshold
+// above: the caller falls back on the extended solver.
+BetaRootDouble beta_deviate_double(double a, double b, double p, double q, double x0, double y0) {
+    constexpr BetaRootDouble kNone{0.0, 0.0, false};
+    if (!(x0 > 0.0 && y0 > 0.0 && x0 <= 1.0 && y0 <= 1.0)) return kNone;
+    const bool in_y = x0 > 0.5;
+    const double alpha = in_y ? b : a, beta = in_y ? a : b;
+    const double target_lower = in_y ? q : p, target_upper = in_y ? p : q;
+    const bool lower_side = target_lower <= target_upper;
+    const double target = lower_side ? target_lower : target_upper;
+    const double log_target = std::log(target);
+    const double sign = lower_side ? 1.0 : -1.0;
+    const double min_sensitivity = std::max(a, b) < 16.0 ? kMinSensitivitySmall : kMinSensitivity;
+    double u = in_y ? y0 : x0;
+    for (int i = 0; i < 16; ++i) {
+        const numeric::TwoPart v = numeric::two_sum(1.0, -u);  // 1 - u, exact
+        const auto tails = numeric::incomplete_beta_double(alpha, beta, {u, 0.0}, v);
+        if (!tails) return kNone;
+        const double tail = lower_side ? tails->lower : tails->upper;
+        if (!(tail > 0.0) || !(tails->front > 0.0)) return kNone;
+        // r = (d tail / d log u) / tail in magnitude; d I / d log u = front / (1 - u).
+        const double r = tails->front / v.hi / tail;
+        const double slope = sign * r;
+        const double ratio = tail / target;
+        const double residual =
+            ratio > 0.5 && ratio < 2.0 ? std::log(ratio) : std::log(tail) - log_target;
+        // d ln(d I / d log u) / d log u = alpha - (beta - 1) u / (1 - u) = c; the second
+        // derivative of the log tail is r (c - r) (lower) or -r (c + r) (upper).
+        const double c = alpha - (beta - 1.0) * (u / v.hi);
+        const double curvature = lower_side ? r * (c - r) : -r * (c + r);
+        const double newton = residual / slope;
+        const double denominator = 1.0 - 0.5 * newton * curvature / slope;
+        const bool halley = denominator > 0.5 && denominator < 2.0;
+        const double step = std::clamp(halley ? newton / denominator : newton, -2.0, 2.0);
+        u *= std::exp(-step);
+        if (!(u > 0.0 && u < 1.0) || !std::isnormal(u)) return kNone;
+        if (halley && std::fabs(step) < 1e-8) {
+            if (r < min_sensitivity) return kNone;
+            const double w = 1.0 - u;
+            return in_y ? BetaRootDouble{w, u, true} : BetaRootDouble{u, w, true};
+        }
+    }
+    return kNone;
+}
+
+// The start of the beta deviate: Boost's inverse in double on the smaller tail (its own
+// shortfalls are the polish's business); x0 = -1 where it gives no usable start.
+std::pair<double, double> beta_start_double(double a, double b, double p, double q) {
+    if (std::min(p, q) < double(kBoostStartTail)) {
+        // As in beta_inverse: the leading term of the tail, x^a / (a B(a, b)) near 0.
+        const bool lower = p <= q;
+        const double e = lower ? a : b;
+        const double log_beta = std::lgamma(a) + std::lgamma(b) - std::lgamma(a + b);
+        const double u = std::exp((std::log(lower ? p : q) + std::log(e) + log_beta) / e);
+        if (!(u > 0.0 && u < 0.5) || !std::isnormal(u)) return {-1.0, -1.0};
+        return lower ? std::pair{u, 1.0 - u} : std::pair{1.0 - u, u};
+    }
+    AccuracyWatch start;
+    double y0 = 0;
+    const double x0 = p <= q ? bm::ibeta_inv(a, b, p, &y0, StartPolicy())
+                             : bm::ibetac_inv(a, b, q, &y0, StartPolicy());
+    if (!(std::isnormal(x0) && std::isnormal(y0))) return {-1.0, -1.0};
+    return {x0, y0};
+}
+
+// Hill's approximation to the t deviate with P(|T| >= t) = beyond (Algorithm 396), a start
+// within about 1e-4 relative; small t from the slope at 0 instead.
+double t_start(double beyond, double within, double n) {
+    constexpr double kPi = 3.14159265358979323846;
+    if (within < 1e-4) {
+        // P(|T| <= t) ~ 2 t f(0), f(0) = Gamma(b + 1/2) / (Gamma(b) sqrt(pi n)), b = n/2,
+        // Gamma(b + 1/2)/Gamma(b) ~ sqrt(b) (1 - 1/(8b)) (a few per cent at b = 1/2).
+        const double b = n / 2;
+        return within * std::sqrt(kPi * n / b) / (2.0 * (1.0 - 0.125 / b));
+    }
+    if (n == 1.0) return 1.0 / std::tan(beyond * (kPi / 2));
+    if (n == 2.0) return std::sqrt(2.0 / (beyond * (2.0 - beyond)) - 2.0);
+    const double a = 1.0 / (n - 0.5);
+    const double b = 48.0 / (a * a);
+    double c = ((20700.0 * a / b - 98.0) * a - 16.0) * a + 96.36;
+    const double d = ((94.5 / (b + c) - 3.0) / b + 1.0) * std::sqrt(a * kPi / 2) * n;
+    double x = d * beyond;
+    double y = std::pow(x, 2.0 / n);
+    if (y > 0.05 + a) {
+        x = kSqrt2Double * bm::erfc_inv(beyond, StartPolicy());  // upper normal deviate
+        y = x * x;
+        if (n < 5.0) c += 0.3 * (n - 4.5) * (x + 0.6);
+        c = (((0.05 * d * x - 5.0) * x - 7.0) * x - 2.0) * x + b + c;
+        y = (((((0.4 * y + 6.3) * y + 36.0) * y + 94.5) / c - y - 3.0) / b + 1.0) * x;
+        y = std::expm1(a * y * y);
+    } else {
+        y = ((1.0 / (((n + 6.0) / (n * y) - 0.089 * d - 0.822) * (n + 2.0) * 3.0) +
+              0.5 / (n + 4.0)) *
+                 y -
+             1.0) *
+                (n + 1.0) / (n + 2.0) +
+            1.0 / y;
+    }
+    return std::sqrt(n * y);
+}
+
+// t >= 0 with P(|T| >= t) = beyond and P(|T| <= t) = within (the smaller exact) in double:
+// I_x(1/2, df/2) = within at x = t^2 / (df + t^2), from Hill's start. NaN where the double
+// path declines.
+double t_deviate_double(double beyond, double within, double df) {
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+    if (!(df <= 2 * numeric::kBetaDoubleShapeMax)) return kNaN;
+    const double t0 = t_start(beyond, within, df);
+    if (!(t0 > 0.0) || !std::isfinite(t0)) return kNaN;
+    double x0 = 0, y0 = 0;
+    if (t0 > 1e150) {
+        y0 = df / t0 / t0;
+        x0 = 1.0 - y0;
+    } else {
+        const double t2 = t0 * t0;
+        x0 = t2 / (df + t2);
+        y0 = df / (df + t2);
+    }
+    if (!(y0 > 0.0)) return kNaN;
+    const BetaRootDouble r = beta_deviate_double(0.5, df / 2, within, beyond, x0, y0);
+    if (!r.found) return kNaN;
+    return std::sqrt(df * r.x) / std::sqrt(r.y);
 }
 
 // ---- Student's t -----------------------------------------------------------------------
@@ -596,6 +742,29 @@ double g01fbc(Nag_TailProbability tail, double p, double df, NagError* fail) {
     if (p >= 1) return fail_with(fail, NE_REAL_ARG_GE);
     if (df < 1) return fail_with(fail, NE_REAL_ARG_LT);
     AccuracyWatch watch;
+    {
+        // The double path: the two-sided tails beyond and within |t|, the smaller exact
+        // (2p, 2(1 - p) and 1 minus either where that is the smaller, all exact in double).
+        double beyond = 0, within = 0, sign = 1;
+        if (is_one_sided(tail)) {
+            beyond = p < 0.5 ? 2 * p : 2 * (1 - p);
+            within = 1 - beyond;
+            sign = (p < 0.5) == (tail == Tail::Nag_LowerTail) ? -1 : 1;
+        } else if (tail == Tail::Nag_TwoTailSignif) {
+            beyond = p;
+            within = 1 - p;
+        } else {
+            within = p;
+            beyond = 1 - p;
+        }
+        if (!(is_one_sided(tail) && p == 0.5)) {
+            const double fast = t_deviate_double(beyond, within, df);
+            if (representable(fast, false)) {
+                if (watch.reduced()) fail->set(NE_CONV);
+                return sign * fast;
+            }
+        }
+    }
     Real t = 0;
     bool converged = true;
     if (is_one_sided(tail)) {
@@ -705,6 +874,16 @@ double g01fdc(double p, double df1, double df2, NagError* fail) {
     if (df1 > kMaxShape || df2 > kMaxShape) return fail_with(fail, NE_REAL_ARG_GT);
     if (p == 0) return 0.0;
     AccuracyWatch watch;
+    if (df1 <= 2 * numeric::kBetaDoubleShapeMax && df2 <= 2 * numeric::kBetaDoubleShapeMax &&
+        std::isnormal(df1 / 2) && std::isnormal(df2 / 2)) {
+        const double q = 1 - p;  // exact where it is the smaller
+        const auto [x0, y0] = beta_start_double(df1 / 2, df2 / 2, p, q);
+        const BetaRootDouble r = beta_deviate_double(df1 / 2, df2 / 2, p, q, x0, y0);
+        if (r.found) {
+            const double fast = (df2 / df1) * (r.x / r.y);
+            if (representable(fast, false) && !watch.reduced()) return fast;
+        }
+    }
     // z = df1 f / (df1 f + df2) = I^-1_p(df1/2, df2/2); the inverse also returns 1 - z to
     // full relative accuracy, so f = df2 z / (df1 (1 - z)) keeps it near the top end.
     const BetaRoot r = beta_inverse(Real(df1) / 2, Real(df2) / 2, p, 1 - Real(p));
@@ -772,6 +951,12 @@ double g01fec(double p, double a, double b, double /*tol*/, NagError* fail) {
     if (p == 0) return 0.0;
     if (p == 1) return 1.0;
     AccuracyWatch watch;
+    if (a <= numeric::kBetaDoubleShapeMax && b <= numeric::kBetaDoubleShapeMax) {
+        const double q = 1 - p;  // exact where it is the smaller
+        const auto [x0, y0] = beta_start_double(a, b, p, q);
+        const BetaRootDouble r = beta_deviate_double(a, b, p, q, x0, y0);
+        if (r.found && !watch.reduced()) return r.x;
+    }
     const BetaRoot r = beta_inverse(a, b, p, 1 - Real(p));
     if (!r.converged || watch.reduced()) fail->set(NE_CONV);
     return narrow(r.x);

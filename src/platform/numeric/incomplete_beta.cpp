@@ -172,7 +172,7 @@ std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPar
     direct = std::min(direct, 1.0);
     const double other =
         direct <= kMostComplemented ? 1.0 - direct : std::numeric_limits<double>::quiet_NaN();
-    return lower_direct ? BetaTailsDouble{direct, other} : BetaTailsDouble{other, direct};
+    return lower_direct ? BetaTailsDouble{direct, other, g} : BetaTailsDouble{other, direct, g};
 }
 
 }  // namespace zemath::numeric

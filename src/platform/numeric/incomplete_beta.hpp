@@ -12,6 +12,7 @@ namespace zemath::numeric {
 struct BetaTailsDouble {
     double lower;  // I_x(a, b); NaN where the double evaluation cannot promise its bound
     double upper;  // 1 - I_x(a, b); likewise
+    double front;  // x^a y^b / B(a, b) = x y dI_x/dx (the deviates' Newton slope)
 };
 
 // The largest shape the double evaluation takes (see incomplete_beta.cpp for why).
