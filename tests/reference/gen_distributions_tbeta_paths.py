@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Reference values for Student's t, F and beta probabilities and deviates at the switch
-points of their double-precision paths (shapes 16, 128 and 1000; the deviates' sensitivity
-test), and on arguments drawn at random the way the distribution benchmark draws them.
+points of their double-precision paths (shapes 16, 128, 500 and 1000; the deviates'
+sensitivity test), and on arguments drawn at random the way the distribution benchmark draws them.
 
 Writes distributions_tbeta_paths_ref.inc next to this script, in the X-macro form of
 distributions_central_ref.inc:
@@ -28,8 +28,9 @@ P_DEV = [1e-300, 1e-50, 1e-8, 0.01, 0.3, 0.7, 1 - 1e-6]
 
 
 def gen_t():
-    # df 255, 256, 257: shape 128; 1999 .. 2001: shape 1000; and between
-    for df in [255.0, 256.0, 257.0, 600.0, 1999.0, 2000.0, 2001.0, 5000.0]:
+    # df 255 .. 257: shape 128; 999 .. 1001: shape 500; 1999 .. 2001: shape 1000
+    for df in [255.0, 256.0, 257.0, 600.0, 999.0, 1000.0, 1001.0, 1999.0, 2000.0, 2001.0,
+               5000.0]:
         xs = central.points_from(lambda q: stats.t.ppf(q, df), lambda q: stats.t.isf(q, df),
                                  extra=[0.01, 1.0, -2.0])
         xs = [x for x in xs if abs(x) >= 1e-3 or x == 0.01]
@@ -48,8 +49,9 @@ def gen_t():
             central.add("tinv", [p, df], 4, central.t_deviate(p, df, 4))
 
 
-F_PAIRS = [(255.0, 258.0), (258.0, 7.0), (3.0, 600.0), (1000.0, 1000.0), (1999.0, 2001.0),
-           (2001.0, 40.0), (0.3, 1999.0), (20.0, 0.25)]
+F_PAIRS = [(255.0, 258.0), (258.0, 7.0), (3.0, 600.0), (1000.0, 1000.0), (999.0, 1001.0),
+           (1001.0, 20.0), (0.3, 999.0), (1999.0, 2001.0), (2001.0, 40.0), (0.3, 1999.0),
+           (20.0, 0.25)]
 
 
 def gen_f():
@@ -70,7 +72,8 @@ def gen_f():
 
 # Small shapes on one side: the deviates' sensitivity x f(x) / F(x) tends to the shape in
 # the lower tail, so these sit on both sides of the double path's threshold.
-BETA_PAIRS = [(127.5, 129.0), (129.0, 2.0), (0.5, 600.0), (999.5, 1000.5), (1001.0, 0.7),
+BETA_PAIRS = [(127.5, 129.0), (129.0, 2.0), (0.5, 600.0), (499.5, 500.5), (500.5, 2.0),
+              (0.2, 499.0), (999.5, 1000.5), (1001.0, 0.7),
               (0.09, 5.0), (0.11, 5.0), (0.3, 40.0), (7.0, 0.2), (20.0, 0.45), (0.6, 0.6)]
 
 
