@@ -85,6 +85,16 @@ struct ShiftedGamma {
 };
 
 ShiftedGamma shifted_gamma(double v) {
+    // Integers and half-integers up to 15.5 (the usual degrees of freedom over 2) exactly or
+    // with one rounding: (k - 1)! and sqrt(pi) (2k - 1)!! / 2^k, both products exact in double.
+    const double twice = 2.0 * v;
+    if (twice <= 31.0 && twice == std::floor(twice)) {
+        constexpr double kSqrtPi = 1.7724538509055160273;
+        const bool whole = v == std::floor(v);
+        double product = 1.0;
+        for (double j = whole ? 1.0 : 0.5; j < v; j += 1.0) product *= j;
+        return {{0.0, 0.0}, whole ? product : product * kSqrtPi};
+    }
     const double m = v < kStirlingFormFrom ? std::ceil(kStirlingFormFrom - v) : 0.0;
     const TwoPart shifted = two_sum(v, m);
     double product = 1.0;
