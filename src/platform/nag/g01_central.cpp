@@ -31,9 +31,11 @@
 //                                extended, as below.
 //   beta, Student's t and F probabilities (I_x(a, b) with x = the beta argument,
 //   t^2/(df + t^2) or df1 f/(df1 f + df2), and 1 - x, both formed in two parts):
-//     a, b <= 128 (df <= 256)    platform/numeric/incomplete_beta.cpp: the side where the
+//     a, b <= 500 (df <= 1000)   platform/numeric/incomplete_beta.cpp: the side where the
 //                                continued fraction converges, with a two-part exponent,
-//                                within about 6e-15 (measured 1e-14 against mpmath); the
+//                                within about 6e-15 + the fraction's rounding, which grows
+//                                with its length (measured against mpmath: 1e-14 up to
+//                                shapes 128, 4e-14 at shape 300 near the switch point); the
 //                                other side as 1 minus it where that is at least 0.1;
 //     otherwise (larger shapes, the other side below 0.1, |t| >= 1e150, arguments outside
 //                                the normal range): extended, as below;
@@ -44,7 +46,23 @@
 //                                the residual as the log of the tail ratio; within about
 //                                1e-14 (the tails' 6e-15 over a sensitivity of at least 1);
 //                                smaller shapes, or no settled root: extended;
-//   the other deviates           extended, as below (not yet a double path).
+//   beta, Student's t and F deviates, shapes <= 500 (df <= 1000): Halley steps on the
+//                                logarithm of the smaller tail in log u, u the one of x and
+//                                1 - x below 1/2, with the double tails above, the iterate
+//                                kept as u and the residual as the log of the tail ratio;
+//                                from Hill's start (t, Algorithm 396) or Boost's double
+//                                inverse (beta, F; below a tail of 1e-290 the tail's leading
+//                                term). The root's relative error is the tail's over the
+//                                sensitivity r = u I'(u) / tail, so it is kept only where
+//                                r >= 0.1 (both shapes below 16, tails within 3e-15) or
+//                                r >= 0.3 (tails within 1e-14): within about 3e-14, measured
+//                                1.2e-14; t = sqrt(df x) / sqrt(1 - x) and f = (df2/df1)
+//                                (z / (1 - z)) add a few ulps. The step is at least cubic, so
+//                                once below 1e-8 no further evaluation follows;
+//                                smaller sensitivities, larger shapes, a root that does not
+//                                settle in 16 steps or falls outside the normal range:
+//                                extended, as below (which keeps the failure codes 301 and
+//                                422);
 //
 // Accuracy reached (50-digit mpmath references, both tails down to 1e-300, parameters
 // 1e-3 .. 1e6): within 1e-13 relative error everywhere on that grid; see the table in
@@ -81,7 +99,8 @@
 // other laws are evaluated in the extended type (platform/numeric/extended.hpp).
 //
 // References: DLMF 7 (error functions), 8.17 (incomplete beta), 8.2 (incomplete gamma);
-// Abramowitz and Stegun 26.5-26.7 for the t, chi-square and F relations.
+// Abramowitz and Stegun 26.5-26.7 for the t, chi-square and F relations; Hill (1970),
+// "Algorithm 396: Student's t-quantiles", CACM 13 (the t deviate's start).
 #include "platform/numeric/boost_policy.hpp"  // first: checks Boost.Math's defaults
 
 #include <boost/math/special_functions/beta.hpp>
