@@ -31,12 +31,13 @@
 //                                extended, as below.
 //   beta, Student's t and F probabilities (I_x(a, b) with x = the beta argument,
 //   t^2/(df + t^2) or df1 f/(df1 f + df2), and 1 - x, both formed in two parts):
-//     a, b <= 500 (df <= 1000)   platform/numeric/incomplete_beta.cpp: the side where the
+//     a, b <= 1000 (df <= 2000)  platform/numeric/incomplete_beta.cpp: the side where the
 //                                continued fraction converges, with a two-part exponent,
 //                                within about 6e-15 + the fraction's rounding, which grows
 //                                with its length (measured against mpmath: 1e-14 up to
-//                                shapes 128, 4e-14 at shape 300 near the switch point); the
-//                                other side as 1 minus it where that is at least 0.1;
+//                                shapes 128, 4e-14 at 300 .. 500 and 7e-14 near 1000, near
+//                                the switch point); the other side as 1 minus it where that
+//                                is at least 0.1;
 //     otherwise (larger shapes, the other side below 0.1, |t| >= 1e150, arguments outside
 //                                the normal range): extended, as below;
 //   normal deviate               Boost's inverse erfc in double, within 3 ulps;
@@ -46,7 +47,7 @@
 //                                the residual as the log of the tail ratio; within about
 //                                1e-14 (the tails' 6e-15 over a sensitivity of at least 1);
 //                                smaller shapes, or no settled root: extended;
-//   beta, Student's t and F deviates, shapes <= 500 (df <= 1000): Halley steps on the
+//   beta, Student's t and F deviates, shapes <= 1000 (df <= 2000): Halley steps on the
 //                                logarithm of the smaller tail in log u, u the one of x and
 //                                1 - x below 1/2, with the double tails above, the iterate
 //                                kept as u and the residual as the log of the tail ratio;

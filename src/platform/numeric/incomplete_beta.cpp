@@ -1,4 +1,4 @@
-// The regularised incomplete beta function in double arithmetic, shapes up to 500.
+// The regularised incomplete beta function in double arithmetic, shapes up to 1000.
 //
 // Method. I_x(a, b) = g / a * F(a, b, x), g = x^a y^b / B(a, b), y = 1 - x, with F the
 // continued fraction of DLMF 8.17.22 (evaluated by the modified Lentz method), which
@@ -28,12 +28,13 @@
 // Gamma values), 1e-15 + 3e-18 (a + b) otherwise, plus the fraction's rounding (a few
 // ulps times the square root of its length, at most about 10 sqrt(max(a, b)) terms).
 // Measured against mpmath: see tests/reference/distributions_central_worst_errors.txt.
-// Why 500: the fraction's own rounding grows with its length (about 10 sqrt(max(a, b))
+// Why 1000: the fraction's own rounding grows with its length (about 10 sqrt(max(a, b))
 // terms, longest where x is near the switch point): measured against mpmath, Student's t
-// reached 1e-14 at df = 200 and 3.9e-14 at df = 600 (b = 300, t = -2), and the F law 6.6e-14
-// at shapes near 1000 (df2 = 1999), so shapes above 500 go to the extended evaluation, which
-// keeps 1e-16 there. (Boost's extended ibeta was found 2.9e-13 off at a = 100.5, b = 3,
-// x = 0.8495, a point this path covers.)
+// reached 1e-14 at df = 200, 4e-14 at df = 600 .. 1000 (t = -2) and 7e-14 at df = 1500; the F
+// law 6.6e-14 at shapes near 1000 (df2 = 1999, df1 = 0.3); beyond, 1e-13 is passed (t at
+// df = 1e4: 2.5e-13), so larger shapes go to the extended evaluation. (That one was found
+// 5e-13 off at a = 500.5, b = 10 and 2.9e-13 at a = 100.5, b = 3, x = 0.8495, points this
+// path now covers.)
 // References: DLMF 8.17.22 (continued fraction), 5.11.1 (Stirling); Loader (2000), "Fast and
 // accurate computation of binomial probabilities" (the deviance form); Press et al.,
 // Numerical Recipes, 6.4 (the fraction by modified Lentz).
@@ -52,7 +53,7 @@ namespace zemath::numeric {
 namespace {
 
 constexpr double kStirlingFormFrom = 16.0;
-constexpr int kMaxTerms = 2000;  // about 10 sqrt(500) = 224 are needed at most
+constexpr int kMaxTerms = 2000;  // about 10 sqrt(1000) = 320 are needed at most
 constexpr double kLowestExponent = -700.0;
 constexpr double kMostComplemented = 0.9;
 
