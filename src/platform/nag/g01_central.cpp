@@ -135,6 +135,9 @@ using numeric::narrow;
 // double inverses are about twice as fast as its long double ones and accurate to about
 // 1e-15, which one polishing Newton step in long double takes to full accuracy.
 using StartPolicy = bp::normalise<Policy, bp::promote_double<false>>::type;
+// The same to about 32 bits, for the starts of the double deviates: Halley's step from there
+// lands below rounding (cubic convergence), and Boost's inverse stops a few iterations sooner.
+using RoughStartPolicy = bp::normalise<Policy, bp::promote_double<false>, bp::digits2<32>>::type;
 
 using Tail = Nag_TailProbability;
 
@@ -432,8 +435,8 @@ std::pair<double, double> beta_start_double(double a, double b, double p, double
     }
     AccuracyWatch start;
     double y0 = 0;
-    const double x0 = p <= q ? bm::ibeta_inv(a, b, p, &y0, StartPolicy())
-                             : bm::ibetac_inv(a, b, q, &y0, StartPolicy());
+    const double x0 = p <= q ? bm::ibeta_inv(a, b, p, &y0, RoughStartPolicy())
+                             : bm::ibetac_inv(a, b, q, &y0, RoughStartPolicy());
     if (!(std::isnormal(x0) && std::isnormal(y0))) return {-1.0, -1.0};
     return {x0, y0};
 }
