@@ -428,7 +428,8 @@ std::pair<double, double> beta_start_double(double a, double b, double p, double
         // As in beta_inverse: the leading term of the tail, x^a / (a B(a, b)) near 0.
         const bool lower = p <= q;
         const double e = lower ? a : b;
-        const double log_beta = std::lgamma(a) + std::lgamma(b) - std::lgamma(a + b);
+        const double log_beta = bm::lgamma(a, StartPolicy()) + bm::lgamma(b, StartPolicy()) -
+                                bm::lgamma(a + b, StartPolicy());  // no shared sign state
         const double u = std::exp((std::log(lower ? p : q) + std::log(e) + log_beta) / e);
         if (!(u > 0.0 && u < 0.5) || !std::isnormal(u)) return {-1.0, -1.0};
         return lower ? std::pair{u, 1.0 - u} : std::pair{1.0 - u, u};
