@@ -504,19 +504,19 @@ double t_deviate_double(double beyond, double within, double df) {
 // ---- Student's t -----------------------------------------------------------------------
 
 // The double path of t_two_sided: x = t^2/(df + t^2) and 1 - x = df/(df + t^2) in two
-// parts; NaN where it does not apply.
-double t_two_sided_double(double t, double df, bool within) {
+// parts; lower = P(|T| <= |t|), upper = P(|T| >= |t|), each NaN where it does not apply.
+numeric::BetaTailsDouble t_two_sided_double(double t, double df) {
     constexpr double kLargest = 1e150;  // t^2 stays finite
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
     if (!(t != 0 && std::fabs(t) < kLargest && df <= 2 * numeric::kBetaDoubleShapeMax)) {
-        return std::numeric_limits<double>::quiet_NaN();
+        return {kNaN, kNaN, kNaN};
     }
     using numeric::TwoPart;
     const TwoPart t2 = numeric::two_product(t, t);
     const TwoPart denom = numeric::add(numeric::two_sum(df, t2.hi), TwoPart{t2.lo, 0.0});
     const TwoPart x = numeric::divide(t2, denom);
     const TwoPart y = numeric::divide(TwoPart{df, 0.0}, denom);
-    const numeric::BetaTailsDouble tails = beta_tails_double(0.5, df / 2, x, y);
-    return within ? tails.lower : tails.upper;
+    return beta_tails_double(0.5, df / 2, x, y);
 }
 
 // P(|T| >= |t|) (within = false) or P(|T| <= |t|) (within = true). With x = t^2/(df + t^2)
@@ -728,12 +728,16 @@ double g01ebc(Nag_TailProbability tail, double t, double df, NagError* fail) {
     AccuracyWatch watch;
     // The double path first (NaN where it does not apply).
     double fast = std::numeric_limits<double>::quiet_NaN();
+    const numeric::BetaTailsDouble two_sided = t_two_sided_double(t, df);
     if (is_one_sided(tail)) {
-        const double beyond = t_two_sided_double(t, df, false);
+        const double beyond = two_sided.upper;
         const bool below = (t < 0) == (tail == Tail::Nag_LowerTail);
-        fast = below ? beyond / 2 : 1 - beyond / 2;
+        // The side above 1/2 also from the within probability where that is the one the
+        // double path gives (at least 0.9, so (1 + within)/2 keeps its relative accuracy).
+        fast =
+            below ? beyond / 2 : (std::isnan(beyond) ? (1 + two_sided.lower) / 2 : 1 - beyond / 2);
     } else {
-        fast = t_two_sided_double(t, df, tail == Tail::Nag_TwoTailConfid);
+        fast = tail == Tail::Nag_TwoTailConfid ? two_sided.lower : two_sided.upper;
     }
     if (!std::isnan(fast)) {
         if (watch.reduced()) fail->set(NE_CONV);
