@@ -32,7 +32,7 @@ def gen_t():
     for df in [255.0, 256.0, 257.0, 600.0, 999.0, 1000.0, 1001.0, 1999.0, 2000.0, 2001.0,
                5000.0]:
         xs = central.points_from(lambda q: stats.t.ppf(q, df), lambda q: stats.t.isf(q, df),
-                                 extra=[0.01, 1.0, -2.0])
+                                 extra=[0.01, 1.0, -2.0, 1.7, -1.7])
         xs = [x for x in xs if abs(x) >= 1e-3 or x == 0.01]
         for x in xs:
             tails = central.t_tails(x, df)
