@@ -37,6 +37,14 @@ const RefCase kCases[] = {
 #undef REF
 #undef REF_UTIL
 
+// Student's t, F and beta at the switch points of their double paths and on arguments drawn
+// as the benchmark draws them (gen_distributions_tbeta_paths.py).
+#define REF(fn, a0, a1, a2, tail, expected) {Fn::fn, {a0, a1, a2}, tail, expected},
+const RefCase kPathCases[] = {
+#include "reference/distributions_tbeta_paths_ref.inc"
+};
+#undef REF
+
 // The accuracy asked of every function: 1e-13 relative, about 450 ulp.
 constexpr double kTolerance = 1e-13;
 
@@ -52,6 +60,20 @@ TEST(DistributionAccuracy, EveryReferenceValueWithin1e13) {
     }
     for (const auto& [fn, w] : worst) w.report(fn);
     EXPECT_EQ(worst.size(), 24u) << "every central export has reference values";
+}
+
+TEST(DistributionAccuracy, StudentFBetaAcrossPathSwitchesWithin1e13) {
+    std::map<std::string, Worst> worst;
+    for (const RefCase& c : kPathCases) {
+        int status = -999;
+        const double got = dist_test::call(c.fn, c.args, c.tail, &status);
+        const std::string where = at({c.args[0], c.args[1], c.args[2], double(c.tail)});
+        EXPECT_EQ(status, 0) << name(c.fn) << where;
+        EXPECT_LE(worst[name(c.fn)].add(got, c.expected, where), kTolerance)
+            << name(c.fn) << where << " = " << got << ", expected " << c.expected;
+    }
+    for (const auto& [fn, w] : worst) w.report(fn);
+    EXPECT_EQ(worst.size(), 6u) << "t, F and beta probabilities and deviates";
 }
 
 TEST(DistributionAccuracy, DiscreteDensitiesAgainstReference) {

@@ -31,10 +31,13 @@
 //                                extended, as below.
 //   beta, Student's t and F probabilities (I_x(a, b) with x = the beta argument,
 //   t^2/(df + t^2) or df1 f/(df1 f + df2), and 1 - x, both formed in two parts):
-//     a, b <= 128 (df <= 256)    platform/numeric/incomplete_beta.cpp: the side where the
+//     a, b <= 1000 (df <= 2000)  platform/numeric/incomplete_beta.cpp: the side where the
 //                                continued fraction converges, with a two-part exponent,
-//                                within about 6e-15 (measured 1e-14 against mpmath); the
-//                                other side as 1 minus it where that is at least 0.1;
+//                                within about 6e-15 + the fraction's rounding, which grows
+//                                with its length (measured against mpmath: 1e-14 up to
+//                                shapes 128, 4e-14 at 300 .. 500 and 7e-14 near 1000, near
+//                                the switch point); the other side as 1 minus it where that
+//                                is at least 0.1;
 //     otherwise (larger shapes, the other side below 0.1, |t| >= 1e150, arguments outside
 //                                the normal range): extended, as below;
 //   normal deviate               Boost's inverse erfc in double, within 3 ulps;
@@ -51,7 +54,23 @@
 //                                2e-17 / a + 4e-15 (2e-14 at a = 1e-3, 5e-15 from a = 0.01;
 //                                measured 4e-15 at worst against mpmath);
 //                                smaller shapes, larger ones, or no settled root: extended;
-//   the other deviates           extended, as below (not yet a double path).
+//   beta, Student's t and F deviates, shapes <= 1000 (df <= 2000): Halley steps on the
+//                                logarithm of the smaller tail in log u, u the one of x and
+//                                1 - x below 1/2, with the double tails above, the iterate
+//                                kept as u and the residual as the log of the tail ratio;
+//                                from Hill's start (t, Algorithm 396) or Boost's double
+//                                inverse (beta, F; below a tail of 1e-290 the tail's leading
+//                                term). The root's relative error is the tail's over the
+//                                sensitivity r = u I'(u) / tail, so it is kept only where
+//                                r >= 0.1 (both shapes below 16, tails within 3e-15) or
+//                                r >= 0.3 (tails within 1e-14): within about 3e-14, measured
+//                                1.2e-14; t = sqrt(df x) / sqrt(1 - x) and f = (df2/df1)
+//                                (z / (1 - z)) add a few ulps. The step is at least cubic, so
+//                                once below 1e-8 no further evaluation follows;
+//                                smaller sensitivities, larger shapes, a root that does not
+//                                settle in 16 steps or falls outside the normal range:
+//                                extended, as below (which keeps the failure codes 301 and
+//                                422);
 //
 // Accuracy reached (50-digit mpmath references, both tails down to 1e-300, parameters
 // 1e-3 .. 1e6): within 1e-13 relative error everywhere on that grid; see the table in
@@ -88,7 +107,8 @@
 // other laws are evaluated in the extended type (platform/numeric/extended.hpp).
 //
 // References: DLMF 7 (error functions), 8.17 (incomplete beta), 8.2 (incomplete gamma);
-// Abramowitz and Stegun 26.5-26.7 for the t, chi-square and F relations.
+// Abramowitz and Stegun 26.5-26.7 for the t, chi-square and F relations; Hill (1970),
+// "Algorithm 396: Student's t-quantiles", CACM 13 (the t deviate's start).
 #include "platform/numeric/boost_policy.hpp"  // first: checks Boost.Math's defaults
 
 #include <boost/math/special_functions/beta.hpp>
@@ -123,6 +143,9 @@ using numeric::narrow;
 // double inverses are about twice as fast as its long double ones and accurate to about
 // 1e-15, which one polishing Newton step in long double takes to full accuracy.
 using StartPolicy = bp::normalise<Policy, bp::promote_double<false>>::type;
+// The same to about 32 bits, for the starts of the double deviates: Halley's step from there
+// lands below rounding (cubic convergence), and Boost's inverse stops a few iterations sooner.
+using RoughStartPolicy = bp::normalise<Policy, bp::promote_double<false>, bp::digits2<32>>::type;
 
 using Tail = Nag_TailProbability;
 
@@ -336,25 +359,172 @@ numeric::BetaTailsDouble beta_tails_double(double a, double b, numeric::TwoPart 
                                            numeric::TwoPart y) {
     constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
     const auto tails = numeric::incomplete_beta_double(a, b, x, y);
-    return tails ? *tails : numeric::BetaTailsDouble{kNaN, kNaN};
+    return tails ? *tails : numeric::BetaTailsDouble{kNaN, kNaN, kNaN};
+}
+
+// ---- the deviates in double ------------------------------------------------------------
+
+// The smallest sensitivity r = u dI/du / tail (of the logarithm of the inverted tail to log u
+// at the root) the double deviates accept: the root's relative error is the tail's relative
+// error over r. Where both shapes are below 16 the tails are within about 3e-15, so r >= 0.1
+// keeps the root within about 3e-14; otherwise within about 1e-14, and r >= 0.3 keeps it
+// within about 3e-14 as well.
+constexpr double kMinSensitivitySmall = 0.1;
+constexpr double kMinSensitivity = 0.3;
+
+struct BetaRootDouble {
+    double x, y;  // y = 1 - x, the one below 1/2 to full relative accuracy, the other rounded once
+    bool found;
+};
+
+// x with I_x(a, b) = p, q = 1 - p, the smaller of p and q exact, from the start x0 (y0 =
+// 1 - x0): Halley steps on the logarithm of the smaller tail in log u, u whichever of x and
+// 1 - x lies below 1/2 at the start, with the double tails (incomplete_beta.cpp), the
+// iterate kept as u itself (log u near -690 would be rounded to 6e-14 of u) and the residual
+// as the logarithm of the ratio of the tail to its target near the root. The step converges
+// at least cubically, so once it is below 1e-8 its own error is below rounding and no
+// further evaluation is needed. found = false where the double tails decline, the iteration
+// leaves (0, 1) or does not settle in 16 steps, or the sensitivity is below the threshold
+// above: the caller falls back on the extended solver.
+BetaRootDouble beta_deviate_double(double a, double b, double p, double q, double x0, double y0) {
+    constexpr BetaRootDouble kNone{0.0, 0.0, false};
+    if (!(x0 > 0.0 && y0 > 0.0 && x0 <= 1.0 && y0 <= 1.0)) return kNone;
+    const bool in_y = x0 > 0.5;
+    const double alpha = in_y ? b : a, beta = in_y ? a : b;
+    const double target_lower = in_y ? q : p, target_upper = in_y ? p : q;
+    const bool lower_side = target_lower <= target_upper;
+    const double target = lower_side ? target_lower : target_upper;
+    const double log_target = std::log(target);
+    const double sign = lower_side ? 1.0 : -1.0;
+    const double min_sensitivity = std::max(a, b) < 16.0 ? kMinSensitivitySmall : kMinSensitivity;
+    double u = in_y ? y0 : x0;
+    for (int i = 0; i < 16; ++i) {
+        const numeric::TwoPart v = numeric::two_sum(1.0, -u);  // 1 - u, exact
+        const auto tails = numeric::incomplete_beta_double(alpha, beta, {u, 0.0}, v);
+        if (!tails) return kNone;
+        const double tail = lower_side ? tails->lower : tails->upper;
+        if (!(tail > 0.0) || !(tails->front > 0.0)) return kNone;
+        // r = (d tail / d log u) / tail in magnitude; d I / d log u = front / (1 - u).
+        const double r = tails->front / v.hi / tail;
+        const double slope = sign * r;
+        const double ratio = tail / target;
+        const double residual =
+            ratio > 0.5 && ratio < 2.0 ? std::log(ratio) : std::log(tail) - log_target;
+        // d ln(d I / d log u) / d log u = alpha - (beta - 1) u / (1 - u) = c; the second
+        // derivative of the log tail is r (c - r) (lower) or -r (c + r) (upper).
+        const double c = alpha - (beta - 1.0) * (u / v.hi);
+        const double curvature = lower_side ? r * (c - r) : -r * (c + r);
+        const double newton = residual / slope;
+        const double denominator = 1.0 - 0.5 * newton * curvature / slope;
+        const bool halley = denominator > 0.5 && denominator < 2.0;
+        const double step = std::clamp(halley ? newton / denominator : newton, -2.0, 2.0);
+        u *= std::exp(-step);
+        if (!(u > 0.0 && u < 1.0) || !std::isnormal(u)) return kNone;
+        if (halley && std::fabs(step) < 1e-8) {
+            if (r < min_sensitivity) return kNone;
+            const double w = 1.0 - u;
+            return in_y ? BetaRootDouble{w, u, true} : BetaRootDouble{u, w, true};
+        }
+    }
+    return kNone;
+}
+
+// The start of the beta deviate: Boost's inverse in double on the smaller tail (its own
+// shortfalls are the polish's business); x0 = -1 where it gives no usable start.
+std::pair<double, double> beta_start_double(double a, double b, double p, double q) {
+    if (std::min(p, q) < double(kBoostStartTail)) {
+        // As in beta_inverse: the leading term of the tail, x^a / (a B(a, b)) near 0.
+        const bool lower = p <= q;
+        const double e = lower ? a : b;
+        const double log_beta = bm::lgamma(a, StartPolicy()) + bm::lgamma(b, StartPolicy()) -
+                                bm::lgamma(a + b, StartPolicy());  // no shared sign state
+        const double u = std::exp((std::log(lower ? p : q) + std::log(e) + log_beta) / e);
+        if (!(u > 0.0 && u < 0.5) || !std::isnormal(u)) return {-1.0, -1.0};
+        return lower ? std::pair{u, 1.0 - u} : std::pair{1.0 - u, u};
+    }
+    AccuracyWatch start;
+    double y0 = 0;
+    const double x0 = p <= q ? bm::ibeta_inv(a, b, p, &y0, RoughStartPolicy())
+                             : bm::ibetac_inv(a, b, q, &y0, RoughStartPolicy());
+    if (!(std::isnormal(x0) && std::isnormal(y0))) return {-1.0, -1.0};
+    return {x0, y0};
+}
+
+// Hill's approximation to the t deviate with P(|T| >= t) = beyond (Algorithm 396), a start
+// within about 1e-4 relative; small t from the slope at 0 instead.
+double t_start(double beyond, double within, double n) {
+    constexpr double kPi = 3.14159265358979323846;
+    if (within < 1e-4) {
+        // P(|T| <= t) ~ 2 t f(0), f(0) = Gamma(b + 1/2) / (Gamma(b) sqrt(pi n)), b = n/2,
+        // Gamma(b + 1/2)/Gamma(b) ~ sqrt(b) (1 - 1/(8b)) (a few per cent at b = 1/2).
+        const double b = n / 2;
+        return within * std::sqrt(kPi * n / b) / (2.0 * (1.0 - 0.125 / b));
+    }
+    if (n == 1.0) return 1.0 / std::tan(beyond * (kPi / 2));
+    if (n == 2.0) return std::sqrt(2.0 / (beyond * (2.0 - beyond)) - 2.0);
+    const double a = 1.0 / (n - 0.5);
+    const double b = 48.0 / (a * a);
+    double c = ((20700.0 * a / b - 98.0) * a - 16.0) * a + 96.36;
+    const double d = ((94.5 / (b + c) - 3.0) / b + 1.0) * std::sqrt(a * kPi / 2) * n;
+    double x = d * beyond;
+    double y = std::pow(x, 2.0 / n);
+    if (y > 0.05 + a) {
+        x = kSqrt2Double * bm::erfc_inv(beyond, StartPolicy());  // upper normal deviate
+        y = x * x;
+        if (n < 5.0) c += 0.3 * (n - 4.5) * (x + 0.6);
+        c = (((0.05 * d * x - 5.0) * x - 7.0) * x - 2.0) * x + b + c;
+        y = (((((0.4 * y + 6.3) * y + 36.0) * y + 94.5) / c - y - 3.0) / b + 1.0) * x;
+        y = std::expm1(a * y * y);
+    } else {
+        y = ((1.0 / (((n + 6.0) / (n * y) - 0.089 * d - 0.822) * (n + 2.0) * 3.0) +
+              0.5 / (n + 4.0)) *
+                 y -
+             1.0) *
+                (n + 1.0) / (n + 2.0) +
+            1.0 / y;
+    }
+    return std::sqrt(n * y);
+}
+
+// t >= 0 with P(|T| >= t) = beyond and P(|T| <= t) = within (the smaller exact) in double:
+// I_x(1/2, df/2) = within at x = t^2 / (df + t^2), from Hill's start. NaN where the double
+// path declines.
+double t_deviate_double(double beyond, double within, double df) {
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+    if (!(df <= 2 * numeric::kBetaDoubleShapeMax)) return kNaN;
+    const double t0 = t_start(beyond, within, df);
+    if (!(t0 > 0.0) || !std::isfinite(t0)) return kNaN;
+    double x0 = 0, y0 = 0;
+    if (t0 > 1e150) {
+        y0 = df / t0 / t0;
+        x0 = 1.0 - y0;
+    } else {
+        const double t2 = t0 * t0;
+        x0 = t2 / (df + t2);
+        y0 = df / (df + t2);
+    }
+    if (!(y0 > 0.0)) return kNaN;
+    const BetaRootDouble r = beta_deviate_double(0.5, df / 2, within, beyond, x0, y0);
+    if (!r.found) return kNaN;
+    return std::sqrt(df * r.x) / std::sqrt(r.y);
 }
 
 // ---- Student's t -----------------------------------------------------------------------
 
 // The double path of t_two_sided: x = t^2/(df + t^2) and 1 - x = df/(df + t^2) in two
-// parts; NaN where it does not apply.
-double t_two_sided_double(double t, double df, bool within) {
+// parts; lower = P(|T| <= |t|), upper = P(|T| >= |t|), each NaN where it does not apply.
+numeric::BetaTailsDouble t_two_sided_double(double t, double df) {
     constexpr double kLargest = 1e150;  // t^2 stays finite
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
     if (!(t != 0 && std::fabs(t) < kLargest && df <= 2 * numeric::kBetaDoubleShapeMax)) {
-        return std::numeric_limits<double>::quiet_NaN();
+        return {kNaN, kNaN, kNaN};
     }
     using numeric::TwoPart;
     const TwoPart t2 = numeric::two_product(t, t);
     const TwoPart denom = numeric::add(numeric::two_sum(df, t2.hi), TwoPart{t2.lo, 0.0});
     const TwoPart x = numeric::divide(t2, denom);
     const TwoPart y = numeric::divide(TwoPart{df, 0.0}, denom);
-    const numeric::BetaTailsDouble tails = beta_tails_double(0.5, df / 2, x, y);
-    return within ? tails.lower : tails.upper;
+    return beta_tails_double(0.5, df / 2, x, y);
 }
 
 // P(|T| >= |t|) (within = false) or P(|T| <= |t|) (within = true). With x = t^2/(df + t^2)
@@ -570,12 +740,16 @@ double g01ebc(Nag_TailProbability tail, double t, double df, NagError* fail) {
     AccuracyWatch watch;
     // The double path first (NaN where it does not apply).
     double fast = std::numeric_limits<double>::quiet_NaN();
+    const numeric::BetaTailsDouble two_sided = t_two_sided_double(t, df);
     if (is_one_sided(tail)) {
-        const double beyond = t_two_sided_double(t, df, false);
+        const double beyond = two_sided.upper;
         const bool below = (t < 0) == (tail == Tail::Nag_LowerTail);
-        fast = below ? beyond / 2 : 1 - beyond / 2;
+        // The side above 1/2 also from the within probability where that is the one the
+        // double path gives (at least 0.9, so (1 + within)/2 keeps its relative accuracy).
+        fast =
+            below ? beyond / 2 : (std::isnan(beyond) ? (1 + two_sided.lower) / 2 : 1 - beyond / 2);
     } else {
-        fast = t_two_sided_double(t, df, tail == Tail::Nag_TwoTailConfid);
+        fast = tail == Tail::Nag_TwoTailConfid ? two_sided.lower : two_sided.upper;
     }
     if (!std::isnan(fast)) {
         if (watch.reduced()) fail->set(NE_CONV);
@@ -608,6 +782,29 @@ double g01fbc(Nag_TailProbability tail, double p, double df, NagError* fail) {
     if (p >= 1) return fail_with(fail, NE_REAL_ARG_GE);
     if (df < 1) return fail_with(fail, NE_REAL_ARG_LT);
     AccuracyWatch watch;
+    {
+        // The double path: the two-sided tails beyond and within |t|, the smaller exact
+        // (2p, 2(1 - p) and 1 minus either where that is the smaller, all exact in double).
+        double beyond = 0, within = 0, sign = 1;
+        if (is_one_sided(tail)) {
+            beyond = p < 0.5 ? 2 * p : 2 * (1 - p);
+            within = 1 - beyond;
+            sign = (p < 0.5) == (tail == Tail::Nag_LowerTail) ? -1 : 1;
+        } else if (tail == Tail::Nag_TwoTailSignif) {
+            beyond = p;
+            within = 1 - p;
+        } else {
+            within = p;
+            beyond = 1 - p;
+        }
+        if (!(is_one_sided(tail) && p == 0.5)) {
+            const double fast = t_deviate_double(beyond, within, df);
+            if (representable(fast, false)) {
+                if (watch.reduced()) fail->set(NE_CONV);
+                return sign * fast;
+            }
+        }
+    }
     Real t = 0;
     bool converged = true;
     if (is_one_sided(tail)) {
@@ -717,6 +914,16 @@ double g01fdc(double p, double df1, double df2, NagError* fail) {
     if (df1 > kMaxShape || df2 > kMaxShape) return fail_with(fail, NE_REAL_ARG_GT);
     if (p == 0) return 0.0;
     AccuracyWatch watch;
+    if (df1 <= 2 * numeric::kBetaDoubleShapeMax && df2 <= 2 * numeric::kBetaDoubleShapeMax &&
+        std::isnormal(df1 / 2) && std::isnormal(df2 / 2)) {
+        const double q = 1 - p;  // exact where it is the smaller
+        const auto [x0, y0] = beta_start_double(df1 / 2, df2 / 2, p, q);
+        const BetaRootDouble r = beta_deviate_double(df1 / 2, df2 / 2, p, q, x0, y0);
+        if (r.found) {
+            const double fast = (df2 / df1) * (r.x / r.y);
+            if (representable(fast, false) && !watch.reduced()) return fast;
+        }
+    }
     // z = df1 f / (df1 f + df2) = I^-1_p(df1/2, df2/2); the inverse also returns 1 - z to
     // full relative accuracy, so f = df2 z / (df1 (1 - z)) keeps it near the top end.
     const BetaRoot r = beta_inverse(Real(df1) / 2, Real(df2) / 2, p, 1 - Real(p));
@@ -784,6 +991,12 @@ double g01fec(double p, double a, double b, double /*tol*/, NagError* fail) {
     if (p == 0) return 0.0;
     if (p == 1) return 1.0;
     AccuracyWatch watch;
+    if (a <= numeric::kBetaDoubleShapeMax && b <= numeric::kBetaDoubleShapeMax) {
+        const double q = 1 - p;  // exact where it is the smaller
+        const auto [x0, y0] = beta_start_double(a, b, p, q);
+        const BetaRootDouble r = beta_deviate_double(a, b, p, q, x0, y0);
+        if (r.found && !watch.reduced()) return r.x;
+    }
     const BetaRoot r = beta_inverse(a, b, p, 1 - Real(p));
     if (!r.converged || watch.reduced()) fail->set(NE_CONV);
     return narrow(r.x);

@@ -1,4 +1,4 @@
-// The regularised incomplete beta function in double arithmetic, shapes up to 128.
+// The regularised incomplete beta function in double arithmetic, shapes up to 1000.
 //
 // Method. I_x(a, b) = g / a * F(a, b, x), g = x^a y^b / B(a, b), y = 1 - x, with F the
 // continued fraction of DLMF 8.17.22 (evaluated by the modified Lentz method), which
@@ -12,23 +12,29 @@
 // with x and y in two parts (their rounding in the caller's transformed arguments, t^2/(df +
 // t^2) and the like, is what the tails magnify most):
 //   a, b < 16:        a ln x + b ln y, the logarithms in two parts (double_double.hpp),
-//                     and 1/B(a, b) outside the exponent from gamma_moderate (stirling.hpp, a few
-//                     ulps each; the rounding of a + b fed back through psi);
+//                     plus ln Gamma(a + b) - ln Gamma(a) - ln Gamma(b), each shifted up to
+//                     [16, 17) and taken by Stirling's form as in gamma_moderate (stirling.hpp)
+//                     with its exponent in two parts and the shift's product outside (the
+//                     rounding of a + b fed back through psi): one exponential in all;
 //   a, b >= 16:       -(D(a, n x) + D(b, n y)) + ln sqrt(a b / (2 pi n)) - mu(a) - mu(b)
 //                     + mu(n), n = a + b, D(k, m) = k ln(k/m) + m - k the deviance
 //                     (gamma_deviance, incomplete_gamma.hpp: two parts), mu Stirling's
 //                     error term (3e-17);
 //   a < 16 <= b:      a ln(n x) - n x - D(b, n y) - log1p(a/b)/2 - mu(b) + mu(n), and
-//                     1/Gamma(a) outside (the same with the roles exchanged), which keeps
-//                     the large lnGamma(b) and lnGamma(n) out: they would cost ulps of 1e4.
+//                     1/Gamma(a) (the same with the roles exchanged), which keeps
+//                     the large lnGamma(b) and lnGamma(n) out: they would cost ulps of 1e4
+//                     (Gamma(a) shifted as above, its exponent joined to the rest).
 // Error bound, relative, on the direct side: about 3e-15 where a shape is below 16 (the
 // Gamma values), 1e-15 + 3e-18 (a + b) otherwise, plus the fraction's rounding (a few
 // ulps times the square root of its length, at most about 10 sqrt(max(a, b)) terms).
 // Measured against mpmath: see tests/reference/distributions_central_worst_errors.txt.
-// Why 128: the fraction's own rounding grows with its length (about 10 sqrt(max(a, b))
-// terms): measured against mpmath, Student's t reached 1e-14 at df = 200 and 3e-14 at df = 600
-// (b = 300), so larger shapes go to the extended evaluation. (Boost's extended ibeta was found
-// 2.9e-13 off at a = 100.5, b = 3, x = 0.8495, a point this path now covers.)
+// Why 1000: the fraction's own rounding grows with its length (about 10 sqrt(max(a, b))
+// terms, longest where x is near the switch point): measured against mpmath, Student's t
+// reached 1e-14 at df = 200, 4e-14 at df = 600 .. 1000 (t = -2) and 7e-14 at df = 1500; the F
+// law 6.6e-14 at shapes near 1000 (df2 = 1999, df1 = 0.3); beyond, 1e-13 is passed (t at
+// df = 1e4: 2.5e-13), so larger shapes go to the extended evaluation. (That one was found
+// 5e-13 off at a = 500.5, b = 10 and 2.9e-13 at a = 100.5, b = 3, x = 0.8495, points this
+// path now covers.)
 // References: DLMF 8.17.22 (continued fraction), 5.11.1 (Stirling); Loader (2000), "Fast and
 // accurate computation of binomial probabilities" (the deviance form); Press et al.,
 // Numerical Recipes, 6.4 (the fraction by modified Lentz).
@@ -51,23 +57,6 @@ constexpr int kMaxTerms = 2000;  // about 10 sqrt(1000) = 320 are needed at most
 constexpr double kLowestExponent = -700.0;
 constexpr double kMostComplemented = 0.9;
 
-// Gamma(v.hi + v.lo), 0 < v < 32, v.lo a rounding error: gamma_moderate at v.hi
-// (relative accuracy, unlike its lnGamma, whose absolute error is ulps of values up to 80),
-// times 1 + psi(v.hi) v.lo with psi approximated to a few per cent (enough for a correction
-// below 1e-14).
-double gamma_two_part(TwoPart v) {
-    const double value = gamma_moderate(v.hi);
-    if (v.lo == 0.0) return value;
-    const double psi = std::log(v.hi + 0.5) - 1.0 / v.hi;
-    return value * (1.0 + psi * v.lo);
-}
-
-// Gamma(a), a < 16; Student's t's a = 1/2 is the common case.
-double gamma_of(double a) {
-    constexpr double kSqrtPi = 1.7724538509055160273;
-    return a == 0.5 ? kSqrtPi : gamma_moderate(a);
-}
-
 // The exponent of the prefactor g = x^a y^b / B(a, b), in two parts, and the factor outside it.
 struct Prefactor {
     TwoPart exponent;
@@ -86,13 +75,53 @@ TwoPart scaled(TwoPart n, TwoPart x) {
     return quick_two_sum(p.hi, p.lo + n.hi * x.lo + n.lo * x.hi);
 }
 
+// Gamma(v) for 0 < v < 32 in the form of gamma_moderate (stirling.cpp) with its exponent left
+// out: v shifted up by m to A = v + m in [16, 17) (exactly, in two parts), Gamma(A) = sqrt(2 pi
+// / A) e^(A ln A - A + mu(A)), Gamma(v) = Gamma(A) / (v (v + 1) ... (v + m - 1)). The
+// exponent is returned in two parts; the rest is the factor outside it, the rounding of A's
+// low part fed back through psi(A) ~ ln A - 1/(2A).
+struct ShiftedGamma {
+    TwoPart exponent;
+    double factor;  // sqrt(2 pi / A) (1 + psi(A) A.lo) / product
+};
+
+ShiftedGamma shifted_gamma(double v) {
+    // Integers and half-integers up to 15.5 (the usual degrees of freedom over 2) exactly or
+    // with one rounding: (k - 1)! and sqrt(pi) (2k - 1)!! / 2^k, both products exact in double.
+    const double twice = 2.0 * v;
+    if (twice <= 31.0 && twice == std::floor(twice)) {
+        constexpr double kSqrtPi = 1.7724538509055160273;
+        const bool whole = v == std::floor(v);
+        double product = 1.0;
+        for (double j = whole ? 1.0 : 0.5; j < v; j += 1.0) product *= j;
+        return {{0.0, 0.0}, whole ? product : product * kSqrtPi};
+    }
+    const double m = v < kStirlingFormFrom ? std::ceil(kStirlingFormFrom - v) : 0.0;
+    const TwoPart shifted = two_sum(v, m);
+    double product = 1.0;
+    for (double j = 0.0; j < m; j += 1.0) product *= v + j;
+    const double big = shifted.hi;
+    const TwoPart log_big = log_two_part(big, 0.0);
+    const TwoPart exponent = add(add(multiply(TwoPart{big, 0.0}, log_big), TwoPart{-big, 0.0}),
+                                 TwoPart{stirling_error(big), 0.0});
+    const double psi = log_big.hi - 0.5 / big;
+    return {exponent, std::sqrt(2.0 * std::numbers::pi / big) * (1.0 + psi * shifted.lo) / product};
+}
+
 Prefactor prefactor(double a, double b, TwoPart x, TwoPart y) {
     const TwoPart n = two_sum(a, b);
     const bool a_small = a < kStirlingFormFrom, b_small = b < kStirlingFormFrom;
     if (a_small && b_small) {
+        // 1/B(a, b) = Gamma(n) / (Gamma(a) Gamma(b)), its three exponents joined to the one of
+        // x^a y^b so that a single exponential is taken.
+        const ShiftedGamma gn = shifted_gamma(n.hi), ga = shifted_gamma(a), gb = shifted_gamma(b);
         const TwoPart logs = add(multiply(TwoPart{a, 0.0}, log_two_part(x.hi, x.lo)),
                                  multiply(TwoPart{b, 0.0}, log_two_part(y.hi, y.lo)));
-        return {logs, gamma_two_part(n) / (gamma_of(a) * gamma_of(b))};
+        const TwoPart gammas = add(gn.exponent, negate(add(ga.exponent, gb.exponent)));
+        // n.lo: Gamma(n.hi + n.lo) = Gamma(n.hi) (1 + psi(n) n.lo), psi to a few per cent.
+        const double psi_n = std::log(n.hi + 0.5) - 1.0 / n.hi;
+        const double scale = n.lo == 0.0 ? 1.0 : 1.0 + psi_n * n.lo;
+        return {add(logs, gammas), gn.factor / (ga.factor * gb.factor) * scale};
     }
     const double nd = n.hi + n.lo;
     if (!a_small && !b_small) {
@@ -109,8 +138,10 @@ Prefactor prefactor(double a, double b, TwoPart x, TwoPart y) {
     const TwoPart nu = scaled(n, u), nv = scaled(n, v);
     const TwoPart deviance = gamma_deviance(l, nv.hi, nv.lo);
     const double rest = -0.5 * std::log1p(s / l) - stirling_error(l) + stirling_error(nd);
-    return {add(add(poisson_exponent(s, nu), negate(deviance)), TwoPart{rest, 0.0}),
-            1.0 / gamma_of(s)};
+    const ShiftedGamma gs = shifted_gamma(s);  // 1/Gamma(s), its exponent joined to the rest
+    return {
+        add(add(poisson_exponent(s, nu), negate(add(deviance, gs.exponent))), TwoPart{rest, 0.0}),
+        1.0 / gs.factor};
 }
 
 // The continued fraction F(a, b, x) of I_x(a, b) = g F / a, x < (a + 1)/(a + b + 2);
@@ -172,7 +203,7 @@ std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPar
     direct = std::min(direct, 1.0);
     const double other =
         direct <= kMostComplemented ? 1.0 - direct : std::numeric_limits<double>::quiet_NaN();
-    return lower_direct ? BetaTailsDouble{direct, other} : BetaTailsDouble{other, direct};
+    return lower_direct ? BetaTailsDouble{direct, other, g} : BetaTailsDouble{other, direct, g};
 }
 
 }  // namespace zemath::numeric

@@ -12,10 +12,11 @@ namespace zemath::numeric {
 struct BetaTailsDouble {
     double lower;  // I_x(a, b); NaN where the double evaluation cannot promise its bound
     double upper;  // 1 - I_x(a, b); likewise
+    double front;  // x^a y^b / B(a, b) = x y dI_x/dx (the deviates' Newton slope)
 };
 
 // The largest shape the double evaluation takes (see incomplete_beta.cpp for why).
-inline constexpr double kBetaDoubleShapeMax = 128.0;
+inline constexpr double kBetaDoubleShapeMax = 1000.0;
 
 // I_x(a, b) and its complement at x = x.hi + x.lo, with y = 1 - x given as well to full
 // relative accuracy (y.hi + y.lo), for 0 < a, b <= kBetaDoubleShapeMax and x.hi, y.hi
