@@ -177,19 +177,47 @@ struct Sweep {
     }
 };
 
-// Index of the cell (qx, qy) of a 2^16 by 2^16 grid along the Hilbert curve.
-std::uint64_t hilbert_index(std::uint32_t qx, std::uint32_t qy) {
-    constexpr std::uint32_t side = 1u << 16;
-    std::uint64_t d = 0;
+// Index of the cell (qx, qy) of a 2^15 by 2^15 grid along the Hilbert curve (30 bits).
+std::uint32_t hilbert_index(std::uint32_t qx, std::uint32_t qy) {
+    constexpr std::uint32_t side = 1u << 15;
+    std::uint32_t d = 0;
     for (std::uint32_t s = side / 2; s > 0; s /= 2) {
         const std::uint32_t rx = (qx & s) != 0 ? 1u : 0u, ry = (qy & s) != 0 ? 1u : 0u;
-        d += static_cast<std::uint64_t>(s) * s * ((3u * rx) ^ ry);
+        d += s * s * ((3u * rx) ^ ry);
         if (ry == 0) {
             if (rx == 1) qx = side - 1 - qx, qy = side - 1 - qy;
             std::swap(qx, qy);
         }
     }
     return d;
+}
+
+// Round of point i in the biased randomised insertion order: a fixed hash of the index
+// (no generator state, so a build is reproducible), round k + 1 taking about 7/8 of the
+// points left after rounds 0..k. 0 .. kRounds - 1, the last round the largest.
+constexpr int kRounds = 8;
+int insertion_round(std::uint64_t i) {
+    std::uint64_t z = i + 0x9e3779b97f4a7c15ULL;  // splitmix64 finaliser
+    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ULL;
+    z = (z ^ (z >> 27)) * 0x94d049bb133111ebULL;
+    z ^= z >> 31;
+    int level = 0;  // leading groups of three zero bits: probability 8^-level
+    while (level < kRounds - 1 && (z >> (61 - 3 * level)) == 0) ++level;
+    return kRounds - 1 - level;
+}
+
+// Stable LSD radix sort of keys on bits 31..63 (three 11-bit digits); the low 31 bits
+// carry the point index, already ascending, so the order is (round, curve, index).
+void sort_keys(std::vector<std::uint64_t>& keys) {
+    std::vector<std::uint64_t> other(keys.size());
+    for (int shift = 31; shift < 64; shift += 11) {
+        std::size_t count[2049] = {};
+        for (std::uint64_t k : keys) ++count[((k >> shift) & 2047u) + 1];
+        if (count[((keys[0] >> shift) & 2047u) + 1] == keys.size()) continue;  // one digit
+        for (int d = 0; d < 2048; ++d) count[d + 1] += count[d];
+        for (std::uint64_t k : keys) other[count[(k >> shift) & 2047u]++] = k;
+        keys.swap(other);
+    }
 }
 
 // Fast build for points in general position: the hull (monotone chain over the x
@@ -231,23 +259,30 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     {
         const auto [xlo, xhi] = std::minmax_element(x.begin(), x.end());
         const auto [ylo, yhi] = std::minmax_element(y.begin(), y.end());
-        const double sx = *xhi > *xlo ? 65535.0 / (*xhi - *xlo) : 0.0;
-        const double sy = *yhi > *ylo ? 65535.0 / (*yhi - *ylo) : 0.0;
+        constexpr double top = 32767.0;
+        const double sx = *xhi > *xlo ? top / (*xhi - *xlo) : 0.0;
+        const double sy = *yhi > *ylo ? top / (*yhi - *ylo) : 0.0;
+        // Rounds of random samples, each along the Hilbert curve: consecutive points are
+        // neighbours (short walks, nearby triangles in memory), and every round refines
+        // an already triangulated sample of the whole set, so a new point meets small
+        // triangles only (few flips; a plain curve order leaves long edges across the
+        // part not yet visited).
         std::vector<std::uint64_t> keys;
         keys.reserve(static_cast<std::size_t>(n - h));
         for (int i = 0; i < n; ++i) {
             if (local[i] >= 0) continue;
             // NaN from an overflowed range (infinite difference times 0) goes to cell 0.
             double fx = (x[i] - *xlo) * sx, fy = (y[i] - *ylo) * sy;
-            fx = fx >= 0.0 ? std::min(fx, 65535.0) : 0.0;
-            fy = fy >= 0.0 ? std::min(fy, 65535.0) : 0.0;
+            fx = fx >= 0.0 ? std::min(fx, top) : 0.0;
+            fy = fy >= 0.0 ? std::min(fy, top) : 0.0;
             const std::uint64_t d =
                 hilbert_index(static_cast<std::uint32_t>(fx), static_cast<std::uint32_t>(fy));
-            keys.push_back(d << 32 | static_cast<std::uint32_t>(i));
+            const std::uint64_t round = static_cast<std::uint64_t>(insertion_round(i));
+            keys.push_back(round << 61 | d << 31 | static_cast<std::uint32_t>(i));
         }
-        std::sort(keys.begin(), keys.end());
+        if (!keys.empty()) sort_keys(keys);
         for (std::uint64_t key : keys) {
-            const int i = static_cast<int>(key & 0xffffffffu);
+            const int i = static_cast<int>(key & 0x7fffffffu);
             local[i] = static_cast<int>(global.size());
             global.push_back(i);
         }
