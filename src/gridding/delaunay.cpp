@@ -171,8 +171,10 @@ struct Sweep {
         const std::size_t slots = 3 * static_cast<std::size_t>(count);
         v.resize(slots);
         mesh.v = std::move(v);
+        twin.resize(slots);
         mesh.nb.resize(slots);
         for (std::size_t i = 0; i < slots; ++i) mesh.nb[i] = twin[i] < 0 ? -1 : twin[i] / 3;
+        mesh.twin = std::move(twin);
         mesh.hull_next = std::move(hull_next);
     }
 };
@@ -378,8 +380,8 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     }
     if (sw.tie) return false;
     // Back to the caller's numbering, the triangles ordered by their lowest node (a
-    // counting sort), as the x-order sweep leaves them roughly: the record is derived
-    // node by node, and this keeps its walks local in memory.
+    // counting sort): the record is derived node by node in index order, and this keeps
+    // its walks local in memory.
     const int tc = sw.count;
     std::vector<int> first(static_cast<std::size_t>(n) + 1, 0), slot(static_cast<std::size_t>(tc));
     for (int k = 0; k < 3 * tc; ++k) sw.v[k] = global[sw.v[k]];
@@ -390,14 +392,17 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         slot[k] = first[std::min({sw.v[3 * k], sw.v[3 * k + 1], sw.v[3 * k + 2]})]++;
     mesh.v.resize(3 * static_cast<std::size_t>(tc));
     mesh.nb.resize(3 * static_cast<std::size_t>(tc));
+    mesh.twin.resize(3 * static_cast<std::size_t>(tc));
     for (int k = 0; k < tc; ++k)
         for (int s = 0; s < 3; ++s) {
             mesh.v[3 * slot[k] + s] = sw.v[3 * k + s];
             const int f = sw.twin[3 * k + s];
             mesh.nb[3 * slot[k] + s] = f < 0 ? -1 : slot[f / 3];
+            mesh.twin[3 * slot[k] + s] = f < 0 ? -1 : 3 * slot[f / 3] + f % 3;
         }
+    const std::vector<int>& hull_local = sw.hull_next;
     mesh.hull_next.assign(static_cast<std::size_t>(n), -1);
-    for (int k = 0; k < h; ++k) mesh.hull_next[global[k]] = global[sw.hull_next[k]];
+    for (int k = 0; k < h; ++k) mesh.hull_next[global[k]] = global[hull_local[k]];
     return true;
 }
 
@@ -451,6 +456,7 @@ int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh
 bool link_mesh(int nodes, Mesh& mesh) {
     const int t_count = mesh.triangles();
     mesh.nb.assign(3 * static_cast<std::size_t>(t_count), -1);
+    mesh.twin.assign(3 * static_cast<std::size_t>(t_count), -1);
     mesh.hull_next.assign(static_cast<std::size_t>(nodes), -1);
     // Directed edges keyed by (from, to); the twin of (u, w) is (w, u).
     std::vector<std::int64_t> keys(3 * static_cast<std::size_t>(t_count));
@@ -474,6 +480,7 @@ bool link_mesh(int nodes, Mesh& mesh) {
                                  [&](int a, std::int64_t key) { return keys[a] < key; });
             if (it != order.end() && keys[*it] == twin) {
                 mesh.nb[3 * t + s] = *it / 3;
+                mesh.twin[3 * t + s] = *it;
             } else {
                 if (mesh.hull_next[u] >= 0) return false;  // two hull edges leave u
                 mesh.hull_next[u] = static_cast<int>(w);

@@ -31,8 +31,9 @@
 namespace zemath {
 
 struct Mesh {
-    std::vector<int> v;          // 3 per triangle, counter-clockwise
-    std::vector<int> nb;         // 3 per triangle: across (v0,v1), (v1,v2), (v2,v0); -1 on the hull
+    std::vector<int> v;     // 3 per triangle, counter-clockwise
+    std::vector<int> nb;    // 3 per triangle: across (v0,v1), (v1,v2), (v2,v0); -1 on the hull
+    std::vector<int> twin;  // per slot 3 t + s: the slot of the same edge in nb's triangle, or -1
     std::vector<int> hull_next;  // per node: next hull node counter-clockwise, -1 if interior
     int triangles() const { return static_cast<int>(v.size() / 3); }
 };
@@ -42,7 +43,7 @@ struct Mesh {
 // (internal failure).
 int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh);
 
-// Fills nb and hull_next from v (triangles counter-clockwise) by matching edges. False
+// Fills nb, twin and hull_next from v (triangles counter-clockwise) by matching edges. False
 // when an edge is shared by more than two triangles or used twice in one direction, or
 // the hull is not one closed loop through node 0, or the counts break Euler's relation.
 bool link_mesh(int nodes, Mesh& mesh);

@@ -210,71 +210,98 @@ int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh) {
     return 0;
 }
 
-// Derives the record's lists from the mesh.
-void fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
+// Derives the record's lists from the mesh, straight into the record's arrays. The order
+// depends only on the triangle set, not on how the build numbered its triangles: node by
+// node in index order, around each node counter-clockwise from its hull edge on the hull,
+// else from its neighbour of smallest index; an edge listed from its lower node, a
+// triangle from its lowest vertex (rotated to start there). One counting pass finds each
+// node's start corner and share of the lists, one walk around each node writes them (the
+// builds order their triangles by lowest node, so these walks stay local). False on an
+// inconsistent mesh (cannot happen for the builds' meshes; nothing is written past the
+// arrays either way).
+bool fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
     const int n = static_cast<int>(nodes.x.size());
     const int tc = m.triangles();
-    // Start slot around each node: its hull edge on the hull, else the corner whose next
-    // vertex has the smallest index, so that the record's order depends only on the
-    // triangle set, not on how the build numbered its triangles.
-    std::vector<int> start(static_cast<std::size_t>(n), -1);
-    for (int t = 0; t < tc; ++t)
+    const int* const v = m.v.data();
+    const int* const tw = m.twin.data();
+    if (m.twin.size() != m.v.size()) return false;
+    // Offsets: edges by lower node (each edge counted once, from its hull slot or from
+    // the later of its two slots), triangles by lowest vertex. Start corner per node: the
+    // one of its hull edge, else the one whose next vertex is smallest.
+    std::vector<int> edge_next(static_cast<std::size_t>(n) + 1, 0),
+        tri_next(static_cast<std::size_t>(n) + 1, 0), start(static_cast<std::size_t>(n), -1),
+        start_next(static_cast<std::size_t>(n), n);
+    for (int t = 0; t < tc; ++t) {
+        const int a = v[3 * t], b = v[3 * t + 1], c = v[3 * t + 2];
+        if (std::min({a, b, c}) < 0 || std::max({a, b, c}) >= n) return false;
+        ++tri_next[std::min({a, b, c}) + 1];
+        const int corner[3][2] = {{a, b}, {b, c}, {c, a}};
         for (int s = 0; s < 3; ++s) {
-            int& corner = start[m.v[3 * t + s]];
-            if (corner < 0 || m.v[3 * t + nxt(s)] < m.v[corner - corner % 3 + nxt(corner % 3)])
-                corner = 3 * t + s;
-        }
-    for (int t = 0; t < tc; ++t)
-        for (int s = 0; s < 3; ++s)
-            if (m.nb[3 * t + s] < 0) start[m.v[3 * t + s]] = 3 * t + s;
-    std::vector<int> edge_id(3 * static_cast<std::size_t>(tc), -1),
-        new_index(static_cast<std::size_t>(tc), -1);
-    std::vector<int> edges, tri_new;
-    std::vector<int> tri_old;  // old index and rotation per new triangle
-    edges.reserve(9 * static_cast<std::size_t>(n));
-    for (int i = 0; i < n; ++i) {
-        if (start[i] < 0) continue;
-        int t = start[i] / 3, r = start[i] % 3;
-        const int first = t;
-        for (int guard = 0; guard <= tc; ++guard) {
-            auto visit_edge = [&](int tt, int slot, int j) {
-                if (j <= i || edge_id[3 * tt + slot] >= 0) return;
-                const int id = static_cast<int>(edges.size() / 3);
-                const int across = m.nb[3 * tt + slot];
-                edges.insert(edges.end(), {i, j, across < 0 ? 1 : 0});
-                edge_id[3 * tt + slot] = id;
-                if (across >= 0)
-                    for (int k = 0; k < 3; ++k)
-                        if (m.nb[3 * across + k] == tt) edge_id[3 * across + k] = id;
-            };
-            visit_edge(t, r, m.v[3 * t + nxt(r)]);
-            const int b = m.v[3 * t + nxt(r)], c = m.v[3 * t + prv(r)];
-            if (i < b && i < c) {
-                new_index[t] = static_cast<int>(tri_old.size() / 2);
-                tri_old.insert(tri_old.end(), {t, r});
+            const int e = 3 * t + s, i = corner[s][0], j = corner[s][1];
+            if (tw[e] < e) ++edge_next[std::min(i, j) + 1];
+            if (tw[e] < 0) {
+                start[i] = e, start_next[i] = -1;  // the hull edge leaving i
+            } else if (j < start_next[i]) {
+                start[i] = e, start_next[i] = j;
             }
-            const int after = m.nb[3 * t + prv(r)];
-            if (after < 0) {
-                visit_edge(t, prv(r), c);  // the closing boundary neighbour
-                break;
-            }
-            if (after == first) break;
-            int rr = 0;
-            while (rr < 3 && m.v[3 * after + rr] != i) ++rr;
-            t = after, r = rr;
         }
     }
-    const int new_tc = static_cast<int>(tri_old.size() / 2);
-    std::vector<int> tri(6 * static_cast<std::size_t>(new_tc)),
-        neighbor(3 * static_cast<std::size_t>(new_tc));
-    for (int k = 0; k < new_tc; ++k) {
-        const int t = tri_old[2 * k], r = tri_old[2 * k + 1];
+    for (int i = 0; i < n; ++i) edge_next[i + 1] += edge_next[i], tri_next[i + 1] += tri_next[i];
+    const int edge_count = edge_next[n];
+    out->x = copy_array(nodes.x);
+    out->y = copy_array(nodes.y);
+    out->z = copy_array(nodes.z);
+    out->nodes = n;
+    int* const tri = out->tri = alloc_array<int>(6 * static_cast<std::size_t>(tc));
+    out->triangles = tc;
+    int* const edge = out->edge = alloc_array<int>(3 * static_cast<std::size_t>(edge_count));
+    out->edges = edge_count;
+    int* const neighbor = out->neighbor = alloc_array<int>(3 * static_cast<std::size_t>(tc));
+    std::vector<int> edge_id(3 * static_cast<std::size_t>(tc), -1),
+        new_index(static_cast<std::size_t>(tc), -1);
+    std::vector<unsigned char> rotation(static_cast<std::size_t>(tc), 0);
+    auto list_edge = [&](int i, int j, int slot) {
+        const int id = edge_next[i]++;
+        if (id >= edge_count) return false;
+        edge[3 * id] = i, edge[3 * id + 1] = j, edge[3 * id + 2] = tw[slot] < 0 ? 1 : 0;
+        edge_id[slot] = id;
+        if (tw[slot] >= 0) edge_id[tw[slot]] = id;
+        return true;
+    };
+    for (int i = 0; i < n; ++i) {
+        const int first = start[i];
+        if (first < 0) continue;
+        // Counter-clockwise from the start: edges to higher nodes, triangles whose lowest
+        // vertex is i, and on the hull the closing edge.
+        int t = first / 3, r = first % 3;
+        for (int guard = 0; guard <= tc; ++guard) {
+            const int b = v[3 * t + nxt(r)], c = v[3 * t + prv(r)];
+            if (b > i && !list_edge(i, b, 3 * t + r)) return false;
+            if (i < b && i < c) {
+                const int k = tri_next[i]++;
+                if (k >= tc) return false;
+                new_index[t] = k;
+                rotation[t] = static_cast<unsigned char>(r);
+            }
+            const int f = tw[3 * t + prv(r)];  // (c, i) seen from the counter-clockwise side
+            if (f < 0) {
+                if (c > i && !list_edge(i, c, 3 * t + prv(r))) return false;
+                break;
+            }
+            t = f / 3, r = f % 3;
+            if (3 * t + r == first) break;
+            if (v[3 * t + r] != i) return false;
+        }
+    }
+    for (int t = 0; t < tc; ++t) {
+        const int k = new_index[t], r = rotation[t];
+        if (k < 0) return false;
         for (int s = 0; s < 3; ++s) {
-            const int slot = (r + s) % 3;
-            tri[6 * k + s] = m.v[3 * t + slot];
-            tri[6 * k + 3 + s] = edge_id[3 * t + slot];
-            const int across = m.nb[3 * t + slot];
-            neighbor[3 * k + s] = across < 0 ? -1 : new_index[across];
+            const int slot = 3 * t + (r + s) % 3;
+            if (edge_id[slot] < 0) return false;
+            tri[6 * k + s] = v[slot];
+            tri[6 * k + 3 + s] = edge_id[slot];
+            neighbor[3 * k + s] = tw[slot] < 0 ? -1 : new_index[tw[slot] / 3];
         }
     }
     std::vector<int> boundary;
@@ -285,17 +312,9 @@ void fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
             u = m.hull_next[u];
         } while (u != 0 && u >= 0 && static_cast<int>(boundary.size()) <= n);
     }
-    out->x = copy_array(nodes.x);
-    out->y = copy_array(nodes.y);
-    out->z = copy_array(nodes.z);
-    out->nodes = n;
-    out->tri = copy_array(tri);
-    out->triangles = new_tc;
-    out->edge = copy_array(edges);
-    out->edges = static_cast<int>(edges.size() / 3);
     out->boundary = copy_array(boundary);
     out->boundaryCount = static_cast<int>(boundary.size());
-    out->neighbor = copy_array(neighbor);
+    return true;
 }
 
 // Hole rings around the triangles that touch a missing z (see the public header).
@@ -376,7 +395,7 @@ ZEMATH_API int zemath_triangulation(int n, const double* x, const double* y, con
         zemath::Mesh mesh;
         if (const int s = zemath::triangulate_nodes(nodes, options, mesh); s != 0) return s;
         nodes.scale_back();
-        zemath::fill_record(out, nodes, mesh);
+        if (!zemath::fill_record(out, nodes, mesh)) return -2;
         if (options & zemath::kMissingZPass) zemath::missing_z_pass(out);
         out->valid = 1;
         return 0;
