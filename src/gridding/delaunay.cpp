@@ -154,10 +154,14 @@ struct Sweep {
         return true;
     }
 
-    void setup(std::span<const double> x, std::span<const double> y) {
+    // Point i of the sweep is point order[i] of x and y (i itself without an order).
+    void setup(std::span<const double> x, std::span<const double> y, const int* order = nullptr) {
         const std::size_t size = x.size();
         xy.resize(2 * size);
-        for (std::size_t i = 0; i < size; ++i) xy[2 * i] = x[i], xy[2 * i + 1] = y[i];
+        for (std::size_t i = 0; i < size; ++i) {
+            const std::size_t k = order != nullptr ? static_cast<std::size_t>(order[i]) : i;
+            xy[2 * i] = x[k], xy[2 * i + 1] = y[k];
+        }
         // At most 2 n - 5 triangles in a triangulation of n points.
         v.resize(3 * (2 * size));
         twin.resize(3 * (2 * size));
@@ -289,10 +293,8 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
             global.push_back(i);
         }
     }
-    std::vector<double> rx(static_cast<std::size_t>(n)), ry(static_cast<std::size_t>(n));
-    for (int k = 0; k < n; ++k) rx[k] = x[global[k]], ry[k] = y[global[k]];
     Sweep sw;
-    sw.setup(rx, ry);
+    sw.setup(x, y, global.data());
     // Fan (0, k, k+1) over the hull.
     for (int k = 1; k + 1 < h; ++k) {
         const int t = sw.add_triangle(0, k, k + 1);
@@ -384,12 +386,14 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     // its walks local in memory.
     const int tc = sw.count;
     std::vector<int> first(static_cast<std::size_t>(n) + 1, 0), slot(static_cast<std::size_t>(tc));
-    for (int k = 0; k < 3 * tc; ++k) sw.v[k] = global[sw.v[k]];
-    for (int k = 0; k < tc; ++k)
-        ++first[std::min({sw.v[3 * k], sw.v[3 * k + 1], sw.v[3 * k + 2]}) + 1];
+    for (int k = 0; k < tc; ++k) {
+        int* const corners = &sw.v[3 * k];
+        for (int s = 0; s < 3; ++s) corners[s] = global[corners[s]];
+        slot[k] = std::min({corners[0], corners[1], corners[2]});
+        ++first[slot[k] + 1];
+    }
     for (int i = 0; i < n; ++i) first[i + 1] += first[i];
-    for (int k = 0; k < tc; ++k)
-        slot[k] = first[std::min({sw.v[3 * k], sw.v[3 * k + 1], sw.v[3 * k + 2]})]++;
+    for (int k = 0; k < tc; ++k) slot[k] = first[slot[k]]++;
     mesh.v.resize(3 * static_cast<std::size_t>(tc));
     mesh.nb.resize(3 * static_cast<std::size_t>(tc));
     mesh.twin.resize(3 * static_cast<std::size_t>(tc));

@@ -121,6 +121,9 @@ int prepare_nodes(int n, const double* x, const double* y, const double* z, unsi
                   Nodes& nodes) {
     const bool keep_missing = (options & kKeepMissingZ) != 0;
     nodes.x.clear(), nodes.y.clear(), nodes.z.clear();
+    nodes.x.reserve(static_cast<std::size_t>(n));
+    nodes.y.reserve(static_cast<std::size_t>(n));
+    nodes.z.reserve(static_cast<std::size_t>(n));
     for (int i = 0; i < n; ++i) {
         if (!usable_coordinate(x[i]) || !usable_coordinate(y[i])) continue;
         if (!keep_missing && is_missing(z[i])) continue;
@@ -149,14 +152,36 @@ int prepare_nodes(int n, const double* x, const double* y, const double* z, unsi
     bool sorted = true;
     for (int i = 1; i < count && sorted; ++i) sorted = !less(i, i - 1);
     if (!sorted) {
-        std::vector<int> order(static_cast<std::size_t>(count));
-        std::iota(order.begin(), order.end(), 0);
-        std::sort(order.begin(), order.end(), less);
-        Nodes sorted_nodes;
-        for (int i : order)
-            sorted_nodes.x.push_back(nodes.x[i]), sorted_nodes.y.push_back(nodes.y[i]),
-                sorted_nodes.z.push_back(nodes.z[i]);
-        nodes = std::move(sorted_nodes);
+        // Only the stretches between cuts need sorting, a cut being a position with every
+        // node before it below every node from it on (the clusters are short): the
+        // largest node so far against the smallest node from there on.
+        std::vector<int> suffix_min(static_cast<std::size_t>(count));
+        suffix_min[count - 1] = count - 1;
+        for (int i = count - 2; i >= 0; --i)
+            suffix_min[i] = less(i, suffix_min[i + 1]) ? i : suffix_min[i + 1];
+        std::vector<int> order;
+        std::vector<double> moved;
+        auto sort_stretch = [&](int first, int last) {
+            if (last - first < 2) return;
+            order.resize(static_cast<std::size_t>(last - first));
+            std::iota(order.begin(), order.end(), first);
+            std::sort(order.begin(), order.end(), less);
+            for (std::vector<double>* axis : {&nodes.x, &nodes.y, &nodes.z}) {
+                moved.clear();
+                for (int k : order) moved.push_back((*axis)[k]);
+                std::copy(moved.begin(), moved.end(), axis->begin() + first);
+            }
+        };
+        int largest = 0, first = 0;
+        for (int i = 1; i < count; ++i) {
+            if (less(largest, suffix_min[i])) {
+                sort_stretch(first, i);
+                first = i;
+                largest = i - 1;  // where the stretch's largest node now is
+            }
+            if (less(largest, i)) largest = i;
+        }
+        sort_stretch(first, count);
     }
     if (count < 3) return -2;
     if ((options & kNormalised) != 0) {  // scaled without a shift
