@@ -6,6 +6,7 @@
 // evaluators -11, -15, -37.
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -115,6 +116,58 @@ void reset(Triangulation* t) {
     std::memset(t, 0, sizeof *t);
 }
 
+// Sorts the nodes lexicographically (x, then y) when no two of them would merge as
+// duplicates, the usual case: one radix sort on x instead of the general merge. False,
+// the nodes untouched, when some would merge. Whether nodes merge depends on the point
+// set only: x values chained by gaps within xtol form runs, inside a run y values
+// chained by gaps within ytol form groups, and a group of two or more merges.
+bool sort_distinct_nodes(Nodes& nodes, double xtol, double ytol) {
+    const std::size_t n = nodes.x.size();
+    const double *x = nodes.x.data(), *y = nodes.y.data();
+    std::vector<std::uint64_t> key(n), key_other(n);
+    std::vector<int> idx(n), idx_other(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        std::uint64_t bits;
+        std::memcpy(&bits, &x[i], sizeof bits);
+        key[i] = (bits >> 63) != 0 ? ~bits : bits | (std::uint64_t{1} << 63);  // ordered as x
+        idx[i] = static_cast<int>(i);
+    }
+    for (int shift = 0; shift < 64; shift += 11) {  // stable LSD passes of 11 bits
+        std::vector<std::size_t> count(2049, 0);
+        for (std::uint64_t k : key) ++count[((k >> shift) & 2047u) + 1];
+        if (count[((key[0] >> shift) & 2047u) + 1] == n) continue;  // a digit all share
+        for (int d = 0; d < 2048; ++d) count[d + 1] += count[d];
+        for (std::size_t i = 0; i < n; ++i) {
+            const std::size_t to = count[(key[i] >> shift) & 2047u]++;
+            key_other[to] = key[i], idx_other[to] = idx[i];
+        }
+        key.swap(key_other), idx.swap(idx_other);
+    }
+    auto chained = [](double a, double b, double tol) { return b == a || b - a <= tol; };
+    auto less = [&](int a, int b) { return x[a] < x[b] || (x[a] == x[b] && y[a] < y[b]); };
+    std::vector<double> run_y;
+    for (std::size_t first = 0; first < n;) {
+        std::size_t last = first + 1;
+        while (last < n && chained(x[idx[last - 1]], x[idx[last]], xtol)) ++last;
+        if (last - first > 1) {
+            std::sort(idx.begin() + static_cast<std::ptrdiff_t>(first),
+                      idx.begin() + static_cast<std::ptrdiff_t>(last), less);
+            run_y.clear();
+            for (std::size_t k = first; k < last; ++k) run_y.push_back(y[idx[k]]);
+            std::sort(run_y.begin(), run_y.end());
+            for (std::size_t k = 1; k < run_y.size(); ++k)
+                if (chained(run_y[k - 1], run_y[k], ytol)) return false;
+        }
+        first = last;
+    }
+    for (std::vector<double>* axis : {&nodes.x, &nodes.y, &nodes.z}) {
+        std::vector<double> sorted(n);
+        for (std::size_t i = 0; i < n; ++i) sorted[i] = (*axis)[static_cast<std::size_t>(idx[i])];
+        axis->swap(sorted);
+    }
+    return true;
+}
+
 }  // namespace
 
 int prepare_nodes(int n, const double* x, const double* y, const double* z, unsigned options,
@@ -138,51 +191,54 @@ int prepare_nodes(int n, const double* x, const double* y, const double* z, unsi
     // Duplicates within 1e-8 of the ranges, merged on the caller's coordinates (the same
     // test as on coordinates divided by the ranges, up to rounding) so that the nodes keep
     // the caller's exact values when they are not normalised.
-    double* const values[] = {nodes.z.data()};
-    const int count =
-        merge_duplicates(static_cast<int>(nodes.x.size()), nodes.x.data(), nodes.y.data(), values,
-                         DupMethod::mean, {kDuplicateTol * xr, kDuplicateTol * yr, true, true});
-    nodes.x.resize(static_cast<std::size_t>(count));
-    nodes.y.resize(static_cast<std::size_t>(count));
-    nodes.z.resize(static_cast<std::size_t>(count));
-    // Exact lexicographic order (tolerance clusters may hold x slightly out of order).
-    auto less = [&](int a, int b) {
-        return nodes.x[a] < nodes.x[b] || (nodes.x[a] == nodes.x[b] && nodes.y[a] < nodes.y[b]);
-    };
-    bool sorted = true;
-    for (int i = 1; i < count && sorted; ++i) sorted = !less(i, i - 1);
-    if (!sorted) {
-        // Only the stretches between cuts need sorting, a cut being a position with every
-        // node before it below every node from it on (the clusters are short): the
-        // largest node so far against the smallest node from there on.
-        std::vector<int> suffix_min(static_cast<std::size_t>(count));
-        suffix_min[count - 1] = count - 1;
-        for (int i = count - 2; i >= 0; --i)
-            suffix_min[i] = less(i, suffix_min[i + 1]) ? i : suffix_min[i + 1];
-        std::vector<int> order;
-        std::vector<double> moved;
-        auto sort_stretch = [&](int first, int last) {
-            if (last - first < 2) return;
-            order.resize(static_cast<std::size_t>(last - first));
-            std::iota(order.begin(), order.end(), first);
-            std::sort(order.begin(), order.end(), less);
-            for (std::vector<double>* axis : {&nodes.x, &nodes.y, &nodes.z}) {
-                moved.clear();
-                for (int k : order) moved.push_back((*axis)[k]);
-                std::copy(moved.begin(), moved.end(), axis->begin() + first);
-            }
+    if (!sort_distinct_nodes(nodes, kDuplicateTol * xr, kDuplicateTol * yr)) {
+        double* const values[] = {nodes.z.data()};
+        const int count = merge_duplicates(static_cast<int>(nodes.x.size()), nodes.x.data(),
+                                           nodes.y.data(), values, DupMethod::mean,
+                                           {kDuplicateTol * xr, kDuplicateTol * yr, true, true});
+        nodes.x.resize(static_cast<std::size_t>(count));
+        nodes.y.resize(static_cast<std::size_t>(count));
+        nodes.z.resize(static_cast<std::size_t>(count));
+        // Exact lexicographic order (tolerance clusters may hold x slightly out of order).
+        auto less = [&](int a, int b) {
+            return nodes.x[a] < nodes.x[b] || (nodes.x[a] == nodes.x[b] && nodes.y[a] < nodes.y[b]);
         };
-        int largest = 0, first = 0;
-        for (int i = 1; i < count; ++i) {
-            if (less(largest, suffix_min[i])) {
-                sort_stretch(first, i);
-                first = i;
-                largest = i - 1;  // where the stretch's largest node now is
+        bool sorted = true;
+        for (int i = 1; i < count && sorted; ++i) sorted = !less(i, i - 1);
+        if (!sorted) {
+            // Only the stretches between cuts need sorting, a cut being a position with every
+            // node before it below every node from it on (the clusters are short): the
+            // largest node so far against the smallest node from there on.
+            std::vector<int> suffix_min(static_cast<std::size_t>(count));
+            suffix_min[count - 1] = count - 1;
+            for (int i = count - 2; i >= 0; --i)
+                suffix_min[i] = less(i, suffix_min[i + 1]) ? i : suffix_min[i + 1];
+            std::vector<int> order;
+            std::vector<double> moved;
+            auto sort_stretch = [&](int first, int last) {
+                if (last - first < 2) return;
+                order.resize(static_cast<std::size_t>(last - first));
+                std::iota(order.begin(), order.end(), first);
+                std::sort(order.begin(), order.end(), less);
+                for (std::vector<double>* axis : {&nodes.x, &nodes.y, &nodes.z}) {
+                    moved.clear();
+                    for (int k : order) moved.push_back((*axis)[k]);
+                    std::copy(moved.begin(), moved.end(), axis->begin() + first);
+                }
+            };
+            int largest = 0, first = 0;
+            for (int i = 1; i < count; ++i) {
+                if (less(largest, suffix_min[i])) {
+                    sort_stretch(first, i);
+                    first = i;
+                    largest = i - 1;  // where the stretch's largest node now is
+                }
+                if (less(largest, i)) largest = i;
             }
-            if (less(largest, i)) largest = i;
+            sort_stretch(first, count);
         }
-        sort_stretch(first, count);
     }
+    const int count = static_cast<int>(nodes.x.size());  // after merging
     if (count < 3) return -2;
     if ((options & kNormalised) != 0) {  // scaled without a shift
         for (double& v : nodes.x) v /= xr;
