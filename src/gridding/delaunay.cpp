@@ -184,16 +184,19 @@ struct Sweep {
 };
 
 // Index of the cell (qx, qy) of a 2^15 by 2^15 grid along the Hilbert curve (30 bits).
+// Level by level from the top: the quadrant's digit, then the quadrant's reflection
+// (a swap of the axes, a complement of both) applied to the lower bits. The reflections
+// commute, so two flags carry them; no branches (the quadrants are random).
 std::uint32_t hilbert_index(std::uint32_t qx, std::uint32_t qy) {
-    constexpr std::uint32_t side = 1u << 15;
-    std::uint32_t d = 0;
-    for (std::uint32_t s = side / 2; s > 0; s /= 2) {
-        const std::uint32_t rx = (qx & s) != 0 ? 1u : 0u, ry = (qy & s) != 0 ? 1u : 0u;
-        d += s * s * ((3u * rx) ^ ry);
-        if (ry == 0) {
-            if (rx == 1) qx = side - 1 - qx, qy = side - 1 - qy;
-            std::swap(qx, qy);
-        }
+    std::uint32_t d = 0, swap = 0, complement = 0;
+    for (int level = 14; level >= 0; --level) {
+        const std::uint32_t bx = ((qx >> level) & 1u) ^ complement;
+        const std::uint32_t by = ((qy >> level) & 1u) ^ complement;
+        const std::uint32_t rx = bx ^ (swap & (bx ^ by)), ry = by ^ (swap & (bx ^ by));
+        d = d << 2 | ((3u * rx) ^ ry);
+        const std::uint32_t lower = ry ^ 1u;  // quadrants with ry = 0 reflect
+        complement ^= lower & rx;
+        swap ^= lower;
     }
     return d;
 }
@@ -352,11 +355,20 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         sw.legalize(t2, 0);
         if (sw.tie) return false;
     }
-    // Last pass: every interior edge, flipping until all are strictly Delaunay.
+    // Last pass: every interior edge, flipping until all are strictly Delaunay (the
+    // edges found non-Delaunay start the flip stack; there are rarely any).
     std::vector<int> pending;
-    pending.reserve(3 * static_cast<std::size_t>(sw.count));
-    for (int e = 0; e < 3 * sw.count; ++e)
-        if (sw.twin[e] > e) pending.push_back(e);
+    for (int e = 0; e < 3 * sw.count; ++e) {
+        const int f = sw.twin[e];
+        if (f < e) continue;
+        const int te = e / 3, j = e - 3 * te, tf = f / 3, k = f - 3 * tf;
+        const int a = sw.v[3 * te + j], b = sw.v[3 * te + nxt(j)], c = sw.v[3 * te + prv(j)];
+        const int d = sw.v[3 * tf + prv(k)];
+        const double in = incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
+                                   xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
+        if (!(in != 0.0)) return false;
+        if (in > 0.0) pending.push_back(e);
+    }
     long long budget = 64LL * n + 64;
     while (!pending.empty()) {
         if (--budget < 0) return false;
