@@ -171,13 +171,14 @@ struct Sweep {
         stack.reserve(64);
     }
 
-    void take_mesh(Mesh& mesh) {
+    void take_mesh(Mesh& mesh, bool neighbours) {
         const std::size_t slots = 3 * static_cast<std::size_t>(count);
         v.resize(slots);
         mesh.v = std::move(v);
         twin.resize(slots);
-        mesh.nb.resize(slots);
-        for (std::size_t i = 0; i < slots; ++i) mesh.nb[i] = twin[i] < 0 ? -1 : twin[i] / 3;
+        mesh.nb.resize(neighbours ? slots : 0);
+        if (neighbours)
+            for (std::size_t i = 0; i < slots; ++i) mesh.nb[i] = twin[i] < 0 ? -1 : twin[i] / 3;
         mesh.twin = std::move(twin);
         mesh.hull_next = std::move(hull_next);
     }
@@ -238,7 +239,8 @@ void sort_keys(std::vector<std::uint64_t>& keys) {
 // one the x-order sweep gives. Otherwise (cocircular or collinear points, a point on
 // an edge, a walk that does not end) false, and the caller runs the sweep, which
 // decides ties by its insertion order.
-bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& mesh) {
+bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& mesh,
+                   bool neighbours) {
     const int n = static_cast<int>(x.size());
     if (n < 4) return false;
     auto turn = [&](int a, int b, int c) { return orient2d(x[a], y[a], x[b], y[b], x[c], y[c]); };
@@ -407,13 +409,13 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     for (int i = 0; i < n; ++i) first[i + 1] += first[i];
     for (int k = 0; k < tc; ++k) slot[k] = first[slot[k]]++;
     mesh.v.resize(3 * static_cast<std::size_t>(tc));
-    mesh.nb.resize(3 * static_cast<std::size_t>(tc));
+    mesh.nb.resize(neighbours ? 3 * static_cast<std::size_t>(tc) : 0);
     mesh.twin.resize(3 * static_cast<std::size_t>(tc));
     for (int k = 0; k < tc; ++k)
         for (int s = 0; s < 3; ++s) {
             mesh.v[3 * slot[k] + s] = sw.v[3 * k + s];
             const int f = sw.twin[3 * k + s];
-            mesh.nb[3 * slot[k] + s] = f < 0 ? -1 : slot[f / 3];
+            if (neighbours) mesh.nb[3 * slot[k] + s] = f < 0 ? -1 : slot[f / 3];
             mesh.twin[3 * slot[k] + s] = f < 0 ? -1 : 3 * slot[f / 3] + f % 3;
         }
     const std::vector<int>& hull_local = sw.hull_next;
@@ -423,7 +425,8 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
 }
 
 // Sweep in the given (lexicographic) order; decides cocircular ties by that order.
-int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& mesh) {
+int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& mesh,
+                  bool neighbours) {
     const int n = static_cast<int>(x.size());
     int k = 2;
     while (k < n && orient2d(x[0], y[0], x[1], y[1], x[k], y[k]) == 0.0) ++k;
@@ -455,18 +458,18 @@ int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& me
         if (!sweep.insert(p, last)) return 2;
         last = p;
     }
-    sweep.take_mesh(mesh);
+    sweep.take_mesh(mesh, neighbours);
     return 0;
 }
 
 }  // namespace
 
-int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh) {
+int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh, bool neighbours) {
     mesh.v.clear();
     mesh.nb.clear();
     if (x.size() < 3) return 1;
-    if (build_hilbert(x, y, mesh)) return 0;
-    return build_x_order(x, y, mesh);
+    if (build_hilbert(x, y, mesh, neighbours)) return 0;
+    return build_x_order(x, y, mesh, neighbours);
 }
 
 bool link_mesh(int nodes, Mesh& mesh) {

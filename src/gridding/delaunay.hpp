@@ -40,8 +40,9 @@ struct Mesh {
 
 // Builds the Delaunay triangulation of the points, which must be distinct and sorted
 // lexicographically: the fast build, else the sweep. Returns 0, 3 (all collinear) or 2
-// (internal failure).
-int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh);
+// (internal failure). Without neighbours, nb is left empty (twin has the same links).
+int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh,
+                bool neighbours = true);
 
 // Fills nb, twin and hull_next from v (triangles counter-clockwise) by matching edges. False
 // when an edge is shared by more than two triangles or used twice in one direction, or

@@ -255,7 +255,7 @@ void Nodes::scale_back() {
     xrange = yrange = 1.0;
 }
 
-int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh) {
+int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh, bool neighbours) {
     // Coordinates far from 1 are scaled by one power of 2 on both axes when that is exact
     // (no scaled value leaves the normal range), so that the predicates' filters decide
     // and the engine's rounded arithmetic works near 1. Otherwise (coordinates spanning
@@ -285,7 +285,7 @@ int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh) {
     if ((options & (kEngine | kEngineScaled)) != 0 &&
         build_engine(*use, (options & kEngineScaled) != 0, mesh))
         return 0;
-    const int status = build_sweep(use->x, use->y, mesh);
+    const int status = build_sweep(use->x, use->y, mesh, neighbours);
     if (status == 3) return ZEMATH_ERR_COLLINEAR;
     if (status != 0) return -2;
     return 0;
@@ -474,7 +474,8 @@ ZEMATH_API int zemath_triangulation(int n, const double* x, const double* y, con
         zemath::Nodes nodes;
         if (const int s = zemath::prepare_nodes(n, x, y, z, options, nodes); s != 0) return s;
         zemath::Mesh mesh;
-        if (const int s = zemath::triangulate_nodes(nodes, options, mesh); s != 0) return s;
+        // The record's neighbours come from the twin links.
+        if (const int s = zemath::triangulate_nodes(nodes, options, mesh, false); s != 0) return s;
         nodes.scale_back();
         if (!zemath::fill_record(out, nodes, mesh)) return -2;
         if (options & zemath::kMissingZPass) zemath::missing_z_pass(out);
