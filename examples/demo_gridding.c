@@ -42,6 +42,35 @@ static void summary(const char* name, const double* g, int count) {
            used ? sum / used : 0.0);
 }
 
+/* Supplementary area on a small mesh with z = x over [0, 2] x [0, 1]: the contour line
+ * x = 0.5 at level 0.5 is closed along the boundary around the part above the level. */
+static void demo_supplementary_area(void) {
+    const double gx[6] = {0, 1, 2, 0, 1, 2}, gy[6] = {0, 0, 0, 1, 1, 1};
+    double lx[2] = {0.5, 0.5}, ly[2] = {0.0, 1.0}, area = 0;
+    TriContourLine line = {2, 0, lx, ly};
+    TriContourLevel level = {0.5, 1, &line};
+    TriContour contour = {1, &level}, rings;
+    Triangulation t;
+    int status, k;
+    zemath_triangulation_init(&t);
+    zemath_tri_contour_init(&rings);
+    status = zemath_construct_triangulation(2, 3, gx, gy, gx, &t, 0);
+    if (status == 0)
+        status =
+            zemath_triangulation_supplementary_area(&t, &contour, &rings, ZEMATH_TRI_AREA_ABOVE);
+    if (status == 0 && rings.levelCount == 1 && rings.levels[0].lineCount == 1) {
+        const TriContourLine* r = &rings.levels[0].line[0];
+        for (k = 0; k < r->count; ++k) /* shoelace */
+            area += r->x[k] * r->y[(k + 1) % r->count] - r->x[(k + 1) % r->count] * r->y[k];
+        printf("area above z = 0.5         : 1 ring of %d points, area %.2f (of 2)\n", r->count,
+               area / 2);
+    } else {
+        printf("supplementary area         : status %d\n", status);
+    }
+    zemath_tri_contour_free(&rings);
+    zemath_triangulation_free(&t);
+}
+
 void demo_gridding(void) {
     static double x[MAX_XYZ], y[MAX_XYZ], z[MAX_XYZ];
     double gx[GRID_NX], gy[GRID_NY], grid[GRID_NX * GRID_NY], xt[GRID_NX * GRID_NY],
@@ -85,4 +114,5 @@ void demo_gridding(void) {
     status =
         zemath_tri_natural_neighbor_interpolate(nvar, x, y, z, GRID_NX * GRID_NY, xt, yt, grid, 0);
     if (status == 0) summary("natural neighbours 6x5 grid", grid, GRID_NX * GRID_NY);
+    demo_supplementary_area();
 }

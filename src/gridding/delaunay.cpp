@@ -154,10 +154,14 @@ struct Sweep {
         return true;
     }
 
-    void setup(std::span<const double> x, std::span<const double> y) {
+    // Point i of the sweep is point order[i] of x and y (i itself without an order).
+    void setup(std::span<const double> x, std::span<const double> y, const int* order = nullptr) {
         const std::size_t size = x.size();
         xy.resize(2 * size);
-        for (std::size_t i = 0; i < size; ++i) xy[2 * i] = x[i], xy[2 * i + 1] = y[i];
+        for (std::size_t i = 0; i < size; ++i) {
+            const std::size_t k = order != nullptr ? static_cast<std::size_t>(order[i]) : i;
+            xy[2 * i] = x[k], xy[2 * i + 1] = y[k];
+        }
         // At most 2 n - 5 triangles in a triangulation of n points.
         v.resize(3 * (2 * size));
         twin.resize(3 * (2 * size));
@@ -167,29 +171,63 @@ struct Sweep {
         stack.reserve(64);
     }
 
-    void take_mesh(Mesh& mesh) {
+    void take_mesh(Mesh& mesh, bool neighbours) {
         const std::size_t slots = 3 * static_cast<std::size_t>(count);
         v.resize(slots);
         mesh.v = std::move(v);
-        mesh.nb.resize(slots);
-        for (std::size_t i = 0; i < slots; ++i) mesh.nb[i] = twin[i] < 0 ? -1 : twin[i] / 3;
+        twin.resize(slots);
+        mesh.nb.resize(neighbours ? slots : 0);
+        if (neighbours)
+            for (std::size_t i = 0; i < slots; ++i) mesh.nb[i] = twin[i] < 0 ? -1 : twin[i] / 3;
+        mesh.twin = std::move(twin);
         mesh.hull_next = std::move(hull_next);
     }
 };
 
-// Index of the cell (qx, qy) of a 2^16 by 2^16 grid along the Hilbert curve.
-std::uint64_t hilbert_index(std::uint32_t qx, std::uint32_t qy) {
-    constexpr std::uint32_t side = 1u << 16;
-    std::uint64_t d = 0;
-    for (std::uint32_t s = side / 2; s > 0; s /= 2) {
-        const std::uint32_t rx = (qx & s) != 0 ? 1u : 0u, ry = (qy & s) != 0 ? 1u : 0u;
-        d += static_cast<std::uint64_t>(s) * s * ((3u * rx) ^ ry);
-        if (ry == 0) {
-            if (rx == 1) qx = side - 1 - qx, qy = side - 1 - qy;
-            std::swap(qx, qy);
-        }
+// Index of the cell (qx, qy) of a 2^15 by 2^15 grid along the Hilbert curve (30 bits).
+// Level by level from the top: the quadrant's digit, then the quadrant's reflection
+// (a swap of the axes, a complement of both) applied to the lower bits. The reflections
+// commute, so two flags carry them; no branches (the quadrants are random).
+std::uint32_t hilbert_index(std::uint32_t qx, std::uint32_t qy) {
+    std::uint32_t d = 0, swap = 0, complement = 0;
+    for (int level = 14; level >= 0; --level) {
+        const std::uint32_t bx = ((qx >> level) & 1u) ^ complement;
+        const std::uint32_t by = ((qy >> level) & 1u) ^ complement;
+        const std::uint32_t rx = bx ^ (swap & (bx ^ by)), ry = by ^ (swap & (bx ^ by));
+        d = d << 2 | ((3u * rx) ^ ry);
+        const std::uint32_t lower = ry ^ 1u;  // quadrants with ry = 0 reflect
+        complement ^= lower & rx;
+        swap ^= lower;
     }
     return d;
+}
+
+// Round of point i in the biased randomised insertion order: a fixed hash of the index
+// (no generator state, so a build is reproducible), round k + 1 taking about 7/8 of the
+// points left after rounds 0..k. 0 .. kRounds - 1, the last round the largest.
+constexpr int kRounds = 8;
+int insertion_round(std::uint64_t i) {
+    std::uint64_t z = i + 0x9e3779b97f4a7c15ULL;  // splitmix64 finaliser
+    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ULL;
+    z = (z ^ (z >> 27)) * 0x94d049bb133111ebULL;
+    z ^= z >> 31;
+    int level = 0;  // leading groups of three zero bits: probability 8^-level
+    while (level < kRounds - 1 && (z >> (61 - 3 * level)) == 0) ++level;
+    return kRounds - 1 - level;
+}
+
+// Stable LSD radix sort of keys on bits 31..63 (three 11-bit digits); the low 31 bits
+// carry the point index, already ascending, so the order is (round, curve, index).
+void sort_keys(std::vector<std::uint64_t>& keys) {
+    std::vector<std::uint64_t> other(keys.size());
+    for (int shift = 31; shift < 64; shift += 11) {
+        std::size_t count[2049] = {};
+        for (std::uint64_t k : keys) ++count[((k >> shift) & 2047u) + 1];
+        if (count[((keys[0] >> shift) & 2047u) + 1] == keys.size()) continue;  // one digit
+        for (int d = 0; d < 2048; ++d) count[d + 1] += count[d];
+        for (std::uint64_t k : keys) other[count[(k >> shift) & 2047u]++] = k;
+        keys.swap(other);
+    }
 }
 
 // Fast build for points in general position: the hull (monotone chain over the x
@@ -201,7 +239,8 @@ std::uint64_t hilbert_index(std::uint32_t qx, std::uint32_t qy) {
 // one the x-order sweep gives. Otherwise (cocircular or collinear points, a point on
 // an edge, a walk that does not end) false, and the caller runs the sweep, which
 // decides ties by its insertion order.
-bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& mesh) {
+bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& mesh,
+                   bool neighbours) {
     const int n = static_cast<int>(x.size());
     if (n < 4) return false;
     auto turn = [&](int a, int b, int c) { return orient2d(x[a], y[a], x[b], y[b], x[c], y[c]); };
@@ -231,31 +270,36 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     {
         const auto [xlo, xhi] = std::minmax_element(x.begin(), x.end());
         const auto [ylo, yhi] = std::minmax_element(y.begin(), y.end());
-        const double sx = *xhi > *xlo ? 65535.0 / (*xhi - *xlo) : 0.0;
-        const double sy = *yhi > *ylo ? 65535.0 / (*yhi - *ylo) : 0.0;
+        constexpr double top = 32767.0;
+        const double sx = *xhi > *xlo ? top / (*xhi - *xlo) : 0.0;
+        const double sy = *yhi > *ylo ? top / (*yhi - *ylo) : 0.0;
+        // Rounds of random samples, each along the Hilbert curve: consecutive points are
+        // neighbours (short walks, nearby triangles in memory), and every round refines
+        // an already triangulated sample of the whole set, so a new point meets small
+        // triangles only (few flips; a plain curve order leaves long edges across the
+        // part not yet visited).
         std::vector<std::uint64_t> keys;
         keys.reserve(static_cast<std::size_t>(n - h));
         for (int i = 0; i < n; ++i) {
             if (local[i] >= 0) continue;
             // NaN from an overflowed range (infinite difference times 0) goes to cell 0.
             double fx = (x[i] - *xlo) * sx, fy = (y[i] - *ylo) * sy;
-            fx = fx >= 0.0 ? std::min(fx, 65535.0) : 0.0;
-            fy = fy >= 0.0 ? std::min(fy, 65535.0) : 0.0;
+            fx = fx >= 0.0 ? std::min(fx, top) : 0.0;
+            fy = fy >= 0.0 ? std::min(fy, top) : 0.0;
             const std::uint64_t d =
                 hilbert_index(static_cast<std::uint32_t>(fx), static_cast<std::uint32_t>(fy));
-            keys.push_back(d << 32 | static_cast<std::uint32_t>(i));
+            const std::uint64_t round = static_cast<std::uint64_t>(insertion_round(i));
+            keys.push_back(round << 61 | d << 31 | static_cast<std::uint32_t>(i));
         }
-        std::sort(keys.begin(), keys.end());
+        if (!keys.empty()) sort_keys(keys);
         for (std::uint64_t key : keys) {
-            const int i = static_cast<int>(key & 0xffffffffu);
+            const int i = static_cast<int>(key & 0x7fffffffu);
             local[i] = static_cast<int>(global.size());
             global.push_back(i);
         }
     }
-    std::vector<double> rx(static_cast<std::size_t>(n)), ry(static_cast<std::size_t>(n));
-    for (int k = 0; k < n; ++k) rx[k] = x[global[k]], ry[k] = y[global[k]];
     Sweep sw;
-    sw.setup(rx, ry);
+    sw.setup(x, y, global.data());
     // Fan (0, k, k+1) over the hull.
     for (int k = 1; k + 1 < h; ++k) {
         const int t = sw.add_triangle(0, k, k + 1);
@@ -313,11 +357,20 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         sw.legalize(t2, 0);
         if (sw.tie) return false;
     }
-    // Last pass: every interior edge, flipping until all are strictly Delaunay.
+    // Last pass: every interior edge, flipping until all are strictly Delaunay (the
+    // edges found non-Delaunay start the flip stack; there are rarely any).
     std::vector<int> pending;
-    pending.reserve(3 * static_cast<std::size_t>(sw.count));
-    for (int e = 0; e < 3 * sw.count; ++e)
-        if (sw.twin[e] > e) pending.push_back(e);
+    for (int e = 0; e < 3 * sw.count; ++e) {
+        const int f = sw.twin[e];
+        if (f < e) continue;
+        const int te = e / 3, j = e - 3 * te, tf = f / 3, k = f - 3 * tf;
+        const int a = sw.v[3 * te + j], b = sw.v[3 * te + nxt(j)], c = sw.v[3 * te + prv(j)];
+        const int d = sw.v[3 * tf + prv(k)];
+        const double in = incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
+                                   xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
+        if (!(in != 0.0)) return false;
+        if (in > 0.0) pending.push_back(e);
+    }
     long long budget = 64LL * n + 64;
     while (!pending.empty()) {
         if (--budget < 0) return false;
@@ -343,31 +396,37 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     }
     if (sw.tie) return false;
     // Back to the caller's numbering, the triangles ordered by their lowest node (a
-    // counting sort), as the x-order sweep leaves them roughly: the record is derived
-    // node by node, and this keeps its walks local in memory.
+    // counting sort): the record is derived node by node in index order, and this keeps
+    // its walks local in memory.
     const int tc = sw.count;
     std::vector<int> first(static_cast<std::size_t>(n) + 1, 0), slot(static_cast<std::size_t>(tc));
-    for (int k = 0; k < 3 * tc; ++k) sw.v[k] = global[sw.v[k]];
-    for (int k = 0; k < tc; ++k)
-        ++first[std::min({sw.v[3 * k], sw.v[3 * k + 1], sw.v[3 * k + 2]}) + 1];
+    for (int k = 0; k < tc; ++k) {
+        int* const corners = &sw.v[3 * k];
+        for (int s = 0; s < 3; ++s) corners[s] = global[corners[s]];
+        slot[k] = std::min({corners[0], corners[1], corners[2]});
+        ++first[slot[k] + 1];
+    }
     for (int i = 0; i < n; ++i) first[i + 1] += first[i];
-    for (int k = 0; k < tc; ++k)
-        slot[k] = first[std::min({sw.v[3 * k], sw.v[3 * k + 1], sw.v[3 * k + 2]})]++;
+    for (int k = 0; k < tc; ++k) slot[k] = first[slot[k]]++;
     mesh.v.resize(3 * static_cast<std::size_t>(tc));
-    mesh.nb.resize(3 * static_cast<std::size_t>(tc));
+    mesh.nb.resize(neighbours ? 3 * static_cast<std::size_t>(tc) : 0);
+    mesh.twin.resize(3 * static_cast<std::size_t>(tc));
     for (int k = 0; k < tc; ++k)
         for (int s = 0; s < 3; ++s) {
             mesh.v[3 * slot[k] + s] = sw.v[3 * k + s];
             const int f = sw.twin[3 * k + s];
-            mesh.nb[3 * slot[k] + s] = f < 0 ? -1 : slot[f / 3];
+            if (neighbours) mesh.nb[3 * slot[k] + s] = f < 0 ? -1 : slot[f / 3];
+            mesh.twin[3 * slot[k] + s] = f < 0 ? -1 : 3 * slot[f / 3] + f % 3;
         }
+    const std::vector<int>& hull_local = sw.hull_next;
     mesh.hull_next.assign(static_cast<std::size_t>(n), -1);
-    for (int k = 0; k < h; ++k) mesh.hull_next[global[k]] = global[sw.hull_next[k]];
+    for (int k = 0; k < h; ++k) mesh.hull_next[global[k]] = global[hull_local[k]];
     return true;
 }
 
 // Sweep in the given (lexicographic) order; decides cocircular ties by that order.
-int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& mesh) {
+int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& mesh,
+                  bool neighbours) {
     const int n = static_cast<int>(x.size());
     int k = 2;
     while (k < n && orient2d(x[0], y[0], x[1], y[1], x[k], y[k]) == 0.0) ++k;
@@ -399,23 +458,24 @@ int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& me
         if (!sweep.insert(p, last)) return 2;
         last = p;
     }
-    sweep.take_mesh(mesh);
+    sweep.take_mesh(mesh, neighbours);
     return 0;
 }
 
 }  // namespace
 
-int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh) {
+int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh, bool neighbours) {
     mesh.v.clear();
     mesh.nb.clear();
     if (x.size() < 3) return 1;
-    if (build_hilbert(x, y, mesh)) return 0;
-    return build_x_order(x, y, mesh);
+    if (build_hilbert(x, y, mesh, neighbours)) return 0;
+    return build_x_order(x, y, mesh, neighbours);
 }
 
 bool link_mesh(int nodes, Mesh& mesh) {
     const int t_count = mesh.triangles();
     mesh.nb.assign(3 * static_cast<std::size_t>(t_count), -1);
+    mesh.twin.assign(3 * static_cast<std::size_t>(t_count), -1);
     mesh.hull_next.assign(static_cast<std::size_t>(nodes), -1);
     // Directed edges keyed by (from, to); the twin of (u, w) is (w, u).
     std::vector<std::int64_t> keys(3 * static_cast<std::size_t>(t_count));
@@ -439,6 +499,7 @@ bool link_mesh(int nodes, Mesh& mesh) {
                                  [&](int a, std::int64_t key) { return keys[a] < key; });
             if (it != order.end() && keys[*it] == twin) {
                 mesh.nb[3 * t + s] = *it / 3;
+                mesh.twin[3 * t + s] = *it;
             } else {
                 if (mesh.hull_next[u] >= 0) return false;  // two hull edges leave u
                 mesh.hull_next[u] = static_cast<int>(w);

@@ -3,8 +3,8 @@
  * Kept in C and self-contained: the engine reports errors by longjmp to a jmp_buf in its
  * own record, so every engine call of this file runs under a setjmp taken here, in a C
  * frame with no destructors to skip; the engine never reaches exit(), never writes to the
- * process's streams (its output and error stream is a small memory stream whose overflow
- * is discarded), and its memory is released on every path. */
+ * process's streams (its output and error stream is a sink, see open_sink), and its
+ * memory is released on every path. */
 #define _POSIX_C_SOURCE 200809L
 #include <setjmp.h>
 #include <stdio.h>
@@ -15,21 +15,47 @@
 int zemath_qhull_delaunay(int n, double* points, int extra_setting, int* tri, int capacity,
                           int* count);
 
-/* points: 2 n coordinates (x, y per point), modified by the engine's scaling. Writes up to
- * capacity triangles (three point indices each, in the engine's order) to tri and their
- * number to *count. Returns 0, a positive engine error code, -1 when the triangles do not
- * fit or a stream could not be opened. */
-int zemath_qhull_delaunay(int n, double* points, int extra_setting, int* tri, int capacity,
-                          int* count) {
+/* Memory streams (fmemopen) are POSIX; where they are missing (or when built with
+ * ZEMATH_QHULL_NO_FMEMOPEN) the null device serves, else an anonymous temporary file. */
+#if !defined(ZEMATH_QHULL_NO_FMEMOPEN) &&                                                       \
+    (defined(__linux__) || defined(__GLIBC__) || defined(__FreeBSD__) || defined(__NetBSD__) || \
+     defined(__OpenBSD__) || defined(__DragonFly__) || defined(__CYGWIN__))
+#define ZEMATH_QHULL_FMEMOPEN 1
+#endif
+
+/* The stream the engine writes its output and error reports to: the library never
+ * prints, so hosts must never see them. A memory stream over buffer (its overflow is
+ * discarded), else the null device, else a temporary file; NULL only when none can be
+ * opened (the build then reports failure and the built-in method runs). */
+static FILE* open_sink(char* buffer, size_t size) {
+#ifdef ZEMATH_QHULL_FMEMOPEN
+    FILE* const memory = fmemopen(buffer, size, "w");
+    if (memory != NULL) return memory;
+#else
+    (void)buffer;
+    (void)size;
+#endif
+    {
+#ifdef _WIN32
+        FILE* const device = fopen("NUL", "w");
+#else
+        FILE* const device = fopen("/dev/null", "w");
+#endif
+        return device != NULL ? device : tmpfile();
+    }
+}
+
+/* The engine run proper, writing to stream (see zemath_qhull_delaunay). A function of
+ * its own: the one that takes the setjmp, so that compilers keep it apart from the
+ * stream's opening. */
+static int run_engine(FILE* stream, int n, double* points, int extra_setting, int* tri,
+                      int capacity, int* count) {
     qhT engine;
     qhT* qh = &engine;
-    char sink[512];
     char options[64];
     volatile int status = 0;
     volatile int written = 0;
     int curlong = 0, totlong = 0;
-    FILE* stream = fmemopen(sink, sizeof sink, "w");
-    if (stream == NULL) return -1;
     /* Delaunay of the points lifted to the paraboloid, triangulated output, with the
      * point at infinity above the centroid of the lifted points. */
     strcpy(options, extra_setting ? "qhull d Qt Qz Qbb" : "qhull d Qt Qz");
@@ -68,7 +94,22 @@ int zemath_qhull_delaunay(int n, double* points, int extra_setting, int* tri, in
     } else if (status == 0) {
         status = -1;
     }
-    fclose(stream);
     *count = written;
+    return status;
+}
+
+/* points: 2 n coordinates (x, y per point), modified by the engine's scaling. Writes up to
+ * capacity triangles (three point indices each, in the engine's order) to tri and their
+ * number to *count. Returns 0, a positive engine error code, -1 when the triangles do not
+ * fit or a stream could not be opened. */
+int zemath_qhull_delaunay(int n, double* points, int extra_setting, int* tri, int capacity,
+                          int* count) {
+    char sink[512];
+    int status;
+    FILE* const stream = open_sink(sink, sizeof sink);
+    *count = 0;
+    if (stream == NULL) return -1;
+    status = run_engine(stream, n, points, extra_setting, tri, capacity, count);
+    fclose(stream);
     return status;
 }

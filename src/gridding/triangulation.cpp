@@ -6,6 +6,7 @@
 // evaluators -11, -15, -37.
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -115,12 +116,67 @@ void reset(Triangulation* t) {
     std::memset(t, 0, sizeof *t);
 }
 
+// Sorts the nodes lexicographically (x, then y) when no two of them would merge as
+// duplicates, the usual case: one radix sort on x instead of the general merge. False,
+// the nodes untouched, when some would merge. Whether nodes merge depends on the point
+// set only: x values chained by gaps within xtol form runs, inside a run y values
+// chained by gaps within ytol form groups, and a group of two or more merges.
+bool sort_distinct_nodes(Nodes& nodes, double xtol, double ytol) {
+    const std::size_t n = nodes.x.size();
+    const double *x = nodes.x.data(), *y = nodes.y.data();
+    std::vector<std::uint64_t> key(n), key_other(n);
+    std::vector<int> idx(n), idx_other(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        std::uint64_t bits;
+        std::memcpy(&bits, &x[i], sizeof bits);
+        key[i] = (bits >> 63) != 0 ? ~bits : bits | (std::uint64_t{1} << 63);  // ordered as x
+        idx[i] = static_cast<int>(i);
+    }
+    for (int shift = 0; shift < 64; shift += 11) {  // stable LSD passes of 11 bits
+        std::vector<std::size_t> count(2049, 0);
+        for (std::uint64_t k : key) ++count[((k >> shift) & 2047u) + 1];
+        if (count[((key[0] >> shift) & 2047u) + 1] == n) continue;  // a digit all share
+        for (int d = 0; d < 2048; ++d) count[d + 1] += count[d];
+        for (std::size_t i = 0; i < n; ++i) {
+            const std::size_t to = count[(key[i] >> shift) & 2047u]++;
+            key_other[to] = key[i], idx_other[to] = idx[i];
+        }
+        key.swap(key_other), idx.swap(idx_other);
+    }
+    auto chained = [](double a, double b, double tol) { return b == a || b - a <= tol; };
+    auto less = [&](int a, int b) { return x[a] < x[b] || (x[a] == x[b] && y[a] < y[b]); };
+    std::vector<double> run_y;
+    for (std::size_t first = 0; first < n;) {
+        std::size_t last = first + 1;
+        while (last < n && chained(x[idx[last - 1]], x[idx[last]], xtol)) ++last;
+        if (last - first > 1) {
+            std::sort(idx.begin() + static_cast<std::ptrdiff_t>(first),
+                      idx.begin() + static_cast<std::ptrdiff_t>(last), less);
+            run_y.clear();
+            for (std::size_t k = first; k < last; ++k) run_y.push_back(y[idx[k]]);
+            std::sort(run_y.begin(), run_y.end());
+            for (std::size_t k = 1; k < run_y.size(); ++k)
+                if (chained(run_y[k - 1], run_y[k], ytol)) return false;
+        }
+        first = last;
+    }
+    for (std::vector<double>* axis : {&nodes.x, &nodes.y, &nodes.z}) {
+        std::vector<double> sorted(n);
+        for (std::size_t i = 0; i < n; ++i) sorted[i] = (*axis)[static_cast<std::size_t>(idx[i])];
+        axis->swap(sorted);
+    }
+    return true;
+}
+
 }  // namespace
 
 int prepare_nodes(int n, const double* x, const double* y, const double* z, unsigned options,
                   Nodes& nodes) {
     const bool keep_missing = (options & kKeepMissingZ) != 0;
     nodes.x.clear(), nodes.y.clear(), nodes.z.clear();
+    nodes.x.reserve(static_cast<std::size_t>(n));
+    nodes.y.reserve(static_cast<std::size_t>(n));
+    nodes.z.reserve(static_cast<std::size_t>(n));
     for (int i = 0; i < n; ++i) {
         if (!usable_coordinate(x[i]) || !usable_coordinate(y[i])) continue;
         if (!keep_missing && is_missing(z[i])) continue;
@@ -135,29 +191,54 @@ int prepare_nodes(int n, const double* x, const double* y, const double* z, unsi
     // Duplicates within 1e-8 of the ranges, merged on the caller's coordinates (the same
     // test as on coordinates divided by the ranges, up to rounding) so that the nodes keep
     // the caller's exact values when they are not normalised.
-    double* const values[] = {nodes.z.data()};
-    const int count =
-        merge_duplicates(static_cast<int>(nodes.x.size()), nodes.x.data(), nodes.y.data(), values,
-                         DupMethod::mean, {kDuplicateTol * xr, kDuplicateTol * yr, true, true});
-    nodes.x.resize(static_cast<std::size_t>(count));
-    nodes.y.resize(static_cast<std::size_t>(count));
-    nodes.z.resize(static_cast<std::size_t>(count));
-    // Exact lexicographic order (tolerance clusters may hold x slightly out of order).
-    auto less = [&](int a, int b) {
-        return nodes.x[a] < nodes.x[b] || (nodes.x[a] == nodes.x[b] && nodes.y[a] < nodes.y[b]);
-    };
-    bool sorted = true;
-    for (int i = 1; i < count && sorted; ++i) sorted = !less(i, i - 1);
-    if (!sorted) {
-        std::vector<int> order(static_cast<std::size_t>(count));
-        std::iota(order.begin(), order.end(), 0);
-        std::sort(order.begin(), order.end(), less);
-        Nodes sorted_nodes;
-        for (int i : order)
-            sorted_nodes.x.push_back(nodes.x[i]), sorted_nodes.y.push_back(nodes.y[i]),
-                sorted_nodes.z.push_back(nodes.z[i]);
-        nodes = std::move(sorted_nodes);
+    if (!sort_distinct_nodes(nodes, kDuplicateTol * xr, kDuplicateTol * yr)) {
+        double* const values[] = {nodes.z.data()};
+        const int count = merge_duplicates(static_cast<int>(nodes.x.size()), nodes.x.data(),
+                                           nodes.y.data(), values, DupMethod::mean,
+                                           {kDuplicateTol * xr, kDuplicateTol * yr, true, true});
+        nodes.x.resize(static_cast<std::size_t>(count));
+        nodes.y.resize(static_cast<std::size_t>(count));
+        nodes.z.resize(static_cast<std::size_t>(count));
+        // Exact lexicographic order (tolerance clusters may hold x slightly out of order).
+        auto less = [&](int a, int b) {
+            return nodes.x[a] < nodes.x[b] || (nodes.x[a] == nodes.x[b] && nodes.y[a] < nodes.y[b]);
+        };
+        bool sorted = true;
+        for (int i = 1; i < count && sorted; ++i) sorted = !less(i, i - 1);
+        if (!sorted) {
+            // Only the stretches between cuts need sorting, a cut being a position with every
+            // node before it below every node from it on (the clusters are short): the
+            // largest node so far against the smallest node from there on.
+            std::vector<int> suffix_min(static_cast<std::size_t>(count));
+            suffix_min[count - 1] = count - 1;
+            for (int i = count - 2; i >= 0; --i)
+                suffix_min[i] = less(i, suffix_min[i + 1]) ? i : suffix_min[i + 1];
+            std::vector<int> order;
+            std::vector<double> moved;
+            auto sort_stretch = [&](int first, int last) {
+                if (last - first < 2) return;
+                order.resize(static_cast<std::size_t>(last - first));
+                std::iota(order.begin(), order.end(), first);
+                std::sort(order.begin(), order.end(), less);
+                for (std::vector<double>* axis : {&nodes.x, &nodes.y, &nodes.z}) {
+                    moved.clear();
+                    for (int k : order) moved.push_back((*axis)[k]);
+                    std::copy(moved.begin(), moved.end(), axis->begin() + first);
+                }
+            };
+            int largest = 0, first = 0;
+            for (int i = 1; i < count; ++i) {
+                if (less(largest, suffix_min[i])) {
+                    sort_stretch(first, i);
+                    first = i;
+                    largest = i - 1;  // where the stretch's largest node now is
+                }
+                if (less(largest, i)) largest = i;
+            }
+            sort_stretch(first, count);
+        }
     }
+    const int count = static_cast<int>(nodes.x.size());  // after merging
     if (count < 3) return -2;
     if ((options & kNormalised) != 0) {  // scaled without a shift
         for (double& v : nodes.x) v /= xr;
@@ -174,7 +255,7 @@ void Nodes::scale_back() {
     xrange = yrange = 1.0;
 }
 
-int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh) {
+int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh, bool neighbours) {
     // Coordinates far from 1 are scaled by one power of 2 on both axes when that is exact
     // (no scaled value leaves the normal range), so that the predicates' filters decide
     // and the engine's rounded arithmetic works near 1. Otherwise (coordinates spanning
@@ -204,77 +285,104 @@ int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh) {
     if ((options & (kEngine | kEngineScaled)) != 0 &&
         build_engine(*use, (options & kEngineScaled) != 0, mesh))
         return 0;
-    const int status = build_sweep(use->x, use->y, mesh);
+    const int status = build_sweep(use->x, use->y, mesh, neighbours);
     if (status == 3) return ZEMATH_ERR_COLLINEAR;
     if (status != 0) return -2;
     return 0;
 }
 
-// Derives the record's lists from the mesh.
-void fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
+// Derives the record's lists from the mesh, straight into the record's arrays. The order
+// depends only on the triangle set, not on how the build numbered its triangles: node by
+// node in index order, around each node counter-clockwise from its hull edge on the hull,
+// else from its neighbour of smallest index; an edge listed from its lower node, a
+// triangle from its lowest vertex (rotated to start there). One counting pass finds each
+// node's start corner and share of the lists, one walk around each node writes them (the
+// builds order their triangles by lowest node, so these walks stay local). False on an
+// inconsistent mesh (cannot happen for the builds' meshes; nothing is written past the
+// arrays either way).
+bool fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
     const int n = static_cast<int>(nodes.x.size());
     const int tc = m.triangles();
-    // Start slot around each node: its hull edge on the hull, else the corner whose next
-    // vertex has the smallest index, so that the record's order depends only on the
-    // triangle set, not on how the build numbered its triangles.
-    std::vector<int> start(static_cast<std::size_t>(n), -1);
-    for (int t = 0; t < tc; ++t)
+    const int* const v = m.v.data();
+    const int* const tw = m.twin.data();
+    if (m.twin.size() != m.v.size()) return false;
+    // Offsets: edges by lower node (each edge counted once, from its hull slot or from
+    // the later of its two slots), triangles by lowest vertex. Start corner per node: the
+    // one of its hull edge, else the one whose next vertex is smallest.
+    std::vector<int> edge_next(static_cast<std::size_t>(n) + 1, 0),
+        tri_next(static_cast<std::size_t>(n) + 1, 0), start(static_cast<std::size_t>(n), -1),
+        start_next(static_cast<std::size_t>(n), n);
+    for (int t = 0; t < tc; ++t) {
+        const int a = v[3 * t], b = v[3 * t + 1], c = v[3 * t + 2];
+        if (std::min({a, b, c}) < 0 || std::max({a, b, c}) >= n) return false;
+        ++tri_next[std::min({a, b, c}) + 1];
+        const int corner[3][2] = {{a, b}, {b, c}, {c, a}};
         for (int s = 0; s < 3; ++s) {
-            int& corner = start[m.v[3 * t + s]];
-            if (corner < 0 || m.v[3 * t + nxt(s)] < m.v[corner - corner % 3 + nxt(corner % 3)])
-                corner = 3 * t + s;
-        }
-    for (int t = 0; t < tc; ++t)
-        for (int s = 0; s < 3; ++s)
-            if (m.nb[3 * t + s] < 0) start[m.v[3 * t + s]] = 3 * t + s;
-    std::vector<int> edge_id(3 * static_cast<std::size_t>(tc), -1),
-        new_index(static_cast<std::size_t>(tc), -1);
-    std::vector<int> edges, tri_new;
-    std::vector<int> tri_old;  // old index and rotation per new triangle
-    edges.reserve(9 * static_cast<std::size_t>(n));
-    for (int i = 0; i < n; ++i) {
-        if (start[i] < 0) continue;
-        int t = start[i] / 3, r = start[i] % 3;
-        const int first = t;
-        for (int guard = 0; guard <= tc; ++guard) {
-            auto visit_edge = [&](int tt, int slot, int j) {
-                if (j <= i || edge_id[3 * tt + slot] >= 0) return;
-                const int id = static_cast<int>(edges.size() / 3);
-                const int across = m.nb[3 * tt + slot];
-                edges.insert(edges.end(), {i, j, across < 0 ? 1 : 0});
-                edge_id[3 * tt + slot] = id;
-                if (across >= 0)
-                    for (int k = 0; k < 3; ++k)
-                        if (m.nb[3 * across + k] == tt) edge_id[3 * across + k] = id;
-            };
-            visit_edge(t, r, m.v[3 * t + nxt(r)]);
-            const int b = m.v[3 * t + nxt(r)], c = m.v[3 * t + prv(r)];
-            if (i < b && i < c) {
-                new_index[t] = static_cast<int>(tri_old.size() / 2);
-                tri_old.insert(tri_old.end(), {t, r});
+            const int e = 3 * t + s, i = corner[s][0], j = corner[s][1];
+            if (tw[e] < e) ++edge_next[std::min(i, j) + 1];
+            if (tw[e] < 0) {
+                start[i] = e, start_next[i] = -1;  // the hull edge leaving i
+            } else if (j < start_next[i]) {
+                start[i] = e, start_next[i] = j;
             }
-            const int after = m.nb[3 * t + prv(r)];
-            if (after < 0) {
-                visit_edge(t, prv(r), c);  // the closing boundary neighbour
-                break;
-            }
-            if (after == first) break;
-            int rr = 0;
-            while (rr < 3 && m.v[3 * after + rr] != i) ++rr;
-            t = after, r = rr;
         }
     }
-    const int new_tc = static_cast<int>(tri_old.size() / 2);
-    std::vector<int> tri(6 * static_cast<std::size_t>(new_tc)),
-        neighbor(3 * static_cast<std::size_t>(new_tc));
-    for (int k = 0; k < new_tc; ++k) {
-        const int t = tri_old[2 * k], r = tri_old[2 * k + 1];
+    for (int i = 0; i < n; ++i) edge_next[i + 1] += edge_next[i], tri_next[i + 1] += tri_next[i];
+    const int edge_count = edge_next[n];
+    out->x = copy_array(nodes.x);
+    out->y = copy_array(nodes.y);
+    out->z = copy_array(nodes.z);
+    out->nodes = n;
+    int* const tri = out->tri = alloc_array<int>(6 * static_cast<std::size_t>(tc));
+    out->triangles = tc;
+    int* const edge = out->edge = alloc_array<int>(3 * static_cast<std::size_t>(edge_count));
+    out->edges = edge_count;
+    int* const neighbor = out->neighbor = alloc_array<int>(3 * static_cast<std::size_t>(tc));
+    std::vector<int> edge_id(3 * static_cast<std::size_t>(tc), -1),
+        new_index(static_cast<std::size_t>(tc), -1);
+    std::vector<unsigned char> rotation(static_cast<std::size_t>(tc), 0);
+    auto list_edge = [&](int i, int j, int slot) {
+        const int id = edge_next[i]++;
+        if (id >= edge_count) return false;
+        edge[3 * id] = i, edge[3 * id + 1] = j, edge[3 * id + 2] = tw[slot] < 0 ? 1 : 0;
+        edge_id[slot] = id;
+        if (tw[slot] >= 0) edge_id[tw[slot]] = id;
+        return true;
+    };
+    for (int i = 0; i < n; ++i) {
+        const int first = start[i];
+        if (first < 0) continue;
+        // Counter-clockwise from the start: edges to higher nodes, triangles whose lowest
+        // vertex is i, and on the hull the closing edge.
+        int t = first / 3, r = first % 3;
+        for (int guard = 0; guard <= tc; ++guard) {
+            const int b = v[3 * t + nxt(r)], c = v[3 * t + prv(r)];
+            if (b > i && !list_edge(i, b, 3 * t + r)) return false;
+            if (i < b && i < c) {
+                const int k = tri_next[i]++;
+                if (k >= tc) return false;
+                new_index[t] = k;
+                rotation[t] = static_cast<unsigned char>(r);
+            }
+            const int f = tw[3 * t + prv(r)];  // (c, i) seen from the counter-clockwise side
+            if (f < 0) {
+                if (c > i && !list_edge(i, c, 3 * t + prv(r))) return false;
+                break;
+            }
+            t = f / 3, r = f % 3;
+            if (3 * t + r == first) break;
+            if (v[3 * t + r] != i) return false;
+        }
+    }
+    for (int t = 0; t < tc; ++t) {
+        const int k = new_index[t], r = rotation[t];
+        if (k < 0) return false;
         for (int s = 0; s < 3; ++s) {
-            const int slot = (r + s) % 3;
-            tri[6 * k + s] = m.v[3 * t + slot];
-            tri[6 * k + 3 + s] = edge_id[3 * t + slot];
-            const int across = m.nb[3 * t + slot];
-            neighbor[3 * k + s] = across < 0 ? -1 : new_index[across];
+            const int slot = 3 * t + (r + s) % 3;
+            if (edge_id[slot] < 0) return false;
+            tri[6 * k + s] = v[slot];
+            tri[6 * k + 3 + s] = edge_id[slot];
+            neighbor[3 * k + s] = tw[slot] < 0 ? -1 : new_index[tw[slot] / 3];
         }
     }
     std::vector<int> boundary;
@@ -285,17 +393,9 @@ void fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
             u = m.hull_next[u];
         } while (u != 0 && u >= 0 && static_cast<int>(boundary.size()) <= n);
     }
-    out->x = copy_array(nodes.x);
-    out->y = copy_array(nodes.y);
-    out->z = copy_array(nodes.z);
-    out->nodes = n;
-    out->tri = copy_array(tri);
-    out->triangles = new_tc;
-    out->edge = copy_array(edges);
-    out->edges = static_cast<int>(edges.size() / 3);
     out->boundary = copy_array(boundary);
     out->boundaryCount = static_cast<int>(boundary.size());
-    out->neighbor = copy_array(neighbor);
+    return true;
 }
 
 // Hole rings around the triangles that touch a missing z (see the public header).
@@ -374,9 +474,10 @@ ZEMATH_API int zemath_triangulation(int n, const double* x, const double* y, con
         zemath::Nodes nodes;
         if (const int s = zemath::prepare_nodes(n, x, y, z, options, nodes); s != 0) return s;
         zemath::Mesh mesh;
-        if (const int s = zemath::triangulate_nodes(nodes, options, mesh); s != 0) return s;
+        // The record's neighbours come from the twin links.
+        if (const int s = zemath::triangulate_nodes(nodes, options, mesh, false); s != 0) return s;
         nodes.scale_back();
-        zemath::fill_record(out, nodes, mesh);
+        if (!zemath::fill_record(out, nodes, mesh)) return -2;
         if (options & zemath::kMissingZPass) zemath::missing_z_pass(out);
         out->valid = 1;
         return 0;

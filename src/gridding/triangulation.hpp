@@ -19,7 +19,8 @@ struct Nodes {
 int prepare_nodes(int n, const double* x, const double* y, const double* z, unsigned options,
                   Nodes& nodes);
 
-// Built-in or engine build (with fallback). 0, -2 or -130.
-int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh);
+// Built-in or engine build (with fallback). 0, -2 or -130. Without neighbours the mesh's
+// nb may be left empty (its twin links are always there).
+int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh, bool neighbours = true);
 
 }  // namespace zemath

@@ -566,6 +566,35 @@ const Row kRows[] = {
          zemath_triangulation_free(&gridded);
          return out;
      }},
+    {"triangulation supplementary area", true,
+     [](const Shared&, int t) {
+         // z = x on a 3 by 2 grid over [0, 2] x [0, 1]; the line x = level at a level
+         // per thread, closed along the boundary around the part above it.
+         const double gx[6] = {0, 1, 2, 0, 1, 2}, gy[6] = {0, 0, 0, 1, 1, 1};
+         const double level = 0.25 + 0.1 * t;
+         double lx[2] = {level, level}, ly[2] = {0.0, 1.0};
+         TriContourLine line = {2, 0, lx, ly};
+         TriContourLevel levels = {level, 1, &line};
+         TriContour contour = {1, &levels}, rings;
+         zemath_tri_contour_init(&rings);
+         Triangulation mesh;
+         zemath_triangulation_init(&mesh);
+         EXPECT_EQ(zemath_construct_triangulation(2, 3, gx, gy, gx, &mesh, 0), 0);
+         EXPECT_EQ(zemath_triangulation_supplementary_area(&mesh, &contour, &rings,
+                                                           ZEMATH_TRI_AREA_ABOVE),
+                   0);
+         std::vector<double> out;
+         for (int l = 0; l < rings.levelCount; ++l)
+             for (int k = 0; k < rings.levels[l].lineCount; ++k) {
+                 const TriContourLine& ring = rings.levels[l].line[k];
+                 out.push_back(ring.count);
+                 out.insert(out.end(), ring.x, ring.x + ring.count);
+                 out.insert(out.end(), ring.y, ring.y + ring.count);
+             }
+         zemath_tri_contour_free(&rings);
+         zemath_triangulation_free(&mesh);
+         return out;
+     }},
     {"kriging", true,
      [](const Shared&, int t) {
          const Scatter p = scattered(t, 200);

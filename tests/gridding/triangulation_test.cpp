@@ -9,6 +9,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <random>
 #include <set>
 #include <string>
@@ -566,3 +567,137 @@ TEST(Triangulation, Reduce) {
 }
 
 }  // namespace
+
+namespace {
+
+// The documented listing order rebuilt from the triangle set alone: node by node, around
+// each node counter-clockwise from its hull edge (on the hull) or from its neighbour of
+// smallest index; edges (i, j > i) and triangles whose lowest vertex is i, met in that
+// order (the triangles rotated to start at i). Compares it with the record's lists.
+void check_listing_order(const Triangulation& t) {
+    std::map<std::pair<int, int>, int> third;  // directed edge (a, b) -> c of triangle (a, b, c)
+    std::vector<std::vector<int>> out_of(static_cast<std::size_t>(t.nodes));
+    for (int k = 0; k < t.triangles; ++k)
+        for (int s = 0; s < 3; ++s) {
+            const int a = t.tri[6 * k + s], b = t.tri[6 * k + (s + 1) % 3];
+            third[{a, b}] = t.tri[6 * k + (s + 2) % 3];
+            out_of[a].push_back(b);
+        }
+    std::vector<std::array<int, 3>> edges, triangles;
+    for (int i = 0; i < t.nodes; ++i) {
+        if (out_of[i].empty()) continue;
+        int start = -1;  // hull edge (i, b): no triangle on its other side
+        for (int b : out_of[i])
+            if (!third.count({b, i})) start = b;
+        const bool hull = start >= 0;
+        if (!hull) start = *std::min_element(out_of[i].begin(), out_of[i].end());
+        int b = start;
+        for (std::size_t step = 0; step < out_of[i].size(); ++step) {
+            const int c = third.at({i, b});
+            if (b > i) edges.push_back({i, b, hull && b == start ? 1 : 0});
+            if (i < b && i < c) triangles.push_back({i, b, c});
+            b = c;  // next counter-clockwise: the triangle across (i, c)
+        }
+        if (hull && b > i) edges.push_back({i, b, 1});  // the closing hull edge
+    }
+    ASSERT_EQ(static_cast<int>(edges.size()), t.edges);
+    ASSERT_EQ(static_cast<int>(triangles.size()), t.triangles);
+    for (int e = 0; e < t.edges; ++e)
+        ASSERT_EQ((std::array<int, 3>{t.edge[3 * e], t.edge[3 * e + 1], t.edge[3 * e + 2]}),
+                  edges[e])
+            << "edge " << e;
+    for (int k = 0; k < t.triangles; ++k)
+        ASSERT_EQ((std::array<int, 3>{t.tri[6 * k], t.tri[6 * k + 1], t.tri[6 * k + 2]}),
+                  triangles[k])
+            << "triangle " << k;
+}
+
+}  // namespace
+
+TEST(Triangulation, ListingOrder) {
+    std::mt19937_64 rng(5);
+    std::uniform_real_distribution<double> u(0, 1);
+    std::vector<Cloud> clouds = degenerate_clouds();
+    Cloud uniform{"uniform 5000", {}, {}};
+    for (int k = 0; k < 5000; ++k) uniform.x.push_back(u(rng)), uniform.y.push_back(u(rng));
+    clouds.push_back(uniform);
+    for (const Cloud& c : clouds) {
+        const int n = static_cast<int>(c.x.size());
+        const Vec z(c.x.size(), 1.0);
+        for (unsigned options : {0u, kEngine}) {
+            SCOPED_TRACE(testing::Message() << c.name << " options " << options);
+            Record r;
+            ASSERT_EQ(zemath_triangulation(n, c.x.data(), c.y.data(), z.data(), &r.t, options), 0);
+            check_listing_order(r.t);
+        }
+    }
+}
+
+TEST(Triangulation, NodesInToleranceClusters) {
+    // Runs of x values closer than the duplicate tolerance (1e-8 of the range), so that
+    // nodes are grouped along x before y decides; with y far apart nothing merges and the
+    // nodes must come out in exact (x, y) order. Adding an exact copy of some nodes (same
+    // z) goes through the merge and must give the very same record.
+    std::mt19937_64 rng(21);
+    std::uniform_real_distribution<double> u(0, 1);
+    Vec x, y, z;
+    for (int k = 0; k < 3000; ++k) {
+        const double base = std::floor(u(rng) * 400) / 400;
+        x.push_back(base + (k % 4) * 3e-9), y.push_back(u(rng));  // runs chained by 3e-9
+        z.push_back(std::sin(5 * x.back()) + y.back());
+    }
+    x.push_back(-0.0), y.push_back(0.5), z.push_back(2.0);  // -0 beside the 0 run
+    Vec x2 = x, y2 = y, z2 = z;
+    for (int k = 0; k < 3000; k += 97) x2.push_back(x[k]), y2.push_back(y[k]), z2.push_back(z[k]);
+    Record plain, merged;
+    ASSERT_EQ(
+        zemath_triangulation(static_cast<int>(x.size()), x.data(), y.data(), z.data(), &plain.t, 0),
+        0);
+    ASSERT_EQ(zemath_triangulation(static_cast<int>(x2.size()), x2.data(), y2.data(), z2.data(),
+                                   &merged.t, 0),
+              0);
+    const Triangulation &a = plain.t, &b = merged.t;
+    ASSERT_EQ(a.nodes, static_cast<int>(x.size()));
+    for (int i = 1; i < a.nodes; ++i)
+        ASSERT_TRUE(a.x[i - 1] < a.x[i] || (a.x[i - 1] == a.x[i] && a.y[i - 1] < a.y[i])) << i;
+    check_invariants(a);
+    ASSERT_EQ(b.nodes, a.nodes);
+    ASSERT_EQ(b.triangles, a.triangles);
+    ASSERT_EQ(b.edges, a.edges);
+    EXPECT_TRUE(std::equal(a.x, a.x + a.nodes, b.x));
+    EXPECT_TRUE(std::equal(a.y, a.y + a.nodes, b.y));
+    EXPECT_TRUE(std::equal(a.z, a.z + a.nodes, b.z));
+    EXPECT_TRUE(std::equal(a.tri, a.tri + 6 * a.triangles, b.tri));
+    EXPECT_TRUE(std::equal(a.edge, a.edge + 3 * a.edges, b.edge));
+    EXPECT_TRUE(std::equal(a.neighbor, a.neighbor + 3 * a.triangles, b.neighbor));
+}
+
+TEST(Triangulation, EngineNeverPrints) {
+    // Inputs the engine refuses or finds degenerate (it reports them on its streams): the
+    // builds fall back or fail with their codes, and nothing reaches the process's streams.
+    std::vector<Cloud> clouds = degenerate_clouds();
+    Cloud flat{"collinear", {}, {}}, same{"one point repeated", {}, {}};
+    for (int k = 0; k < 10; ++k) flat.x.push_back(k), flat.y.push_back(2 * k + 1);
+    for (int k = 0; k < 10; ++k) same.x.push_back(1), same.y.push_back(1);
+    clouds.push_back(flat);
+    clouds.push_back(same);
+    for (const Cloud& c : clouds) {
+        SCOPED_TRACE(c.name);
+        const Vec z(c.x.size(), 1.0);
+        for (unsigned options : {kEngine, unsigned(ZEMATH_TRI_ENGINE_SCALED)}) {
+            Record r;
+            testing::internal::CaptureStdout();
+            testing::internal::CaptureStderr();
+            const int status = zemath_triangulation(static_cast<int>(c.x.size()), c.x.data(),
+                                                    c.y.data(), z.data(), &r.t, options);
+            const std::string out = testing::internal::GetCapturedStdout();
+            const std::string err = testing::internal::GetCapturedStderr();
+            EXPECT_EQ(out, "");
+            EXPECT_EQ(err, "");
+            const int expected = c.x == flat.x   ? ZEMATH_ERR_COLLINEAR
+                                 : c.x == same.x ? ZEMATH_ERR_TOO_FEW_CURVES
+                                                 : 0;
+            EXPECT_EQ(status, expected);
+        }
+    }
+}
