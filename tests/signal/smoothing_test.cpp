@@ -4,6 +4,7 @@
 // sums kept); the deliberate differences between filters; refusals that write nothing.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <limits>
@@ -194,6 +195,76 @@ TEST(AdjacentAverage, MissingValues) {
     ASSERT_EQ(zemath_adj_average(out.data(), x.data(), 6, 1, 1, 1), 0);
     const std::vector<double> zeros{0, 0, 1, 1, 8.0 / 3, 2.5};
     expect_all_close(out, zeros);
+}
+
+// Long series against means summed directly in long double: the windows inside the data
+// (formed in side-by-side blocks when nothing is missing), the padded or cut ends, block
+// and window lengths that do not divide the size, windows nearly as long as the data, and
+// missing values (the general running mean).
+TEST(AdjacentAverage, LongSeriesMatchDirectMeans) {
+    struct Case {
+        int n, left, right;
+        bool missing;
+    };
+    const Case cases[] = {{20011, 7, 7, false},    {3 * 4096 + 5, 25, 25, false},
+                          {1000, 450, 450, false}, {40000, 0, 0, false},
+                          {9001, 30, 3, false},    {20011, 7, 7, true},
+                          {5000, 0, 40, false},    {777, 20, 700, false}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << "n " << c.n << " window " << c.left << "/" << c.right);
+        std::vector<double> x(static_cast<std::size_t>(c.n));
+        for (std::size_t i = 0; i < x.size(); ++i)
+            x[i] = 1e3 * std::sin(0.37 * static_cast<double>(i)) + static_cast<double>(i % 17);
+        if (c.missing) {
+            for (std::size_t i = 5; i < x.size(); i += 97) x[i] = NANUM;
+        }
+        // Mean of x over [lo, hi] with the padded values given by at().
+        auto mean = [&](long lo, long hi, auto at) {
+            long double s = 0;
+            int used = 0;
+            for (long k = lo; k <= hi; ++k) {
+                const double v = at(k);
+                if (v == NANUM) continue;
+                s += v;
+                ++used;
+            }
+            return used == 0 ? NANUM : static_cast<double>(s / used);
+        };
+        const long n = c.n;
+        auto inside = [&](long k) { return x[static_cast<std::size_t>(k)]; };
+        std::vector<double> out(x.size()), want(x.size());
+        if (c.left == c.right) {
+            const long h = c.left;
+            auto mirror = [&](long k) {
+                return inside(k < 0 ? -1 - k : k >= n ? 2 * n - 1 - k : k);
+            };
+            auto periodic = [&](long k) { return inside((k + n) % n); };
+            for (int mode : {0, 1, 3}) {
+                for (long i = 0; i < n; ++i) {
+                    const long r = std::min({i, n - 1 - i, h});
+                    want[static_cast<std::size_t>(i)] =
+                        mode == 0 ? mean(i - r, i + r, inside) : mean(i - h, i + h, [&](long k) {
+                            return mode == 1 ? mirror(k) : periodic(k);
+                        });
+                }
+                ASSERT_EQ(zemath_adjave_smooth(x.data(), out.data(), c.n, c.left, mode, false), 0);
+                expect_all_close(out, want, 1e-13);
+                std::vector<double> in_place = x;
+                ASSERT_EQ(zemath_adjave_smooth(in_place.data(), in_place.data(), c.n, c.left, mode,
+                                               false),
+                          0);
+                EXPECT_EQ(in_place, out);
+            }
+        }
+        for (long i = 0; i < n; ++i)
+            want[static_cast<std::size_t>(i)] =
+                mean(std::max(0L, i - c.left), std::min(n - 1, i + c.right), inside);
+        ASSERT_EQ(zemath_adj_average(out.data(), x.data(), c.n, c.left, c.right, 0), 0);
+        expect_all_close(out, want, 1e-13);
+        std::vector<double> in_place = x;
+        ASSERT_EQ(zemath_adj_average(in_place.data(), in_place.data(), c.n, c.left, c.right, 0), 0);
+        EXPECT_EQ(in_place, out);
+    }
 }
 
 TEST(Binomial, MatchesCorrelateAndKeepsThePeriodicSum) {
