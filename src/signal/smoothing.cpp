@@ -702,14 +702,12 @@ ZEMATH_API int zemsp_fft_filter_smoothing(int nSize, const double* pIn, double* 
     if (nSize < 1) return ZEMATH_ERR_PARAM_RANGE;
     return guard_status([&]() -> int {
         const auto n = static_cast<std::size_t>(nSize);
-        std::vector<double> data(pIn, pIn + n), window(n / 2 + 1);
+        std::vector<double> window(n / 2 + 1);
         // The signal spans the unit interval; one sample is a single point of it.
         const double interval = nSize > 1 ? 1.0 / (nSize - 1) : 1.0;
         int status = fft_filter_window(nSize, kFftLowPass, dCutoff, interval, 0.0, 1, window);
         if (status != ZEMATH_OK) return status;
-        status = fft_fft_filter(nSize, data.data(), window);
-        if (status != ZEMATH_OK) return status;
-        std::copy(data.begin(), data.end(), pOut);
-        return ZEMATH_OK;
+        // Nothing can fail once the transforms run: pOut is written on success only.
+        return fft_fft_filter(nSize, pIn, pOut, window);
     });
 }

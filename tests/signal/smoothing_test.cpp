@@ -402,6 +402,63 @@ int count_report(void*, const char* caption, const char* label, int) {
     return 0;
 }
 
+// Plans are kept per length and reused on any caller arrays: results must not depend on
+// the arrays' alignment (an unaligned array goes through a copy), on the output being
+// the input, or on plans evicted and made again in between (more lengths than the cache
+// keeps, and lengths summing past its bound).
+TEST(FftSmoothing, CachedPlansOnAnyArrays) {
+    for (int pass = 0; pass < 2; ++pass) {
+        if (pass == 1) {  // evict every reference length, by count and by summed length
+            std::vector<double> churn(3 << 19, 0.5), churn_out(churn.size());
+            for (int len : {5, 6, 7, 8, 9, 10, 11, 12, 13, 1 << 20, 3 << 19})
+                ASSERT_EQ(zemsp_fft_filter_smoothing(len, churn.data(), churn_out.data(), 1.0), 0);
+        }
+        for (const auto& c : kFftLowPass) {
+            const std::size_t n = c.x.size();
+            std::vector<double> block(2 * n + 2);
+            double* unaligned_in = block.data() + 1;  // 8 bytes past the allocator's alignment
+            double* unaligned_out = block.data() + n + 2;
+            std::copy(c.x.begin(), c.x.end(), unaligned_in);
+            ASSERT_EQ(
+                zemsp_fft_filter_smoothing(size_of(c.x), unaligned_in, unaligned_out, c.cutoff), 0);
+            expect_all_close({unaligned_out, unaligned_out + n}, c.y, 1e-12);
+            std::vector<double> in_place = c.x;
+            ASSERT_EQ(zemsp_fft_filter_smoothing(size_of(c.x), in_place.data(), in_place.data(),
+                                                 c.cutoff),
+                      0);
+            expect_all_close(in_place, c.y, 1e-12);
+        }
+    }
+}
+
+// Threads filtering different lengths at once, so that plans are made, shared and evicted
+// while others execute them.
+TEST(FftSmoothing, ConcurrentLengthsAgree) {
+    constexpr int kThreads = 4, kLengths = 12;
+    std::vector<std::vector<double>> single(kLengths);
+    std::vector<double> x(1000 + kLengths);
+    for (std::size_t i = 0; i < x.size(); ++i) x[i] = std::sin(i * 0.02) + std::cos(i * 1.7);
+    for (int k = 0; k < kLengths; ++k) {
+        single[k].resize(1000 + k);
+        ASSERT_EQ(zemsp_fft_filter_smoothing(1000 + k, x.data(), single[k].data(), 40.0), 0);
+    }
+    std::atomic<int> mismatches{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&, t] {
+            std::vector<double> out(x.size());
+            for (int r = 0; r < 30; ++r) {
+                const int k = (r * 5 + t * 7) % kLengths;
+                const int status = zemsp_fft_filter_smoothing(1000 + k, x.data(), out.data(), 40.0);
+                if (status != 0 || !std::equal(single[k].begin(), single[k].end(), out.begin()))
+                    ++mismatches;
+            }
+        });
+    }
+    for (auto& th : threads) th.join();
+    EXPECT_EQ(mismatches.load(), 0);
+}
+
 TEST(Loess, EvenlySpacedAndProgress) {
     const int n = 20000;
     std::vector<double> y(n), out(n);
