@@ -37,6 +37,13 @@ struct FftReference {
 };
 #include "reference/smoothing_ref.inc"
 
+struct LoessReference {
+    double frac;
+    int method;
+    std::vector<double> x, y, fit;
+};
+#include "reference/loess_ref.inc"
+
 constexpr double kTol = 1e-12;
 constexpr double kUntouched = 777.0;
 
@@ -326,6 +333,20 @@ TEST(PolynomialFit, RecoversCoefficients) {
     double guard[3] = {7, 7, 7};
     EXPECT_EQ(zemath_polynomial_fit(same, same, 3, std::numeric_limits<int>::max(), guard), -18);
     EXPECT_EQ(guard[0], 7.0);
+}
+
+// Degree-1 loess, plain and with three robustness iterations, against an independent
+// lowess (tests/reference/gen_loess.py) on unsorted uneven abscissae with outliers.
+TEST(Loess, MatchesReferenceLowess) {
+    for (const auto& c : kLoess) {
+        SCOPED_TRACE(testing::Message() << "n " << c.x.size() << " method " << c.method);
+        std::vector<double> out(c.x.size(), kUntouched);
+        double span = c.frac;
+        ASSERT_EQ(zemath_loess_xUnevenly(size_of(c.x), c.method, 0, &span, c.x.data(), c.y.data(),
+                                         out.data(), false),
+                  0);
+        expect_all_close(out, c.fit, 1e-11);
+    }
 }
 
 TEST(Loess, ReproducesLinesAndResistsOutliers) {
