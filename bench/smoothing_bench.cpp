@@ -2,9 +2,11 @@
 // NumPy on the same sizes): Savitzky-Golay window 51 order 3 (end fits, like SciPy's
 // 'interp', and mirror padding), adjacent average window 51, median filter at windows 11,
 // 51 and 201 (growth with the window), binomial smoothing (10 passes) and the FFT low-pass,
-// loess (degree 1, 21-point neighbourhoods) and the exponential average.
+// loess (degree 1, 21-point neighbourhoods; robust, 1000-point neighbourhoods on uneven
+// abscissae as the table's lowess row) and the exponential average.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <random>
@@ -86,6 +88,20 @@ void BM_loess_21(benchmark::State& s) {
         return zemath_loess_xEvenly(n, 0, 0, &span, in, out, false);
     });
 }
+// The table's lowess row: uneven sorted abscissae, 1000-point neighbourhoods, degree 1,
+// three robustness iterations.
+void BM_lowess_1000_robust(benchmark::State& s) {
+    const int n = static_cast<int>(s.range(0));
+    std::mt19937_64 gen(20261124);
+    std::uniform_real_distribution<double> uniform(0.0, 10.0);
+    std::vector<double> x(n);
+    for (double& v : x) v = uniform(gen);
+    std::sort(x.begin(), x.end());
+    run(s, [&](const double* in, double* out, int size) {
+        double span = 1000.0 / size;
+        return zemath_loess_xUnevenly(size, 2, 0, &span, x.data(), in, out, false);
+    });
+}
 void BM_emovavg_20(benchmark::State& s) {
     run(s,
         [](const double* in, double* out, int n) { return zemath_emovavg(out, in, n, 20, 0, 0); });
@@ -103,6 +119,7 @@ BENCHMARK(BM_median_201) ZEMATH_SIZES;
 BENCHMARK(BM_binomial_10_passes) ZEMATH_SIZES;
 BENCHMARK(BM_fft_lowpass) ZEMATH_SIZES;
 BENCHMARK(BM_loess_21)->Arg(10000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_lowess_1000_robust)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_emovavg_20) ZEMATH_SIZES;
 
 BENCHMARK_MAIN();

@@ -8,6 +8,7 @@ PACKAGES=(
   libboost-dev libeigen3-dev libfftw3-dev libqhull-dev
   googletest libgtest-dev libbenchmark-dev
   python3-numpy python3-scipy python3-mpmath libgsl-dev
+  python3-statsmodels  # benchmark peer of the local regression (lowess)
   r-base-core  # reference generators only: quantile() types and fivenum()
 )
 

@@ -267,16 +267,18 @@ namespace {
 constexpr std::size_t kResumPeriod = 4096;
 
 // The mean of the non-missing values of data over a window [lo(i), hi(i)] whose bounds
-// never move backward; NANUM for a window without values.
+// never move backward, for the outputs first <= i < last; NANUM for a window without
+// values.
 template <class Value, class Bounds>
-void running_mean(Value value, std::size_t count, Bounds bounds, double* out) {
+void running_mean(Value value, std::size_t first, std::size_t last, Bounds bounds, double* out) {
+    if (first >= last) return;
     double sum = 0.0;
     std::size_t used = 0;
-    std::size_t lo = 0, hi = 0;  // current window is [lo, hi)
+    std::size_t lo = bounds(first).first, hi = lo;  // current window is [lo, hi)
     // A plain running sum, summed afresh over the window every max(4096, window) steps:
     // the rounding of the additions and removals cannot build up, at O(1) cost per point.
     std::size_t since_resum = 0;
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = first; i < last; ++i) {
         const auto [want_lo, want_hi] = bounds(i);  // inclusive bounds
         for (; hi <= want_hi; ++hi) {
             const double v = value(hi);
@@ -302,6 +304,54 @@ void running_mean(Value value, std::size_t count, Bounds bounds, double* out) {
             since_resum = 0;
         }
         out[i] = used == 0 ? kNanum : sum / static_cast<double>(used);
+    }
+}
+
+bool has_missing(std::span<const double> x) {
+    bool any = false;  // no early exit: the plain loop vectorises
+    for (double v : x) any |= is_missing(v);
+    return any;
+}
+
+// out[i] = mean of x[i - left .. i + right] for a <= i < b, every value a number
+// (left <= a, b + right <= x.size()). Four blocks of outputs run side by side, each a
+// running sum started afresh from its own window, so the four additions per step do not
+// wait on each other; a block holds at most max(4096, window) outputs, which bounds the
+// rounding a running sum can gather as the plain running mean does.
+void window_means(const double* x, double* out, std::size_t a, std::size_t b, std::size_t left,
+                  std::size_t right) {
+    const std::size_t w = left + 1 + right;
+    const double inv = 1.0 / static_cast<double>(w);
+    auto fresh = [&](std::size_t i) {
+        double s = 0.0;
+        for (std::size_t k = i - left; k <= i + right; ++k) s += x[k];
+        return s;
+    };
+    std::size_t block = std::max(w, std::min(kResumPeriod, (b - a + 3) / 4));
+    std::size_t i = a;
+    for (; b - i >= 4 * block; i += 4 * block) {
+        double s[4];
+        for (std::size_t c = 0; c < 4; ++c) {
+            s[c] = fresh(i + c * block);
+            out[i + c * block] = s[c] * inv;
+        }
+        for (std::size_t j = 1; j < block; ++j) {
+            for (std::size_t c = 0; c < 4; ++c) {
+                const std::size_t k = i + c * block + j;  // output k: x[k + right] enters
+                s[c] += x[k + right] - x[k - left - 1];
+                out[k] = s[c] * inv;
+            }
+        }
+    }
+    while (i < b) {  // the rest, one block after another
+        const std::size_t len = std::min(block, b - i);
+        double s = fresh(i);
+        out[i] = s * inv;
+        for (std::size_t j = 1; j < len; ++j) {
+            s += x[i + j + right] - x[i + j - left - 1];
+            out[i + j] = s * inv;
+        }
+        i += len;
     }
 }
 
@@ -345,21 +395,24 @@ int adjacent_average(std::span<const double> x, double* out, int half, int end_m
     std::vector<double> buffer(out == x.data() ? n : 0);
     double* target = out == x.data() ? buffer.data() : out;
     if (!weighted) {
+        const auto direct = [&](std::size_t p) { return x[p]; };
+        const auto cut = [&](std::size_t i) {
+            const std::size_t r = std::min({i, n - 1 - i, h});
+            return std::pair{i - r, i + r};
+        };
+        const auto whole = [&](std::size_t i) { return std::pair{i, i + 2 * h}; };
+        // Without missing values the windows that stay inside the data are plain means of
+        // 2h + 1 values; only the first and last h go through the general running mean.
+        const bool interior = n > 2 * h && !has_missing(x);
+        const std::size_t head = interior ? h : n, tail = interior ? n - h : n;
         if (shrinking) {
-            running_mean([&](std::size_t p) { return x[p]; }, n,
-                         [&](std::size_t i) {
-                             const std::size_t r = std::min({i, n - 1 - i, h});
-                             return std::pair{i - r, i + r};
-                         },
-                         target);
+            running_mean(direct, 0, head, cut, target);
+            running_mean(direct, tail, n, cut, target);
         } else {
-            running_mean(
-                padded, n,
-                [&](std::size_t i) {
-                    return std::pair{i, i + 2 * h};
-                },
-                target);
+            running_mean(padded, 0, head, whole, target);
+            running_mean(padded, tail, n, whole, target);
         }
+        if (interior) window_means(x.data(), target, h, n - h, h, h);
     } else {
         // Weights 1 - (d / (h + 1))^2, held once for the whole call.
         std::vector<double> weight(h + 1);
@@ -388,12 +441,16 @@ int adjacent_average(std::span<const double> x, double* out, int half, int end_m
 void cut_window_average(std::span<const double> x, double* out, std::size_t left,
                         std::size_t right) {
     const std::size_t n = x.size();
-    running_mean(
-        [&](std::size_t p) { return x[p]; }, n,
-        [&](std::size_t i) {
-            return std::pair{i > left ? i - left : 0, std::min(n - 1, i + std::min(right, n))};
-        },
-        out);
+    const auto cut = [&](std::size_t i) {
+        return std::pair{i > left ? i - left : 0, std::min(n - 1, i + std::min(right, n))};
+    };
+    const auto direct = [&](std::size_t p) { return x[p]; };
+    // Windows inside the data hold left + 1 + right values when none is missing.
+    const bool interior = left < n && right < n - left && !has_missing(x);
+    const std::size_t head = interior ? left : n, tail = interior ? n - right : n;
+    running_mean(direct, 0, head, cut, out);
+    running_mean(direct, tail, n, cut, out);
+    if (interior) window_means(x.data(), out, left, n - right, left, right);
 }
 
 // Beyond this many passes, when they also exceed this many point updates (nSize x
@@ -570,14 +627,20 @@ ZEMATH_API int zemath_adj_average(double* pOut, const double* pIn, int nSize, in
     if (nSize < 2) return ZEMATH_OK;
     return guard_status([&]() -> int {
         const auto n = static_cast<std::size_t>(nSize);
+        const auto left = static_cast<std::size_t>(nLeft), right = static_cast<std::size_t>(nRight);
+        const std::span<const double> in = span_of(pIn, nSize);
+        // A copy only when the output is the input or missing values become zeros.
+        if (pOut != pIn && !(nMissingAsZero == 1 && has_missing(in))) {
+            cut_window_average(in, pOut, left, right);
+            return ZEMATH_OK;
+        }
         std::vector<double> data(pIn, pIn + n);
         if (nMissingAsZero == 1) {
             for (double& v : data) {
                 if (is_missing(v)) v = 0.0;
             }
         }
-        cut_window_average(data, pOut, static_cast<std::size_t>(nLeft),
-                           static_cast<std::size_t>(nRight));
+        cut_window_average(data, pOut, left, right);
         return ZEMATH_OK;
     });
 }
@@ -639,14 +702,12 @@ ZEMATH_API int zemsp_fft_filter_smoothing(int nSize, const double* pIn, double* 
     if (nSize < 1) return ZEMATH_ERR_PARAM_RANGE;
     return guard_status([&]() -> int {
         const auto n = static_cast<std::size_t>(nSize);
-        std::vector<double> data(pIn, pIn + n), window(n / 2 + 1);
+        std::vector<double> window(n / 2 + 1);
         // The signal spans the unit interval; one sample is a single point of it.
         const double interval = nSize > 1 ? 1.0 / (nSize - 1) : 1.0;
         int status = fft_filter_window(nSize, kFftLowPass, dCutoff, interval, 0.0, 1, window);
         if (status != ZEMATH_OK) return status;
-        status = fft_fft_filter(nSize, data.data(), window);
-        if (status != ZEMATH_OK) return status;
-        std::copy(data.begin(), data.end(), pOut);
-        return ZEMATH_OK;
+        // Nothing can fail once the transforms run: pOut is written on success only.
+        return fft_fft_filter(nSize, pIn, pOut, window);
     });
 }

@@ -4,6 +4,7 @@
 // sums kept); the deliberate differences between filters; refusals that write nothing.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <limits>
@@ -35,6 +36,13 @@ struct FftReference {
     std::vector<double> x, y;
 };
 #include "reference/smoothing_ref.inc"
+
+struct LoessReference {
+    double frac;
+    int method;
+    std::vector<double> x, y, fit;
+};
+#include "reference/loess_ref.inc"
 
 constexpr double kTol = 1e-12;
 constexpr double kUntouched = 777.0;
@@ -196,6 +204,76 @@ TEST(AdjacentAverage, MissingValues) {
     expect_all_close(out, zeros);
 }
 
+// Long series against means summed directly in long double: the windows inside the data
+// (formed in side-by-side blocks when nothing is missing), the padded or cut ends, block
+// and window lengths that do not divide the size, windows nearly as long as the data, and
+// missing values (the general running mean).
+TEST(AdjacentAverage, LongSeriesMatchDirectMeans) {
+    struct Case {
+        int n, left, right;
+        bool missing;
+    };
+    const Case cases[] = {{20011, 7, 7, false},    {3 * 4096 + 5, 25, 25, false},
+                          {1000, 450, 450, false}, {40000, 0, 0, false},
+                          {9001, 30, 3, false},    {20011, 7, 7, true},
+                          {5000, 0, 40, false},    {777, 20, 700, false}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << "n " << c.n << " window " << c.left << "/" << c.right);
+        std::vector<double> x(static_cast<std::size_t>(c.n));
+        for (std::size_t i = 0; i < x.size(); ++i)
+            x[i] = 1e3 * std::sin(0.37 * static_cast<double>(i)) + static_cast<double>(i % 17);
+        if (c.missing) {
+            for (std::size_t i = 5; i < x.size(); i += 97) x[i] = NANUM;
+        }
+        // Mean of x over [lo, hi] with the padded values given by at().
+        auto mean = [&](long lo, long hi, auto at) {
+            long double s = 0;
+            int used = 0;
+            for (long k = lo; k <= hi; ++k) {
+                const double v = at(k);
+                if (v == NANUM) continue;
+                s += v;
+                ++used;
+            }
+            return used == 0 ? NANUM : static_cast<double>(s / used);
+        };
+        const long n = c.n;
+        auto inside = [&](long k) { return x[static_cast<std::size_t>(k)]; };
+        std::vector<double> out(x.size()), want(x.size());
+        if (c.left == c.right) {
+            const long h = c.left;
+            auto mirror = [&](long k) {
+                return inside(k < 0 ? -1 - k : k >= n ? 2 * n - 1 - k : k);
+            };
+            auto periodic = [&](long k) { return inside((k + n) % n); };
+            for (int mode : {0, 1, 3}) {
+                for (long i = 0; i < n; ++i) {
+                    const long r = std::min({i, n - 1 - i, h});
+                    want[static_cast<std::size_t>(i)] =
+                        mode == 0 ? mean(i - r, i + r, inside) : mean(i - h, i + h, [&](long k) {
+                            return mode == 1 ? mirror(k) : periodic(k);
+                        });
+                }
+                ASSERT_EQ(zemath_adjave_smooth(x.data(), out.data(), c.n, c.left, mode, false), 0);
+                expect_all_close(out, want, 1e-13);
+                std::vector<double> in_place = x;
+                ASSERT_EQ(zemath_adjave_smooth(in_place.data(), in_place.data(), c.n, c.left, mode,
+                                               false),
+                          0);
+                EXPECT_EQ(in_place, out);
+            }
+        }
+        for (long i = 0; i < n; ++i)
+            want[static_cast<std::size_t>(i)] =
+                mean(std::max(0L, i - c.left), std::min(n - 1, i + c.right), inside);
+        ASSERT_EQ(zemath_adj_average(out.data(), x.data(), c.n, c.left, c.right, 0), 0);
+        expect_all_close(out, want, 1e-13);
+        std::vector<double> in_place = x;
+        ASSERT_EQ(zemath_adj_average(in_place.data(), in_place.data(), c.n, c.left, c.right, 0), 0);
+        EXPECT_EQ(in_place, out);
+    }
+}
+
 TEST(Binomial, MatchesCorrelateAndKeepsThePeriodicSum) {
     for (const auto& c : kBinomial) {
         std::vector<double> out(c.x.size());
@@ -255,6 +333,20 @@ TEST(PolynomialFit, RecoversCoefficients) {
     double guard[3] = {7, 7, 7};
     EXPECT_EQ(zemath_polynomial_fit(same, same, 3, std::numeric_limits<int>::max(), guard), -18);
     EXPECT_EQ(guard[0], 7.0);
+}
+
+// Degree-1 loess, plain and with three robustness iterations, against an independent
+// lowess (tests/reference/gen_loess.py) on unsorted uneven abscissae with outliers.
+TEST(Loess, MatchesReferenceLowess) {
+    for (const auto& c : kLoess) {
+        SCOPED_TRACE(testing::Message() << "n " << c.x.size() << " method " << c.method);
+        std::vector<double> out(c.x.size(), kUntouched);
+        double span = c.frac;
+        ASSERT_EQ(zemath_loess_xUnevenly(size_of(c.x), c.method, 0, &span, c.x.data(), c.y.data(),
+                                         out.data(), false),
+                  0);
+        expect_all_close(out, c.fit, 1e-11);
+    }
 }
 
 TEST(Loess, ReproducesLinesAndResistsOutliers) {
@@ -329,6 +421,63 @@ std::atomic<int> g_reports{0};
 int count_report(void*, const char* caption, const char* label, int) {
     if (std::string(caption) == "Smoothing..." && std::string(label) == "Smooth") ++g_reports;
     return 0;
+}
+
+// Plans are kept per length and reused on any caller arrays: results must not depend on
+// the arrays' alignment (an unaligned array goes through a copy), on the output being
+// the input, or on plans evicted and made again in between (more lengths than the cache
+// keeps, and lengths summing past its bound).
+TEST(FftSmoothing, CachedPlansOnAnyArrays) {
+    for (int pass = 0; pass < 2; ++pass) {
+        if (pass == 1) {  // evict every reference length, by count and by summed length
+            std::vector<double> churn(3 << 19, 0.5), churn_out(churn.size());
+            for (int len : {5, 6, 7, 8, 9, 10, 11, 12, 13, 1 << 20, 3 << 19})
+                ASSERT_EQ(zemsp_fft_filter_smoothing(len, churn.data(), churn_out.data(), 1.0), 0);
+        }
+        for (const auto& c : kFftLowPass) {
+            const std::size_t n = c.x.size();
+            std::vector<double> block(2 * n + 2);
+            double* unaligned_in = block.data() + 1;  // 8 bytes past the allocator's alignment
+            double* unaligned_out = block.data() + n + 2;
+            std::copy(c.x.begin(), c.x.end(), unaligned_in);
+            ASSERT_EQ(
+                zemsp_fft_filter_smoothing(size_of(c.x), unaligned_in, unaligned_out, c.cutoff), 0);
+            expect_all_close({unaligned_out, unaligned_out + n}, c.y, 1e-12);
+            std::vector<double> in_place = c.x;
+            ASSERT_EQ(zemsp_fft_filter_smoothing(size_of(c.x), in_place.data(), in_place.data(),
+                                                 c.cutoff),
+                      0);
+            expect_all_close(in_place, c.y, 1e-12);
+        }
+    }
+}
+
+// Threads filtering different lengths at once, so that plans are made, shared and evicted
+// while others execute them.
+TEST(FftSmoothing, ConcurrentLengthsAgree) {
+    constexpr int kThreads = 4, kLengths = 12;
+    std::vector<std::vector<double>> single(kLengths);
+    std::vector<double> x(1000 + kLengths);
+    for (std::size_t i = 0; i < x.size(); ++i) x[i] = std::sin(i * 0.02) + std::cos(i * 1.7);
+    for (int k = 0; k < kLengths; ++k) {
+        single[k].resize(1000 + k);
+        ASSERT_EQ(zemsp_fft_filter_smoothing(1000 + k, x.data(), single[k].data(), 40.0), 0);
+    }
+    std::atomic<int> mismatches{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&, t] {
+            std::vector<double> out(x.size());
+            for (int r = 0; r < 30; ++r) {
+                const int k = (r * 5 + t * 7) % kLengths;
+                const int status = zemsp_fft_filter_smoothing(1000 + k, x.data(), out.data(), 40.0);
+                if (status != 0 || !std::equal(single[k].begin(), single[k].end(), out.begin()))
+                    ++mismatches;
+            }
+        });
+    }
+    for (auto& th : threads) th.join();
+    EXPECT_EQ(mismatches.load(), 0);
 }
 
 TEST(Loess, EvenlySpacedAndProgress) {

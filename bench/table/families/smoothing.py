@@ -9,11 +9,19 @@ that gives the same output (compared after the warm-up):
   binomial, 10 passes, end value           10 x ndimage.correlate1d([1, 2, 1] / 4, 'nearest')
   FFT low-pass near a tenth of Nyquist     numpy.fft.rfft, zero the bins at and above the
                                            cutoff, irfft
-Time budget: at 1e7 only the Savitzky-Golay and adjacent-average rows; the median filter
+  loess, degree 1, robust (method 2)       statsmodels lowess(frac, it=3, delta=0): the
+                                           same neighbourhood of frac n nearest points,
+                                           tricube and three bisquare iterations
+Time budget: the loess rows at 1e4 and 1e5 only, with 1000-point neighbourhoods (lowess
+takes about half a minute per call at 1e5 and would take many minutes at 1e6, so that row
+is timed by one call per side); at 1e7 only the Savitzky-Golay and adjacent-average rows; the median filter
 at window 201 only at 1e4 (SciPy's per-window selection takes seconds per call beyond).
 """
+import ctypes
+
 import numpy as np
 from scipy import ndimage, signal
+from statsmodels.nonparametric.smoothers_lowess import lowess
 
 from runner import VP, Row, c_bool, c_double, c_int, close, export, ptr, rng
 
@@ -41,6 +49,8 @@ def rows():
                     [c_int, VP, VP, c_int, c_double, c_int, c_bool])
     binomial = export("zemath_binomial_smooth", c_int, [c_int, VP, VP, c_int, c_int])
     fft_lowpass = export("zemsp_fft_filter_smoothing", c_int, [c_int, VP, VP, c_double])
+    loess = export("zemath_loess_xUnevenly", c_int,
+                   [c_int, c_int, c_int, VP, VP, VP, VP, c_bool])
     coeffs = signal.savgol_coeffs(51, 3, use="dot")
     kernel = np.array([0.25, 0.5, 0.25])
     g = rng(FAMILY)
@@ -89,3 +99,21 @@ def rows():
                                                               mode="reflect"),
                       "peer: ndimage.median_filter('reflect'); ours also skips NANUM",
                       rounds=3 if n >= 1_000_000 else 5, check=close(1e-12))
+    for n in (10_000, 100_000):
+        label = f"{n:.0e}".replace("+0", "")
+        x = np.sort(g.uniform(0.0, 10.0, n))
+        y = np.sin(x) + 0.3 * g.standard_normal(n)
+        out = np.empty(n)
+        frac = 1000 / n  # frac n is whole: both sides take the same 1000 points
+        span = c_double(frac)
+
+        def ours(x=x, y=y, out=out, n=n, frac=frac, span=span):
+            span.value = frac
+            loess(n, 2, 0, ctypes.byref(span), ptr(x), ptr(y), ptr(out), False)
+            return out
+
+        yield Row(FAMILY, "loess degree 1 robust, 1000 points", label, ours,
+                  lambda x=x, y=y, frac=frac: lowess(y, x, frac=frac, it=3, delta=0.0,
+                                                     is_sorted=True, return_sorted=False),
+                  "peer: statsmodels lowess(it=3, delta=0)", rounds=3,
+                  single=n >= 100_000, check=close(1e-9, atol=1e-12))

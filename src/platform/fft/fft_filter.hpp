@@ -26,6 +26,8 @@ int fft_filter_window(int n, int type, double cutoff, double interval, double up
 // window[k], inverse FFT scaled by 1/n. Returns 0, -151 when n < 1, -19 when FFTW cannot
 // allocate or plan.
 int fft_fft_filter(int n, double* data, std::span<const double> window);
+// The same from in to out (n values each; out may be in, else the two must not overlap).
+int fft_fft_filter(int n, const double* in, double* out, std::span<const double> window);
 
 // The symmetric extensions of a real signal whose filtering is a real even or odd
 // transform (FFTW's r2r kinds): the extension's frequencies and the transform pair.
