@@ -508,9 +508,10 @@ ZEMATH_API int zemath_find_peaks_1st_derivative(int* pnSize, const double* pX, c
         if (bSmoothDerivative) {
             const int half = (nSGPoints - 1) / 2;
             std::vector<double> slope(count);
-            if (zemath_savitsky_golay_derivative(curve.x.data(), curve.y.data(), slope.data(), n,
-                                                 half, half, nSGOrder, 1, true) != ZEMATH_OK)
-                return ZEMATH_ERR_PEAK_PREPARE;
+            const int formed = zemath_savitsky_golay_derivative(
+                curve.x.data(), curve.y.data(), slope.data(), n, half, half, nSGOrder, 1, true);
+            if (formed == ZEMATH_ERR_ALLOC) return formed;  // storage, not the data
+            if (formed != ZEMATH_OK) return ZEMATH_ERR_PEAK_PREPARE;
             // A sign change of the smoothed slope between i and i+1: the peak is the more
             // extreme of the two points (the left one on equal Y).
             for (std::size_t pass = 0; pass < 2; ++pass) {
@@ -585,10 +586,11 @@ int second_derivative_detector(int* pnSize, const double* pX, const double* pY, 
                 return ZEMATH_ERR_TOO_FEW_POINTS;
         } else {
             const int side = (smoothing_points - 1) / 2;
-            if (zemath_savitsky_golay_derivative(curve.x.data(), curve.y.data(), second.data(), n,
-                                                 side, side, smoothing_order, 2,
-                                                 false) != ZEMATH_OK)
-                return ZEMATH_ERR_TOO_FEW_POINTS;
+            const int formed =
+                zemath_savitsky_golay_derivative(curve.x.data(), curve.y.data(), second.data(), n,
+                                                 side, side, smoothing_order, 2, false);
+            if (formed == ZEMATH_ERR_ALLOC) return formed;  // storage, not the data
+            if (formed != ZEMATH_OK) return ZEMATH_ERR_TOO_FEW_POINTS;
         }
         const bool sign_rule = !(nFlags & kPeakIgnoreSign);
         std::vector<int> peaks;

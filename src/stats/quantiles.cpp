@@ -395,6 +395,9 @@ ZEMATH_API int zemath_get_percentiles_data(const double* data, unsigned int n, c
     return zemath::guard_status([&]() -> int {
         const auto np = static_cast<std::size_t>(nPercents);
         std::vector<double> members, member_weights;
+        // Every group is formed before results is written: a group whose storage cannot
+        // be had leaves the earlier groups' results unwritten too.
+        std::vector<double> formed(static_cast<std::size_t>(nGroups) * np);
         for (int g = 0; g < nGroups; ++g) {
             members.clear();
             member_weights.clear();
@@ -403,7 +406,7 @@ ZEMATH_API int zemath_get_percentiles_data(const double* data, unsigned int n, c
                 members.push_back(data[i]);
                 if (weights != nullptr) member_weights.push_back(weights[i]);
             }
-            double* out = results + static_cast<std::size_t>(g) * np;
+            double* out = formed.data() + static_cast<std::size_t>(g) * np;
             if (members.empty()) {
                 std::fill(out, out + np, kNanum);
                 continue;
@@ -413,6 +416,7 @@ ZEMATH_API int zemath_get_percentiles_data(const double* data, unsigned int n, c
                 nInterpolate, weights != nullptr ? member_weights.data() : nullptr);
             if (status != ZEMATH_OK) return status;
         }
+        std::copy(formed.begin(), formed.end(), results);
         return ZEMATH_OK;
     });
 }

@@ -131,7 +131,25 @@ bool is_abscissa(const std::string& name) {
     return name == "x" || name == "pX" || name == "xnew" || name == "X";
 }
 
-std::vector<Arg> materialize(const Export& e, const Call& c, Buffers& b) {
+// The curve fill with, in every int buffer, 64 as its first element (an in/out count of
+// points) and every ninth ordinate missing: the paths that drop missing points.
+constexpr int kCountedCurve = 4;
+
+template <int N>
+void first_int(unsigned char* bytes) {
+    reinterpret_cast<int*>(bytes)[0] = N;
+}
+constexpr size_t kDoubles = kBufferBytes / sizeof(double);
+// Every ninth value from the fifth on missing.
+void with_missing(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 4; i < kDoubles; i += 9) d[i] = NANUM;
+}
+// A buffer's content set over its fill mode, by parameter (NULL: the fill mode's alone).
+using Fill = void (*)(unsigned char*);
+using Fills = std::vector<Fill>;
+
+std::vector<Arg> materialize(const Export& e, const Call& c, Buffers& b, const Fills& fills) {
     std::vector<Arg> args = c.args;
     b.now.resize(e.params.size());
     b.before.resize(e.params.size());
@@ -141,8 +159,16 @@ std::vector<Arg> materialize(const Export& e, const Call& c, Buffers& b) {
             b.now[i].reset(new unsigned char[kBufferBytes]);
             b.before[i].reset(new unsigned char[kBufferBytes]);
         }
+        const bool curve = c.fill_mode == 3 || c.fill_mode == kCountedCurve;
         e.params[i].fill(b.now[i].get(),
-                         c.fill_mode == 3 && is_abscissa(e.params[i].name) ? 0 : c.fill_mode);
+                         curve ? (is_abscissa(e.params[i].name) ? 0 : 3) : c.fill_mode);
+        if (c.fill_mode == kCountedCurve) {
+            if (e.params[i].fill == fill_typed<int>)
+                first_int<64>(b.now[i].get());
+            else if (e.params[i].fill == fill_typed<double> && !is_abscissa(e.params[i].name))
+                with_missing(b.now[i].get());
+        }
+        if (i < fills.size() && fills[i]) fills[i](b.now[i].get());
         std::memcpy(b.before[i].get(), b.now[i].get(), kBufferBytes);
         args[i].p = b.now[i].get();
     }
@@ -154,10 +180,10 @@ void release(const Export& e, const std::vector<Arg>& args) {
         if (args[i].buffer >= 0 && e.params[i].release) e.params[i].release(args[i].p);
 }
 
-Outcome inject(const Export& e, const Call& c) {
+Outcome inject(const Export& e, const Call& c, const Fills& fills = {}) {
     Outcome out;
     Buffers b;
-    std::vector<Arg> args = materialize(e, c, b);
+    std::vector<Arg> args = materialize(e, c, b, fills);
     injection = {true, 0, -1};
     const Result plain = e.call(args);
     out.sites = injection.count;
@@ -168,7 +194,7 @@ Outcome inject(const Export& e, const Call& c) {
     for (const FailureValue& f : kFailureValues)
         if (e.name == f.name) failure = f.status;
     for (long k = 1; k <= out.sites; ++k) {
-        args = materialize(e, c, b);
+        args = materialize(e, c, b, fills);
         injection = {true, 0, k};
         const Result r = e.call(args);
         injection.armed = false;
@@ -209,23 +235,257 @@ Call by_position(const Export& e, int fill_mode, const std::vector<int64_t>& pat
     return c;
 }
 
+// ---- Legal shapes. The generic argument sets leave some exports at their argument
+// checks (an in/out count read from a buffer, a record to fill, an option code, ranges
+// and groups, a callback) or on a path that needs no storage (a curve without missing
+// points). Each export here gets calls its header makes legal; every one of them is known
+// to allocate, and a shape that reaches no allocation fails the test (the export's path
+// changed, or the shape no longer passes its checks).
+
+struct Setting {
+    enum What { Value, Content, Pointer, Null } what;
+    const char* param;
+    double value = 0.0;       // an integer, boolean or double argument
+    Fill fill = nullptr;      // a buffer's content over the fill mode's
+    void* pointer = nullptr;  // a fixed read-only input (a callback, a record, a table)
+};
+Setting value(const char* param, double v) {
+    return {Setting::Value, param, v};
+}
+Setting content(const char* param, Fill f) {
+    return {Setting::Content, param, 0.0, f};
+}
+Setting pointer(const char* param, const void* p) {
+    return {Setting::Pointer, param, 0.0, nullptr, const_cast<void*>(p)};
+}
+Setting null(const char* param) {
+    return {Setting::Null, param};
+}
+
+struct LegalShape {
+    const char* name;
+    int fill_mode;  // of every buffer: 3 a curve with peaks over ascending abscissae
+    std::vector<Setting> settings;
+};
+
+void descending(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 0; i < kDoubles; ++i) d[i] = 100.0 - 0.5 * static_cast<double>(i);
+}
+void uneven(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 0; i < kDoubles; ++i) {
+        const double x = static_cast<double>(i);
+        d[i] = x + 0.02 * x * x;
+    }
+}
+
+const double kPercents[] = {0.0, 10.0, 25.0, 50.0, 75.0, 90.0, 100.0};
+const double kRanges[] = {0.0, 31.0, 32.0, 63.0, 5.0, 40.0};
+const int kGroups[64] = {0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0,
+                         1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1,
+                         2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0};
+const double kWeights[64] = {1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 2, 3, 1,
+                             2, 3, 1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 2,
+                             3, 1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 2, 3, 1};
+DescStatOptions every_statistic() {
+    DescStatOptions o;
+    std::memset(&o, 1, sizeof o);  // every selection true
+    o.nMomentDenFlag = 0;
+    return o;
+}
+const DescStatOptions kEveryStatistic = every_statistic();
+
+double integrand(double x, void*) {
+    return std::exp(-x * x);
+}
+
+// A small triangulation (a 3 x 3 grid, jittered so that it is unique) and a contour
+// record whose one level lies below every node.
+struct SampleMesh {
+    Triangulation t{};
+    TriContourLevel below{-10.0, 0, nullptr};  // every node above: the boundary is one ring
+    TriContour contour{1, &below};
+    SampleMesh() {
+        const double x[] = {0, 1, 2.1, 0.1, 1.05, 2, 0, 0.95, 2.05};
+        const double y[] = {0, 0.1, 0, 1, 1.05, 0.9, 2, 2.1, 1.95};
+        const double z[] = {1, 2, 3, 2, 5, 3, 1, 2, 1};
+        zemath_triangulation_init(&t);
+        zemath_triangulation(9, x, y, z, &t, 0);
+    }
+    ~SampleMesh() { zemath_triangulation_free(&t); }
+};
+const SampleMesh& sample_mesh() {
+    static const SampleMesh mesh;  // built outside the injection, kept for the run
+    return mesh;
+}
+
+std::vector<LegalShape> legal_shapes() {
+    const SampleMesh& mesh = sample_mesh();
+    const std::vector<Setting> peaks{content("pnSize", first_int<64>), value("nFlags", 3)};
+    auto with = [](std::vector<Setting> base, std::initializer_list<Setting> more) {
+        base.insert(base.end(), more);
+        return base;
+    };
+    return {
+        {"zemath_percentiles",
+         3,
+         {value("n", 64), pointer("percents", kPercents), value("nPercents", 7),
+          value("nInterpolate", 2), pointer("weights", kWeights)}},
+        {"zemath_desc_stats_ex",
+         3,
+         {value("n", 64), pointer("bounds", kRanges), value("nRanges", 3),
+          pointer("options", &kEveryStatistic), value("level", 0.95), null("weights")}},
+        {"zemath_bin_width", 3, {value("n", 64), value("method", 0), value("nInterpolate", 0)}},
+        {"zemath_get_percentiles_data",
+         3,
+         {value("n", 64), pointer("groups", kGroups), value("nGroups", 4),
+          pointer("percents", kPercents), value("nPercents", 7), value("nInterpolate", 0),
+          null("weights")}},
+        {"zemath_get_percentiles_data",
+         3,
+         {value("n", 64), pointer("groups", kGroups), value("nGroups", 3),
+          pointer("percents", kPercents), value("nPercents", 7), value("nInterpolate", 0),
+          pointer("weights", kWeights)}},
+        // Beyond 1024 passes and 2^26 point updates: the passes at once in the frequency domain.
+        {"zemath_binomial_smooth",
+         3,
+         {value("nSize", 64), value("nEndMode", 0), value("nPasses", 1 << 21)}},
+        {"zemath_find_peaks_1st_derivative", 3,
+         with(peaks, {value("bSmoothDerivative", 1), value("nSGPoints", 7), value("nSGOrder", 2)})},
+        {"zemath_find_peaks_1st_derivative", 3,
+         with(peaks, {value("bSmoothDerivative", 0), content("pX", descending)})},
+        {"zemath_find_peaks_by_search_window", 3,
+         with(peaks, {value("dWindowWidth", 1.0), value("dMinHeight", 0.0)})},
+        {"zemath_find_peaks_by_search_window", 3,
+         with(peaks,
+              {value("dWindowWidth", 3.0), value("dMinHeight", 0.0), content("pX", uneven)})},
+        {"zemath_pick_peaks", 3,
+         with(peaks, {value("dMinHeight", 0.0), value("dMinProminence", 0.1),
+                      value("nMinDistance", 2), content("pX", descending)})},
+        {"zemath_find_peaks_by_local_maximum", 3,
+         with(peaks, {value("nHalf", 2), content("pX", descending)})},
+        {"zemath_find_local_extremes", 3,
+         with(peaks, {value("nHalf", 2), content("pX", descending)})},
+        {"zemath_find_peaks_2nd_derivative", 3, with(peaks, {value("nHalf", 2)})},
+        {"zemsp_find_peaks_2nd_derivative", 3,
+         with(peaks, {value("nHalf", 2), value("nSGPoints", 7), value("nSGOrder", 2)})},
+        {"zemath_test_peaks_by_height",
+         3,
+         {content("pnPeaks", first_int<16>), value("dMinHeight", 0.5)}},
+        {"zemath_calc_peak_moments",
+         3,
+         {value("nSize", 64), null("pBase"), value("nFirst", 2), value("nLast", 60)}},
+        {"zemath_calc_peak_moments_ex",
+         3,
+         {value("nSize", 64), null("pBase"), value("nFirst", 2), value("nLast", 60),
+          value("nMethod", 1)}},
+        {"zemath_y_form_x",
+         3,
+         {value("nSize", 64), value("dX", 3.3), value("bSorted", 0), value("bEvenlySpaced", 0)}},
+        {"zemath_yatasymt", 3, {value("nSize", 64), value("nSide", 1), value("nPoints", 16)}},
+        {"zemath_emd_get_zero_crossing", 3, {value("nSize", 64), content("pY", with_missing)}},
+        {"zemath_rainflow_cycles",
+         3,
+         {value("n", 64), value("hysteresis", 0.1), value("residue_mode", 0),
+          value("capacity", 64)}},
+        {"zemath_rainflow_cycles",
+         3,
+         {value("n", 64), value("hysteresis", 0.1), value("residue_mode", 1),
+          value("capacity", 64)}},
+        {"zemath_reducexy_n_points",
+         3,
+         {value("n", 64), value("points_per_group", 8), value("method", 3)}},
+        {"reduce_xy_get_sampling_data",
+         3,
+         {value("n", 64), value("sampling_size", 8), value("method", 3)}},
+        {"get_sampling_window_offset",
+         0,
+         {value("nCols", 16), value("nWidth", 5), value("nHeight", 5), value("nShape", 1),
+          value("capacity", 99)}},
+        {"zemath_function_integral_on_new_romberg",
+         0,
+         {pointer("f", reinterpret_cast<void*>(&integrand)), null("pContext"), value("dFrom", 0.0),
+          value("dTo", 1.0), value("dTolerance", 1e-12), value("nMaxLevels", 20)}},
+        {"integralKS",
+         0,
+         {pointer("f", &sweep_integrand_info), value("x1", 0.0), value("x2", INFINITY)}},
+        {"zemath_find_baseline_part_by_small_curvature2",
+         3,
+         {value("nSize", 64), value("dFraction", 0.2), value("nSGPoints", 7),
+          value("nSGOrder", 2)}},
+        {"zemath_triangulation_supplementary_area",
+         0,
+         {pointer("t", &mesh.t), pointer("contour", &mesh.contour),
+          value("options", ZEMATH_TRI_AREA_ABOVE)}},
+    };
+}
+
+// The call of a legal shape: the baseline with the shape's settings; names a shape gives
+// that the export does not have are reported.
+Call shaped_call(const Export& e, const LegalShape& s, Fills& fills) {
+    Call c = baseline(e, 64, 0.5, s.fill_mode);
+    fills.assign(e.params.size(), nullptr);
+    for (const Setting& set : s.settings) {
+        size_t i = 0;
+        while (i < e.params.size() && e.params[i].name != set.param) ++i;
+        if (i == e.params.size()) {
+            ADD_FAILURE() << e.name << " has no parameter " << set.param;
+            continue;
+        }
+        Arg& a = c.args[i];
+        switch (set.what) {
+            case Setting::Value:
+                a.i = static_cast<int64_t>(set.value);
+                a.d = set.value;
+                break;
+            case Setting::Content:
+                fills[i] = set.fill;
+                break;
+            case Setting::Pointer:
+                a = Arg{};
+                a.p = set.pointer;
+                a.buffer = -2;
+                break;
+            case Setting::Null:
+                a = Arg{};
+                break;
+        }
+    }
+    return c;
+}
+
 TEST(AllocationFailure, EveryAllocationOfEveryExportFailsCleanly) {
-    long exports_reaching = 0, sites = 0, failed = 0, recovered = 0;
+    long exports_reaching = 0, sites = 0, failed = 0, recovered = 0, shapes_run = 0;
+    const std::vector<LegalShape> shapes = legal_shapes();
     for (const Export& e : all_exports()) {
         long reached = 0;
         // Argument sets: large counts and doubles, small ones, and integers that differ by
         // position (an index range 2..16 over records of 8 bytes, a table of 16 entries; a
         // curve of 64 points with small windows, orders and option codes over data with
-        // peaks and valleys).
+        // peaks and valleys, also with 64 in its int buffers and missing ordinates).
         const std::vector<int64_t> range{2, 16, 8, 1, 0, 0, 0, 0}, curve{64, 2, 1, 0, 0, 0, 0, 0},
             curve_options{64, 3, 2, 1, 1, 1, 1, 1}, resample{64, 16, 1, 0, 0, 0, 0, 0},
             few{64, 3, 0, 0, 0, 0, 0, 0};
         for (const Call& c :
              {baseline(e, 64, 0.5, 0), baseline(e, 8, 2.0, 0), by_position(e, 0, range),
               by_position(e, 2, range), baseline(e, 64, 0.5, 3), by_position(e, 3, curve),
-              by_position(e, 3, curve_options), by_position(e, 3, resample),
-              by_position(e, 2, few)}) {
+              by_position(e, 3, curve_options), by_position(e, 3, resample), by_position(e, 2, few),
+              by_position(e, kCountedCurve, curve)}) {
             const Outcome o = inject(e, c);
+            reached += o.sites;
+            sites += o.sites;
+            failed += o.failed;
+            recovered += o.recovered;
+            for (const std::string& p : o.problems) ADD_FAILURE() << p;
+        }
+        for (const LegalShape& s : shapes) {
+            if (e.name != s.name) continue;
+            Fills fills;
+            const Call c = shaped_call(e, s, fills);
+            const Outcome o = inject(e, c, fills);
+            ++shapes_run;
+            EXPECT_GT(o.sites, 0) << "no allocation under the legal shape " << describe(e, c);
             reached += o.sites;
             sites += o.sites;
             failed += o.failed;
@@ -242,6 +502,7 @@ TEST(AllocationFailure, EveryAllocationOfEveryExportFailsCleanly) {
         exports_reaching, sites, failed, recovered);
     // The families that allocate working storage are reached (a harness that counts
     // nothing would pass vacuously).
+    EXPECT_EQ(shapes_run, static_cast<long>(shapes.size())) << "a legal shape names no export";
     EXPECT_GE(exports_reaching, 5);
     EXPECT_GT(failed, 0);
 }
