@@ -43,6 +43,7 @@
 
 #include "core/missing.hpp"
 #include "platform/numeric/double_double.hpp"
+#include "platform/numeric/incomplete_gamma.hpp"
 #include "stats/own_special.hpp"
 
 namespace zemath::own {
@@ -299,28 +300,12 @@ double lower_series(double a, double x) {
     return std::nan("");
 }
 
-// Q(a, x) / (x^a e^-x / Gamma(a)) = 1/(x + 1 - a - 1(1 - a)/(x + 3 - a - 2(2 - a)/(...))),
-// x >= a + 1, by the modified Lentz method.
+// Q(a, x) / (x^a e^-x / Gamma(a)), x >= a + 1: Legendre's continued fraction, the numeric
+// layer's kernel (modified Lentz), NaN when it does not settle within 100000 factors.
 double upper_fraction(double a, double x) {
-    constexpr int kCap = 100000;
-    // Lentz's method: stands in for a zero denominator; any value far below the terms will do.
-    constexpr double kTiny = 1e-300;
-    double b = x + 1.0 - a;
-    double c = 1.0 / kTiny, d = 1.0 / b, h = d;
-    for (int n = 1; n <= kCap; ++n) {
-        const double an = -n * (n - a);
-        b += 2.0;
-        d = an * d + b;
-        if (std::fabs(d) < kTiny) d = kTiny;
-        c = b + an / c;
-        if (std::fabs(c) < kTiny) c = kTiny;
-        d = 1.0 / d;
-        const double delta = d * c;
-        h *= delta;
-        // Converged once the factor is within about an ulp of 1 (1e-16 < 2^-52).
-        if (std::fabs(delta - 1.0) < 1e-16) return h;
-    }
-    return std::nan("");
+    bool converged = true;
+    const double h = numeric::gamma_upper_fraction(a, x, 100000, &converged);
+    return converged ? h : std::nan("");
 }
 
 }  // namespace

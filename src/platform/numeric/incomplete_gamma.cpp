@@ -57,12 +57,14 @@ double lower_series(double a, double x, bool* converged) {
     return sum;
 }
 
-// 1/(x + 1 - a - 1(1 - a)/(x + 3 - a - 2(2 - a)/(...))), x >= a, by modified Lentz.
-double upper_fraction(double a, double x, bool* converged) {
+}  // namespace
+
+double gamma_upper_fraction(double a, double x, int max_terms, bool* converged) {
+    // Lentz's method: stands in for a zero denominator; any value far below the terms will do.
     constexpr double kTiny = 1e-300;
     double b = x + 1.0 - a;
     double c = 1.0 / kTiny, d = 1.0 / b, h = d;
-    for (int n = 1; n <= kMaxTerms; ++n) {
+    for (int n = 1; n <= max_terms; ++n) {
         const double an = -n * (n - a);
         b += 2.0;
         d = an * d + b;
@@ -72,13 +74,12 @@ double upper_fraction(double a, double x, bool* converged) {
         d = 1.0 / d;
         const double delta = d * c;
         h *= delta;
+        // Converged once the factor is within a quarter ulp of 1.
         if (std::fabs(delta - 1.0) <= 0x1p-54) return h;
     }
     *converged = false;
     return h;
 }
-
-}  // namespace
 
 TwoPart gamma_deviance(double a, double x, double x_low) {
     const double d = x - a;  // exact where Loader's series is used (x/a within 10%)
@@ -125,7 +126,7 @@ std::optional<GammaTails> incomplete_gamma_double(double a, double x, double x_l
     bool converged = true;
     double tail = 0.0;
     if (upper) {
-        tail = a * g * upper_fraction(a, x, &converged);
+        tail = a * g * gamma_upper_fraction(a, x, kMaxTerms, &converged);
     } else {
         tail = g * lower_series(a, x, &converged);
     }

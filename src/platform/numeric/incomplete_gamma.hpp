@@ -28,4 +28,11 @@ std::optional<GammaTails> incomplete_gamma_double(double a, double x, double x_l
 // a phi(x/a) = (x - a) - a ln(x/a), the deviance of x from a, at x + x_low, in two parts.
 TwoPart gamma_deviance(double a, double x, double x_low);
 
+// Legendre's continued fraction for Q(a, x) over x^a e^-x / Gamma(a),
+//     1/(x + 1 - a - 1(1 - a)/(x + 3 - a - 2(2 - a)/(...))),  x >= a,
+// by the modified Lentz method, until a factor is within a quarter ulp of 1; after
+// max_terms factors *converged is set to false and the last value returned. It needs about
+// 9 sqrt(a) terms at x = a + 1 and fewer beyond.
+double gamma_upper_fraction(double a, double x, int max_terms, bool* converged);
+
 }  // namespace zemath::numeric
