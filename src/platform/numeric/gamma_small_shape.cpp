@@ -114,7 +114,7 @@ double gamma_deviate_small_shape(double a, double p) {
     // The start.
     TwoPart s = divide(c, TwoPart{a, 0.0});
     if (p > 0.5) {
-        const double l = -log_q - std::lgamma(a);
+        const double l = -log_q - boost::math::lgamma(a, InDouble());  // not signgam-writing
         if (l > boundary) {
             double x = l;
             for (int i = 0; i < 3; ++i) x = l + (a - 1.0) * std::log(x);

@@ -1,7 +1,7 @@
 // Stirling's error term and the log-factorial.
 //
 // Method: at the integers 0..15 Stirling's error is read from a table; elsewhere up to 15
-// it is lgamma(k + 1) minus the formula; above 15 the asymptotic series
+// it is ln Gamma(k + 1) minus the formula; above 15 the asymptotic series
 //     1/(12k) - 1/(360k^3) + 1/(1260k^5) - 1/(1680k^7) + 1/(1188k^9)
 // truncated where the first omitted term falls below about 1e-16 absolute (at k = 16 it is
 // 691/(360360 k^11) = 1.1e-16; beyond 35 below 3e-17). The error term is always added to
@@ -15,6 +15,10 @@
 // (the error term's use).
 #include "platform/numeric/stirling.hpp"
 
+#include "platform/numeric/boost_policy.hpp"  // first: configures Boost
+
+#include <boost/math/special_functions/gamma.hpp>
+
 #include <array>
 #include <cmath>
 #include <numbers>
@@ -24,6 +28,9 @@
 namespace zemath::numeric {
 
 namespace {
+
+namespace bp = boost::math::policies;
+using InDouble = bp::normalise<BoostPolicy, bp::promote_double<false>>::type;
 
 constexpr double kHalfLnTwoPi = 0.91893853320467274178;  // ln(2 pi)/2
 
@@ -54,7 +61,10 @@ double stirling_error(double k) {
     if (k <= kTableEnd) {
         const double whole = std::floor(k);
         if (whole == k && k >= 0.0) return kStirlingError[static_cast<int>(k)];
-        return std::lgamma(k + 1.0) - (k + 0.5) * std::log(k) + k - kHalfLnTwoPi;
+        // Boost's lgamma, not the C library's: that one writes the global signgam, a data
+        // race between threads.
+        return boost::math::lgamma(k + 1.0, InDouble()) - (k + 0.5) * std::log(k) + k -
+               kHalfLnTwoPi;
     }
     constexpr double s0 = 1.0 / 12.0, s1 = 1.0 / 360.0, s2 = 1.0 / 1260.0, s3 = 1.0 / 1680.0,
                      s4 = 1.0 / 1188.0;
