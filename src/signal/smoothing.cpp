@@ -20,6 +20,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 #include "core/guard.hpp"
 #include "core/missing.hpp"
@@ -266,14 +267,36 @@ namespace {
 
 constexpr std::size_t kResumPeriod = 4096;
 
+// Running count of a window's non-finite values (NANUM is not one of them), so that a NaN
+// or an infinity reaches only the windows that hold it: a running sum that took it in would
+// stay NaN long after it left the window.
+struct NonFinite {
+    std::size_t nans = 0, pos = 0, neg = 0;
+    // Adds (step 1) or removes (step -1) v when it is not finite; true when it was.
+    bool count(double v, int step) {
+        if (std::isfinite(v)) return false;
+        std::size_t& c = std::isnan(v) ? nans : v > 0 ? pos : neg;
+        c += static_cast<std::size_t>(step);
+        return true;
+    }
+    // The window's mean when it holds a non-finite value (what summing it directly gives).
+    double mean() const {
+        if (nans > 0 || (pos > 0 && neg > 0)) return std::numeric_limits<double>::quiet_NaN();
+        return pos > 0 ? std::numeric_limits<double>::infinity()
+                       : -std::numeric_limits<double>::infinity();
+    }
+    bool any() const { return nans + pos + neg > 0; }
+};
+
 // The mean of the non-missing values of data over a window [lo(i), hi(i)] whose bounds
 // never move backward, for the outputs first <= i < last; NANUM for a window without
-// values.
+// values. The running sum holds the finite values only; the non-finite ones are counted.
 template <class Value, class Bounds>
 void running_mean(Value value, std::size_t first, std::size_t last, Bounds bounds, double* out) {
     if (first >= last) return;
     double sum = 0.0;
     std::size_t used = 0;
+    NonFinite odd;
     std::size_t lo = bounds(first).first, hi = lo;  // current window is [lo, hi)
     // A plain running sum, summed afresh over the window every max(4096, window) steps:
     // the rounding of the additions and removals cannot build up, at O(1) cost per point.
@@ -283,13 +306,13 @@ void running_mean(Value value, std::size_t first, std::size_t last, Bounds bound
         for (; hi <= want_hi; ++hi) {
             const double v = value(hi);
             const bool missing = is_missing(v);
-            sum += missing ? 0.0 : v;
+            sum += missing || odd.count(v, 1) ? 0.0 : v;
             used += missing ? 0 : 1;
         }
         for (; lo < want_lo; ++lo) {
             const double v = value(lo);
             const bool missing = is_missing(v);
-            sum -= missing ? 0.0 : v;
+            sum -= missing || odd.count(v, -1) ? 0.0 : v;
             used -= missing ? 0 : 1;
         }
         if (used == 0) {
@@ -299,17 +322,18 @@ void running_mean(Value value, std::size_t first, std::size_t last, Bounds bound
             sum = 0.0;
             for (std::size_t k = lo; k < hi; ++k) {
                 const double v = value(k);
-                sum += is_missing(v) ? 0.0 : v;
+                sum += is_missing(v) || !std::isfinite(v) ? 0.0 : v;
             }
             since_resum = 0;
         }
-        out[i] = used == 0 ? kNanum : sum / static_cast<double>(used);
+        out[i] = used == 0 ? kNanum : odd.any() ? odd.mean() : sum / static_cast<double>(used);
     }
 }
 
+// True when some value is missing or not finite (the plain window means take neither).
 bool has_missing(std::span<const double> x) {
     bool any = false;  // no early exit: the plain loop vectorises
-    for (double v : x) any |= is_missing(v);
+    for (double v : x) any |= is_missing(v) || !std::isfinite(v);
     return any;
 }
 

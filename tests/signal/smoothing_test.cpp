@@ -274,6 +274,49 @@ TEST(AdjacentAverage, LongSeriesMatchDirectMeans) {
     }
 }
 
+TEST(AdjacentAverage, NonFiniteValuesReachOnlyTheirWindows) {
+    // A NaN or an infinity spoils the windows that hold it, as summing them directly
+    // would, and no other: a running sum that took it in stayed NaN thousands of points on.
+    const long n = 10000, h = 5;
+    std::vector<double> x(static_cast<std::size_t>(n));
+    for (long i = 0; i < n; ++i) x[static_cast<std::size_t>(i)] = std::sin(0.1 * i) + 2.0;
+    const double inf = std::numeric_limits<double>::infinity();
+    x[3000] = std::numeric_limits<double>::quiet_NaN();
+    x[6000] = inf;
+    x[6003] = -inf;
+    x[8000] = inf;
+    x[8100] = NANUM;
+    auto check = [&](const std::vector<double>& out, long left, long right, bool shrink) {
+        for (long i = 0; i < n; ++i) {
+            const long r = shrink ? std::min({i, n - 1 - i, h}) : 0;
+            const long lo = shrink ? i - r : std::max(0L, i - left);
+            const long hi = shrink ? i + r : std::min(n - 1, i + right);
+            long double s = 0;
+            int used = 0;
+            for (long k = lo; k <= hi; ++k) {
+                const double v = x[static_cast<std::size_t>(k)];
+                if (v == NANUM) continue;
+                s += v;
+                ++used;
+            }
+            const double want = static_cast<double>(s / used);
+            const double got = out[static_cast<std::size_t>(i)];
+            if (std::isnan(want)) {
+                ASSERT_TRUE(std::isnan(got)) << i;
+            } else if (std::isinf(want)) {
+                ASSERT_EQ(got, want) << i;
+            } else {
+                ASSERT_NEAR(got, want, 1e-13 * std::fabs(want)) << i;
+            }
+        }
+    };
+    std::vector<double> out(x.size());
+    ASSERT_EQ(zemath_adjave_smooth(x.data(), out.data(), static_cast<int>(n), h, 0, false), 0);
+    check(out, h, h, true);
+    ASSERT_EQ(zemath_adj_average(out.data(), x.data(), static_cast<int>(n), 7, 2, 0), 0);
+    check(out, 7, 2, false);
+}
+
 TEST(Binomial, MatchesCorrelateAndKeepsThePeriodicSum) {
     for (const auto& c : kBinomial) {
         std::vector<double> out(c.x.size());
