@@ -704,8 +704,9 @@ double gamma_deviate_double(double a, double p) {
     const double cube = 1.0 - v + z * std::sqrt(v);
     // The iterate is x itself, moved by factors e^-step: log x near -690 would be rounded to
     // 6e-14 of x.
-    double x = std::exp(cube > 0.05 ? std::log(a) + 3.0 * std::log(cube)
-                                    : (log_target + std::lgamma(a + 1.0)) / a);  // x^a / a!
+    double x =
+        std::exp(cube > 0.05 ? std::log(a) + 3.0 * std::log(cube)
+                             : (log_target + bm::lgamma(a + 1.0, StartPolicy())) / a);  // x^a / a!
     bool last = false;
     for (int i = 0; i < 30; ++i) {
         const auto tails = numeric::incomplete_gamma_double(a, x, 0.0);
