@@ -53,23 +53,25 @@ ZEMATH_API int zemath_wmovavg(double* pOut, const double* pIn, int nSize, const 
 
 /* Moving root mean square over the trailing nPeriod values: sqrt of the mean of the
  * squares of the non-missing values in in[i-nPeriod+1..i] for i >= nPeriod-1 (NANUM for a
- * window without values, and before). Returns 0; -1 when a pointer is NULL, nPeriod < 1
+ * window without values, and before). A NaN in a window gives NaN there, an infinity
+ * +infinity; other windows are unaffected. Returns 0; -1 when a pointer is NULL, nPeriod < 1
  * or nPeriod > nSize. */
 ZEMATH_API int zemath_movrms(double* pOut, const double* pIn, int nSize, int nPeriod,
                              int nMissingAsZero) ZEMATH_NOEXCEPT;
 
 /* Moving least-squares slope of in against its index over the trailing nPeriod values
  * (units: per sample), missing values left out; NANUM for fewer than two values in the
- * window, and before i = nPeriod-1. Returns 0; -1 when a pointer is NULL, nPeriod < 2 or
- * nPeriod > nSize. */
+ * window, and before i = nPeriod-1; NaN for a window holding a NaN or an infinity. Returns 0;
+ * -1 when a pointer is NULL, nPeriod < 2 or nPeriod > nSize. */
 ZEMATH_API int zemath_movslope(double* pOut, const double* pIn, int nSize, int nPeriod,
                                int nMissingAsZero) ZEMATH_NOEXCEPT;
 
 /* Circular running average: out[i] is the mean of the non-missing values among the
  * nPeriod points from i - nPeriod/2 (integer division), positions wrapping around the ends
  * of the array (centred for odd periods; one more point before i for even ones). NANUM
- * for a window without values. Returns 0; -1 when a pointer is NULL, nPeriod < 1 or
- * nPeriod > nSize. */
+ * for a window without values; a window holding a NaN or infinities of both signs gives
+ * NaN, one holding infinities of one sign that infinity. Returns 0; -1 when a pointer is
+ * NULL, nPeriod < 1 or nPeriod > nSize. */
 ZEMATH_API int zemath_d_running_ave_circular(double* pOut, const double* pIn, int nSize,
                                              int nPeriod, int nMissingAsZero) ZEMATH_NOEXCEPT;
 

@@ -72,7 +72,8 @@ ZEMATH_API int zemath_savitsky_golay_derivative(const double* pX, const double* 
                                                 bool bSnapZeroCrossings) ZEMATH_NOEXCEPT;
 
 /* Adjacent average over 2*nHalf+1 positions centred on each point, missing values neither
- * summed nor counted (a window without values gives NANUM). End modes 0..5 (0 and 5: the
+ * summed nor counted (a window without values gives NANUM; NaN and infinities reach only
+ * the windows that hold them, as a direct sum would). End modes 0..5 (0 and 5: the
  * window stays symmetric and shrinks at the ends, out[0] = x[0]; 4 extrapolates from the
  * first two non-missing values scanning inward). bWeighted: weights 1 - (d/(nHalf+1))^2 at
  * distance d, end modes 0..4 only. nSize 1 returns 0 without writing. Returns 0, or -9 on
@@ -82,7 +83,9 @@ ZEMATH_API int zemath_adjave_smooth(const double* pIn, double* pOut, int nSize, 
                                     int nEndMode, bool bWeighted) ZEMATH_NOEXCEPT;
 
 /* Mean of the non-missing values of pIn[max(0, i-nLeft) .. min(nSize-1, i+nRight)] into
- * pOut[i] (the window is cut at the ends); NANUM for a window without values. With
+ * pOut[i] (the window is cut at the ends); NANUM for a window without values; a window
+ * holding a NaN or infinities of both signs gives NaN, infinities of one sign that
+ * infinity, and no other window is affected. With
  * nMissingAsZero = 1 missing values count as 0.0. pOut may be the same array as pIn.
  * Returns 0 (nSize < 2: nothing written); -1 when a pointer is NULL or nLeft or nRight
  * is negative; -19 on allocation failure. */

@@ -9,6 +9,7 @@
 // Failure codes: see zemath/moving.h.
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 #include "core/guard.hpp"
@@ -130,21 +131,26 @@ void moving_rms(std::span<const double> in, double* out, std::size_t period) {
     const std::size_t n = in.size();
     std::vector<double> result(n, kNanum);
     CompensatedSum s;
+    NonFinite odd;  // squares that are not finite stay out of the sum
     std::size_t count = 0;
     for (std::size_t i = 0; i < n; ++i) {
         if (!is_missing(in[i])) {
-            s.add(in[i] * in[i]);
+            const double square = in[i] * in[i];
+            if (!odd.count(square, 1)) s.add(square);
             ++count;
         }
         if (i >= period) {
             const double old = in[i - period];
             if (!is_missing(old)) {
-                s.add(-old * old);
+                const double square = old * old;
+                if (!odd.count(square, -1)) s.add(-square);
                 --count;
             }
         }
         if (i + 1 >= period && count > 0) {
-            result[i] = std::sqrt(std::max(s.value(), 0.0) / static_cast<double>(count));
+            result[i] = odd.any()
+                            ? std::sqrt(odd.mean())
+                            : std::sqrt(std::max(s.value(), 0.0) / static_cast<double>(count));
         }
         if (count == 0) s = CompensatedSum{};  // an empty window restarts the sum exactly
     }
@@ -158,6 +164,7 @@ void moving_slope(std::span<const double> in, double* out, std::size_t period) {
     // point: count c, sum_j, sum_j2 (integers, exact), sum_y and sum_jy (compensated).
     double c = 0.0, sum_j = 0.0, sum_j2 = 0.0;
     CompensatedSum sum_y, sum_jy;
+    NonFinite odd;  // counted in c and the positions, kept out of sum_y and sum_jy
     const double last = static_cast<double>(period) - 1.0;
     for (std::size_t i = 0; i < n; ++i) {
         if (i >= period) {
@@ -165,7 +172,7 @@ void moving_slope(std::span<const double> in, double* out, std::size_t period) {
             const double old = in[i - period];
             if (!is_missing(old)) {
                 c -= 1.0;
-                sum_y.add(-old);
+                if (!odd.count(old, -1)) sum_y.add(-old);
             }
             sum_jy.add(-sum_y.value());
             sum_j2 += c - 2.0 * sum_j;
@@ -177,13 +184,18 @@ void moving_slope(std::span<const double> in, double* out, std::size_t period) {
             c += 1.0;
             sum_j += j;
             sum_j2 += j * j;
-            sum_y.add(v);
-            sum_jy.add(j * v);
+            if (!odd.count(v, 1)) {
+                sum_y.add(v);
+                sum_jy.add(j * v);
+            }
         }
         if (i + 1 >= period && c >= 2.0) {
             const double denominator = c * sum_j2 - sum_j * sum_j;
-            if (denominator > 0.0)
+            if (odd.any()) {
+                result[i] = std::numeric_limits<double>::quiet_NaN();  // no slope through it
+            } else if (denominator > 0.0) {
                 result[i] = (c * sum_jy.value() - sum_j * sum_y.value()) / denominator;
+            }
         }
     }
     std::copy(result.begin(), result.end(), out);
@@ -196,11 +208,12 @@ void circular_average(std::span<const double> in, double* out, std::size_t perio
     auto at = [&](std::size_t k) { return in[k % n]; };
     const std::size_t back = period / 2;
     CompensatedSum s;
+    NonFinite odd;  // kept out of the sum
     std::size_t count = 0;
     for (std::size_t k = 0; k < period; ++k) {  // window of point 0: from n - back
         const double v = at(n - back + k);
         if (!is_missing(v)) {
-            s.add(v);
+            if (!odd.count(v, 1)) s.add(v);
             ++count;
         }
     }
@@ -208,16 +221,18 @@ void circular_average(std::span<const double> in, double* out, std::size_t perio
         if (i > 0) {
             const double leaving = at(n + i - 1 - back), entering = at(n + i - back + period - 1);
             if (!is_missing(leaving)) {
-                s.add(-leaving);
+                if (!odd.count(leaving, -1)) s.add(-leaving);
                 --count;
             }
             if (!is_missing(entering)) {
-                s.add(entering);
+                if (!odd.count(entering, 1)) s.add(entering);
                 ++count;
             }
         }
         if (count == 0) s = CompensatedSum{};
-        result[i] = count > 0 ? s.value() / static_cast<double>(count) : kNanum;
+        result[i] = count == 0  ? kNanum
+                    : odd.any() ? odd.mean()
+                                : s.value() / static_cast<double>(count);
     }
     std::copy(result.begin(), result.end(), out);
 }

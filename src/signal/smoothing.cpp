@@ -267,27 +267,6 @@ namespace {
 
 constexpr std::size_t kResumPeriod = 4096;
 
-// Running count of a window's non-finite values (NANUM is not one of them), so that a NaN
-// or an infinity reaches only the windows that hold it: a running sum that took it in would
-// stay NaN long after it left the window.
-struct NonFinite {
-    std::size_t nans = 0, pos = 0, neg = 0;
-    // Adds (step 1) or removes (step -1) v when it is not finite; true when it was.
-    bool count(double v, int step) {
-        if (std::isfinite(v)) return false;
-        std::size_t& c = std::isnan(v) ? nans : v > 0 ? pos : neg;
-        c += static_cast<std::size_t>(step);
-        return true;
-    }
-    // The window's mean when it holds a non-finite value (what summing it directly gives).
-    double mean() const {
-        if (nans > 0 || (pos > 0 && neg > 0)) return std::numeric_limits<double>::quiet_NaN();
-        return pos > 0 ? std::numeric_limits<double>::infinity()
-                       : -std::numeric_limits<double>::infinity();
-    }
-    bool any() const { return nans + pos + neg > 0; }
-};
-
 // The mean of the non-missing values of data over a window [lo(i), hi(i)] whose bounds
 // never move backward, for the outputs first <= i < last; NANUM for a window without
 // values. The running sum holds the finite values only; the non-finite ones are counted.

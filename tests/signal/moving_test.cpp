@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <vector>
 
 #include "zemath/moving.h"
@@ -135,6 +136,52 @@ TEST(Moving, MissingWindowsAndRefusals) {
     const int want[] = {-1, -1, 0, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
     for (std::size_t k = 0; k < std::size(codes); ++k) EXPECT_EQ(codes[k], want[k]) << k;
     EXPECT_EQ(kept, std::vector<double>(7, 777.0));
+}
+
+TEST(Moving, NonFiniteValuesReachOnlyTheirWindows) {
+    // A NaN or an infinity spoils the windows that hold it, as a direct evaluation would,
+    // and no other: the running sums used to keep it for the rest of the series.
+    const int n = 3000, period = 21;
+    std::vector<double> x(n);
+    for (int i = 0; i < n; ++i) x[i] = std::sin(0.1 * i) + 2.0;
+    const double inf = std::numeric_limits<double>::infinity();
+    x[500] = std::numeric_limits<double>::quiet_NaN();
+    x[1500] = inf;
+    x[1510] = -inf;
+    std::vector<double> out(n);
+    // Trailing windows [i - period + 1, i]; the circular one is [i - period/2, ...].
+    auto holds = [&](int i, int k, bool centred) {
+        const int lo = centred ? i - period / 2 : i - period + 1;
+        return k >= lo && k < lo + period;
+    };
+    ASSERT_EQ(zemath_movrms(out.data(), x.data(), n, period, 0), 0);
+    for (int i = period - 1; i < n; ++i) {
+        if (holds(i, 500, false)) {
+            EXPECT_TRUE(std::isnan(out[i])) << i;
+        } else if (holds(i, 1500, false) || holds(i, 1510, false)) {
+            EXPECT_EQ(out[i], inf) << i;  // squares of both infinities
+        } else {
+            EXPECT_TRUE(std::isfinite(out[i])) << i;
+        }
+    }
+    ASSERT_EQ(zemath_movslope(out.data(), x.data(), n, period, 0), 0);
+    for (int i = period - 1; i < n; ++i) {
+        const bool spoilt = holds(i, 500, false) || holds(i, 1500, false) || holds(i, 1510, false);
+        EXPECT_EQ(std::isnan(out[i]), spoilt) << i;
+    }
+    ASSERT_EQ(zemath_d_running_ave_circular(out.data(), x.data(), n, period, 0), 0);
+    for (int i = 0; i < n; ++i) {
+        const bool nan = holds(i, 500, true) || (holds(i, 1500, true) && holds(i, 1510, true));
+        if (nan) {
+            EXPECT_TRUE(std::isnan(out[i])) << i;
+        } else if (holds(i, 1500, true)) {
+            EXPECT_EQ(out[i], inf) << i;
+        } else if (holds(i, 1510, true)) {
+            EXPECT_EQ(out[i], -inf) << i;
+        } else {
+            EXPECT_TRUE(std::isfinite(out[i])) << i;
+        }
+    }
 }
 
 }  // namespace
