@@ -241,12 +241,6 @@ void circular_average(std::span<const double> in, double* out, std::size_t perio
 
 using namespace zemath;
 
-namespace {
-std::span<const double> span_of(const double* p, int n) {
-    return {p, static_cast<std::size_t>(n)};
-}
-}  // namespace
-
 ZEMATH_API int zemath_emovavg(double* pOut, const double* pIn, int nSize, int nPeriod,
                               int bSeedWithFirst, int nMissingAsZero) noexcept {
     if (pOut == nullptr || pIn == nullptr || nPeriod < 1) return ZEMATH_ERR_GENERAL;

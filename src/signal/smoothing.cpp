@@ -555,12 +555,6 @@ int binomial_passes(std::span<const double> in, double* out, int end_mode, int p
 
 using namespace zemath;
 
-namespace {
-std::span<const double> span_of(const double* p, int n) {
-    return {p, static_cast<std::size_t>(n)};
-}
-}  // namespace
-
 ZEMATH_API int zemath_savitsky_golay(const double* pIn, double* pOut, int nSize, int nLeft,
                                      int nRight, int nPolyOrder, int nDeriv,
                                      int nEndMode) noexcept {

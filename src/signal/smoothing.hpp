@@ -11,6 +11,11 @@
 
 namespace zemath {
 
+// A caller's array of n values as a view; n has been checked non-negative.
+inline std::span<const double> span_of(const double* p, int n) {
+    return {p, static_cast<std::size_t>(n)};
+}
+
 // Running count of a window's non-finite values (NANUM is not one of them), so that a NaN
 // or an infinity reaches only the windows that hold it: a running sum that took it in would
 // stay NaN long after it left the window.
