@@ -244,6 +244,26 @@ int caller_index(const PreparedCurve& curve, int k) {
     return curve.sorted ? curve.order[k] : k;
 }
 
+// Writes the peaks at the given points of the prepared curve to the caller's lists (indices
+// in the caller's order) and their count to *pnSize.
+int write_peaks(const PreparedCurve& curve, std::span<const int> peaks, double* pPeakX,
+                double* pPeakY, int* pIndices, int* pnSize) {
+    for (std::size_t k = 0; k < peaks.size(); ++k) {
+        const auto i = static_cast<std::size_t>(peaks[k]);
+        pPeakX[k] = curve.x[i];
+        pPeakY[k] = curve.y[i];
+        if (pIndices != nullptr) pIndices[k] = caller_index(curve, peaks[k]);
+    }
+    *pnSize = static_cast<int>(peaks.size());
+    return ZEMATH_OK;
+}
+
+// Peak points in increasing order, each once.
+void sort_unique(std::vector<int>& peaks) {
+    std::sort(peaks.begin(), peaks.end());
+    peaks.erase(std::unique(peaks.begin(), peaks.end()), peaks.end());
+}
+
 int local_detector(int* pnSize, const double* pX, const double* pY, double* pPeakX, double* pPeakY,
                    int* pIndices, int nFlags, int nHalf, bool extremes) {
     if (pnSize == nullptr || pX == nullptr || pY == nullptr || pPeakX == nullptr ||
@@ -261,14 +281,7 @@ int local_detector(int* pnSize, const double* pX, const double* pY, double* pPea
             extremes ? std::span<const double>(pY, static_cast<std::size_t>(n)) : curve.y;
         const bool sign_rule = !extremes && !(nFlags & kPeakIgnoreSign);
         const std::vector<int> centres = local_extreme_centres(tracked, nHalf, nFlags, sign_rule);
-        for (std::size_t k = 0; k < centres.size(); ++k) {
-            const int c = centres[k];
-            pPeakX[k] = curve.x[static_cast<std::size_t>(c)];
-            pPeakY[k] = curve.y[static_cast<std::size_t>(c)];
-            if (pIndices != nullptr) pIndices[k] = caller_index(curve, c);
-        }
-        *pnSize = static_cast<int>(centres.size());
-        return ZEMATH_OK;
+        return write_peaks(curve, centres, pPeakX, pPeakY, pIndices, pnSize);
     });
 }
 
@@ -544,16 +557,8 @@ ZEMATH_API int zemath_find_peaks_1st_derivative(int* pnSize, const double* pX, c
                 }
             }
         }
-        std::sort(peaks.begin(), peaks.end());
-        peaks.erase(std::unique(peaks.begin(), peaks.end()), peaks.end());
-        for (std::size_t k = 0; k < peaks.size(); ++k) {
-            const auto i = static_cast<std::size_t>(peaks[k]);
-            pPeakX[k] = curve.x[i];
-            pPeakY[k] = curve.y[i];
-            if (pIndices != nullptr) pIndices[k] = caller_index(curve, peaks[k]);
-        }
-        *pnSize = static_cast<int>(peaks.size());
-        return ZEMATH_OK;
+        sort_unique(peaks);
+        return write_peaks(curve, peaks, pPeakX, pPeakY, pIndices, pnSize);
     });
 }
 
@@ -607,16 +612,8 @@ int second_derivative_detector(int* pnSize, const double* pX, const double* pY, 
         };
         collect(kPeakPositive, true);
         collect(kPeakNegative, false);
-        std::sort(peaks.begin(), peaks.end());
-        peaks.erase(std::unique(peaks.begin(), peaks.end()), peaks.end());
-        for (std::size_t k = 0; k < peaks.size(); ++k) {
-            const auto i = static_cast<std::size_t>(peaks[k]);
-            pPeakX[k] = curve.x[i];
-            pPeakY[k] = curve.y[i];
-            if (pIndices != nullptr) pIndices[k] = caller_index(curve, peaks[k]);
-        }
-        *pnSize = static_cast<int>(peaks.size());
-        return ZEMATH_OK;
+        sort_unique(peaks);
+        return write_peaks(curve, peaks, pPeakX, pPeakY, pIndices, pnSize);
     });
 }
 
@@ -940,14 +937,7 @@ ZEMATH_API int zemath_pick_peaks(int* pnSize, const double* pX, const double* pY
         prepare_increasing(curve, pX, pY, n);
         const std::vector<int> peaks =
             pick_peaks(curve.y, nFlags, dMinHeight, dMinProminence, nMinDistance);
-        for (std::size_t k = 0; k < peaks.size(); ++k) {
-            const auto i = static_cast<std::size_t>(peaks[k]);
-            pPeakX[k] = curve.x[i];
-            pPeakY[k] = curve.y[i];
-            if (pIndices != nullptr) pIndices[k] = caller_index(curve, peaks[k]);
-        }
-        *pnSize = static_cast<int>(peaks.size());
-        return ZEMATH_OK;
+        return write_peaks(curve, peaks, pPeakX, pPeakY, pIndices, pnSize);
     });
 }
 
