@@ -10,28 +10,13 @@
 #include <vector>
 
 #include "signal/smoothing.hpp"
+#include "signal/smoothing_reference.hpp"
 #include "zemath/smoothing.h"
 #include "zemath/statistics.h"
 
 namespace {
 
-struct CoefficientReference {
-    int left, right, order, deriv;
-    std::vector<double> c;
-};
-struct FilterReference {
-    int half, order, deriv, mode;
-    std::vector<double> x, y;
-};
-struct DerivativeReference {
-    int half, order, deriv;
-    std::vector<double> x, y, d;
-};
-struct FftReference {
-    double cutoff;
-    std::vector<double> x, y;
-};
-#include "reference/smoothing_ref.inc"
+using namespace smoothing_reference;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 

@@ -14,28 +14,13 @@
 #include <vector>
 
 #include "signal/smoothing.hpp"
+#include "signal/smoothing_reference.hpp"
 #include "zemath/progress.h"
 #include "zemath/smoothing.h"
 
 namespace {
 
-struct CoefficientReference {
-    int left, right, order, deriv;
-    std::vector<double> c;
-};
-struct FilterReference {
-    int half, order, deriv, mode;
-    std::vector<double> x, y;
-};
-struct DerivativeReference {
-    int half, order, deriv;
-    std::vector<double> x, y, d;
-};
-struct FftReference {
-    double cutoff;
-    std::vector<double> x, y;
-};
-#include "reference/smoothing_ref.inc"
+using namespace smoothing_reference;
 
 struct LoessReference {
     double frac;
