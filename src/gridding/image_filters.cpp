@@ -12,8 +12,8 @@
 #if defined(__linux__)
 #include <sys/mman.h>
 #endif
-#if defined(__SSE2__)
-#include <emmintrin.h>
+#if defined(__x86_64__) || defined(__i386__)
+#include <immintrin.h>
 #endif
 
 #include "core/guard.hpp"
@@ -684,22 +684,95 @@ __attribute__((always_inline)) inline std::uint64_t band_hits(const std::uint16_
 }
 
 // Counts the values of band[0..length) that lie in the band of buckets from `first`
-// into their buckets' trees (16 counters of bits 4-7, then 256 of bits 0-7), with delta
-// 1 or -1 mod 2^16. band may be read up to 63 values past length (padding).
+// into the band's counters, with delta 1 or -1 mod 2^16: trees[0 .. 16 buckets) of the
+// band's values less first 256 shifted right by 4, then 256 buckets counters of the
+// values less first 256 (bucket by bucket, each the 16 counters of a first level of 16
+// bins). band may be read up to 63 values past length (padding).
 __attribute__((always_inline)) inline void band_count(const std::uint16_t* band, int length,
                                                       unsigned first, unsigned buckets,
                                                       std::uint16_t* trees, std::uint16_t delta) {
+    const unsigned base = first << 8;
+    std::uint16_t* finest = trees + buckets * 16;
     for (int k = 0; k < length; k += 64) {
         std::uint64_t bits = band_hits(band + k, first, buckets);
         if (length - k < 64) bits &= (std::uint64_t{1} << (length - k)) - 1;
         while (bits) {
             const unsigned y = band[k + __builtin_ctzll(bits)];
             bits &= bits - 1;
-            std::uint16_t* tree = trees + ((y >> 8) - first) * kTreeCounters;
-            tree[(y >> 4) & 15] = static_cast<std::uint16_t>(tree[(y >> 4) & 15] + delta);
-            tree[16 + (y & 255)] = static_cast<std::uint16_t>(tree[16 + (y & 255)] + delta);
+            const unsigned u = y - base;
+            trees[u >> 4] = static_cast<std::uint16_t>(trees[u >> 4] + delta);
+            finest[u] = static_cast<std::uint16_t>(finest[u] + delta);
         }
     }
+}
+
+#if defined(__x86_64__) || defined(__i386__)
+// band_count in 32-byte vectors: one call per column.
+__attribute__((target("avx2"), noinline)) void band_count_avx2(const std::uint16_t* band,
+                                                               int length, unsigned first,
+                                                               unsigned buckets,
+                                                               std::uint16_t* trees,
+                                                               std::uint16_t delta) {
+    const __m256i below = _mm256_set1_epi16(static_cast<short>(first) - 1);
+    const __m256i above = _mm256_set1_epi16(static_cast<short>(first + buckets));
+    __m256i in[4];
+    const unsigned base = first << 8;
+    std::uint16_t* finest = trees + buckets * 16;
+    for (int k = 0; k < length; k += 64) {
+        for (int q = 0; q < 4; ++q) {
+            const __m256i v = _mm256_srli_epi16(
+                _mm256_loadu_si256(reinterpret_cast<const __m256i*>(band + k + 16 * q)), 8);
+            in[q] = _mm256_and_si256(_mm256_cmpgt_epi16(v, below), _mm256_cmpgt_epi16(above, v));
+        }
+        // packs interleaves the 16-byte halves; the permutation puts values back in order.
+        const auto low = static_cast<std::uint32_t>(
+            _mm256_movemask_epi8(_mm256_permute4x64_epi64(_mm256_packs_epi16(in[0], in[1]), 0xD8)));
+        const auto high = static_cast<std::uint32_t>(
+            _mm256_movemask_epi8(_mm256_permute4x64_epi64(_mm256_packs_epi16(in[2], in[3]), 0xD8)));
+        std::uint64_t bits = low | static_cast<std::uint64_t>(high) << 32;
+        if (length - k < 64) bits &= (std::uint64_t{1} << (length - k)) - 1;
+        while (bits) {
+            const unsigned y = band[k + __builtin_ctzll(bits)];
+            bits &= bits - 1;
+            const unsigned u = y - base;
+            trees[u >> 4] = static_cast<std::uint16_t>(trees[u >> 4] + delta);
+            finest[u] = static_cast<std::uint16_t>(finest[u] + delta);
+        }
+    }
+}
+#endif
+
+// find_bin over 16 counters whose sum is below 65536, without a branch per counter:
+// the running sums in two vectors, compared with the rank at once.
+__attribute__((always_inline)) inline unsigned find_bin16(const std::uint16_t* counts,
+                                                          unsigned& rank) {
+#if defined(__SSE2__)
+    __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(counts));
+    __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(counts + 8));
+    a = _mm_add_epi16(a, _mm_slli_si128(a, 2));
+    b = _mm_add_epi16(b, _mm_slli_si128(b, 2));
+    a = _mm_add_epi16(a, _mm_slli_si128(a, 4));
+    b = _mm_add_epi16(b, _mm_slli_si128(b, 4));
+    a = _mm_add_epi16(a, _mm_slli_si128(a, 8));
+    b = _mm_add_epi16(b, _mm_slli_si128(b, 8));
+    b = _mm_add_epi16(
+        b, _mm_unpackhi_epi64(_mm_shufflehi_epi16(a, 0xFF), _mm_shufflehi_epi16(a, 0xFF)));
+    // Running sums above the rank (unsigned, through the sign bit).
+    const __m128i flip = _mm_set1_epi16(static_cast<short>(0x8000));
+    const __m128i r = _mm_set1_epi16(static_cast<short>(rank ^ 0x8000u));
+    const unsigned above = static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(
+        _mm_cmpgt_epi16(_mm_xor_si128(a, flip), r), _mm_cmpgt_epi16(_mm_xor_si128(b, flip), r))));
+    const unsigned bin = above ? static_cast<unsigned>(__builtin_ctz(above)) : 15u;
+    if (bin) {
+        std::uint16_t sums[16];
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(sums), a);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(sums + 8), b);
+        rank -= sums[bin - 1];
+    }
+    return bin;
+#else
+    return static_cast<unsigned>(find_bin(counts, 16, rank));
+#endif
 }
 
 struct CoarseFineArgs {
@@ -707,7 +780,7 @@ struct CoarseFineArgs {
     const std::uint16_t* copy;
     const std::uint16_t* scaled_columns;  // column c, row r at c n_rows + r: scaled values
     std::uint16_t* columns;               // strip column trees, zero on entry
-    std::uint16_t* band_trees;            // band_buckets trees
+    std::uint16_t* band_trees;            // 272 band_buckets counters (see band_count)
     unsigned band_buckets;
     int n_rows, n_cols, width, height;
     const RankRule* rule;
@@ -718,7 +791,15 @@ struct CoarseFineArgs {
     bool fine;  // the lower 8 scaled bits carry value bits
 };
 
+template <bool Wide>
 __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs& a) {
+    auto count = [](const std::uint16_t* band, int length, unsigned first, unsigned buckets,
+                    std::uint16_t* trees, std::uint16_t delta) {
+#if defined(__x86_64__) || defined(__i386__)
+        if constexpr (Wide) return band_count_avx2(band, length, first, buckets, trees, delta);
+#endif
+        band_count(band, length, first, buckets, trees, delta);
+    };
     const int n_rows = a.n_rows, n_cols = a.n_cols;
     const int row_before = a.height / 2, row_after = (a.height - 1) / 2;
     const int col_before = a.width / 2, col_after = (a.width - 1) / 2;
@@ -758,9 +839,8 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
             unsigned first = 256;  // no band yet in this row
             for (int c = s0;; ++c) {
                 unsigned rank = a.rule->rank(rows_in * (hi - lo + 1));
-                const std::size_t d0 = find_bin(window, 16, rank);
-                const auto bucket =
-                    static_cast<unsigned>(d0 * 16 + find_bin(window + 16 + d0 * 16, 16, rank));
+                const unsigned d0 = find_bin16(window, rank);
+                const unsigned bucket = d0 * 16 + find_bin16(window + 16 + d0 * 16, rank);
                 unsigned y = bucket << 8;
                 if (a.fine) {
                     if (bucket - first >= buckets) {
@@ -769,11 +849,12 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
                                          256 - buckets);
                         clear_trees(a.band_trees, buckets);
                         for (int j = lo; j <= hi; ++j)
-                            band_count(band(j), rows_in, first, buckets, a.band_trees, 1);
+                            count(band(j), rows_in, first, buckets, a.band_trees, 1);
                     }
-                    const std::uint16_t* tree = a.band_trees + (bucket - first) * kTreeCounters;
-                    const std::size_t d2 = find_bin(tree, 16, rank);
-                    y |= static_cast<unsigned>(d2 * 16 + find_bin(tree + 16 + d2 * 16, 16, rank));
+                    const unsigned at = bucket - first;
+                    const unsigned d2 = find_bin16(a.band_trees + at * 16, rank);
+                    y |= d2 * 16 +
+                         find_bin16(a.band_trees + buckets * 16 + at * 256 + d2 * 16, rank);
                 }
                 const auto result = static_cast<std::uint16_t>(a.low + (y >> a.shift));
                 const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(r) * n_cols + c;
@@ -783,9 +864,8 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
                 const bool leaves = c - col_before >= 0, enters = c + 1 + col_after < n_cols;
                 tree_move(window, enters ? column(hi + 1) : nullptr, leaves ? column(lo) : nullptr);
                 if (a.fine && first < 256) {
-                    if (leaves)
-                        band_count(band(lo), rows_in, first, buckets, a.band_trees, minus_one);
-                    if (enters) band_count(band(hi + 1), rows_in, first, buckets, a.band_trees, 1);
+                    if (leaves) count(band(lo), rows_in, first, buckets, a.band_trees, minus_one);
+                    if (enters) count(band(hi + 1), rows_in, first, buckets, a.band_trees, 1);
                 }
                 lo += leaves;
                 hi += enters;
@@ -801,12 +881,12 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
 }
 
 void coarse_fine_plain(const CoarseFineArgs& a) {
-    coarse_fine_body(a);
+    coarse_fine_body<false>(a);
 }
 
 #if defined(__x86_64__) || defined(__i386__)
 __attribute__((target("avx2"))) void coarse_fine_avx2(const CoarseFineArgs& a) {
-    coarse_fine_body(a);
+    coarse_fine_body<true>(a);
 }
 #endif
 
