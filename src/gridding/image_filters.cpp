@@ -956,7 +956,8 @@ bool filter_rectangle_rank(std::uint16_t* image, const std::uint16_t* copy, int 
             return true;
     const std::size_t pixels = static_cast<std::size_t>(n_rows) * static_cast<std::size_t>(n_cols);
     const ValueBins bins = value_bins(copy, pixels);
-    if (path == RankPath::automatic || path == RankPath::coarse_fine)
+    const bool short_window = height <= kRowBeforeCoarseFine && bins.bits > 8;
+    if (path == RankPath::coarse_fine || (path == RankPath::automatic && !short_window))
         if (filter_rectangle_coarse_fine(image, copy, n_rows, n_cols, width, height, rule,
                                          threshold, region, bins))
             return true;
