@@ -44,15 +44,15 @@ BENCHMARK(BM_percentile_filter)
     ->Repetitions(3)
     ->ReportAggregatesOnly(true);
 
-// The histogram paths (0 row, 1 column) and the selection network (2) of the rectangle
-// percentile filter forced, by window side, on a 1024 x 1024 image: where the row path's
+// The histogram paths (0 row, 1 column, 3 coarse-to-fine) and the selection network (2) of the
+// rectangle percentile filter forced, by window side, on a 1024 x 1024 image: where the row path's
 // O(height) per pixel overtakes the column path's flat cost (the automatic choice switches
 // at kRowHistogramMaxHeight[3]), and up to which window the network costs less.
 void BM_rank_path(benchmark::State& state) {
     const int side = 1024, window = static_cast<int>(state.range(1));
-    const zemath::RankPath paths[3] = {zemath::RankPath::row_histogram,
-                                       zemath::RankPath::column_histogram,
-                                       zemath::RankPath::selection_network};
+    const zemath::RankPath paths[4] = {
+        zemath::RankPath::row_histogram, zemath::RankPath::column_histogram,
+        zemath::RankPath::selection_network, zemath::RankPath::coarse_fine};
     const auto path = paths[state.range(0)];
     const std::vector<unsigned short> original = random_image(side);
     std::vector<unsigned short> image;
@@ -68,7 +68,7 @@ void BM_rank_path(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * side * side);
 }
 BENCHMARK(BM_rank_path)
-    ->ArgsProduct({{0, 1}, {5, 9, 15, 21, 31, 51, 101}})
+    ->ArgsProduct({{0, 1, 3}, {5, 9, 11, 15, 21, 31, 51, 101}})
     ->ArgsProduct({{2}, {3, 5, 7, 9, 11}})
     ->Unit(benchmark::kMillisecond);
 

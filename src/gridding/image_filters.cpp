@@ -12,6 +12,9 @@
 #if defined(__linux__)
 #include <sys/mman.h>
 #endif
+#if defined(__x86_64__) || defined(__i386__)
+#include <immintrin.h>
+#endif
 
 #include "core/guard.hpp"
 #include "frame/sampling_window.hpp"
@@ -605,6 +608,340 @@ bool filter_rectangle_network(std::uint16_t* image, const std::uint16_t* copy, i
 #endif
 }
 
+// Coarse-to-fine path: the window's counts of the top 4 and top 8 bits of the values
+// (scaled to 16 bits) come from column counts of those two levels, as on the column
+// path; the two lower levels are never kept per column. The second level's bins
+// ("buckets" of 256 scaled values) near the rank wanted form a band of 8 to 64
+// buckets (band_buckets) whose lower 8 bits the window counts in full: when the window slides, the
+// leaving and entering columns are read from a transposed copy of the image (contiguous
+// per column), compared 16 values at a time, and only the values that fall in the band
+// are counted. When the rank leaves the band, the band is moved to be centred on it and
+// recounted from the window's columns. Per column 272 counters (544 bytes) instead of
+// up to 69904: a strip of 256 output columns stays in the second-level cache.
+constexpr std::size_t kTreeCounters = 16 + 256;
+constexpr int kCoarseFineStripOutputs = 512;
+constexpr unsigned kMaxBandBuckets = 64;
+
+// Buckets in the band for a window of `height` rows: about four values of a column fall
+// in the band (uniform data), wider for short windows, whose rank moves further from one
+// pixel to the next.
+unsigned band_buckets(int height) {
+    unsigned k = 8;
+    while (k < kMaxBandBuckets && static_cast<long long>(k) * 2 * height <= 1024) k *= 2;
+    return k;
+}
+
+#if defined(__GNUC__)
+typedef std::uint16_t CountLanes __attribute__((vector_size(32)));
+
+// to += add - remove over the 272 counters of a tree (a null pointer: nothing).
+__attribute__((always_inline)) inline void tree_move(std::uint16_t* to, const std::uint16_t* add,
+                                                     const std::uint16_t* remove) {
+    for (std::size_t i = 0; i < kTreeCounters; i += 16) {
+        CountLanes t, v{}, r{};
+        std::memcpy(&t, to + i, sizeof t);
+        if (add) std::memcpy(&v, add + i, sizeof v);
+        if (remove) std::memcpy(&r, remove + i, sizeof r);
+        t = t + v - r;
+        std::memcpy(to + i, &t, sizeof t);
+    }
+}
+
+// Zeroes `trees` trees in vector stores (a memset call costs more at these sizes).
+typedef std::uint16_t ClearLanes __attribute__((vector_size(16)));
+__attribute__((always_inline)) inline void clear_trees(std::uint16_t* tree, std::size_t trees) {
+    ClearLanes zero{};
+    __asm__("" : "+x"(zero));  // keeps the stores from being turned back into a memset call
+    for (std::size_t i = 0; i < trees * kTreeCounters; i += 8)
+        std::memcpy(tree + i, &zero, sizeof zero);
+}
+
+// Bit j set when band[j] (j < 64) lies in buckets first .. first + buckets - 1.
+__attribute__((always_inline)) inline std::uint64_t band_hits(const std::uint16_t* band,
+                                                              unsigned first, unsigned buckets) {
+#if defined(__SSE2__)
+    const __m128i below = _mm_set1_epi16(static_cast<short>(first) - 1);
+    const __m128i above = _mm_set1_epi16(static_cast<short>(first + buckets));
+    std::uint64_t bits = 0;
+    for (int k = 0; k < 64; k += 16) {
+        const __m128i a =
+            _mm_srli_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(band + k)), 8);
+        const __m128i b =
+            _mm_srli_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(band + k + 8)), 8);
+        const __m128i in_a = _mm_and_si128(_mm_cmpgt_epi16(a, below), _mm_cmplt_epi16(a, above));
+        const __m128i in_b = _mm_and_si128(_mm_cmpgt_epi16(b, below), _mm_cmplt_epi16(b, above));
+        bits |= static_cast<std::uint64_t>(
+                    static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(in_a, in_b))))
+                << k;
+    }
+    return bits;
+#else
+    std::uint64_t bits = 0;
+    for (int j = 0; j < 64; ++j)
+        if ((band[j] >> 8) - first < buckets) bits |= std::uint64_t{1} << j;
+    return bits;
+#endif
+}
+
+// Counts the values of band[0..length) that lie in the band of buckets from `first`
+// into the band's counters, with delta 1 or -1 mod 2^16: trees[0 .. 16 buckets) of the
+// band's values less first 256 shifted right by 4, then 256 buckets counters of the
+// values less first 256 (bucket by bucket, each the 16 counters of a first level of 16
+// bins). band may be read up to 63 values past length (padding).
+__attribute__((always_inline)) inline void band_count(const std::uint16_t* band, int length,
+                                                      unsigned first, unsigned buckets,
+                                                      std::uint16_t* trees, std::uint16_t delta) {
+    const unsigned base = first << 8;
+    std::uint16_t* finest = trees + buckets * 16;
+    for (int k = 0; k < length; k += 64) {
+        std::uint64_t bits = band_hits(band + k, first, buckets);
+        if (length - k < 64) bits &= (std::uint64_t{1} << (length - k)) - 1;
+        while (bits) {
+            const unsigned y = band[k + __builtin_ctzll(bits)];
+            bits &= bits - 1;
+            const unsigned u = y - base;
+            trees[u >> 4] = static_cast<std::uint16_t>(trees[u >> 4] + delta);
+            finest[u] = static_cast<std::uint16_t>(finest[u] + delta);
+        }
+    }
+}
+
+#if defined(__x86_64__) || defined(__i386__)
+// band_count in 32-byte vectors: one call per column.
+__attribute__((target("avx2"), noinline)) void band_count_avx2(const std::uint16_t* band,
+                                                               int length, unsigned first,
+                                                               unsigned buckets,
+                                                               std::uint16_t* trees,
+                                                               std::uint16_t delta) {
+    const __m256i below = _mm256_set1_epi16(static_cast<short>(first) - 1);
+    const __m256i above = _mm256_set1_epi16(static_cast<short>(first + buckets));
+    __m256i in[4];
+    const unsigned base = first << 8;
+    std::uint16_t* finest = trees + buckets * 16;
+    for (int k = 0; k < length; k += 64) {
+        for (int q = 0; q < 4; ++q) {
+            const __m256i v = _mm256_srli_epi16(
+                _mm256_loadu_si256(reinterpret_cast<const __m256i*>(band + k + 16 * q)), 8);
+            in[q] = _mm256_and_si256(_mm256_cmpgt_epi16(v, below), _mm256_cmpgt_epi16(above, v));
+        }
+        // packs interleaves the 16-byte halves; the permutation puts values back in order.
+        const auto low = static_cast<std::uint32_t>(
+            _mm256_movemask_epi8(_mm256_permute4x64_epi64(_mm256_packs_epi16(in[0], in[1]), 0xD8)));
+        const auto high = static_cast<std::uint32_t>(
+            _mm256_movemask_epi8(_mm256_permute4x64_epi64(_mm256_packs_epi16(in[2], in[3]), 0xD8)));
+        std::uint64_t bits = low | static_cast<std::uint64_t>(high) << 32;
+        if (length - k < 64) bits &= (std::uint64_t{1} << (length - k)) - 1;
+        while (bits) {
+            const unsigned y = band[k + __builtin_ctzll(bits)];
+            bits &= bits - 1;
+            const unsigned u = y - base;
+            trees[u >> 4] = static_cast<std::uint16_t>(trees[u >> 4] + delta);
+            finest[u] = static_cast<std::uint16_t>(finest[u] + delta);
+        }
+    }
+}
+#endif
+
+// find_bin over 16 counters whose sum is below 65536, without a branch per counter:
+// the running sums in two vectors, compared with the rank at once.
+__attribute__((always_inline)) inline unsigned find_bin16(const std::uint16_t* counts,
+                                                          unsigned& rank) {
+#if defined(__SSE2__)
+    __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(counts));
+    __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(counts + 8));
+    a = _mm_add_epi16(a, _mm_slli_si128(a, 2));
+    b = _mm_add_epi16(b, _mm_slli_si128(b, 2));
+    a = _mm_add_epi16(a, _mm_slli_si128(a, 4));
+    b = _mm_add_epi16(b, _mm_slli_si128(b, 4));
+    a = _mm_add_epi16(a, _mm_slli_si128(a, 8));
+    b = _mm_add_epi16(b, _mm_slli_si128(b, 8));
+    b = _mm_add_epi16(
+        b, _mm_unpackhi_epi64(_mm_shufflehi_epi16(a, 0xFF), _mm_shufflehi_epi16(a, 0xFF)));
+    // Running sums above the rank (unsigned, through the sign bit).
+    const __m128i flip = _mm_set1_epi16(static_cast<short>(0x8000));
+    const __m128i r = _mm_set1_epi16(static_cast<short>(rank ^ 0x8000u));
+    const unsigned above = static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(
+        _mm_cmpgt_epi16(_mm_xor_si128(a, flip), r), _mm_cmpgt_epi16(_mm_xor_si128(b, flip), r))));
+    const unsigned bin = above ? static_cast<unsigned>(__builtin_ctz(above)) : 15u;
+    if (bin) {
+        std::uint16_t sums[16];
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(sums), a);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(sums + 8), b);
+        rank -= sums[bin - 1];
+    }
+    return bin;
+#else
+    return static_cast<unsigned>(find_bin(counts, 16, rank));
+#endif
+}
+
+struct CoarseFineArgs {
+    std::uint16_t* image;
+    const std::uint16_t* copy;
+    const std::uint16_t* scaled_columns;  // column c, row r at c n_rows + r: scaled values
+    std::uint16_t* columns;               // strip column trees, zero on entry
+    std::uint16_t* band_trees;            // 272 band_buckets counters (see band_count)
+    unsigned band_buckets;
+    int n_rows, n_cols, width, height;
+    const RankRule* rule;
+    const Threshold* threshold;
+    FilterRegion region;
+    std::uint16_t low;
+    int shift;  // scaled = (v - low) << shift
+    bool fine;  // the lower 8 scaled bits carry value bits
+};
+
+template <bool Wide>
+__attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs& a) {
+    auto count = [](const std::uint16_t* band, int length, unsigned first, unsigned buckets,
+                    std::uint16_t* trees, std::uint16_t delta) {
+#if defined(__x86_64__) || defined(__i386__)
+        if constexpr (Wide) return band_count_avx2(band, length, first, buckets, trees, delta);
+#endif
+        band_count(band, length, first, buckets, trees, delta);
+    };
+    const int n_rows = a.n_rows, n_cols = a.n_cols;
+    const int row_before = a.height / 2, row_after = (a.height - 1) / 2;
+    const int col_before = a.width / 2, col_after = (a.width - 1) / 2;
+    const FilterRegion& region = a.region;
+    const auto minus_one = static_cast<std::uint16_t>(0xFFFF);
+    const unsigned buckets = a.band_buckets;
+    std::uint16_t window[kTreeCounters];
+    for (int s0 = region.col_from; s0 <= region.col_to;) {
+        const int s1 = region.col_to - s0 < kCoarseFineStripOutputs
+                           ? region.col_to
+                           : s0 + kCoarseFineStripOutputs - 1;
+        const int in_lo = std::max(0, s0 - col_before);
+        const int in_hi = std::min(n_cols - 1, s1 + col_after);
+        auto column = [&](int c) {
+            return a.columns + static_cast<std::size_t>(c - in_lo) * kTreeCounters;
+        };
+        auto change_row = [&](int r, std::uint16_t delta) {
+            const std::uint16_t* p = a.copy + static_cast<std::ptrdiff_t>(r) * n_cols + in_lo;
+            std::uint16_t* tree = column(in_lo);
+            for (int c = in_lo; c <= in_hi; ++c, ++p, tree += kTreeCounters) {
+                const unsigned y = (static_cast<unsigned>(*p - a.low) << a.shift) & 0xFFFFu;
+                tree[y >> 12] = static_cast<std::uint16_t>(tree[y >> 12] + delta);
+                tree[16 + (y >> 8)] = static_cast<std::uint16_t>(tree[16 + (y >> 8)] + delta);
+            }
+        };
+        int top = std::max(0, region.row_from - row_before);
+        int bottom = std::min(n_rows - 1, region.row_from + row_after);
+        for (int r = top; r <= bottom; ++r) change_row(r, 1);
+        for (int r = region.row_from;; ++r) {
+            const int rows_in = bottom - top + 1;
+            auto band = [&](int c) {
+                return a.scaled_columns + static_cast<std::ptrdiff_t>(c) * n_rows + top;
+            };
+            int lo = std::max(0, s0 - col_before), hi = std::min(n_cols - 1, s0 + col_after);
+            std::memset(window, 0, sizeof window);
+            for (int c = lo; c <= hi; ++c) tree_move(window, column(c), nullptr);
+            unsigned first = 256;  // no band yet in this row
+            for (int c = s0;; ++c) {
+                unsigned rank = a.rule->rank(rows_in * (hi - lo + 1));
+                const unsigned d0 = find_bin16(window, rank);
+                const unsigned bucket = d0 * 16 + find_bin16(window + 16 + d0 * 16, rank);
+                unsigned y = bucket << 8;
+                if (a.fine) {
+                    if (bucket - first >= buckets) {
+                        // Centre the band on the bucket and count it afresh.
+                        first = std::min(bucket > buckets / 2 ? bucket - buckets / 2 : 0,
+                                         256 - buckets);
+                        clear_trees(a.band_trees, buckets);
+                        for (int j = lo; j <= hi; ++j)
+                            count(band(j), rows_in, first, buckets, a.band_trees, 1);
+                    }
+                    const unsigned at = bucket - first;
+                    const unsigned d2 = find_bin16(a.band_trees + at * 16, rank);
+                    y |= d2 * 16 +
+                         find_bin16(a.band_trees + buckets * 16 + at * 256 + d2 * 16, rank);
+                }
+                const auto result = static_cast<std::uint16_t>(a.low + (y >> a.shift));
+                const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(r) * n_cols + c;
+                if (a.threshold->accepts(a.copy[at], result)) a.image[at] = result;
+                if (c == s1) break;
+                // Slide one column right.
+                const bool leaves = c - col_before >= 0, enters = c + 1 + col_after < n_cols;
+                tree_move(window, enters ? column(hi + 1) : nullptr, leaves ? column(lo) : nullptr);
+                if (a.fine && first < 256) {
+                    if (leaves) count(band(lo), rows_in, first, buckets, a.band_trees, minus_one);
+                    if (enters) count(band(hi + 1), rows_in, first, buckets, a.band_trees, 1);
+                }
+                lo += leaves;
+                hi += enters;
+            }
+            if (r == region.row_to) break;
+            // Move the column counts down one row.
+            if (r + 1 - row_before > top) change_row(top++, minus_one);
+            if (r + 1 + row_after < n_rows) change_row(++bottom, 1);
+        }
+        for (int r = top; r <= bottom; ++r) change_row(r, minus_one);  // zero for the next strip
+        s0 = s1 + 1;
+    }
+}
+
+void coarse_fine_plain(const CoarseFineArgs& a) {
+    coarse_fine_body<false>(a);
+}
+
+#if defined(__x86_64__) || defined(__i386__)
+__attribute__((target("avx2"))) void coarse_fine_avx2(const CoarseFineArgs& a) {
+    coarse_fine_body<true>(a);
+}
+#endif
+
+// The coarse-to-fine path over the region; false (nothing written) for windows of 65536
+// cells or more, whose counts do not fit its 16-bit counters.
+bool filter_rectangle_coarse_fine(std::uint16_t* image, const std::uint16_t* copy, int n_rows,
+                                  int n_cols, int width, int height, const RankRule& rule,
+                                  const Threshold& threshold, const FilterRegion& region,
+                                  const ValueBins& bins) {
+    const int window_rows = std::min(height, n_rows), window_cols = std::min(width, n_cols);
+    if (static_cast<long long>(window_rows) * window_cols >= 65536) return false;
+    const std::size_t pixels = static_cast<std::size_t>(n_rows) * static_cast<std::size_t>(n_cols);
+    const int shift = 16 - bins.bits;
+    const bool fine = bins.bits > 8;
+    // The scaled values column by column (only the band needs them), padded for the
+    // last 64-value read.
+    std::vector<std::uint16_t> scaled(fine ? pixels + 64 : 0);
+    constexpr int kTile = 32;
+    if (fine)
+        for (int r0 = 0; r0 < n_rows; r0 += kTile)
+            for (int c0 = 0; c0 < n_cols; c0 += kTile) {
+                const int r1 = std::min(n_rows, r0 + kTile), c1 = std::min(n_cols, c0 + kTile);
+                for (int c = c0; c < c1; ++c)
+                    for (int r = r0; r < r1; ++r)
+                        scaled[static_cast<std::size_t>(c) * n_rows + r] =
+                            static_cast<std::uint16_t>(
+                                static_cast<unsigned>(
+                                    copy[static_cast<std::size_t>(r) * n_cols + c] - bins.low)
+                                << shift);
+            }
+    const int strip_cols = std::min(n_cols, kCoarseFineStripOutputs + width - 1);
+    std::vector<std::uint16_t> columns(static_cast<std::size_t>(strip_cols) * kTreeCounters, 0);
+    const unsigned buckets = band_buckets(window_rows);
+    std::vector<std::uint16_t> band_trees(fine ? buckets * kTreeCounters : 0);
+    const CoarseFineArgs args{image,   copy,       scaled.data(), columns.data(), band_trees.data(),
+                              buckets, n_rows,     n_cols,        width,          height,
+                              &rule,   &threshold, region,        bins.low,       shift,
+                              fine};
+#if defined(__x86_64__) || defined(__i386__)
+    if (processor_has_avx2_lanes()) {
+        coarse_fine_avx2(args);
+        return true;
+    }
+#endif
+    coarse_fine_plain(args);
+    return true;
+}
+#else
+bool filter_rectangle_coarse_fine(std::uint16_t*, const std::uint16_t*, int, int, int, int,
+                                  const RankRule&, const Threshold&, const FilterRegion&,
+                                  const ValueBins&) {
+    return false;
+}
+#endif
+
 // The percentile filter on the full rectangle by a histogram path. Returns false when
 // the path cannot take this window (column path: a window too wide for its memory bound
 // or taller than 65535 rows).
@@ -619,7 +956,13 @@ bool filter_rectangle_rank(std::uint16_t* image, const std::uint16_t* copy, int 
             return true;
     const std::size_t pixels = static_cast<std::size_t>(n_rows) * static_cast<std::size_t>(n_cols);
     const ValueBins bins = value_bins(copy, pixels);
-    if (path == RankPath::automatic || path == RankPath::selection_network)
+    const bool short_window = height <= kRowBeforeCoarseFine && bins.bits > 8;
+    if (path == RankPath::coarse_fine || (path == RankPath::automatic && !short_window))
+        if (filter_rectangle_coarse_fine(image, copy, n_rows, n_cols, width, height, rule,
+                                         threshold, region, bins))
+            return true;
+    if (path == RankPath::automatic || path == RankPath::selection_network ||
+        path == RankPath::coarse_fine)
         path = height <= kRowHistogramMaxHeight[bins.levels - 1] ? RankPath::row_histogram
                                                                  : RankPath::column_histogram;
     if (path == RankPath::column_histogram && height < 65536) {
@@ -650,9 +993,9 @@ int run_image_filter(std::uint16_t* image, int n_rows, int n_cols, FilterKind ki
     const int m = sampling_window_cells(n_cols, width, height, shape, cells);
     if (m < 0) return ZEMATH_ERR_GENERAL;
     if (m == 0) return ZEMATH_OK;
-    const bool histogram_forced = path == RankPath::row_histogram ||
-                                  path == RankPath::column_histogram ||
-                                  path == RankPath::selection_network;
+    const bool histogram_forced =
+        path == RankPath::row_histogram || path == RankPath::column_histogram ||
+        path == RankPath::selection_network || path == RankPath::coarse_fine;
     if (histogram_forced && (kind != FilterKind::percentile || shape != kWindowRectangle))
         return ZEMATH_ERR_GENERAL;
     std::unique_ptr<MathOperatorBase<std::uint16_t>> op;

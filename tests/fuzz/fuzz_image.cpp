@@ -88,10 +88,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
                         require(image[k] >= *lo && image[k] <= *hi);
                     }
             }
-            // The rectangle percentile filter: the row and column histogram paths, the
-            // selection network (interiors of 32 pixels and more) and the automatic choice give the
-            // operator's result pixel for pixel, also for windows larger than the image. rows and
-            // cols may be any int here (INT_MIN included): the last index only for a real image.
+            // The rectangle percentile filter: the row, column and coarse-to-fine histogram
+            // paths, the selection network (interiors of 32 pixels and more) and the automatic
+            // choice give the operator's result pixel for pixel, also for windows larger than the
+            // image. rows and cols may be any int here (INT_MIN included): the last index only for
+            // a real image.
             const int rt = r1 == -1 && rows >= 1 ? rows - 1 : r1;
             const int ct = c1 == -1 && cols >= 1 ? cols - 1 : c1;
             const bool valid_region = rows >= 1 && cols >= 1 && r0 >= 0 && c0 >= 0 && r0 <= rt &&
@@ -112,6 +113,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
                 require(filtered(zemath::RankPath::row_histogram) == expected);
                 require(filtered(zemath::RankPath::column_histogram) == expected);
                 require(filtered(zemath::RankPath::selection_network) == expected);
+                require(filtered(zemath::RankPath::coarse_fine) == expected);
                 require(filtered(zemath::RankPath::automatic) == expected);
             }
             break;

@@ -113,6 +113,15 @@ TEST(ImageFilters, HistogramPathsMatchTheOperator) {
         {20, 77, 5, 5, 4000, {0, 4, 19, 76}, 80.0, -10.0},   // moves of at most T
         {20, 77, 3, 3, 65535, {5, 2, 5, 40}, 50.0, 0.0},     // a one-row region
         {20, 77, 3, 3, 65535, {5, 2, 9, 33}, 50.0, 0.0},     // exactly one block of lanes
+        // Coarse-to-fine path: more than one strip of output columns, value ranges of 9
+        // bits (lower levels with few values), and windows tall enough for the narrowest
+        // band of buckets.
+        {6, 1100, 15, 5, 65535, {0, 0, 5, 1099}, 50.0, 0.0},
+        {6, 1100, 9, 3, 65535, {1, 3, 4, 1090}, 20.0, 0.0},
+        {40, 60, 13, 13, 511, {0, 0, 39, 59}, 50.0, 0.0},
+        {40, 60, 13, 13, 256, {0, 0, 39, 59}, 60.0, 0.0},
+        {140, 30, 9, 131, 65535, {0, 0, 139, 29}, 50.0, 0.0},
+        {140, 30, 9, 131, 65535, {3, 4, 120, 26}, 99.0, 5.0},
     };
     std::mt19937 gen(7);
     for (const PathCase& c : cases) {
@@ -124,8 +133,9 @@ TEST(ImageFilters, HistogramPathsMatchTheOperator) {
             run_image_filter(expected.data(), c.rows, c.cols, FilterKind::percentile, c.percent,
                              c.width, c.height, 0, c.threshold, c.region, RankPath::generic),
             0);
-        for (const RankPath path : {RankPath::row_histogram, RankPath::column_histogram,
-                                    RankPath::selection_network, RankPath::automatic}) {
+        for (const RankPath path :
+             {RankPath::row_histogram, RankPath::column_histogram, RankPath::selection_network,
+              RankPath::coarse_fine, RankPath::automatic}) {
             std::vector<std::uint16_t> image = original;
             ASSERT_EQ(
                 run_image_filter(image.data(), c.rows, c.cols, FilterKind::percentile, c.percent,
@@ -148,6 +158,58 @@ TEST(ImageFilters, HistogramPathsMatchTheOperator) {
     EXPECT_EQ(run_image_filter(image.data(), 5, 5, FilterKind::percentile, 50.0, 3, 3, 2, 0.0, all,
                                RankPath::selection_network),
               -1);
+    EXPECT_EQ(run_image_filter(image.data(), 5, 5, FilterKind::conserve, 0.0, 3, 3, 0, 0.0, all,
+                               RankPath::coarse_fine),
+              -1);
+}
+
+// The coarse-to-fine path against the operator for ranks across the whole window, on
+// value distributions that move its band of buckets in different ways: uniform over 16
+// bits, most values in one bucket with a few far away, two clusters far apart (the rank
+// jumping between them), and a smooth ramp with noise.
+TEST(ImageFilters, CoarseFineGivesEveryRankOfTheOperator) {
+    struct Setting {
+        int width, height, kind;
+    };
+    const Setting settings[] = {{7, 7, 0},   {16, 16, 0}, {5, 40, 0}, {40, 5, 0},
+                                {15, 15, 1}, {15, 15, 2}, {11, 21, 3}};
+    const int rows = 48, cols = 70;
+    std::mt19937 gen(23);
+    for (const Setting& s : settings) {
+        std::vector<std::uint16_t> original(static_cast<std::size_t>(rows) * cols);
+        for (std::size_t k = 0; k < original.size(); ++k) {
+            const unsigned u = gen();
+            switch (s.kind) {
+                case 0:
+                    original[k] = static_cast<std::uint16_t>(u);
+                    break;
+                case 1:  // one bucket of 256 values, one value in 50 anywhere
+                    original[k] =
+                        static_cast<std::uint16_t>(u % 50 == 0 ? u >> 8 : 30000 + u % 200);
+                    break;
+                case 2:  // two clusters
+                    original[k] =
+                        static_cast<std::uint16_t>((u & 1 ? 60000 : 100) + (u >> 1) % 300);
+                    break;
+                default:  // ramp along the row
+                    original[k] = static_cast<std::uint16_t>(k % cols * 900 + u % 2000);
+            }
+        }
+        const FilterRegion all{0, 0, rows - 1, cols - 1};
+        const int m = s.width * s.height;
+        for (int rank = 0; rank < m; rank += std::max(1, m / 9)) {
+            const double percent = 100.0 * (rank + 1.5) / m;
+            std::vector<std::uint16_t> expected = original, image = original;
+            ASSERT_EQ(run_image_filter(expected.data(), rows, cols, FilterKind::percentile, percent,
+                                       s.width, s.height, 0, 0.0, all, RankPath::generic),
+                      0);
+            ASSERT_EQ(run_image_filter(image.data(), rows, cols, FilterKind::percentile, percent,
+                                       s.width, s.height, 0, 0.0, all, RankPath::coarse_fine),
+                      0);
+            ASSERT_EQ(image, expected)
+                << s.width << "x" << s.height << " window, data " << s.kind << ", rank " << rank;
+        }
+    }
 }
 
 // The selection network is pruned to the one output position wanted: every rank of each
