@@ -184,8 +184,19 @@ void s14bac(double a, double x, double /*tol*/, double* p, double* q, NagError* 
         *q = tails->upper;
         return;
     }
-    *p = boost::math::gamma_p(a, x, numeric::BoostPolicy());
-    *q = boost::math::gamma_q(a, x, numeric::BoostPolicy());
+    // One extended evaluation from shape 1 on: the side below about 1/2 (the median lies
+    // within 1/3 of a), the other as 1 minus it (at least about 1/2, so within an ulp).
+    // Smaller shapes (x subnormal, or a tail below the normal range) take both.
+    if (a < 1.0) {
+        *p = boost::math::gamma_p(a, x, numeric::BoostPolicy());
+        *q = boost::math::gamma_q(a, x, numeric::BoostPolicy());
+    } else if (x < a) {
+        *p = boost::math::gamma_p(a, x, numeric::BoostPolicy());
+        *q = 1.0 - *p;
+    } else {
+        *q = boost::math::gamma_q(a, x, numeric::BoostPolicy());
+        *p = 1.0 - *q;
+    }
     if (!std::isfinite(*p) || !std::isfinite(*q)) fail->set(NE_CONV);
 }
 
