@@ -14,7 +14,11 @@ Writes
       shapes on both sides of the Taylor form's end x = 1.5 and down to x = 1e-300; shapes
       1 .. 16 where the direct prefactor and Stirling's form meet; the body (x within
       6 sqrt(a) of a) and the tails of shapes up to 1000 and past it; far tails near the
-      decline of the prefactor (e^-700). Rows whose P or Q is subnormal are left out.
+      decline of the prefactor (e^-700); the ends of Temme's region (|eta| = 1/2, and
+      x/a = 0.818, 1.222 where the deviance changes form) for shapes 100 .. 1e6. Rows
+      whose P or Q is subnormal are left out.
+      Also kTemmeOrders, kTemme: the coefficients of Temme's uniform expansion (see
+      temme_coefficients), and the expansion's truncation error against mpmath is printed.
 Run: /usr/bin/python3 tests/reference/gen_incomplete_gamma.py
 """
 import math
@@ -42,9 +46,117 @@ def reciprocal_gamma_fit():
              f"constexpr double kReciprocalGammaFit[{len(poly)}] = {{"]
     lines += [f"    {float(c)!r}," for c in poly]
     lines.append("};")
+    lines += temme_lines()
     path = os.path.join(ROOT, "src", "platform", "numeric", "incomplete_gamma_coefficients.inc")
     with open(path, "w") as f:
         f.write("\n".join(lines) + "\n")
+
+
+# ---- Temme's uniform expansion -------------------------------------------------------------
+# Q(a, x) = erfc(eta sqrt(a/2)) / 2 + e^(-a eta^2 / 2) / sqrt(2 pi a) sum_k c_k(eta) a^-k,
+# lambda = x / a, eta^2 / 2 = lambda - 1 - ln lambda (eta with the sign of lambda - 1),
+#     c_0(eta) = 1/(lambda - 1) - 1/eta,
+#     c_k(eta) = (1/eta) c_{k-1}'(eta) + (-1)^k g_k / (lambda - 1),
+# g_k the coefficients of Stirling's series Gamma*(z) ~ sum g_k z^-k. The c_k are formed as
+# power series in eta in exact rational arithmetic: lambda - 1 = mu(eta) by reverting
+# eta = mu sqrt(1 - 2 mu/3 + 2 mu^2/4 - ...), the 1/eta terms of each recurrence step
+# cancelling exactly (checked). Kept: c_0 .. c_{TEMME_K-1}, each to the order beyond which
+# its terms stay below 1e-20 for |eta| <= 1/2 and a >= 100 (the kernel's region).
+TEMME_ORDERS = 28
+TEMME_K = 8
+TEMME_ETA_MAX = 0.5
+TEMME_SHAPE_MIN = 100
+
+
+def temme_coefficients():
+    from fractions import Fraction as F
+    N = TEMME_ORDERS
+
+    def mul(a, b):
+        r = [F(0)] * N
+        for i, x in enumerate(a):
+            if x:
+                for j in range(N - i):
+                    if b[j]:
+                        r[i + j] += x * b[j]
+        return r
+
+    c = [F(1)] + [F((-1) ** j * 2, j + 2) for j in range(1, N)]
+    s = [F(1)] + [F(0)] * (N - 1)
+    for n in range(1, N):
+        s[n] = (c[n] - sum(s[i] * s[n - i] for i in range(1, n))) / 2
+    eta_of_mu = [F(0)] + s[:N - 1]
+    mu = [F(0), F(1)] + [F(0)] * (N - 2)
+    for _ in range(N):
+        pw = mul(mu, mu)
+        new = [F(0), F(1)] + [F(0)] * (N - 2)
+        for k in range(2, N):
+            new = [x - eta_of_mu[k] * y for x, y in zip(new, pw)]
+            pw = mul(pw, mu)
+        if new == mu:
+            break
+        mu = new
+    m1 = mu[1:] + [F(0)]
+    r = [F(1)] + [F(0)] * (N - 1)
+    for n in range(1, N):
+        r[n] = -sum(m1[i] * r[n - i] for i in range(1, n + 1))
+    e = [F(0)] * (TEMME_K + 2)
+    for j in range(1, TEMME_K):
+        if 2 * j - 1 <= TEMME_K + 1:
+            b = mp.bernfrac(2 * j)
+            e[2 * j - 1] = F(int(b[0]), int(b[1])) / (2 * j * (2 * j - 1))
+    g = [F(1)] + [F(0)] * (TEMME_K + 1)
+    for n in range(1, TEMME_K + 2):
+        g[n] = sum(k * e[k] * g[n - k] for k in range(1, n + 1)) / n
+    cs = [[r[n + 1] for n in range(N - 1)]]
+    for k in range(1, TEMME_K):
+        prev = cs[-1]
+        assert prev[1] + (-1) ** k * g[k] == 0, "the 1/eta terms must cancel"
+        cs.append([(n + 2) * prev[n + 2] + (-1) ** k * g[k] * r[n + 1] for n in range(len(prev) - 2)])
+    kept = []
+    for k, ck in enumerate(cs):
+        size = [abs(float(c)) * TEMME_ETA_MAX ** n / TEMME_SHAPE_MIN ** k for n, c in enumerate(ck)]
+        top = max(n for n, v in enumerate(size) if v >= 1e-20 or n == 0)
+        # The orders beyond those formed must be negligible too: the last formed one is.
+        assert size[-1] < 1e-20, (k, size[-1])
+        kept.append(ck[:top + 1])
+    return kept
+
+
+def temme_check(kept):
+    """The expansion with the kept coefficients (in 50 digits) against mpmath's Q."""
+    worst = 0
+    for a in (100, 137.5, 400, 1000, 1e4):
+        for lam in (0.62, 0.8, 0.95, 0.999, 1.0, 1.001, 1.05, 1.2, 1.5):
+            am, x = mp.mpf(a), mp.mpf(a) * mp.mpf(lam)
+            eta = mp.sign(lam - 1) * mp.sqrt(2 * (x / am - 1 - mp.log(x / am)))
+            if abs(eta) > TEMME_ETA_MAX:
+                continue
+            total = sum(sum(mp.mpf(c.numerator) / c.denominator * eta ** n for n, c in enumerate(ck)) / am ** k
+                        for k, ck in enumerate(kept))
+            q = mp.erfc(eta * mp.sqrt(am / 2)) / 2 + mp.exp(-am * eta ** 2 / 2) / mp.sqrt(2 * mp.pi * am) * total
+            exact = mp.gammainc(am, x, mp.inf, regularized=True)
+            smaller = min(exact, 1 - exact)
+            if smaller < mp.mpf(10) ** -35:
+                continue  # beyond what 50 digits resolve as 1 minus the other side
+            worst = max(worst, abs(q - exact) / smaller)
+    return worst
+
+
+def temme_lines():
+    kept = temme_coefficients()
+    print(f"Temme expansion: {len(kept)} functions c_k, orders {[len(k) for k in kept]}, "
+          f"worst relative error of the truncated expansion {mp.nstr(temme_check(kept), 3)}")
+    width = max(len(k) for k in kept)
+    lines = ["// Temme's uniform expansion of Q: c_k(eta) = sum_n kTemme[k][n] eta^n (zero-padded),",
+             f"// for |eta| <= {TEMME_ETA_MAX} and shapes from {TEMME_SHAPE_MIN} on.",
+             f"constexpr int kTemmeOrders[{len(kept)}] = {{{', '.join(str(len(k)) for k in kept)}}};",
+             f"constexpr double kTemme[{len(kept)}][{width}] = {{"]
+    for ck in kept:
+        vals = [float(c) for c in ck] + [0.0] * (width - len(ck))
+        lines.append("    {" + ", ".join(repr(v) for v in vals) + "},")
+    lines.append("};")
+    return lines
 
 
 rows = []
@@ -108,6 +220,11 @@ def main():
         s = math.sqrt(a)
         for k in (-30, -20, -12, -6, -3, -1, -0.5, -0.1, 0, 0.1, 0.5, 1, 3, 6, 12, 20, 30, 40):
             add(a, a + k * s)
+    # The ends of Temme's region: |eta| = 1/2 (x/a = 0.6089, 1.5224) and the deviance's
+    # change of form (|x - a| = (x + a) / 10).
+    for a in [99.99, 100.0, 150.0, 640.0, 999.5, 1000.5, 3000.0, 1e4, 1e5, 1e6]:
+        for lam in [0.6, 0.6089, 0.62, 0.8, 0.81818, 0.8182, 0.83, 1.2, 1.2222, 1.2223, 1.25, 1.5224, 1.53]:
+            add(a, a * lam)
     # Near the prefactor's decline (x^a e^-x / Gamma(a) about e^-700).
     for a in [2.5, 30.0, 200.0]:
         for x in [a * 0.001, a * 0.01, 600.0 + a, 680.0 + 1.2 * a]:
