@@ -65,7 +65,7 @@ def reciprocal_gamma_fit():
 TEMME_ORDERS = 28
 TEMME_K = 8
 TEMME_ETA_MAX = 0.5
-TEMME_SHAPE_MIN = 100
+TEMME_SHAPE_MIN = 50
 
 
 def temme_coefficients():
@@ -123,17 +123,41 @@ def temme_coefficients():
     return kept
 
 
+# Tiers of the evaluation: for |eta| <= TIERS_ETA[i] and a >= TIERS_SHAPE[j], c_k is summed
+# to the order past which its terms stay below 1e-19 (a thousandth of an ulp of the sum
+# term's scale e^-D / sqrt(2 pi a); c_k left out when all its terms are).
+TIERS_ETA = (0.125, 0.25, 0.5)
+TIERS_SHAPE = (50, 200, 1000, 10000)
+
+
+def tier_orders(kept, eta_max, a_min):
+    orders = []
+    for k, ck in enumerate(kept):
+        big = [n for n, c in enumerate(ck) if abs(float(c)) * eta_max ** n / a_min ** k >= 1e-19]
+        orders.append(max(big) + 1 if big else 0)
+    return orders
+
+
+def tier_of(eta, a):
+    i = next(i for i, e in enumerate(TIERS_ETA) if abs(eta) <= e)
+    j = max(j for j, m in enumerate(TIERS_SHAPE) if a >= m)
+    return i, j
+
+
 def temme_check(kept):
-    """The expansion with the kept coefficients (in 50 digits) against mpmath's Q."""
+    """The expansion with the coefficients kept for each tier (in 50 digits) against mpmath's Q,
+    relative to the smaller tail."""
     worst = 0
-    for a in (100, 137.5, 400, 1000, 1e4):
-        for lam in (0.62, 0.8, 0.95, 0.999, 1.0, 1.001, 1.05, 1.2, 1.5):
+    for a in (50, 64.5, 100, 137.5, 400, 999, 1000, 3000, 1e4, 1e5):
+        for lam in (0.61, 0.62, 0.8, 0.85, 0.88, 0.95, 0.999, 1.0, 1.001, 1.05, 1.12, 1.2, 1.3, 1.5):
             am, x = mp.mpf(a), mp.mpf(a) * mp.mpf(lam)
             eta = mp.sign(lam - 1) * mp.sqrt(2 * (x / am - 1 - mp.log(x / am)))
             if abs(eta) > TEMME_ETA_MAX:
                 continue
-            total = sum(sum(mp.mpf(c.numerator) / c.denominator * eta ** n for n, c in enumerate(ck)) / am ** k
-                        for k, ck in enumerate(kept))
+            i, j = tier_of(float(eta), a)
+            orders = tier_orders(kept, TIERS_ETA[i], TIERS_SHAPE[j])
+            total = sum(sum(mp.mpf(c.numerator) / c.denominator * eta ** n for n, c in enumerate(ck[:m])) / am ** k
+                        for k, (ck, m) in enumerate(zip(kept, orders)))
             q = mp.erfc(eta * mp.sqrt(am / 2)) / 2 + mp.exp(-am * eta ** 2 / 2) / mp.sqrt(2 * mp.pi * am) * total
             exact = mp.gammainc(am, x, mp.inf, regularized=True)
             smaller = min(exact, 1 - exact)
@@ -149,9 +173,16 @@ def temme_lines():
           f"worst relative error of the truncated expansion {mp.nstr(temme_check(kept), 3)}")
     width = max(len(k) for k in kept)
     lines = ["// Temme's uniform expansion of Q: c_k(eta) = sum_n kTemme[k][n] eta^n (zero-padded),",
-             f"// for |eta| <= {TEMME_ETA_MAX} and shapes from {TEMME_SHAPE_MIN} on.",
-             f"constexpr int kTemmeOrders[{len(kept)}] = {{{', '.join(str(len(k)) for k in kept)}}};",
-             f"constexpr double kTemme[{len(kept)}][{width}] = {{"]
+             f"// for |eta| <= {TEMME_ETA_MAX} and shapes from {TEMME_SHAPE_MIN} on; kTemmeOrders[i][j][k]:",
+             "// the terms of c_k summed for |eta| <= kTemmeTierEta[i] and a >= kTemmeTierShape[j].",
+             f"constexpr double kTemmeTierEta[{len(TIERS_ETA)}] = {{{', '.join(repr(float(e)) for e in TIERS_ETA)}}};",
+             f"constexpr double kTemmeTierShape[{len(TIERS_SHAPE)}] = {{{', '.join(repr(float(e)) for e in TIERS_SHAPE)}}};",
+             f"constexpr int kTemmeOrders[{len(TIERS_ETA)}][{len(TIERS_SHAPE)}][{len(kept)}] = {{"]
+    for e in TIERS_ETA:
+        inner = ", ".join("{" + ", ".join(str(o) for o in tier_orders(kept, e, m)) + "}" for m in TIERS_SHAPE)
+        lines.append(f"    {{{inner}}},")
+    lines.append("};")
+    lines.append(f"constexpr double kTemme[{len(kept)}][{width}] = {{")
     for ck in kept:
         vals = [float(c) for c in ck] + [0.0] * (width - len(ck))
         lines.append("    {" + ", ".join(repr(v) for v in vals) + "},")
@@ -222,7 +253,7 @@ def main():
             add(a, a + k * s)
     # The ends of Temme's region: |eta| = 1/2 (x/a = 0.6089, 1.5224) and the deviance's
     # change of form (|x - a| = (x + a) / 10).
-    for a in [99.99, 100.0, 150.0, 640.0, 999.5, 1000.5, 3000.0, 1e4, 1e5, 1e6]:
+    for a in [49.99, 50.0, 77.7, 99.99, 100.0, 150.0, 640.0, 999.5, 1000.5, 3000.0, 1e4, 1e5, 1e6]:
         for lam in [0.6, 0.6089, 0.62, 0.8, 0.81818, 0.8182, 0.83, 1.2, 1.2222, 1.2223, 1.25, 1.5224, 1.53]:
             add(a, a * lam)
     # Near the prefactor's decline (x^a e^-x / Gamma(a) about e^-700).

@@ -12,7 +12,7 @@
 //     recurrence to x >= 20 and the asymptotic expansion with Bernoulli numbers (negative x:
 //     the recurrence upward).
 //   P(a, x), Q(a, x): the double kernel of platform/numeric/incomplete_gamma (the Taylor
-//     form for a < 1 and x <= 1.5, Temme's uniform expansion for a >= 100 near x = a,
+//     form for a < 1 and x <= 1.5, Temme's uniform expansion for a >= 50 near x = a,
 //     otherwise series or continued fraction with the prefactor's exponent in two parts:
 //     within 7e-15 for every shape up to 1000, and beyond where |x - a| < (x + a)/10);
 //     elsewhere (a > 1000 in the tails, x = 0 or subnormal, a tail outside the normal
