@@ -128,7 +128,7 @@ def temme_coefficients():
 # to the order past which its terms stay below 1e-19 (a thousandth of an ulp of the sum
 # term's scale e^-D / sqrt(2 pi a); c_k left out when all its terms are).
 TIERS_ETA = (0.125, 0.25, 0.5)
-TIERS_SHAPE = (50, 200, 1000, 10000)
+TIERS_SHAPE = (50, 100, 200, 1000, 10000)
 
 
 def tier_orders(kept, eta_max, a_min):
