@@ -169,6 +169,24 @@ ZE(incomplete_gamma, gamma_range, incomplete_gamma(5.0, x))
 OWN(incomplete_gamma, gamma_range, zemath_incomplete_gamma(5.0, x))
 BOOST(incomplete_gamma, gamma_range, boost::math::gamma_p(5.0, x))
 GSL(incomplete_gamma, gamma_range, gsl_sf_gamma_inc_P(5.0, x))
+// The incomplete gamma at five shapes, over each shape's body and both tails:
+// x in [max(a - 8 sqrt(a), a / 100), a + 8 sqrt(a) + 4].
+template <int kShapeTimes10>
+const std::vector<double>& shape_range() {
+    constexpr double a = kShapeTimes10 / 10.0;
+    static const std::vector<double> v =
+        grid(std::fmax(a - 8.0 * std::sqrt(a), a / 100.0), a + 8.0 * std::sqrt(a) + 4.0);
+    return v;
+}
+#define INCOMPLETE_GAMMA_AT(tag, tenths)                                                       \
+    ZE(incomplete_gamma_##tag, shape_range<tenths>, incomplete_gamma(tenths / 10.0, x))        \
+    BOOST(incomplete_gamma_##tag, shape_range<tenths>, boost::math::gamma_p(tenths / 10.0, x)) \
+    GSL(incomplete_gamma_##tag, shape_range<tenths>, gsl_sf_gamma_inc_P(tenths / 10.0, x))
+INCOMPLETE_GAMMA_AT(a0_5, 5)
+INCOMPLETE_GAMMA_AT(a5, 50)
+INCOMPLETE_GAMMA_AT(a50, 500)
+INCOMPLETE_GAMMA_AT(a500, 5000)
+INCOMPLETE_GAMMA_AT(a5000, 50000)
 ZE(exp_integral, gamma_range, exp_integral(x))
 OWN(exp_integral, gamma_range, zemath_exp_integral(x))
 BOOST(exp_integral, gamma_range, boost::math::expint(1, x))

@@ -26,7 +26,8 @@ import runner  # noqa: E402
 
 FAMILIES = ("primitives", "sort", "search", "random", "distributions", "statistics",
             "smoothing", "peaks", "interpolation", "rainflow", "emd", "gridding", "image",
-            "quadrature")
+            "quadrature",
+            "special")
 
 
 def call_overhead():

@@ -11,11 +11,13 @@
 //   psi, psi': Boost.Math (rational approximations and reflection); orders 2..6 by the
 //     recurrence to x >= 20 and the asymptotic expansion with Bernoulli numbers (negative x:
 //     the recurrence upward).
-//   P(a, x), Q(a, x): the double kernel of platform/numeric/incomplete_gamma (series or
-//     continued fraction with the prefactor's exponent in two parts, within 4e-15 + 3e-18 a
-//     for a <= 1000); outside its range (a > 1000, a < 1 with x < a + 1, x = 0 or subnormal,
-//     a prefactor below e^-700) Boost.Math in long double (Temme's uniform expansion, series
-//     and continued fraction, the smaller of P and Q computed directly).
+//   P(a, x), Q(a, x): the double kernel of platform/numeric/incomplete_gamma (the Taylor
+//     form for a < 1 and x <= 1.5, Temme's uniform expansion for a >= 50 near x = a,
+//     otherwise series or continued fraction with the prefactor's exponent in two parts:
+//     within 7e-15 for every shape up to 1000, and beyond where |x - a| < (x + a)/10);
+//     elsewhere (a > 1000 in the tails, x = 0 or subnormal, a tail outside the normal
+//     range) Boost.Math in long double, one tail from shape 1 on (the side below about
+//     1/2, the other as 1 minus it), both for smaller shapes.
 // A few ulps except near the zeros of psi, where the error is absolute.
 //
 // Failures (value 0): Gamma at 0 and the negative integers (NE_REAL), for x >= 171.62
@@ -176,16 +178,26 @@ void s14bac(double a, double x, double /*tol*/, double* p, double* q, NagError* 
         *p = 1.0;
         return;
     }
-    // The double kernel where it promises its bound (shapes up to 1000, the prefactor in
-    // the normal range); the extended evaluation elsewhere: in double, Temme's expansion for
-    // large a loses two digits.
+    // The double kernel where it promises its bound (see the opening block); the extended
+    // evaluation elsewhere.
     if (const auto tails = numeric::incomplete_gamma_double(a, x, 0.0)) {
         *p = tails->lower;
         *q = tails->upper;
         return;
     }
-    *p = boost::math::gamma_p(a, x, numeric::BoostPolicy());
-    *q = boost::math::gamma_q(a, x, numeric::BoostPolicy());
+    // One extended evaluation from shape 1 on: the side below about 1/2 (the median lies
+    // within 1/3 of a), the other as 1 minus it (at least about 1/2, so within an ulp).
+    // Smaller shapes (x subnormal, or a tail below the normal range) take both.
+    if (a < 1.0) {
+        *p = boost::math::gamma_p(a, x, numeric::BoostPolicy());
+        *q = boost::math::gamma_q(a, x, numeric::BoostPolicy());
+    } else if (x < a) {
+        *p = boost::math::gamma_p(a, x, numeric::BoostPolicy());
+        *q = 1.0 - *p;
+    } else {
+        *q = boost::math::gamma_q(a, x, numeric::BoostPolicy());
+        *p = 1.0 - *q;
+    }
     if (!std::isfinite(*p) || !std::isfinite(*q)) fail->set(NE_CONV);
 }
 

@@ -1,37 +1,67 @@
-// The regularised incomplete gamma functions in double arithmetic, for shapes 1 .. 100
-// (and the upper side x >= a + 1 of smaller shapes).
+// The regularised incomplete gamma functions in double arithmetic: every shape up to 1000,
+// and larger shapes near x = a (|x - a| < (x + a)/10).
 //
-// Method. The smaller tail is computed directly, the other as 1 minus it (at least 0.36
-// there, so no digit is lost):
-//   x <  a: P(a, x) = g * sum_n x^n / ((a+1)...(a+n))            (all terms positive)
-//   x >= a: Q(a, x) = a g / (x + 1 - a - 1(1 - a)/(x + 3 - a - 2(2 - a)/(...)))
-//           (Legendre's continued fraction, modified Lentz),
-// with the prefactor g = x^a e^-x / Gamma(a + 1). The sum and the fraction are well
-// conditioned (their relative error is a few ulps times the square root of the number of
-// terms, at most about 90 near x = a = 100); the prefactor is where rounding is magnified:
-// its logarithm reaches -700 in the far tails, and an error of d absolute there is an error
-// d relative in the result. So the exponent is formed in two parts:
-//   a < 16:  a ln(x + x_low) - x, the logarithm in two parts (double_double.hpp, 3e-18
-//            absolute), and 1/Gamma(a + 1) outside the exponent from gamma_moderate (a few
-//            ulps: relative accuracy, where its lnGamma would give ulps of values up to 31);
-//   a >= 16: -(a phi(x/a) + stirling_error(a)) - ln sqrt(2 pi a), phi(l) = l - 1 - ln l,
-//            the deviance a phi in two parts (Loader's series when x is within 10% of a,
-//            where it is small and relatively accurate; otherwise x - a and a ln(x/a) in
-//            two parts, 3e-18 a absolute) and Stirling's error term within 3e-17.
-// The argument's own rounding error x_low enters the exponent through its derivative
-// (a/x - 1) x_low; the sum and the fraction do not need it (relative sensitivity below 1).
-// Error bound, relative, on each tail below 1/2: about 3e-15 for a < 16 (the
-// Gamma), 1e-15 + 3e-18 a above, plus the rounding of the sum (2e-15 at a = 100); the
-// tail above 1/2 is within 2 ulps of 1 minus it. Measured against mpmath: see
-// tests/reference/distributions_central_worst_errors.txt.
-// Why 100: the sum and the fraction take up to about 9 sqrt(a) terms at x near a, so beyond
-// a few hundred the extended-precision evaluation (uniform asymptotic expansion) is as fast.
-// References: DLMF 8.7.1 (series), 8.9.2 (continued fraction); Loader (2000), "Fast and
-// accurate computation of binomial probabilities" (the deviance); Press et al., Numerical
-// Recipes, 6.2 (the modified Lentz method).
+// Method, by region (g = x^a e^-x / Gamma(a + 1) the prefactor, D = a phi(x/a) the deviance,
+// phi(l) = l - 1 - ln l, eta = sign(x - a) sqrt(2 D / a)):
+//   a < 1, x <= 1.5: the Taylor form (Gautschi; DiDonato and Morris),
+//       P = x^a / Gamma(1 + a) (1 + a S),  S = sum_{n>=1} (-x)^n / (n! (a + n)),
+//       Q = -expm1(a ln x) - (1/Gamma(1 + a) - 1) x^a - x^a / Gamma(1 + a) a S,
+//     both computed directly. 1 + a S lies in [e^-x, 1] (it is a times the mean of
+//     t^(a-1) e^-xt over [0, 1]), so P is within a few ulps; 1/Gamma(1 + a) - 1 = f h(f) with
+//     h the minimax polynomial of degree 16 from tests/reference/gen_incomplete_gamma.py
+//     (its fit within 1e-20, relative accuracy as a -> 0, where Q ~ a E1(x) is small).
+//     The three terms of Q cancel by at most a factor (|ln x| + 0.58 + Ein(x)) / E1(x),
+//     20 at x = 1.5 and a -> 0 (3 at x = 1): Q is within about 7e-15 there, a few ulps
+//     below x = 1.
+//   a >= 50,  |eta| <= 1/2 (x/a in 0.609 .. 1.522; beyond a = 1000 only where |x - a| <
+//     (x + a)/10): Temme's uniform expansion
+//       Q = erfc(eta sqrt(a/2)) / 2 + e^-D / sqrt(2 pi a) sum_{k<8} c_k(eta) a^-k
+//       (each c_k summed only as far as its terms matter for the tier of |eta| and a),
+//       P = erfc(-eta sqrt(a/2)) / 2 - (the same sum term),
+//     the smaller directly (x >= a: Q), the other as 1 minus it. The c_k are power series
+//     in eta formed exactly by the generator (rational arithmetic, checked against mpmath:
+//     the truncated expansion is within 1.2e-17 of Q over the region, at a = 50). D in two parts,
+//     its low part entering erfc through its slope; the terms do not cancel (the erfc term and the
+//     sum term are of one size): within about 3e-15 (measured 4e-15 at a = 2e4).
+//   otherwise the smaller tail directly, the other as 1 minus it (at least 0.36 there):
+//     x <  a: P = g * sum_n x^n / ((a+1)...(a+n))   (positive terms, summed in pairs: one
+//             division per two terms);
+//     x >= a or a < 1: Q = a g / (x + 1 - a - 1(1 - a)/(x + 3 - a - 2(2 - a)/(...)))
+//             (Legendre's continued fraction by the modified Lentz method: the forward
+//             recurrence of its convergents, division-free, drifts by an ulp every few terms
+//             once converged, 3e-14 after the hundred terms x = 1.7 takes at a = 0.1).
+//     The sum and the fraction are well conditioned (a few ulps times the square root of
+//     the number of terms, which stays below 200 outside Temme's region); the prefactor is
+//     where rounding is magnified (its logarithm reaches -700 in the far tails), so:
+//     a < 16 and x < 690: g = pow(x, a) e^-x (1/Gamma(1 + f)) / (a (a - 1) ... (f + 1)),
+//             f = a - floor(a): pow and exp are within an ulp whatever the size of the
+//             exponent, the factors a - k are exact and 1/Gamma(1 + f) = 1 + f h(f) as
+//             above: about 2 + floor(a)/2 ulps;
+//     a < 16 beyond: the exponent a ln(x + x_low) - x in two parts (double_double.hpp,
+//             3e-18 absolute) and the same 1/Gamma(a + 1);
+//     a >= 16: -(D + stirling_error(a)) - ln sqrt(2 pi a), D in two parts (Loader's series
+//             when x is within 10% of a, its leading term (x - a)^2/(x + a) in two parts and
+//             the rest, below a hundredth of it, in double; otherwise x - a and a ln(x/a) in
+//             two parts, 3e-18 a absolute) and Stirling's error term within 3e-17.
+// The argument's own rounding error x_low enters through the exponent's derivative
+// (a/x - 1) x_low (and a x_low / x in the Taylor form).
+// Error bound, relative, on each tail below 1/2: about 2e-15 for a < 16, 1e-15 + 3e-18 a
+// above, plus the rounding of the sum or fraction (2e-15); the tail above 1/2 is within 2
+// ulps of 1 minus it; the Taylor form and Temme's expansion as stated. Measured against
+// mpmath: tests/reference/incomplete_gamma_ref.inc (tests/platform, both tails: 3.8e-15 on
+// the lower, 6.8e-15 on the upper) and the distribution tables.
+// Why 1000 away from x = a: the deviance's two-part logarithm is 3e-18 a absolute there,
+// 3e-14 at a = 1e4; larger shapes in the tails are left to the extended evaluation.
+// References: DLMF 8.7.1 (series), 8.9.2 (continued fraction), 8.12 (Temme's expansion);
+// W. Gautschi (1979), "A computational procedure for incomplete gamma functions", ACM TOMS
+// 5; N. M. Temme (1979), "The asymptotic expansion of the incomplete gamma functions", SIAM
+// J. Math. Anal. 10; A. R. DiDonato and A. H. Morris (1986), ACM TOMS 12, Algorithm 654 (the
+// Taylor form of Q for small shapes, the regions of Temme's expansion); Loader (2000), "Fast
+// and accurate computation of binomial probabilities" (the deviance).
 #include "platform/numeric/incomplete_gamma.hpp"
 
 #include <cmath>
+#include <iterator>
 #include <numbers>
 
 #include "platform/numeric/stirling.hpp"
@@ -40,21 +70,116 @@ namespace zemath::numeric {
 
 namespace {
 
-constexpr int kMaxTerms = 1000;  // 9 sqrt(100) = 90 are needed at most
+constexpr int kMaxTerms = 1000;  // 9 sqrt(1000) = 285 are needed at most
 constexpr double kStirlingFormFrom = 16.0;
 // Below this exponent the prefactor is subnormal or underflows: declined.
 constexpr double kLowestExponent = -700.0;
+constexpr double kLowestPrefactor = 1e-300;
+// Small shapes: the Taylor form up to here, the continued fraction beyond.
+constexpr double kTaylorFormEnd = 1.5;
+// Temme's expansion: from this shape on, where |eta| <= kTemmeEtaMax (x/a in 0.609 ..
+// 1.522); beyond kGammaDoubleShapeMax only where the deviance is Loader's series (|x - a| <
+// (x + a)/10) and relatively accurate. A deviance past 690 leaves the normal range.
+constexpr double kTemmeShapeMin = 50.0;
+constexpr double kTemmeEtaMax = 0.5;
+constexpr double kTemmeDevianceMax = 690.0;
+// Below this x, e^-x is normal and pow(x, a) e^-x needs no two-part exponent.
+constexpr double kDirectPowerEnd = 690.0;
 
-// sum_n x^n / ((a+1)...(a+n)), x < a: terms shrink from the first.
+#include "platform/numeric/incomplete_gamma_coefficients.inc"
+
+// 1/Gamma(1 + f) - 1, 0 <= f <= 1: relatively accurate as f -> 0.
+double reciprocal_gamma_1p_minus_1(double f) {
+    double h = kReciprocalGammaFit[0];
+    for (int k = 1; k < static_cast<int>(std::size(kReciprocalGammaFit)); ++k)
+        h = h * f + kReciprocalGammaFit[k];
+    return f * h;
+}
+
+// 1/Gamma(a + 1), 0 < a < 16: 1/Gamma(1 + f) over the exact factors a - k, k < floor(a).
+double reciprocal_gamma_1p(double a) {
+    const double whole = std::floor(a);
+    const double f = a - whole;  // exact
+    double product = 1.0;
+    for (double k = 0.0; k < whole; k += 1.0) product *= a - k;  // each factor exact
+    return (1.0 + reciprocal_gamma_1p_minus_1(f)) / product;
+}
+
+// sum_n x^n / ((a+1)...(a+n)), x < a: terms shrink from the first. In pairs: with p the
+// last term, the next two add p x (a + n + 1 + x) / ((a + n)(a + n + 1)).
 double lower_series(double a, double x, bool* converged) {
-    double term = 1.0, sum = 1.0;
-    for (int n = 1; n <= kMaxTerms; ++n) {
-        term *= x / (a + n);
-        sum += term;
-        if (term <= sum * 0x1p-55) return sum;
+    double p = 1.0, sum = 1.0;
+    for (int n = 1; n <= kMaxTerms; n += 2) {
+        const double c = a + n;
+        const double r = x / (c * (c + 1.0));
+        const double pair = p * r * (c + 1.0 + x);
+        p *= r * x;
+        sum += pair;
+        if (pair <= sum * 0x1p-55) return sum;
     }
     *converged = false;
     return sum;
+}
+
+// Temme's uniform expansion (see the opening block): both tails at a >= kTemmeShapeMin
+// with |eta| <= kTemmeEtaMax, from the deviance D = a eta^2 / 2 in two parts.
+std::optional<GammaTails> temme_expansion(double a, double x, TwoPart deviance) {
+    constexpr double kInvSqrtPi = 0.56418958354775628695;
+    constexpr double kInvSqrtTwoPi = 0.39894228040143267794;
+    if (!(deviance.hi < kTemmeDevianceMax)) return std::nullopt;
+    const double z = std::sqrt(deviance.hi);  // |eta| sqrt(a/2)
+    const double eta = (x >= a ? 1.0 : -1.0) * z * std::sqrt(2.0 / a);
+    // sum_k c_k(eta) a^-k, each c_k by Horner in eta to the order its tier needs.
+    const double size = std::fabs(eta);
+    const int i = size <= kTemmeTierEta[0] ? 0 : (size <= kTemmeTierEta[1] ? 1 : 2);
+    int j = 0;
+    while (j + 1 < static_cast<int>(std::size(kTemmeTierShape)) && a >= kTemmeTierShape[j + 1]) ++j;
+    const int(&orders)[std::size(kTemme)] = kTemmeOrders[i][j];
+    const double inv = 1.0 / a;
+    double total = 0.0;
+    for (int k = static_cast<int>(std::size(kTemme)) - 1; k >= 0; --k) {
+        double c = 0.0;
+        for (int n = orders[k] - 1; n >= 0; --n) c = c * eta + kTemme[k][n];
+        total = total * inv + c;
+    }
+    const double e = exp_two_part(negate(deviance));  // e^(-a eta^2 / 2)
+    const double r = e * kInvSqrtTwoPi / std::sqrt(a) * total;
+    // erfc(z + dz) / 2 with z + dz = sqrt(D) to twice the precision: the first-order term
+    // -e^(-D) dz / sqrt(pi) carries D's low part (erfc's relative slope is 2z, up to 75).
+    const double dz = z > 0.0 ? (std::fma(-z, z, deviance.hi) + deviance.lo) / (2.0 * z) : 0.0;
+    const double half_erfc = 0.5 * std::erfc(z) - e * dz * kInvSqrtPi;
+    const double density = e * std::sqrt(a) * kInvSqrtTwoPi * std::exp(-stirling_error(a));
+    if (x >= a) {
+        const double upper = half_erfc + r;
+        if (!(upper >= kLowestPrefactor)) return std::nullopt;
+        return GammaTails{1.0 - upper, upper, density};
+    }
+    const double lower = half_erfc - r;
+    if (!(lower >= kLowestPrefactor)) return std::nullopt;
+    return GammaTails{lower, 1.0 - lower, density};
+}
+
+// The Taylor form for a < 1, x <= kTaylorFormEnd (see the opening block).
+GammaTails small_shape_taylor(double a, double x, double x_low) {
+    double term = 1.0, sum = 0.0;  // S = sum (-x)^n / (n! (a + n))
+    for (int n = 1; n < 40; ++n) {
+        term *= -x / n;
+        const double t = term / (a + n);
+        sum += t;
+        if (std::fabs(t) <= 0x1p-56 * std::fabs(sum)) break;
+    }
+    // x^a by pow (within an ulp whatever a ln x is: exp(a ln x) would carry the rounding of
+    // a ln x, up to 700 ulps of it, into P); 1 - x^a by expm1 where |a ln x| is small.
+    const double relative_low = x_low / x;
+    const double a_log_x = a * (std::log(x) + relative_low);
+    const double x_a = std::pow(x, a) * (1.0 + a * relative_low);
+    const double one_minus_x_a = std::fabs(a_log_x) < 0.5 ? -std::expm1(a_log_x) : 1.0 - x_a;
+    const double g1 = reciprocal_gamma_1p_minus_1(a);
+    const double lead = x_a * (1.0 + g1);  // x^a / Gamma(1 + a)
+    const double as = a * sum;
+    const double lower = lead * (1.0 + as);
+    const double upper = one_minus_x_a - g1 * x_a - lead * as;
+    return {lower, upper, a * lead * std::exp(-x)};
 }
 
 }  // namespace
@@ -86,9 +211,14 @@ TwoPart gamma_deviance(double a, double x, double x_low) {
     const double slope = 1.0 - a / x;
     if (std::fabs(d) < 0.1 * (x + a)) {
         // a ln(a/x) + x - a = (a - x) v + 2a (v^3/3 + v^5/5 + ...), v = (a - x)/(a + x).
-        const double v = -d / (x + a);
+        // The leading term d^2 / (x + a) in two parts (it is most of the deviance, which
+        // reaches 700 in the far tails: rounded once it would be 1e-13 off there); the rest,
+        // below v^2 / 3 of it, in double.
+        const TwoPart total = two_sum(x, a);
+        const TwoPart lead = divide(two_product(d, d), total);
+        const double v = -d / total.hi;
         const double v2 = v * v;
-        double s = -d * v, e = 2.0 * a * v;
+        double s = 0.0, e = 2.0 * a * v;
         for (int j = 1; j < 60; ++j) {
             e *= v2;
             const double term = e / (2 * j + 1);
@@ -96,7 +226,7 @@ TwoPart gamma_deviance(double a, double x, double x_low) {
             if (next == s) break;
             s = next;
         }
-        return two_sum(s, slope * x_low);
+        return add(lead, two_sum(s, slope * x_low));
     }
     const double q = x / a;
     const double q_low = (std::fma(-q, a, x) + x_low) / a;
@@ -106,23 +236,44 @@ TwoPart gamma_deviance(double a, double x, double x_low) {
 }
 
 std::optional<GammaTails> incomplete_gamma_double(double a, double x, double x_low) {
-    if (!(a > 0.0 && a <= kGammaDoubleShapeMax) || !std::isnormal(x) || !std::isfinite(x))
+    if (!(a > 0.0 && a < kGammaTemmeShapeMax) || !std::isnormal(x) || !std::isfinite(x))
         return std::nullopt;
-    const bool upper = x >= a;
-    if (a < 1.0 && x < a + 1.0) return std::nullopt;
-    // The exponent of g = x^a e^-x / Gamma(a + 1).
-    TwoPart exponent{};
-    double scale = 1.0;
-    if (a < kStirlingFormFrom) {
-        const TwoPart a_log_x = multiply(TwoPart{a, 0.0}, log_two_part(x, x_low));
-        exponent = add(a_log_x, TwoPart{-x, -x_low});
-        scale = 1.0 / (a * gamma_moderate(a));
-    } else {
-        exponent = negate(add(gamma_deviance(a, x, x_low), TwoPart{stirling_error(a), 0.0}));
-        scale = 1.0 / std::sqrt(2.0 * std::numbers::pi * a);
+    if (a >= kTemmeShapeMin) {
+        const bool near = std::fabs(x - a) < 0.1 * (x + a);
+        if (near || a <= kGammaDoubleShapeMax) {
+            const TwoPart deviance = gamma_deviance(a, x, x_low);
+            if (deviance.hi <= 0.5 * kTemmeEtaMax * kTemmeEtaMax * a)
+                return temme_expansion(a, x, deviance);
+        }
+        if (a > kGammaDoubleShapeMax) return std::nullopt;
     }
-    if (exponent.hi < kLowestExponent) return std::nullopt;
-    const double g = exp_two_part(exponent) * scale;
+    if (a < 1.0 && x <= kTaylorFormEnd) {
+        const GammaTails tails = small_shape_taylor(a, x, x_low);
+        if (!(tails.lower >= 0x1p-1022 && tails.upper >= 0x1p-1022)) return std::nullopt;
+        return tails;
+    }
+    const bool upper = x >= a || a < 1.0;
+    // g = x^a e^-x / Gamma(a + 1).
+    double g = 0.0;
+    if (a < kStirlingFormFrom && x < kDirectPowerEnd) {
+        g = std::pow(x, a) * std::exp(-x) * reciprocal_gamma_1p(a) * (1.0 + (a / x - 1.0) * x_low);
+    } else {
+        TwoPart exponent{};
+        double scale = 1.0;
+        if (a < kStirlingFormFrom) {
+            const TwoPart a_log_x = multiply(TwoPart{a, 0.0}, log_two_part(x, x_low));
+            exponent = add(a_log_x, TwoPart{-x, -x_low});
+            scale = reciprocal_gamma_1p(a);
+        } else {
+            exponent = negate(add(gamma_deviance(a, x, x_low), TwoPart{stirling_error(a), 0.0}));
+            scale = 1.0 / std::sqrt(2.0 * std::numbers::pi * a);
+        }
+        if (exponent.hi < kLowestExponent) return std::nullopt;
+        g = exp_two_part(exponent) * scale;
+    }
+    // A smaller prefactor would leave the tails' normal range (the fraction is at least
+    // 1/(x + 1), x < 710 here).
+    if (!(g >= kLowestPrefactor)) return std::nullopt;
     bool converged = true;
     double tail = 0.0;
     if (upper) {

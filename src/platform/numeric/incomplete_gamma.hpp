@@ -15,14 +15,17 @@ struct GammaTails {
     double x_density;  // x times the density x^(a-1) e^-x / Gamma(a)
 };
 
-// The largest shape the double evaluation takes (see incomplete_gamma.cpp for why).
+// The largest shape the double evaluation takes everywhere (see incomplete_gamma.cpp for
+// why); larger shapes, below kGammaTemmeShapeMax, only near x = a (|x - a| < (x + a)/10,
+// where Temme's uniform expansion is used).
 inline constexpr double kGammaDoubleShapeMax = 1000.0;
+inline constexpr double kGammaTemmeShapeMax = 1e300;
 
 // P and Q at a and x + x_low (x_low: the rounding error of a computed argument, below an
-// ulp of x), for 1 <= a <= kGammaDoubleShapeMax, or a < 1 with x >= a + 1; x normal and
+// ulp of x), for 0 < a <= kGammaDoubleShapeMax, and larger a as above; x normal and
 // finite. Empty where the double evaluation does not promise its bound: the shape or x
-// outside that range, a result whose prefactor leaves the normal range, a series or fraction
-// past its cap.
+// outside that range, a result (or the smaller tail) outside the normal range, a series or
+// fraction past its cap.
 std::optional<GammaTails> incomplete_gamma_double(double a, double x, double x_low);
 
 // a phi(x/a) = (x - a) - a ln(x/a), the deviance of x from a, at x + x_low, in two parts.
