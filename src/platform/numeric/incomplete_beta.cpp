@@ -55,6 +55,8 @@ namespace {
 constexpr double kStirlingFormFrom = 16.0;
 constexpr int kMaxTerms = 2000;  // about 10 sqrt(1000) = 320 are needed at most
 constexpr double kLowestExponent = -700.0;
+// Below ln(2^-1075) a positive value rounds to 0 (with a margin for the bound's own rounding).
+constexpr double kLogHalfSmallestSubnormal = -745.2;
 constexpr double kMostComplemented = 0.9;
 
 // The exponent of the prefactor g = x^a y^b / B(a, b), in two parts, and the factor outside it.
@@ -98,8 +100,14 @@ ShiftedGamma shifted_gamma(double v) {
     }
     const double m = v < kStirlingFormFrom ? std::ceil(kStirlingFormFrom - v) : 0.0;
     const TwoPart shifted = two_sum(v, m);
-    double product = 1.0;
-    for (double j = 0.0; j < m; j += 1.0) product *= v + j;
+    // The m factors v + j in two interleaved chains (half the dependent multiplications).
+    double even = 1.0, odd = 1.0, j = 0.0;
+    for (; j + 1.0 < m; j += 2.0) {
+        even *= v + j;
+        odd *= v + (j + 1.0);
+    }
+    if (j < m) even *= v + j;
+    const double product = even * odd;
     const double big = shifted.hi;
     const TwoPart log_big = log_two_part(big, 0.0);
     const TwoPart exponent = add(add(multiply(TwoPart{big, 0.0}, log_big), TwoPart{-big, 0.0}),
@@ -145,33 +153,40 @@ Prefactor prefactor(double a, double b, TwoPart x, TwoPart y) {
 }
 
 // The continued fraction F(a, b, x) of I_x(a, b) = g F / a, x < (a + 1)/(a + b + 2);
-// first = 1 + a y - b x, formed by the caller without cancellation.
+// first = 1 + a y - b x, formed by the caller without cancellation. F = 1 / G with
+// G = 1 + d_1 / (1 + d_2 / (1 + ...)), 1 + d_1 = first / (a + 1), by the forward recurrence of
+// G's convergents A_k / B_k (A_k = A_{k-1} + d_k A_{k-2}, the same for B): two multiply-adds
+// per term on the dependent chain instead of the modified Lentz method's two divisions, the
+// coefficients d_k (divisions of their own) off that chain. The pairs are rescaled by 2^-600
+// or 2^600 (exactly) when they leave [2^-600, 2^600], and the quotient is taken once per pair
+// of terms, where Lentz tested the ratio of successive convergents against 1.
 double fraction(double a, double b, double x, double first, bool* converged) {
-    constexpr double kTiny = 1e-300;
+    constexpr double kBig = 0x1p600, kSmall = 0x1p-600;
     const double qab = a + b, qap = a + 1.0, qam = a - 1.0;
-    double c = 1.0;
-    double d = first / qap;
-    if (std::fabs(d) < kTiny) d = kTiny;
-    d = 1.0 / d;
-    double h = d;
+    double a_prev = 1.0, b_prev = 1.0;        // A_0, B_0
+    double a_cur = first / qap, b_cur = 1.0;  // A_1, B_1
+    double h = b_cur / a_cur;
     for (int m = 1; m <= kMaxTerms; ++m) {
         const double m2 = 2.0 * m;
-        double aa = m * (b - m) * x / ((qam + m2) * (a + m2));
-        d = aa * d + 1.0;
-        if (std::fabs(d) < kTiny) d = kTiny;
-        c = 1.0 + aa / c;
-        if (std::fabs(c) < kTiny) c = kTiny;
-        d = 1.0 / d;
-        h *= d * c;
-        aa = -(a + m) * (qab + m) * x / ((a + m2) * (qap + m2));
-        d = aa * d + 1.0;
-        if (std::fabs(d) < kTiny) d = kTiny;
-        c = 1.0 + aa / c;
-        if (std::fabs(c) < kTiny) c = kTiny;
-        d = 1.0 / d;
-        const double delta = d * c;
-        h *= delta;
-        if (std::fabs(delta - 1.0) <= 0x1p-54) return h;
+        const double odd = m * (b - m) * x / ((qam + m2) * (a + m2));
+        const double even = -(a + m) * (qab + m) * x / ((a + m2) * (qap + m2));
+        const double a_odd = a_cur + odd * a_prev, b_odd = b_cur + odd * b_prev;  // k = 2m
+        a_prev = a_odd;
+        b_prev = b_odd;
+        a_cur = a_odd + even * a_cur;  // k = 2m + 1
+        b_cur = b_odd + even * b_cur;
+        const double scale = std::max(std::fabs(a_cur), std::fabs(b_cur));
+        if (scale > kBig || scale < kSmall) {
+            if (!(scale > 0.0) || !std::isfinite(scale)) break;
+            const double by = scale > kBig ? kSmall : kBig;
+            a_cur *= by;
+            b_cur *= by;
+            a_prev *= by;
+            b_prev *= by;
+        }
+        const double next = b_cur / a_cur;
+        if (std::fabs(next - h) <= 0x1p-54 * std::fabs(next)) return next;
+        h = next;
     }
     *converged = false;
     return h;
@@ -190,10 +205,20 @@ std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPar
         !std::isnormal(x.hi) || !std::isnormal(y.hi))
         return std::nullopt;
     const Prefactor pre = prefactor(a, b, x, y);
-    if (!(pre.exponent.hi > kLowestExponent)) return std::nullopt;
+    const bool lower_direct = x.hi * (a + b + 2.0) < a + 1.0;
+    if (!(pre.exponent.hi > kLowestExponent)) {
+        // The direct side is g / a F (g / b F above the switch point) with F = 2F1(a + b, 1;
+        // a + 1; x), a series of positive terms whose ratios stay below max(1, (a + b)/(a + 1)) x
+        // < 1 - 1/(a + b + 2) there: F <= a + b + 2. Where that bound leaves the side below half
+        // the smallest subnormal (e^-745.13), it rounds to 0 and the other side to 1 exactly.
+        const double shape = lower_direct ? a : b;
+        const double log_bound =
+            pre.exponent.hi + std::log(pre.scale) - std::log(shape) + std::log(a + b + 2.0);
+        if (!(log_bound < kLogHalfSmallestSubnormal)) return std::nullopt;
+        return lower_direct ? BetaTailsDouble{0.0, 1.0, 0.0} : BetaTailsDouble{1.0, 0.0, 0.0};
+    }
     const double g = exp_two_part(pre.exponent) * pre.scale;
     bool converged = true;
-    const bool lower_direct = x.hi * (a + b + 2.0) < a + 1.0;
     double direct = lower_direct
                         ? g / a * fraction(a, b, x.hi, first_denominator(a, b, x, y), &converged)
                         : g / b * fraction(b, a, y.hi, first_denominator(b, a, y, x), &converged);
