@@ -186,11 +186,8 @@ bool is_accepted(Tail tail) {
 
 // ---- normal ----------------------------------------------------------------------------
 
-// The tail of an extended argument: its double part and the rest go to the shared double
-// kernel, which carries the rest as a correction (enough for 64 bits of argument).
-double normal_tail(Tail tail, Real x) {
-    const double hi = narrow(x);
-    const double lo = std::isfinite(hi) ? static_cast<double>(x - hi) : 0.0;
+// The tail at hi + lo, lo a correction below an ulp of hi, by the shared double kernel.
+double normal_tail(Tail tail, double hi, double lo) {
     switch (tail) {
         case Tail::Nag_LowerTail:
             return numeric::normal_lower(hi, lo);
@@ -202,6 +199,14 @@ double normal_tail(Tail tail, Real x) {
         default:
             return numeric::normal_within(hi, lo);
     }
+}
+
+// The tail of an extended argument: its double part and the rest go to the shared double
+// kernel, which carries the rest as a correction (enough for 64 bits of argument).
+double normal_tail(Tail tail, Real x) {
+    const double hi = narrow(x);
+    const double lo = std::isfinite(hi) ? static_cast<double>(x - hi) : 0.0;
+    return normal_tail(tail, hi, lo);
 }
 
 // ---- incomplete beta: both tails, and its inverse -------------------------------------
@@ -752,7 +757,10 @@ long double g01eac_extended(Nag_TailProbability tail, long double x, NagError* f
 }
 
 double g01eac(Nag_TailProbability tail, double x, NagError* fail) {
-    return narrow(g01eac_extended(tail, x, fail));
+    fail->set(NE_NOERROR);
+    if (!is_accepted(tail)) return fail_with(fail, NE_BAD_PARAM);
+    if (std::isnan(x)) return fail_with(fail, NE_REAL);
+    return normal_tail(tail, x, 0.0);  // the same as the extended entry's, without the widening
 }
 
 long double g01cec_extended(double p, NagError* fail) {
