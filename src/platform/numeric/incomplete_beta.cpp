@@ -24,6 +24,9 @@
 //                     1/Gamma(a) (the same with the roles exchanged), which keeps
 //                     the large lnGamma(b) and lnGamma(n) out: they would cost ulps of 1e4
 //                     (Gamma(a) shifted as above, its exponent joined to the rest).
+// Where the prefactor's exponent is below -700, the bound F <= a + b + 2 on the fraction (a
+// series of positive terms, 8.17.8) decides: a direct side below half the smallest subnormal
+// is returned as 0 and the other as 1, both correctly rounded; otherwise the caller falls back.
 // Error bound, relative, on the direct side: about 3e-15 where a shape is below 16 (the
 // Gamma values), 1e-15 + 3e-18 (a + b) otherwise, plus the fraction's rounding (a few
 // ulps times the square root of its length, at most about 10 sqrt(max(a, b)) terms).
@@ -41,7 +44,9 @@
 #include "platform/numeric/incomplete_beta.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <numbers>
 
@@ -77,26 +82,60 @@ TwoPart scaled(TwoPart n, TwoPart x) {
     return quick_two_sum(p.hi, p.lo + n.hi * x.lo + n.lo * x.hi);
 }
 
+// ln A for A in [16, 17), in two parts to about 2^-60: ln A = 4 ln 2 + 2 atanh(s), s = u / (2 +
+// u), u = A/16 - 1 in [0, 1/16) exact, so s < 1/33 and five terms of the series in s^2 leave a
+// truncation below 1e-20 (log_two_part needs fourteen for its |s| < 1/5).
+TwoPart log_shifted(double big) {
+    constexpr double k4Ln2Hi = 4 * 0.6931471805599453;  // exact multiples of ln 2's two parts
+    constexpr double k4Ln2Lo = 4 * 2.3190468138462996e-17;
+    const double u = (big - 16.0) * 0.0625;  // exact
+    const TwoPart den = two_sum(2.0, u);
+    const double s = u / den.hi;
+    const double s_low = (std::fma(-s, den.hi, u) - s * den.lo) / den.hi;
+    const double s2 = s * s, s4 = s2 * s2;
+    const double series =
+        (1.0 / 3 + s2 * (1.0 / 5)) + s4 * ((1.0 / 7 + s2 * (1.0 / 9)) + s4 * (1.0 / 11));
+    const TwoPart lead = two_sum(k4Ln2Hi, 2.0 * s);
+    return quick_two_sum(lead.hi, k4Ln2Lo + 2.0 * s_low + 2.0 * s * s2 * series + lead.lo);
+}
+
 // Gamma(v) for 0 < v < 32 in the form of gamma_moderate (stirling.cpp) with its exponent left
-// out: v shifted up by m to A = v + m in [16, 17) (exactly, in two parts), Gamma(A) = sqrt(2 pi
-// / A) e^(A ln A - A + mu(A)), Gamma(v) = Gamma(A) / (v (v + 1) ... (v + m - 1)). The
-// exponent is returned in two parts; the rest is the factor outside it, the rounding of A's
-// low part fed back through psi(A) ~ ln A - 1/(2A).
+// out: v (+ v_low, below an ulp of v) shifted up by m to A = v + m in [16, 17) (exactly, in two
+// parts), Gamma(A) = sqrt(2 pi / A) e^(A ln A - A + mu(A)), Gamma(v) = Gamma(A) / (v (v + 1) ...
+// (v + m - 1)). Returned as Gamma(v) = e^exponent num / (den sqrt(root)), so that a quotient of
+// several takes one division and one square root: root = A / (2 pi), num = 1 + psi A.lo (the
+// rounding of A's low part fed back through psi, here psi(A) ~ ln A - 1/32, within 0.6 per
+// cent; A above 17 only where v is, up to 32), den = the product of the factors v + j, each rounded
+// once. v_low (the rounding of a sum of shapes) is fed back the same way through psi(v) = psi(A) -
+// sum 1/(v + j), taken to a few per cent as ln(v + 1/2) - 1/v from a short logarithm.
 struct ShiftedGamma {
     TwoPart exponent;
-    double factor;  // sqrt(2 pi / A) (1 + psi(A) A.lo) / product
+    double num, den, root;
 };
 
-ShiftedGamma shifted_gamma(double v) {
-    // Integers and half-integers up to 15.5 (the usual degrees of freedom over 2) exactly or
-    // with one rounding: (k - 1)! and sqrt(pi) (2k - 1)!! / 2^k, both products exact in double.
+// ln z to about 1e-4 absolute, z > 0 normal: e ln 2 + 2 s (1 + s^2/3).
+double rough_log(double z) {
+    const std::uint64_t bits = std::bit_cast<std::uint64_t>(z);
+    double f = std::bit_cast<double>((bits & 0x000fffffffffffffULL) | (1023ULL << 52));  // [1, 2)
+    double e = static_cast<double>(static_cast<int>(bits >> 52 & 0x7ff) - 1023);
+    if (f > 1.5) {
+        f *= 0.5;
+        e += 1.0;
+    }
+    const double s = (f - 1.0) / (f + 1.0);
+    return e * 0.6931471805599453 + 2.0 * s * (1.0 + s * s * (1.0 / 3));
+}
+
+ShiftedGamma shifted_gamma(double v, double v_low = 0.0) {
     const double twice = 2.0 * v;
-    if (twice <= 31.0 && twice == std::floor(twice)) {
+    if (v_low == 0.0 && twice <= 31.0 && twice == std::floor(twice)) {
+        // Integers and half-integers up to 15.5 (the usual degrees of freedom over 2) exactly or
+        // with one rounding: (k - 1)! and sqrt(pi) (2k - 1)!! / 2^k, both products exact.
         constexpr double kSqrtPi = 1.7724538509055160273;
         const bool whole = v == std::floor(v);
         double product = 1.0;
         for (double j = whole ? 1.0 : 0.5; j < v; j += 1.0) product *= j;
-        return {{0.0, 0.0}, whole ? product : product * kSqrtPi};
+        return {{0.0, 0.0}, whole ? product : product * kSqrtPi, 1.0, 1.0};
     }
     const double m = v < kStirlingFormFrom ? std::ceil(kStirlingFormFrom - v) : 0.0;
     const TwoPart shifted = two_sum(v, m);
@@ -107,13 +146,19 @@ ShiftedGamma shifted_gamma(double v) {
         odd *= v + (j + 1.0);
     }
     if (j < m) even *= v + j;
-    const double product = even * odd;
     const double big = shifted.hi;
-    const TwoPart log_big = log_two_part(big, 0.0);
+    const TwoPart log_big = big < 17.0 ? log_shifted(big) : log_two_part(big, 0.0);
     const TwoPart exponent = add(add(multiply(TwoPart{big, 0.0}, log_big), TwoPart{-big, 0.0}),
                                  TwoPart{stirling_error(big), 0.0});
-    const double psi = log_big.hi - 0.5 / big;
-    return {exponent, std::sqrt(2.0 * std::numbers::pi / big) * (1.0 + psi * shifted.lo) / product};
+    const double psi_big = log_big.hi - 0.03125;
+    double num = 1.0 + psi_big * shifted.lo;
+    if (v_low != 0.0) num += (rough_log(v + 0.5) - 1.0 / v) * v_low;
+    return {exponent, num, even * odd, big * (0.5 / std::numbers::pi)};
+}
+
+// The factor outside the exponent of one ShiftedGamma (Gamma(v) e^-exponent).
+double factor_of(const ShiftedGamma& g) {
+    return g.num / (g.den * std::sqrt(g.root));
 }
 
 Prefactor prefactor(double a, double b, TwoPart x, TwoPart y) {
@@ -121,15 +166,15 @@ Prefactor prefactor(double a, double b, TwoPart x, TwoPart y) {
     const bool a_small = a < kStirlingFormFrom, b_small = b < kStirlingFormFrom;
     if (a_small && b_small) {
         // 1/B(a, b) = Gamma(n) / (Gamma(a) Gamma(b)), its three exponents joined to the one of
-        // x^a y^b so that a single exponential is taken.
-        const ShiftedGamma gn = shifted_gamma(n.hi), ga = shifted_gamma(a), gb = shifted_gamma(b);
+        // x^a y^b so that a single exponential is taken; n.lo fed back through psi(n).
+        const ShiftedGamma gn = shifted_gamma(n.hi, n.lo), ga = shifted_gamma(a),
+                           gb = shifted_gamma(b);
         const TwoPart logs = add(multiply(TwoPart{a, 0.0}, log_two_part(x.hi, x.lo)),
                                  multiply(TwoPart{b, 0.0}, log_two_part(y.hi, y.lo)));
         const TwoPart gammas = add(gn.exponent, negate(add(ga.exponent, gb.exponent)));
-        // n.lo: Gamma(n.hi + n.lo) = Gamma(n.hi) (1 + psi(n) n.lo), psi to a few per cent.
-        const double psi_n = std::log(n.hi + 0.5) - 1.0 / n.hi;
-        const double scale = n.lo == 0.0 ? 1.0 : 1.0 + psi_n * n.lo;
-        return {add(logs, gammas), gn.factor / (ga.factor * gb.factor) * scale};
+        const double scale = (gn.num * ga.den * gb.den) / (gn.den * ga.num * gb.num) *
+                             std::sqrt(ga.root * gb.root / gn.root);
+        return {add(logs, gammas), scale};
     }
     const double nd = n.hi + n.lo;
     if (!a_small && !b_small) {
@@ -149,7 +194,7 @@ Prefactor prefactor(double a, double b, TwoPart x, TwoPart y) {
     const ShiftedGamma gs = shifted_gamma(s);  // 1/Gamma(s), its exponent joined to the rest
     return {
         add(add(poisson_exponent(s, nu), negate(add(deviance, gs.exponent))), TwoPart{rest, 0.0}),
-        1.0 / gs.factor};
+        1.0 / factor_of(gs)};
 }
 
 // The continued fraction F(a, b, x) of I_x(a, b) = g F / a, x < (a + 1)/(a + b + 2);
@@ -161,32 +206,31 @@ Prefactor prefactor(double a, double b, TwoPart x, TwoPart y) {
 // or 2^600 (exactly) when they leave [2^-600, 2^600], and the quotient is taken once per pair
 // of terms, where Lentz tested the ratio of successive convergents against 1.
 double fraction(double a, double b, double x, double first, bool* converged) {
-    constexpr double kBig = 0x1p600, kSmall = 0x1p-600;
+    constexpr double kTiny = 1e-300;
     const double qab = a + b, qap = a + 1.0, qam = a - 1.0;
-    double a_prev = 1.0, b_prev = 1.0;        // A_0, B_0
-    double a_cur = first / qap, b_cur = 1.0;  // A_1, B_1
-    double h = b_cur / a_cur;
+    double c = 1.0;
+    double d = first / qap;
+    if (std::fabs(d) < kTiny) d = kTiny;
+    d = 1.0 / d;
+    double h = d;
     for (int m = 1; m <= kMaxTerms; ++m) {
         const double m2 = 2.0 * m;
-        const double odd = m * (b - m) * x / ((qam + m2) * (a + m2));
-        const double even = -(a + m) * (qab + m) * x / ((a + m2) * (qap + m2));
-        const double a_odd = a_cur + odd * a_prev, b_odd = b_cur + odd * b_prev;  // k = 2m
-        a_prev = a_odd;
-        b_prev = b_odd;
-        a_cur = a_odd + even * a_cur;  // k = 2m + 1
-        b_cur = b_odd + even * b_cur;
-        const double scale = std::max(std::fabs(a_cur), std::fabs(b_cur));
-        if (scale > kBig || scale < kSmall) {
-            if (!(scale > 0.0) || !std::isfinite(scale)) break;
-            const double by = scale > kBig ? kSmall : kBig;
-            a_cur *= by;
-            b_cur *= by;
-            a_prev *= by;
-            b_prev *= by;
-        }
-        const double next = b_cur / a_cur;
-        if (std::fabs(next - h) <= 0x1p-54 * std::fabs(next)) return next;
-        h = next;
+        double aa = m * (b - m) * x / ((qam + m2) * (a + m2));
+        d = aa * d + 1.0;
+        if (std::fabs(d) < kTiny) d = kTiny;
+        c = 1.0 + aa / c;
+        if (std::fabs(c) < kTiny) c = kTiny;
+        d = 1.0 / d;
+        h *= d * c;
+        aa = -(a + m) * (qab + m) * x / ((a + m2) * (qap + m2));
+        d = aa * d + 1.0;
+        if (std::fabs(d) < kTiny) d = kTiny;
+        c = 1.0 + aa / c;
+        if (std::fabs(c) < kTiny) c = kTiny;
+        d = 1.0 / d;
+        const double delta = d * c;
+        h *= delta;
+        if (std::fabs(delta - 1.0) <= 0x1p-54) return h;
     }
     *converged = false;
     return h;
