@@ -1,13 +1,12 @@
-// The regularised incomplete beta function in double arithmetic, shapes up to 1000.
+// The regularised incomplete beta function in double arithmetic, shapes up to 5000.
 //
 // Method. I_x(a, b) = g R(a, b, x), g = x^a y^b / B(a, b), y = 1 - x, with R the continued
 // fraction of DiDonato and Morris (BFRAC, an equivalent of DLMF 8.17.22 without its
 // cancelling denominators), which converges quickly for x < (a + 1)/(a + b + 2); beyond, the
-// same for I_y(b, a). The side
-// computed directly is exact to the bound below; the other is 1 minus it, kept only where
-// the direct side is at most 0.9 (else NaN: the caller falls back). The fraction's first
-// denominator 1 - (a + b) x / (a + 1) = (1 + a y - b x)/(a + 1) cancels near the switch
-// point, so a y - b x is formed from exact products. The prefactor is where rounding is
+// same for I_y(b, a). The side computed directly is exact to the bound below; the other is 1 minus
+// it, kept only where the direct side is at most 0.9 (else NaN: the caller falls back). The
+// fraction's first denominator 1 - (a + b) x / (a + 1) = (1 + a y - b x)/(a + 1) cancels near the
+// switch point, so a y - b x is formed from exact products. The prefactor is where rounding is
 // magnified (its logarithm reaches -700 in the far tails, where an absolute error of the
 // exponent is the relative error of the result), so its exponent is formed in two parts,
 // with x and y in two parts (their rounding in the caller's transformed arguments, t^2/(df +
@@ -29,16 +28,14 @@
 // series of positive terms, 8.17.8) decides: a direct side below half the smallest subnormal
 // is returned as 0 and the other as 1, both correctly rounded; otherwise the caller falls back.
 // Error bound, relative, on the direct side: about 3e-15 where a shape is below 16 (the
-// Gamma values), 1e-15 + 3e-18 (a + b) otherwise, plus the fraction's rounding (a few
-// ulps times the square root of its length, at most about 10 sqrt(max(a, b)) terms).
+// Gamma values), 1e-15 + 3e-18 (a + b) otherwise, plus the fraction's rounding (a few ulps
+// times the square root of its length, at most about 10 sqrt(max(a, b)) terms).
 // Measured against mpmath: see tests/reference/distributions_central_worst_errors.txt.
-// Why 1000: the fraction's own rounding grows with its length (about 10 sqrt(max(a, b))
-// terms, longest where x is near the switch point): measured against mpmath, Student's t
-// reached 1e-14 at df = 200, 4e-14 at df = 600 .. 1000 (t = -2) and 7e-14 at df = 1500; the F
-// law 6.6e-14 at shapes near 1000 (df2 = 1999, df1 = 0.3); beyond, 1e-13 is passed (t at
-// df = 1e4: 2.5e-13), so larger shapes go to the extended evaluation. (That one was found
-// 5e-13 off at a = 500.5, b = 10 and 2.9e-13 at a = 100.5, b = 3, x = 0.8495, points this
-// path now covers.)
+// Why 5000: the prefactor's 3e-18 (a + b) and the fraction's length. Measured against mpmath
+// at random points (both tails down to 1e-300): 1.5e-14 for Student's t up to df = 1.2e4 and
+// for beta shapes up to 6000, but 9e-14 at a = 16379, b = 56983, so larger shapes go to the
+// extended evaluation. (Up to 1000 was the limit while the fraction was the classical form by
+// the Lentz method: its roundings reached 1.2e-13 at df = 1782 and 2.5e-13 at df = 1e4.)
 // References: DiDonato and Morris (1992), "Algorithm 708: Significant digit computation of the
 // incomplete beta function ratios", ACM TOMS 18 (BFRAC); DLMF 8.17.22 (continued fraction),
 // 8.17.8 (the series bound), 5.11.1 (Stirling); Loader (2000), "Fast and accurate computation
@@ -60,7 +57,7 @@ namespace zemath::numeric {
 namespace {
 
 constexpr double kStirlingFormFrom = 16.0;
-constexpr int kMaxTerms = 2000;  // about 10 sqrt(1000) = 320 are needed at most
+constexpr int kMaxTerms = 5000;  // about 10 sqrt(5000) = 710 are needed at most
 constexpr double kLowestExponent = -700.0;
 // Below ln(2^-1075) a positive value rounds to 0 (with a margin for the bound's own rounding).
 constexpr double kLogHalfSmallestSubnormal = -745.2;
