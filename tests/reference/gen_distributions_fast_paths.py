@@ -7,7 +7,8 @@ Student's t and F probabilities (g01_central.cpp, incomplete_beta.cpp, normal.hp
     other tail to 1), beside ones just inside the normal range;
   - the normal tails on both sides of |x| = 2 and up to where they underflow;
   - Student's t with df from 100 to 2000 and F/beta with one small and one large shape
-    (the longest continued fractions), drawn at random.
+    (the longest continued fractions), drawn at random;
+  - shapes on both sides of 5000 (df 1e4), the largest the double path takes.
 
 Writes distributions_fast_paths_ref.inc next to this script, in the X-macro form of
 distributions_central_ref.inc:
@@ -122,9 +123,30 @@ def gen_long_fractions(rng):
         add_f(f, 2 * a, 2 * b)
 
 
+def gen_shape_limit():
+    """Shapes on both sides of 5000 (df 1e4), the largest the double path takes."""
+    from scipy import stats
+    for df in (9999.0, 10000.0, 10001.0):
+        for x in central.points_from(lambda q: stats.t.ppf(q, df), lambda q: stats.t.isf(q, df),
+                                     extra=[1.0, -2.0]):
+            if abs(x) >= 1e-3:
+                add_t(x, df)
+    for a, b in [(4999.5, 5000.5), (5000.0, 3.25), (0.4, 4999.0), (5001.0, 2.5)]:
+        for x in central.points_from(lambda q: stats.beta.ppf(q, a, b),
+                                     lambda q: stats.beta.isf(q, a, b), lo=0.0, hi=1.0,
+                                     extra=[a / (a + b)]):
+            if 0 < x < 1:
+                add_beta(x, a, b)
+    for d1, d2 in [(9999.0, 10001.0), (3.5, 9999.0)]:
+        for x in central.points_from(lambda q: stats.f.ppf(q, d1, d2),
+                                     lambda q: stats.f.isf(q, d1, d2), lo=0.0, extra=[1.0]):
+            if x > 0:
+                add_f(x, d1, d2)
+
+
 def main():
     rng = np.random.default_rng(20261124)
-    for gen in (gen_small_shapes, gen_underflow, gen_normal, gen_long_fractions):
+    for gen in (gen_small_shapes, gen_underflow, gen_normal, gen_long_fractions, gen_shape_limit):
         gen(rng) if gen.__code__.co_argcount else gen()
         print(gen.__name__, "done", file=sys.stderr, flush=True)
     central.write_inc("gen_distributions_fast_paths.py", "distributions_fast_paths_ref.inc",
