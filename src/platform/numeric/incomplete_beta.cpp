@@ -210,28 +210,33 @@ double fraction(double a, double b, double x, double y, double c, bool* converge
         *converged = false;
         return 0.0;
     }
-    const double c0 = b / a, c1 = 1.0 + 1.0 / a, yp1 = y + 1.0;
-    double p = 1.0, s = a + 1.0;
-    double an = 0.0, bn = 1.0, anp1 = 1.0, bnp1 = c / c1;
-    double r = c1 / c;
+    // DiDonato and Morris's coefficients with their quotients joined: with s = a + 2n - 1,
+    //   alpha_n = (a + n - 1)(a + b + n - 1) n (b - n) x^2 / s^2,
+    //   beta_n = n + n (b - n) x / s + (a + n)(c + n (1 + y)) / (s + 2),
+    // so that one reciprocal per term (1/(s + 2), which the next term reuses) and one for the
+    // renormalisation are all the divisions (there were eight).
+    const double yp1 = y + 1.0;
+    double s = a + 1.0, inv_s = 1.0 / s;
+    double an = 0.0, bn = 1.0, anp1 = 1.0, bnp1 = c / (1.0 + 1.0 / a);
+    double r = 1.0 / bnp1;
     for (int n = 1; n <= kMaxTerms; ++n) {
         const double nd = n;
-        const double t = nd / a;
         const double w = nd * (b - nd) * x;
-        double e = a / s;
-        const double alpha = (p * (p + c0) * e * e) * (w * x);
-        e = (1.0 + t) / (c1 + t + t);
-        const double beta = nd + w / s + e * (c + nd * yp1);
-        p = 1.0 + t;
+        const double inv_next = 1.0 / (s + 2.0);
+        const double alpha =
+            ((a + (nd - 1.0)) * inv_s) * (((a + b) + (nd - 1.0)) * inv_s) * (w * x);
+        const double beta = nd + w * inv_s + (a + nd) * inv_next * (c + nd * yp1);
         s += 2.0;
+        inv_s = inv_next;
         const double a_next = alpha * an + beta * anp1;
         const double b_next = alpha * bn + beta * bnp1;
+        const double inv_b = 1.0 / b_next;
         const double r_prev = r;
-        r = a_next / b_next;
+        r = a_next * inv_b;
         if (std::fabs(r - r_prev) <= 0x1p-54 * r) return r;
-        an = anp1 / b_next;
+        an = anp1 * inv_b;
         anp1 = r;
-        bn = bnp1 / b_next;
+        bn = bnp1 * inv_b;
         bnp1 = 1.0;
     }
     *converged = false;
