@@ -123,7 +123,7 @@ struct ShiftedGamma {
     double num, den, root;
 };
 
-// ln z to about 1e-4 absolute, z > 0 normal: e ln 2 + 2 s (1 + s^2/3).
+// ln z to about 2e-4 absolute, z > 0 normal: e ln 2 + 2 s (1 + s^2/3), |s| <= 1/5.
 double rough_log(double z) {
     const std::uint64_t bits = std::bit_cast<std::uint64_t>(z);
     double f = std::bit_cast<double>((bits & 0x000fffffffffffffULL) | (1023ULL << 52));  // [1, 2)
