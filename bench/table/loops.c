@@ -63,6 +63,43 @@ BENCH_API long bench_map_xab_tail(void* f, const double* x, const double* a, con
     return failed;
 }
 
+/* The deviates and the non-central laws: two, three or four doubles and the status. */
+typedef double (*fn_pa)(double, double, int*);
+typedef double (*fn_pab)(double, double, double, int*);
+typedef double (*fn_pabc)(double, double, double, double, int*);
+
+BENCH_API long bench_map_pa(void* f, const double* p, const double* a, double* out, long n) {
+    long failed = 0;
+    for (long i = 0; i < n; ++i) {
+        int status = 0;
+        out[i] = ((fn_pa)f)(p[i], a[i], &status);
+        failed += status != 0;
+    }
+    return failed;
+}
+
+BENCH_API long bench_map_pab(void* f, const double* p, const double* a, const double* b,
+                             double* out, long n) {
+    long failed = 0;
+    for (long i = 0; i < n; ++i) {
+        int status = 0;
+        out[i] = ((fn_pab)f)(p[i], a[i], b[i], &status);
+        failed += status != 0;
+    }
+    return failed;
+}
+
+BENCH_API long bench_map_pabc(void* f, const double* p, const double* a, const double* b,
+                              const double* c, double* out, long n) {
+    long failed = 0;
+    for (long i = 0; i < n; ++i) {
+        int status = 0;
+        out[i] = ((fn_pabc)f)(p[i], a[i], b[i], c[i], &status);
+        failed += status != 0;
+    }
+    return failed;
+}
+
 /* Plain streaming read: every 64-bit word of x once, combined by xor (integer work the
  * compiler vectorises, so the loop runs at the memory's pace, not the adder's). */
 BENCH_API uint64_t bench_read(const double* x, long n) {

@@ -59,6 +59,10 @@ def loops():
             tail = [] if name == "bench_map_p" else [c_int]
             f.argtypes = [VP] + [VP] * arrays + tail + [VP, c_long]
             f.restype = c_long
+        for name, arrays in (("bench_map_pa", 2), ("bench_map_pab", 3), ("bench_map_pabc", 4)):
+            f = getattr(_loops, name)
+            f.argtypes = [VP] + [VP] * arrays + [VP, c_long]
+            f.restype = c_long
     return _loops
 
 

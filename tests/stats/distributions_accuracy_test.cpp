@@ -48,6 +48,12 @@ const RefCase kPathCases[] = {
 const RefCase kWholeShapeCases[] = {
 #include "reference/distributions_whole_shape_ref.inc"
 };
+// The switch points of the double paths: both beta shapes below 16 (a + b not a double, and on
+// both sides of 17), tails that round to 0 beside ones just inside the normal range, the normal
+// tails around |x| = 2, and the longest continued fractions (gen_distributions_fast_paths.py).
+const RefCase kFastPathCases[] = {
+#include "reference/distributions_fast_paths_ref.inc"
+};
 #undef REF
 
 // The accuracy asked of every function: 1e-13 relative, about 450 ulp.
@@ -80,6 +86,10 @@ TEST(DistributionAccuracy, StudentFBetaAcrossPathSwitchesWithin1e13) {
 
 TEST(DistributionAccuracy, BetaAndFWithAWholeShapeWithin1e13) {
     EXPECT_EQ(expect_within_tolerance(kWholeShapeCases), 2u) << "beta and F probabilities";
+}
+
+TEST(DistributionAccuracy, DoublePathSwitchPointsWithin1e13) {
+    EXPECT_EQ(expect_within_tolerance(kFastPathCases), 4u) << "normal, t, F and beta probabilities";
 }
 
 TEST(DistributionAccuracy, DiscreteDensitiesAgainstReference) {

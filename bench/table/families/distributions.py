@@ -144,3 +144,69 @@ def rows():
         yield Row(FAMILY, "srangeinv", f"2e1 r={r}", mapped(f, m, arr(p), arr(vi), tail=r),
                   lambda p=p, vi=vi, r=r: stats.studentized_range.ppf(p, r, vi),
                   "peer: scipy.stats.studentized_range.ppf (slow)", rounds=1, check=close(1e-6))
+
+    # The remaining central deviates, the F law and the non-central laws (drawn from a
+    # generator of their own, so that the rows above keep their arguments).
+    def plain(name, n, *cols):
+        """Our export `name` (two to four doubles and the status) over the columns."""
+        loop = {2: L.bench_map_pa, 3: L.bench_map_pab, 4: L.bench_map_pabc}[len(cols)]
+        f, ptrs = address(name), [arr(c) for c in cols]
+        return lambda: (loop(f, *ptrs, po, n), out[:n])[1]
+
+    g = rng(FAMILY, 1)
+    for kind in ("tails", "body"):
+        label = f"2e4 {kind}"
+        df = log_uniform(g, 1e-3, 1e6, N)
+        p = draw_p(g, kind, N)
+        yield Row(FAMILY, "chi2inv", label, plain("chi2inv", N, p, df),
+                  lambda p=p, df=df: 2 * special.gammaincinv(df / 2, p),
+                  "peer: 2 scipy.special.gammaincinv(df/2, p)", check=close(1e-9))
+        a, b = log_uniform(g, 1e-3, 1e6, N), log_uniform(g, 1e-3, 1e6, N)
+        p = draw_p(g, kind, N)
+        yield Row(FAMILY, "gaminv", label, plain("gaminv", N, p, a, b),
+                  lambda p=p, a=a, b=b: special.gammaincinv(a, p) * b,
+                  "peer: scipy.special.gammaincinv(a, p) b", check=close(1e-9))
+        a, b = log_uniform(g, 1e-3, 1e6, N), log_uniform(g, 1e-3, 1e6, N)
+        p = draw_p(g, kind, N)
+        yield Row(FAMILY, "betainv", label, plain("betainv", N, p, a, b),
+                  lambda p=p, a=a, b=b: special.betaincinv(a, b, p),
+                  "peer: scipy.special.betaincinv", check=close(1e-9))
+        d1, d2 = log_uniform(g, 0.1, 1e6, M), log_uniform(g, 0.1, 1e6, M)
+        xf, d1f, d2f = finite(draw_x(g, stats.f(d1, d2), kind, M), d1, d2)
+        yield Row(FAMILY, "fcdf", label,
+                  mapped(address("fcdf"), len(xf), arr(xf), arr(d1f), arr(d2f)),
+                  lambda xf=xf, d1f=d1f, d2f=d2f: special.fdtr(d1f, d2f, xf),
+                  "peer: scipy.special.fdtr", check=close(1e-9))
+        p = draw_p(g, kind, len(xf))
+        yield Row(FAMILY, "finv", label, plain("finv", len(p), p, d1f, d2f),
+                  lambda p=p, d1f=d1f, d2f=d2f: special.fdtri(d1f, d2f, p),
+                  "peer: scipy.special.fdtri", check=close(1e-9))
+
+    # Non-central chi-square, F and beta (lower tails) at their quantiles of uniform levels:
+    # degrees of freedom and shapes log-uniform in [1, 1e3] ([0.5, 500] for the beta
+    # shapes), the non-centrality log-uniform in [1e-3, 1e3]. The beta law's peer is the F
+    # law's at f = b x / (a (1 - x)) with 2a and 2b degrees of freedom (SciPy has no
+    # non-central beta).
+    m = 2_000
+    df, lam = log_uniform(g, 1, 1e3, 2 * m), log_uniform(g, 1e-3, 1e3, 2 * m)
+    xc, dfc, lamc = [c[:m] for c in finite(stats.ncx2.ppf(g.random(2 * m), df, lam), df, lam)]
+    yield Row(FAMILY, "ncchi2cdf", "2e3 random", plain("ncchi2cdf", len(xc), xc, dfc, lamc),
+              lambda: special.chndtr(xc, dfc, lamc), "peer: scipy.special.chndtr (cdflib)",
+              rounds=3, check=close(1e-9))
+    d1, d2, lam = (log_uniform(g, 1, 1e3, 2 * m), log_uniform(g, 1, 1e3, 2 * m),
+                   log_uniform(g, 1e-3, 1e3, 2 * m))
+    xn, d1n, d2n, lamn = [c[:m] for c in
+                          finite(stats.ncf.ppf(g.random(2 * m), d1, d2, lam), d1, d2, lam)]
+    yield Row(FAMILY, "ncfcdf", "2e3 random", plain("ncfcdf", len(xn), xn, d1n, d2n, lamn),
+              lambda: special.ncfdtr(d1n, d2n, lamn, xn), "peer: scipy.special.ncfdtr (cdflib)",
+              rounds=3, check=close(1e-9))
+    a, b, lam = (log_uniform(g, 0.5, 500, 2 * m), log_uniform(g, 0.5, 500, 2 * m),
+                 log_uniform(g, 1e-3, 1e3, 2 * m))
+    fb = stats.ncf.ppf(g.random(2 * m), 2 * a, 2 * b, lam)
+    xb, ab, bb, lamb = finite(a * fb / (a * fb + b), a, b, lam)
+    inside = (xb > 0) & (xb < 1)
+    xb, ab, bb, lamb = [np.ascontiguousarray(c[inside][:m]) for c in (xb, ab, bb, lamb)]
+    yield Row(FAMILY, "ncbetacdf", "2e3 random", plain("ncbetacdf", len(xb), xb, ab, bb, lamb),
+              lambda: special.ncfdtr(2 * ab, 2 * bb, lamb, bb * xb / (ab * (1 - xb))),
+              "peer: scipy.special.ncfdtr(2a, 2b, lambda, b x / (a (1 - x)))",
+              rounds=3, check=close(1e-9))

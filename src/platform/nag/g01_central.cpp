@@ -31,15 +31,17 @@
 //                                extended, as below.
 //   beta, Student's t and F probabilities (I_x(a, b) with x = the beta argument,
 //   t^2/(df + t^2) or df1 f/(df1 f + df2), and 1 - x, both formed in two parts):
-//     a, b <= 1000 (df <= 2000)  platform/numeric/incomplete_beta.cpp: the side where the
-//                                continued fraction converges, with a two-part exponent,
-//                                within about 6e-15 + the fraction's rounding, which grows
-//                                with its length (measured against mpmath: 1e-14 up to
-//                                shapes 128, 4e-14 at 300 .. 500 and 7e-14 near 1000, near
-//                                the switch point); the other side as 1 minus it where that
-//                                is at least 0.1;
+//     a, b <= 5000 (df <= 1e4)   platform/numeric/incomplete_beta.cpp: the side where the
+//                                continued fraction (DiDonato and Morris's form) converges,
+//                                with a two-part exponent, within about 3e-15 (a shape
+//                                below 16) or 1e-15 + 3e-18 (a + b), plus the fraction's
+//                                few ulps (measured against mpmath: 1.5e-14 at worst, the
+//                                whole-shape sums' points 1.3e-14); the other side as 1
+//                                minus it where that is at least 0.1; a side whose bound lies
+//                                below half the smallest subnormal is 0 (the other 1);
 //     otherwise (larger shapes, the other side below 0.1, |t| >= 1e150, arguments outside
-//                                the normal range): extended, as below;
+//                                the normal range, a side between the subnormals and
+//                                e^-700): extended, as below;
 //   normal deviate               Boost's inverse erfc in double, within 3 ulps;
 //   chi-square and gamma deviates, 1 <= a <= 1000: Halley on the log of the smaller tail
 //                                in log x with the double tails above, from the
@@ -54,7 +56,7 @@
 //                                2e-17 / a + 4e-15 (2e-14 at a = 1e-3, 5e-15 from a = 0.01;
 //                                measured 4e-15 at worst against mpmath);
 //                                smaller shapes, larger ones, or no settled root: extended;
-//   beta, Student's t and F deviates, shapes <= 1000 (df <= 2000): Halley steps on the
+//   beta, Student's t and F deviates, shapes <= 5000 (df <= 1e4): Halley steps on the
 //                                logarithm of the smaller tail in log u, u the one of x and
 //                                1 - x below 1/2, with the double tails above, the iterate
 //                                kept as u and the residual as the log of the tail ratio;
@@ -186,11 +188,8 @@ bool is_accepted(Tail tail) {
 
 // ---- normal ----------------------------------------------------------------------------
 
-// The tail of an extended argument: its double part and the rest go to the shared double
-// kernel, which carries the rest as a correction (enough for 64 bits of argument).
-double normal_tail(Tail tail, Real x) {
-    const double hi = narrow(x);
-    const double lo = std::isfinite(hi) ? static_cast<double>(x - hi) : 0.0;
+// The tail at hi + lo, lo a correction below an ulp of hi, by the shared double kernel.
+double normal_tail(Tail tail, double hi, double lo) {
     switch (tail) {
         case Tail::Nag_LowerTail:
             return numeric::normal_lower(hi, lo);
@@ -202,6 +201,14 @@ double normal_tail(Tail tail, Real x) {
         default:
             return numeric::normal_within(hi, lo);
     }
+}
+
+// The tail of an extended argument: its double part and the rest go to the shared double
+// kernel, which carries the rest as a correction (enough for 64 bits of argument).
+double normal_tail(Tail tail, Real x) {
+    const double hi = narrow(x);
+    const double lo = std::isfinite(hi) ? static_cast<double>(x - hi) : 0.0;
+    return normal_tail(tail, hi, lo);
 }
 
 // ---- incomplete beta: both tails, and its inverse -------------------------------------
@@ -752,7 +759,10 @@ long double g01eac_extended(Nag_TailProbability tail, long double x, NagError* f
 }
 
 double g01eac(Nag_TailProbability tail, double x, NagError* fail) {
-    return narrow(g01eac_extended(tail, x, fail));
+    fail->set(NE_NOERROR);
+    if (!is_accepted(tail)) return fail_with(fail, NE_BAD_PARAM);
+    if (std::isnan(x)) return fail_with(fail, NE_REAL);
+    return normal_tail(tail, x, 0.0);  // the same as the extended entry's, without the widening
 }
 
 long double g01cec_extended(double p, NagError* fail) {

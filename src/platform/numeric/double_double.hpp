@@ -10,7 +10,9 @@
 // precision"; Knuth, TAOCP vol. 2, 4.2.2; Hida, Li and Bailey (2001), QD library notes.
 #pragma once
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 
 namespace zemath::numeric {
 
@@ -78,8 +80,13 @@ inline double exp_two_part(TwoPart e) {
 // 0.0028, so its rounding stays under 2^-60; 14 terms leave a truncation below 1e-20. Plus
 // r_low / r. A product of this logarithm with a factor up to 1e3 keeps 1e-15 absolute.
 inline TwoPart log_two_part(double r, double r_low) {
-    int exponent = 0;
-    double fraction = std::frexp(r, &exponent);
+    // r = 2^exponent fraction with fraction in [1/2, 1), from the bits where r is normal
+    // (frexp is a library call).
+    const std::uint64_t bits = std::bit_cast<std::uint64_t>(r);
+    const int biased = static_cast<int>(bits >> 52 & 0x7ff);
+    int exponent = biased - 1022;
+    double fraction = std::bit_cast<double>((bits & 0x000fffffffffffffULL) | (1022ULL << 52));
+    if (biased == 0 || biased == 0x7ff) fraction = std::frexp(r, &exponent);
     if (fraction < 0.75) {
         fraction *= 2.0;
         --exponent;
@@ -89,9 +96,17 @@ inline TwoPart log_two_part(double r, double r_low) {
     const double s = u / den.hi;
     const double s_low = (std::fma(-s, den.hi, u) - s * den.lo) / den.hi;
     const double s2 = s * s;
-    double series = 1.0 / 29.0;  // sum_k s^(2k) / (2k + 3), Horner in s^2, k = 0..13
-    // (plain products: the series needs no fma, which is a call where the target lacks it)
-    for (int k = 12; k >= 0; --k) series = series * s2 + 1.0 / (2 * k + 3);
+    // sum_k s^(2k) / (2k + 3), k = 0..13, by Estrin's scheme in s^2 (four levels of
+    // independent products instead of a chain of thirteen; all terms positive). Plain
+    // products: the series needs no fma, which is a call where the target lacks it.
+    const double s4 = s2 * s2, s8 = s4 * s4, s16 = s8 * s8;
+    constexpr double c0 = 1.0 / 3, c1 = 1.0 / 5, c2 = 1.0 / 7, c3 = 1.0 / 9, c4 = 1.0 / 11,
+                     c5 = 1.0 / 13, c6 = 1.0 / 15, c7 = 1.0 / 17, c8 = 1.0 / 19, c9 = 1.0 / 21,
+                     c10 = 1.0 / 23, c11 = 1.0 / 25, c12 = 1.0 / 27, c13 = 1.0 / 29;
+    const double p0 = c0 + c1 * s2, p1 = c2 + c3 * s2, p2 = c4 + c5 * s2, p3 = c6 + c7 * s2,
+                 p4 = c8 + c9 * s2, p5 = c10 + c11 * s2, p6 = c12 + c13 * s2;
+    const double q0 = p0 + p1 * s4, q1 = p2 + p3 * s4, q2 = p4 + p5 * s4;
+    const double series = (q0 + q1 * s8) + (q2 + p6 * s8) * s16;
     constexpr double kLn2Hi = 0.6931471805599453;      // ln 2 rounded to double
     constexpr double kLn2Lo = 2.3190468138462996e-17;  // ln 2 - kLn2Hi
     const double e = static_cast<double>(exponent);

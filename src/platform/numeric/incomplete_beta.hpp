@@ -16,7 +16,7 @@ struct BetaTailsDouble {
 };
 
 // The largest shape the double evaluation takes (see incomplete_beta.cpp for why).
-inline constexpr double kBetaDoubleShapeMax = 1000.0;
+inline constexpr double kBetaDoubleShapeMax = 5000.0;
 
 // I_x(a, b) and its complement at x = x.hi + x.lo, with y = 1 - x given as well to full
 // relative accuracy (y.hi + y.lo), for 0 < a, b <= kBetaDoubleShapeMax and x.hi, y.hi
