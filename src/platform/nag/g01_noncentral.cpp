@@ -51,6 +51,7 @@
 #include "platform/nag/g01.hpp"
 #include "platform/nag/log_concave_quadrature.hpp"
 #include "platform/numeric/chi_scale.hpp"
+#include "platform/numeric/noncentral_beta.hpp"
 #include "platform/numeric/noncentral_chi2.hpp"
 #include "platform/numeric/normal.hpp"
 #include "platform/numeric/stirling.hpp"
@@ -265,10 +266,21 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
         const double y = df2 / (df1 * f + df2);
         return checked(boost::math::ibetac(0.5 * df2, 0.5 * df1, y, BoostPolicy()), fail);
     }
-    // The F law is the beta mixture at x = df1 f / (df1 f + df2), a = df1/2, b = df2/2:
-    // far in its lower tail, summed forwards from j = 0 as the beta law is.
-    const double x = df1 * f / (df1 * f + df2);
+    // The F law is the beta mixture at x = df1 f / (df1 f + df2), a = df1/2, b = df2/2.
     const double a = 0.5 * df1, b = 0.5 * df2;
+    {
+        // The double evaluation where it answers, x and 1 - x = df2 / (df1 f + df2) formed
+        // in two parts (the tails magnify their rounding).
+        using numeric::TwoPart;
+        const TwoPart product = numeric::two_product(df1, f);
+        const TwoPart total = numeric::add(product, TwoPart{df2, 0.0});
+        const double fast =
+            numeric::noncentral_beta_lower_double(a, b, lambda, numeric::divide(product, total),
+                                                  numeric::divide(TwoPart{df2, 0.0}, total));
+        if (!std::isnan(fast)) return checked(fast, fail);
+    }
+    // Elsewhere far in its lower tail, summed forwards from j = 0 as the beta law is.
+    const double x = df1 * f / (df1 * f + df2);
     if (x <= 0.5 && 0.5 * lambda * x * std::max(1.0, (a + b) / (a + 1.0)) < kForwardRatio) {
         const double from_top = beta_mixture_from_top(lambda, a, b, x);
         if (!std::isnan(from_top)) return checked(from_top, fail);
@@ -303,6 +315,10 @@ double g01gec(double x, double a, double b, double lambda, double /*tol*/, int m
     fail->set(NE_NOERROR);
     if (x == 0.0) return 0.0;
     if (x == 1.0) return 1.0;
+    // The double evaluation where it answers (1 - x formed exactly in two parts).
+    const double fast =
+        numeric::noncentral_beta_lower_double(a, b, lambda, {x, 0.0}, numeric::two_sum(1.0, -x));
+    if (!std::isnan(fast)) return checked(fast, fail);
     // Ratio of consecutive mixture terms ~ (lambda/2) x (a+b+j)/((j+1)(a+j+1)).
     if (lambda > 0.0 && 0.5 * lambda * x * std::max(1.0, (a + b) / (a + 1.0)) < kForwardRatio &&
         !tiny_shapes(a, b, lambda)) {
