@@ -758,14 +758,42 @@ double gamma_deviate_double(double a, double p) {
         const double newton = residual / slope;
         const double denominator = 1.0 - 0.5 * newton * curvature / slope;
         const double halley = denominator > 0.5 ? newton / denominator : newton;
-        const double step = std::clamp(halley, -1.0, 1.0);
+        double step = std::clamp(halley, -1.0, 1.0);
+        // Near the root, the root of the log tail's Taylor polynomial of degree four in
+        // log x instead (its derivatives follow from r alone: g1 = slope, g2 = g1 (a - x -
+        // g1), g3 = g2 (a - x - 2 g1) - g1 x, g4 = g3 (a - x - 2 g1) - 2 g2^2 - 2 x g2 - x g1),
+        // found by Newton's method on the polynomial from Halley's step: its error is of
+        // order e^5 instead of e^3, so one tail evaluation often suffices.
+        bool quartic = false;
+        if (std::fabs(step) < 0.1) {
+            const double g1 = slope, g2 = curvature, c = a - x - 2.0 * g1;
+            const double g3 = g2 * c - g1 * x;
+            const double g4 = g3 * c - 2.0 * g2 * g2 - 2.0 * x * g2 - x * g1;
+            double h = -step;
+            for (int k = 0; k < 3; ++k) {
+                const double value =
+                    residual + h * (g1 + h * (g2 / 2.0 + h * (g3 / 6.0 + h * g4 / 24.0)));
+                const double derivative = g1 + h * (g2 + h * (g3 / 2.0 + h * g4 / 6.0));
+                h -= value / derivative;
+            }
+            // Kept where it agrees with Halley's step to its own order.
+            if (std::isfinite(h) && std::fabs(h + step) <= 0.5 * std::fabs(step)) {
+                step = -h;
+                quartic = true;
+            }
+        }
         x *= std::exp(-step);
         // Halley's error after a step e is about K e^3, K = (g''/2g')^2 - g'''/(6g') of the
         // log tail g in log x: about a at the centre (the law's width there is 1/sqrt(a) in
         // log x), O(1) in the tails. So a step with (1 + a) e^3 below 1e-16 leaves the root
-        // within 1e-16 (the tails' own 6e-15 bound the result); otherwise, once a step is
-        // below 1e-7, one more (at least quadratic convergence) does.
-        if (last || (1.0 + a) * step * step * std::fabs(step) < 1e-16) return x;
+        // within 1e-16 (the tails' own 6e-15 bound the result); the quartic step's error,
+        // of order (g5/g1) e^5 with g5/g1 about a^2 at the centre, likewise once
+        // (1 + a)^2 e^5 is below 1e-16; otherwise, once a step is below 1e-7, one more (at
+        // least quadratic convergence) does.
+        const double e = std::fabs(step);
+        if (last ||
+            (quartic ? (1.0 + a) * (1.0 + a) * e * e * e * e * e : (1.0 + a) * e * e * e) < 1e-16)
+            return x;
         last = std::fabs(step) < 1e-7;
     }
     return kNaN;
