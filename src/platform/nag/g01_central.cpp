@@ -42,11 +42,13 @@
 //                                the normal range): extended, as below;
 //   normal deviate               Boost's inverse erfc in double, within 3 ulps;
 //   chi-square and gamma deviates, 1 <= a <= 1000: Halley on the log of the smaller tail
-//                                in log x with the double tails above, from the
-//                                Wilson-Hilferty start, the iterate kept as x (not log x),
-//                                the residual as the log of the tail ratio; within about
-//                                1e-14 (the tails' 6e-15 over a sensitivity of at least 1);
-//                                usually 2 or 3 tail evaluations;
+//                                in log x with the double tails above, near the root the
+//                                root of its Taylor polynomial of degree four instead, from
+//                                the Wilson-Hilferty start (far in the tails the tails'
+//                                leading forms solved by fixed-point steps), the iterate
+//                                kept as x (not log x), the residual as the log of the tail
+//                                ratio; within about 1e-14 (the tails' 6e-15 over a
+//                                sensitivity of at least 1); usually 1 or 2 tail evaluations;
 //   chi-square and gamma deviates, 1e-4 <= a < 1: platform/numeric/gamma_small_shape.cpp,
 //                                Halley in a two-part log x on the small-shape form of the
 //                                lower tail, x^a / Gamma(a + 1) (1 + a S(x)), from its
