@@ -44,11 +44,13 @@
 //                                e^-700): extended, as below;
 //   normal deviate               Boost's inverse erfc in double, within 3 ulps;
 //   chi-square and gamma deviates, 1 <= a <= 1000: Halley on the log of the smaller tail
-//                                in log x with the double tails above, from the
-//                                Wilson-Hilferty start, the iterate kept as x (not log x),
-//                                the residual as the log of the tail ratio; within about
-//                                1e-14 (the tails' 6e-15 over a sensitivity of at least 1);
-//                                usually 2 or 3 tail evaluations;
+//                                in log x with the double tails above, near the root the
+//                                root of its Taylor polynomial of degree four instead, from
+//                                the Wilson-Hilferty start (far in the tails the tails'
+//                                leading forms solved by fixed-point steps), the iterate
+//                                kept as x (not log x), the residual as the log of the tail
+//                                ratio; within about 1e-14 (the tails' 6e-15 over a
+//                                sensitivity of at least 1); usually 1 or 2 tail evaluations;
 //   chi-square and gamma deviates, 1e-4 <= a < 1: platform/numeric/gamma_small_shape.cpp,
 //                                Halley in a two-part log x on the small-shape form of the
 //                                lower tail, x^a / Gamma(a + 1) (1 + a S(x)), from its
@@ -711,9 +713,40 @@ double gamma_deviate_double(double a, double p) {
     const double cube = 1.0 - v + z * std::sqrt(v);
     // The iterate is x itself, moved by factors e^-step: log x near -690 would be rounded to
     // 6e-14 of x.
-    double x =
-        std::exp(cube > 0.05 ? std::log(a) + 3.0 * std::log(cube)
-                             : (log_target + bm::lgamma(a + 1.0, StartPolicy())) / a);  // x^a / a!
+    double x = cube > 0.05 ? a * cube * cube * cube : 0.0;
+    // Wilson-Hilferty is off by 3 to 200 per cent in log x far in the tails of the smaller
+    // shapes (three or four tail evaluations); there the tails' own leading forms, solved
+    // for x by a few fixed-point steps, start closer (one or two evaluations):
+    //   lower, x < (a + 1)/2: P = x^a e^-x / Gamma(a + 1) (1 + x/(a + 1) + x^2/((a + 1)
+    //                         (a + 2)) + x^3/((a + 1)(a + 2)(a + 3)) + ...),
+    //   upper, x past the mean by 3 sqrt(a) + 3: Q = x^(a-1) e^-x / Gamma(a) (1 + (a - 1)/x
+    //                         + (a - 1)(a - 2)/x^2 + (a - 1)(a - 2)(a - 3)/x^3 + ...).
+    // Each start is kept only where its form applies at the x it reaches.
+    const double centre_limit = a + 3.0 * std::sqrt(a) + 3.0;
+    if (lower_side ? x < 0.6 * (a + 1.0) : x > centre_limit) {
+        const double log_gamma = bm::lgamma(a + 1.0, StartPolicy());  // ln Gamma(a + 1)
+        if (lower_side) {
+            double xs = std::exp((log_target + log_gamma) / a);
+            if (xs < 0.5 * (a + 1.0)) {
+                for (int k = 0; k < 3; ++k) {
+                    const double series =
+                        1.0 + xs / (a + 1.0) * (1.0 + xs / (a + 2.0) * (1.0 + xs / (a + 3.0)));
+                    xs = std::exp((log_target + log_gamma + xs - std::log(series)) / a);
+                }
+                if (xs < 0.5 * (a + 1.0)) x = xs;
+            }
+        } else {
+            double xu = std::max(x, a);
+            const double log_gamma_a = log_gamma - std::log(a);
+            for (int k = 0; k < 3; ++k) {
+                const double series =
+                    1.0 + (a - 1.0) / xu * (1.0 + (a - 2.0) / xu * (1.0 + (a - 3.0) / xu));
+                xu = -log_target - log_gamma_a + (a - 1.0) * std::log(xu) + std::log(series);
+            }
+            if (xu > centre_limit) x = xu;
+        }
+    }
+    if (!(x > 0.0)) x = std::exp((log_target + bm::lgamma(a + 1.0, StartPolicy())) / a);  // x^a/a!
     bool last = false;
     for (int i = 0; i < 30; ++i) {
         const auto tails = numeric::incomplete_gamma_double(a, x, 0.0);
@@ -734,14 +767,42 @@ double gamma_deviate_double(double a, double p) {
         const double newton = residual / slope;
         const double denominator = 1.0 - 0.5 * newton * curvature / slope;
         const double halley = denominator > 0.5 ? newton / denominator : newton;
-        const double step = std::clamp(halley, -1.0, 1.0);
+        double step = std::clamp(halley, -1.0, 1.0);
+        // Near the root, the root of the log tail's Taylor polynomial of degree four in
+        // log x instead (its derivatives follow from r alone: g1 = slope, g2 = g1 (a - x -
+        // g1), g3 = g2 (a - x - 2 g1) - g1 x, g4 = g3 (a - x - 2 g1) - 2 g2^2 - 2 x g2 - x g1),
+        // found by Newton's method on the polynomial from Halley's step: its error is of
+        // order e^5 instead of e^3, so one tail evaluation often suffices.
+        bool quartic = false;
+        if (std::fabs(step) < 0.1) {
+            const double g1 = slope, g2 = curvature, c = a - x - 2.0 * g1;
+            const double g3 = g2 * c - g1 * x;
+            const double g4 = g3 * c - 2.0 * g2 * g2 - 2.0 * x * g2 - x * g1;
+            double h = -step;
+            for (int k = 0; k < 3; ++k) {
+                const double value =
+                    residual + h * (g1 + h * (g2 / 2.0 + h * (g3 / 6.0 + h * g4 / 24.0)));
+                const double derivative = g1 + h * (g2 + h * (g3 / 2.0 + h * g4 / 6.0));
+                h -= value / derivative;
+            }
+            // Kept where it agrees with Halley's step to its own order.
+            if (std::isfinite(h) && std::fabs(h + step) <= 0.5 * std::fabs(step)) {
+                step = -h;
+                quartic = true;
+            }
+        }
         x *= std::exp(-step);
         // Halley's error after a step e is about K e^3, K = (g''/2g')^2 - g'''/(6g') of the
         // log tail g in log x: about a at the centre (the law's width there is 1/sqrt(a) in
-        // log x), O(1) in the tails. So a step with (1 + a) e^3 below 1e-18 leaves the root
-        // to rounding; otherwise, once a step is below 1e-7, one more (at least quadratic
-        // convergence) does.
-        if (last || (1.0 + a) * step * step * std::fabs(step) < 1e-18) return x;
+        // log x), O(1) in the tails. So a step with (1 + a) e^3 below 1e-16 leaves the root
+        // within 1e-16 (the tails' own 6e-15 bound the result); the quartic step's error,
+        // of order (g5/g1) e^5 with g5/g1 about a^2 at the centre, likewise once
+        // (1 + a)^2 e^5 is below 1e-16; otherwise, once a step is below 1e-7, one more (at
+        // least quadratic convergence) does.
+        const double e = std::fabs(step);
+        if (last ||
+            (quartic ? (1.0 + a) * (1.0 + a) * e * e * e * e * e : (1.0 + a) * e * e * e) < 1e-16)
+            return x;
         last = std::fabs(step) < 1e-7;
     }
     return kNaN;

@@ -1,7 +1,8 @@
 // g01gbc, g01gcc, g01gdc, g01gec: lower-tail probabilities of the non-central t,
 // chi-square, F and beta distributions.
 //
-// Method: Boost.Math's non-central distributions. The chi-square, beta and F laws are
+// Method: double evaluations in the body of each law (below), and as the extended paths
+// Boost.Math's non-central distributions. The chi-square, beta and F laws are
 // Poisson mixtures of their central laws (weights e^(-lambda/2) (lambda/2)^j / j!);
 // Boost sums them from the Poisson mode outwards with recurrences on the incomplete
 // gamma / beta terms (Ding; Benton and Krishnamoorthy), and takes the complement series
@@ -17,15 +18,33 @@
 // central terms, two Boost evaluations in all; otherwise forwards, one per term); and the
 // central F (lambda = 0) is I_x(df1/2, df2/2) taken through whichever of
 // x = df1 f/(df1 f + df2) and 1 - x = df2/(df1 f + df2) is small, formed directly.
-// The chi-square law first tries its double evaluation (platform/numeric/noncentral_chi2:
-// the same mixture run downwards from a truncation index proven from the weights, central
-// terms by their exact recurrence from one double incomplete gamma; lambda <= 2000 and the
-// starting shape df/2 + T <= 1000, within the double kernel's few ulps plus about
-// 2 sqrt(T) ulps of recurrence rounding), and falls back on the paths above where it
-// declines (the far lower tail, larger shapes or non-centralities). The t law's quadrature
-// weights its nodes by the log chi-scale density in double (platform/numeric/chi_scale).
-// Accuracy against mpmath over the test grid (df to 1e6, lambda to 1e4, values down to
-// 1e-300): 2.5e-14 (t), 2.9e-15 (chi-square), 6.8e-15 (F), 2.6e-14 (beta) relative.
+//
+// Which path runs where (the double evaluations first; each declines with NaN outside the
+// range where it can promise its bound, and the paths above take over):
+//   chi-square  platform/numeric/noncentral_chi2: the mixture run downwards from a truncation
+//               index proven from the weights, central terms by their exact recurrence from
+//               one double incomplete gamma; lambda <= 2000, starting shape df/2 + T <= 1000;
+//               within the double kernel's few ulps plus about 2 sqrt(T) ulps of recurrence
+//               rounding (measured 3e-15).
+//   beta, F     platform/numeric/noncentral_beta: the same for the beta mixture from one double
+//               incomplete beta (the F's x and 1 - x formed in two parts); lambda <= 1600,
+//               b and a + T <= 1000, result above 1e-280; the kernel's few ulps (up to 7e-14
+//               at shapes near 1000) plus about 2 sqrt(T) ulps (measured 1.9e-14).
+//   t           platform/numeric/noncentral_t: the series over both parities, each from one
+//               double incomplete beta, I form downwards for t > 0, complement form upwards
+//               for t < 0; |delta| <= 40, df <= 2000, starting shape <= 1000, and for
+//               t < 0 < delta (terms of both signs) only while their magnitudes stay within
+//               4 times the result; within the kernel's error times that factor plus about
+//               3 sqrt(n) ulps over n terms (measured 3e-14).
+//   elsewhere   (far tails where a double starting term leaves the normal range, larger
+//               parameters, t < 0 < delta below the series' floor) the extended paths above:
+//               Boost's long double series, the forward sums from j = 0, the quadrature.
+// The t law's quadrature weights its nodes by the log chi-scale density in double
+// (platform/numeric/chi_scale).
+// Accuracy against mpmath over the test grids (df to 1e6, lambda to 1e4, values down to
+// 1e-300; tests/reference/gen_distributions_other.py, gen_noncentral_chi2_double.py,
+// gen_noncentral_double.py): 3.2e-14 (t), 2.9e-15 (chi-square), 1.9e-14 (F), 2.3e-15
+// (beta) relative.
 //
 // tol and max_iter: tol is accepted for the call shape (the series are always summed to
 // full double precision). max_iter must be at least 1; the series then run under their
@@ -51,7 +70,9 @@
 #include "platform/nag/g01.hpp"
 #include "platform/nag/log_concave_quadrature.hpp"
 #include "platform/numeric/chi_scale.hpp"
+#include "platform/numeric/noncentral_beta.hpp"
 #include "platform/numeric/noncentral_chi2.hpp"
+#include "platform/numeric/noncentral_t.hpp"
 #include "platform/numeric/normal.hpp"
 #include "platform/numeric/stirling.hpp"
 
@@ -205,6 +226,9 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter, N
     // the floor the series is not summed at all.
     if (t < 0.0 && delta > 0.0 && normal_lower(-delta) < kSeriesFloor)
         return checked(nct_lower_by_quadrature(t, df, delta), fail);
+    // The double evaluation where it answers.
+    const double fast = numeric::noncentral_t_lower_double(t, df, delta);
+    if (!std::isnan(fast)) return checked(fast, fail);
     const boost::math::non_central_t_distribution<double, BoostPolicy> law(df, delta);
     const double series = boost::math::cdf(law, t);
     if (t < 0.0 && delta > 0.0 && !(series >= kSeriesFloor))
@@ -265,10 +289,21 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
         const double y = df2 / (df1 * f + df2);
         return checked(boost::math::ibetac(0.5 * df2, 0.5 * df1, y, BoostPolicy()), fail);
     }
-    // The F law is the beta mixture at x = df1 f / (df1 f + df2), a = df1/2, b = df2/2:
-    // far in its lower tail, summed forwards from j = 0 as the beta law is.
-    const double x = df1 * f / (df1 * f + df2);
+    // The F law is the beta mixture at x = df1 f / (df1 f + df2), a = df1/2, b = df2/2.
     const double a = 0.5 * df1, b = 0.5 * df2;
+    {
+        // The double evaluation where it answers, x and 1 - x = df2 / (df1 f + df2) formed
+        // in two parts (the tails magnify their rounding).
+        using numeric::TwoPart;
+        const TwoPart product = numeric::two_product(df1, f);
+        const TwoPart total = numeric::add(product, TwoPart{df2, 0.0});
+        const double fast =
+            numeric::noncentral_beta_lower_double(a, b, lambda, numeric::divide(product, total),
+                                                  numeric::divide(TwoPart{df2, 0.0}, total));
+        if (!std::isnan(fast)) return checked(fast, fail);
+    }
+    // Elsewhere far in its lower tail, summed forwards from j = 0 as the beta law is.
+    const double x = df1 * f / (df1 * f + df2);
     if (x <= 0.5 && 0.5 * lambda * x * std::max(1.0, (a + b) / (a + 1.0)) < kForwardRatio) {
         const double from_top = beta_mixture_from_top(lambda, a, b, x);
         if (!std::isnan(from_top)) return checked(from_top, fail);
@@ -303,6 +338,10 @@ double g01gec(double x, double a, double b, double lambda, double /*tol*/, int m
     fail->set(NE_NOERROR);
     if (x == 0.0) return 0.0;
     if (x == 1.0) return 1.0;
+    // The double evaluation where it answers (1 - x formed exactly in two parts).
+    const double fast =
+        numeric::noncentral_beta_lower_double(a, b, lambda, {x, 0.0}, numeric::two_sum(1.0, -x));
+    if (!std::isnan(fast)) return checked(fast, fail);
     // Ratio of consecutive mixture terms ~ (lambda/2) x (a+b+j)/((j+1)(a+j+1)).
     if (lambda > 0.0 && 0.5 * lambda * x * std::max(1.0, (a + b) / (a + 1.0)) < kForwardRatio &&
         !tiny_shapes(a, b, lambda)) {
