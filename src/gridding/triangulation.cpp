@@ -131,20 +131,27 @@ bool sort_distinct_nodes(Nodes& nodes, double xtol, double ytol) {
     std::vector<int> idx(n);
     for (std::size_t k = 0; k < n; ++k) idx[k] = position_of(order[k]);
     auto chained = [](double a, double b, double tol) { return b == a || b - a <= tol; };
-    auto less = [&](int a, int b) { return x[a] < x[b] || (x[a] == x[b] && y[a] < y[b]); };
     std::vector<double> run_y;
     for (std::size_t first = 0; first < n;) {
         std::size_t last = first + 1;
         while (last < n && chained(key_of(order[last - 1]), key_of(order[last]), xtol)) ++last;
         if (last - first > 1) {
-            // Equal x (-0.0 and 0.0 among them) ordered by y; no two nodes of a run tie.
-            std::sort(idx.begin() + static_cast<std::ptrdiff_t>(first),
-                      idx.begin() + static_cast<std::ptrdiff_t>(last), less);
             run_y.clear();
             for (std::size_t k = first; k < last; ++k) run_y.push_back(y[idx[k]]);
             std::sort(run_y.begin(), run_y.end());
             for (std::size_t k = 1; k < run_y.size(); ++k)
                 if (chained(run_y[k - 1], run_y[k], ytol)) return false;
+            // The run is in x order already; stretches of equal x (-0.0 and 0.0 among
+            // them) go by y, which no two of their nodes share.
+            for (std::size_t k = first; k < last;) {
+                std::size_t end = k + 1;
+                while (end < last && key_of(order[end]) == key_of(order[k])) ++end;
+                if (end - k > 1)
+                    std::sort(idx.begin() + static_cast<std::ptrdiff_t>(k),
+                              idx.begin() + static_cast<std::ptrdiff_t>(end),
+                              [&](int a, int b) { return y[a] < y[b]; });
+                k = end;
+            }
         }
         first = last;
     }
