@@ -137,10 +137,24 @@ int merge_duplicates(int n, double* x, double* y, std::span<double* const> value
     };
     std::vector<Member> cluster;
     auto member_position = [&](std::size_t j) { return cluster[j].k; };
+    auto cluster_end = [&](std::size_t start) {  // x-cluster: gaps within xtol, chained
+        std::size_t end = start + 1;
+        while (end < m && chained(key_of(order[end - 1]), key_of(order[end]), xtol)) ++end;
+        return end;
+    };
+    // Every allocation before the first write: a refused call (-19) leaves the arrays
+    // as they were.
+    std::size_t widest = 1;
+    for (std::size_t start = 0; start < m;) {
+        const std::size_t end = cluster_end(start);
+        widest = std::max(widest, end - start);
+        start = end;
+    }
+    group.reserve(widest);
+    cluster.reserve(widest);
     std::size_t start = 0;
     while (start < m) {
-        std::size_t end = start + 1;  // x-cluster: gaps within xtol, chained
-        while (end < m && chained(key_of(order[end - 1]), key_of(order[end]), xtol)) ++end;
+        const std::size_t end = cluster_end(start);
         if (!use_y) {
             emit(key_of(order[start]), 0.0, sorted_position, start, end);
         } else if (end - start == 1) {
