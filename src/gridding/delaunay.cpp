@@ -19,18 +19,34 @@ inline int prv(int k) {
 }
 
 // The sweep keeps its own compact state: coordinates interleaved (one cache line per
-// point), triangles in flat arrays sized for the largest possible mesh, and for every
-// triangle slot the twin half-edge (3 t + slot of the same edge seen from the other
-// triangle, -1 on the hull), so that a flip finds and relinks its neighbours without
-// searching them.
+// point), triangles sized for the largest possible mesh, each triangle's corners beside
+// its twin half-edges in one 32-byte block (a walk or a flip touches one cache line per
+// triangle). A half-edge is coded 4 t + slot; its twin is the same edge seen from the
+// other triangle (-1 on the hull), so that a flip finds and relinks its neighbours
+// without searching them. Bit s of legal: the edge in slot s was found strictly Delaunay
+// by a test and neither of its triangles has changed since (every change relinks the
+// edge, which clears the bit on both sides); the last pass does not test such edges again.
+struct alignas(32) SweepTriangle {
+    int v[3];
+    int legal;
+    int twin[3];
+    int unused;
+};
+
 struct Sweep {
     std::vector<double> xy;
-    std::vector<int> v, twin;
+    std::vector<SweepTriangle> tris;
     int count = 0;  // triangles so far
     std::vector<int> hull_next, hull_prev;
     std::vector<int> hull_edge;  // per hull node u: half-edge of the edge (u, hull_next[u])
     std::vector<int> stack;
     bool tie = false;  // some in-circle or orientation test was exactly 0 (or NaN)
+
+    static int code(int t, int s) { return 4 * t + s; }
+    int& vert(int t, int s) { return tris[static_cast<std::size_t>(t)].v[s]; }
+    int vert(int t, int s) const { return tris[static_cast<std::size_t>(t)].v[s]; }
+    int& twin(int e) { return tris[static_cast<std::size_t>(e >> 2)].twin[e & 3]; }
+    int twin(int e) const { return tris[static_cast<std::size_t>(e >> 2)].twin[e & 3]; }
 
     double orient(int a, int b, int c) const {
         return orient2d(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
@@ -38,64 +54,80 @@ struct Sweep {
     }
 
     int add_triangle(int a, int b, int c) {
-        const int t = count++;
-        v[3 * t] = a, v[3 * t + 1] = b, v[3 * t + 2] = c;
-        twin[3 * t] = twin[3 * t + 1] = twin[3 * t + 2] = -1;
-        return t;
+        SweepTriangle& r = tris[static_cast<std::size_t>(count)];
+        r.v[0] = a, r.v[1] = b, r.v[2] = c;
+        r.legal = 0;
+        r.twin[0] = r.twin[1] = r.twin[2] = -1;
+        return count++;
     }
 
     void link(int e, int f) {
-        twin[e] = f;
-        if (f >= 0) twin[f] = e;
+        SweepTriangle& r = tris[static_cast<std::size_t>(e >> 2)];
+        r.twin[e & 3] = f;
+        r.legal &= ~(1 << (e & 3));
+        if (f >= 0) {
+            SweepTriangle& q = tris[static_cast<std::size_t>(f >> 2)];
+            q.twin[f & 3] = e;
+            q.legal &= ~(1 << (f & 3));
+        }
     }
 
     // Legalises edge slot s of triangle t, whose opposite vertex is the new point, and
     // every edge that its flips expose.
     void legalize(int t0, int s0) {
         stack.clear();
-        stack.push_back(3 * t0 + s0);
+        stack.push_back(code(t0, s0));
         while (!stack.empty()) {
-            const int code = stack.back();
+            const int e = stack.back();
             stack.pop_back();
-            const int across = twin[code];
+            const int across = twin(e);
             if (across < 0) continue;
-            const int t = code / 3, j = code - 3 * t;
-            const int n = across / 3, k = across - 3 * n;
-            const int a = v[3 * t + j], b = v[3 * t + nxt(j)], c = v[3 * t + prv(j)];
-            const int d = v[3 * n + prv(k)];
+            const int t = e >> 2, j = e & 3;
+            const int n = across >> 2, k = across & 3;
+            SweepTriangle &rt = tris[static_cast<std::size_t>(t)],
+                          &rn = tris[static_cast<std::size_t>(n)];
+            const int a = rt.v[j], b = rt.v[nxt(j)], c = rt.v[prv(j)];
+            const int d = rn.v[prv(k)];
             const double in = incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1],
                                        xy[2 * c], xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
             // Flip only on a definite 'inside' (a NaN from overflowing input never flips).
             if (!(in > 0.0)) {
-                tie = tie || !(in < 0.0);
+                if (in < 0.0) {
+                    rt.legal |= 1 << j;
+                    rn.legal |= 1 << k;
+                } else {
+                    tie = true;
+                }
                 continue;
             }
             flip(t, j, n, k);
-            stack.push_back(3 * t + 1);  // (a,d), opposite c
-            stack.push_back(3 * n + 0);  // (d,b), opposite c
+            stack.push_back(code(t, 1));  // (a,d), opposite c
+            stack.push_back(code(n, 0));  // (d,b), opposite c
         }
     }
 
     // Flips the edge in slot j of t (= slot k of n): t = (a,b,c), n = (b,a,d) become
     // t = (c,a,d), n = (d,b,c).
     void flip(int t, int j, int n, int k) {
-        const int a = v[3 * t + j], b = v[3 * t + nxt(j)], c = v[3 * t + prv(j)];
-        const int d = v[3 * n + prv(k)];
-        const int x1 = twin[3 * n + nxt(k)];  // across (a,d)
-        const int x2 = twin[3 * n + prv(k)];  // across (d,b)
-        const int y1 = twin[3 * t + nxt(j)];  // across (b,c)
-        const int y2 = twin[3 * t + prv(j)];  // across (c,a)
-        v[3 * t] = c, v[3 * t + 1] = a, v[3 * t + 2] = d;
-        v[3 * n] = d, v[3 * n + 1] = b, v[3 * n + 2] = c;
-        link(3 * t, y2);
-        link(3 * t + 1, x1);
-        link(3 * n, x2);
-        link(3 * n + 1, y1);
-        link(3 * t + 2, 3 * n + 2);
-        if (x1 < 0) hull_edge[a] = 3 * t + 1;
-        if (y2 < 0) hull_edge[c] = 3 * t + 0;
-        if (x2 < 0) hull_edge[d] = 3 * n + 0;
-        if (y1 < 0) hull_edge[b] = 3 * n + 1;
+        SweepTriangle &rt = tris[static_cast<std::size_t>(t)],
+                      &rn = tris[static_cast<std::size_t>(n)];
+        const int a = rt.v[j], b = rt.v[nxt(j)], c = rt.v[prv(j)];
+        const int d = rn.v[prv(k)];
+        const int x1 = rn.twin[nxt(k)];  // across (a,d)
+        const int x2 = rn.twin[prv(k)];  // across (d,b)
+        const int y1 = rt.twin[nxt(j)];  // across (b,c)
+        const int y2 = rt.twin[prv(j)];  // across (c,a)
+        rt.v[0] = c, rt.v[1] = a, rt.v[2] = d;
+        rn.v[0] = d, rn.v[1] = b, rn.v[2] = c;
+        link(code(t, 0), y2);
+        link(code(t, 1), x1);
+        link(code(n, 0), x2);
+        link(code(n, 1), y1);
+        link(code(t, 2), code(n, 2));
+        if (x1 < 0) hull_edge[a] = code(t, 1);
+        if (y2 < 0) hull_edge[c] = code(t, 0);
+        if (x2 < 0) hull_edge[d] = code(n, 0);
+        if (y1 < 0) hull_edge[b] = code(n, 1);
     }
 
     bool visible(int a, int b, int p) {
@@ -128,11 +160,11 @@ struct Sweep {
         int e = s, first = -1, previous = -1;
         do {
             const int f = next[e];
-            if (count >= static_cast<int>(v.size() / 3)) return false;  // cannot happen
+            if (count >= static_cast<int>(tris.size())) return false;  // cannot happen
             const int t = add_triangle(f, e, p);  // (f, e) is the old hull edge (e, f) reversed
-            link(3 * t, hull_edge[e]);
+            link(code(t, 0), hull_edge[e]);
             if (previous >= 0) {
-                link(3 * previous + 2, 3 * t + 1);  // (p, e) of the previous, (e, p) of t
+                link(code(previous, 2), code(t, 1));  // (p, e) of the previous, (e, p) of t
             } else {
                 first = t;
             }
@@ -148,8 +180,8 @@ struct Sweep {
         hull_prev[p] = s;
         next[p] = t_end;
         hull_prev[t_end] = p;
-        hull_edge[s] = 3 * first + 1;
-        hull_edge[p] = 3 * previous + 2;
+        hull_edge[s] = code(first, 1);
+        hull_edge[p] = code(previous, 2);
         for (int t = first; t <= previous; ++t) legalize(t, 0);
         return true;
     }
@@ -162,35 +194,40 @@ struct Sweep {
             const std::size_t k = order != nullptr ? static_cast<std::size_t>(order[i]) : i;
             xy[2 * i] = x[k], xy[2 * i + 1] = y[k];
         }
-        // At most 2 n - 5 triangles in a triangulation of n points.
-        v.resize(3 * (2 * size));
-        twin.resize(3 * (2 * size));
+        // At most 2 n - 5 triangles in a triangulation of n points (touched here, before
+        // the insertion loop: appending instead measured slower).
+        tris.resize(2 * size);
         hull_next.assign(size, -1);
         hull_prev.assign(size, -1);
         hull_edge.assign(size, -1);
         stack.reserve(64);
     }
 
+    // The mesh in the sweep's numbering (half-edges 3 t + slot there).
     void take_mesh(Mesh& mesh, bool neighbours) {
         const std::size_t slots = 3 * static_cast<std::size_t>(count);
-        v.resize(slots);
-        mesh.v = std::move(v);
-        twin.resize(slots);
+        mesh.v.resize(slots);
+        mesh.twin.resize(slots);
         mesh.nb.resize(neighbours ? slots : 0);
-        if (neighbours)
-            for (std::size_t i = 0; i < slots; ++i) mesh.nb[i] = twin[i] < 0 ? -1 : twin[i] / 3;
-        mesh.twin = std::move(twin);
+        for (int t = 0; t < count; ++t)
+            for (int s = 0; s < 3; ++s) {
+                const int f = tris[static_cast<std::size_t>(t)].twin[s];
+                mesh.v[3 * t + s] = tris[static_cast<std::size_t>(t)].v[s];
+                mesh.twin[3 * t + s] = f < 0 ? -1 : 3 * (f >> 2) + (f & 3);
+                if (neighbours) mesh.nb[3 * t + s] = f < 0 ? -1 : f >> 2;
+            }
         mesh.hull_next = std::move(hull_next);
     }
 };
 
-// Index of the cell (qx, qy) of a 2^15 by 2^15 grid along the Hilbert curve (30 bits).
+// Index of the cell (qx, qy) of a 2^levels by 2^levels grid along the Hilbert curve
+// (2 levels bits; levels at most 15).
 // Level by level from the top: the quadrant's digit, then the quadrant's reflection
 // (a swap of the axes, a complement of both) applied to the lower bits. The reflections
 // commute, so two flags carry them; no branches (the quadrants are random).
-std::uint32_t hilbert_index(std::uint32_t qx, std::uint32_t qy) {
+std::uint32_t hilbert_index(std::uint32_t qx, std::uint32_t qy, int levels) {
     std::uint32_t d = 0, swap = 0, complement = 0;
-    for (int level = 14; level >= 0; --level) {
+    for (int level = levels - 1; level >= 0; --level) {
         const std::uint32_t bx = ((qx >> level) & 1u) ^ complement;
         const std::uint32_t by = ((qy >> level) & 1u) ^ complement;
         const std::uint32_t rx = bx ^ (swap & (bx ^ by)), ry = by ^ (swap & (bx ^ by));
@@ -216,16 +253,20 @@ int insertion_round(std::uint64_t i) {
     return kRounds - 1 - level;
 }
 
-// Stable LSD radix sort of keys on bits 31..63 (three 11-bit digits); the low 31 bits
-// carry the point index, already ascending, so the order is (round, curve, index).
-void sort_keys(std::vector<std::uint64_t>& keys) {
+// Stable LSD radix sort of keys on bits 31 .. 31 + bits - 1 (bits at most 33) in the
+// fewest digits of at most 12 bits; the low 31 bits carry the point index, already
+// ascending, so the order is (round, curve, index).
+void sort_keys(std::vector<std::uint64_t>& keys, int bits) {
     std::vector<std::uint64_t> other(keys.size());
-    for (int shift = 31; shift < 64; shift += 11) {
-        std::size_t count[2049] = {};
-        for (std::uint64_t k : keys) ++count[((k >> shift) & 2047u) + 1];
-        if (count[((keys[0] >> shift) & 2047u) + 1] == keys.size()) continue;  // one digit
-        for (int d = 0; d < 2048; ++d) count[d + 1] += count[d];
-        for (std::uint64_t k : keys) other[count[(k >> shift) & 2047u]++] = k;
+    const int passes = (bits + 11) / 12, width = (bits + passes - 1) / passes;
+    const std::uint64_t mask = (std::uint64_t{1} << width) - 1;
+    std::vector<std::size_t> count((std::size_t{1} << width) + 1);
+    for (int shift = 31; shift < 31 + bits; shift += width) {
+        std::fill(count.begin(), count.end(), std::size_t{0});
+        for (std::uint64_t k : keys) ++count[((k >> shift) & mask) + 1];
+        if (count[((keys[0] >> shift) & mask) + 1] == keys.size()) continue;  // one digit
+        for (std::size_t d = 0; d + 1 < count.size(); ++d) count[d + 1] += count[d];
+        for (std::uint64_t k : keys) other[count[(k >> shift) & mask]++] = k;
         keys.swap(other);
     }
 }
@@ -270,7 +311,11 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     {
         const auto [xlo, xhi] = std::minmax_element(x.begin(), x.end());
         const auto [ylo, yhi] = std::minmax_element(y.begin(), y.end());
-        constexpr double top = 32767.0;
+        // About one cell per point (at most 2^15 by 2^15 cells): points sharing a cell
+        // follow each other in index order, a walk of a step or two.
+        int levels = 1;
+        while (levels < 15 && (std::int64_t{1} << (2 * levels)) < n) ++levels;
+        const double top = static_cast<double>((1 << levels) - 1);
         const double sx = *xhi > *xlo ? top / (*xhi - *xlo) : 0.0;
         const double sy = *yhi > *ylo ? top / (*yhi - *ylo) : 0.0;
         // Rounds of random samples, each along the Hilbert curve: consecutive points are
@@ -286,12 +331,12 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
             double fx = (x[i] - *xlo) * sx, fy = (y[i] - *ylo) * sy;
             fx = fx >= 0.0 ? std::min(fx, top) : 0.0;
             fy = fy >= 0.0 ? std::min(fy, top) : 0.0;
-            const std::uint64_t d =
-                hilbert_index(static_cast<std::uint32_t>(fx), static_cast<std::uint32_t>(fy));
+            const std::uint64_t d = hilbert_index(static_cast<std::uint32_t>(fx),
+                                                  static_cast<std::uint32_t>(fy), levels);
             const std::uint64_t round = static_cast<std::uint64_t>(insertion_round(i));
-            keys.push_back(round << 61 | d << 31 | static_cast<std::uint32_t>(i));
+            keys.push_back((round << (2 * levels) | d) << 31 | static_cast<std::uint32_t>(i));
         }
-        if (!keys.empty()) sort_keys(keys);
+        if (!keys.empty()) sort_keys(keys, 3 + 2 * levels);
         for (std::uint64_t key : keys) {
             const int i = static_cast<int>(key & 0x7fffffffu);
             local[i] = static_cast<int>(global.size());
@@ -303,13 +348,13 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     // Fan (0, k, k+1) over the hull.
     for (int k = 1; k + 1 < h; ++k) {
         const int t = sw.add_triangle(0, k, k + 1);
-        if (k > 1) sw.link(3 * (t - 1) + 2, 3 * t);
-        sw.hull_edge[k] = 3 * t + 1;
+        if (k > 1) sw.link(Sweep::code(t - 1, 2), Sweep::code(t, 0));
+        sw.hull_edge[k] = Sweep::code(t, 1);
         sw.hull_next[k] = k + 1;
     }
-    sw.hull_edge[0] = 0;
+    sw.hull_edge[0] = Sweep::code(0, 0);
     sw.hull_next[0] = 1;
-    sw.hull_edge[h - 1] = 3 * (h - 3) + 2;
+    sw.hull_edge[h - 1] = Sweep::code(h - 3, 2);
     sw.hull_next[h - 1] = 0;
     const std::vector<double>& xy = sw.xy;
     auto side_of = [&](int a, int b, int p) {
@@ -323,10 +368,11 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         int came = -1;
         long long steps = 0;
         for (;;) {
+            const SweepTriangle& r = sw.tris[static_cast<std::size_t>(t)];
             int exit_slot = -1;
             for (int s = 0; s < 3; ++s) {
-                if (3 * t + s == came) continue;
-                const double o = side_of(sw.v[3 * t + s], sw.v[3 * t + nxt(s)], p);
+                if (Sweep::code(t, s) == came) continue;
+                const double o = side_of(r.v[s], r.v[nxt(s)], p);
                 if (!(o != 0.0)) return false;  // on an edge line (or NaN): not general
                 if (o < 0.0) {
                     exit_slot = s;
@@ -334,62 +380,64 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
                 }
             }
             if (exit_slot < 0) break;
-            came = sw.twin[3 * t + exit_slot];
+            came = r.twin[exit_slot];
             if (came < 0 || ++steps > walk_limit) return false;
-            t = came / 3;
+            t = came >> 2;
         }
         // Split t = (a, b, c) into (a, b, p), (b, c, p), (c, a, p).
-        const int a = sw.v[3 * t], b = sw.v[3 * t + 1], c = sw.v[3 * t + 2];
-        const int tab = sw.twin[3 * t], tbc = sw.twin[3 * t + 1], tca = sw.twin[3 * t + 2];
+        const SweepTriangle& r = sw.tris[static_cast<std::size_t>(t)];
+        const int a = r.v[0], b = r.v[1], c = r.v[2];
+        const int tab = r.twin[0], tbc = r.twin[1], tca = r.twin[2];
         const int t1 = sw.add_triangle(b, c, p), t2 = sw.add_triangle(c, a, p);
-        sw.v[3 * t + 2] = p;
-        sw.link(3 * t, tab);
-        sw.link(3 * t1, tbc);
-        sw.link(3 * t2, tca);
-        sw.link(3 * t + 1, 3 * t1 + 2);
-        sw.link(3 * t1 + 1, 3 * t2 + 2);
-        sw.link(3 * t2 + 1, 3 * t + 2);
-        if (tab < 0) sw.hull_edge[a] = 3 * t;
-        if (tbc < 0) sw.hull_edge[b] = 3 * t1;
-        if (tca < 0) sw.hull_edge[c] = 3 * t2;
+        sw.vert(t, 2) = p;
+        sw.link(Sweep::code(t, 0), tab);
+        sw.link(Sweep::code(t1, 0), tbc);
+        sw.link(Sweep::code(t2, 0), tca);
+        sw.link(Sweep::code(t, 1), Sweep::code(t1, 2));
+        sw.link(Sweep::code(t1, 1), Sweep::code(t2, 2));
+        sw.link(Sweep::code(t2, 1), Sweep::code(t, 2));
+        if (tab < 0) sw.hull_edge[a] = Sweep::code(t, 0);
+        if (tbc < 0) sw.hull_edge[b] = Sweep::code(t1, 0);
+        if (tca < 0) sw.hull_edge[c] = Sweep::code(t2, 0);
         sw.legalize(t, 0);
         sw.legalize(t1, 0);
         sw.legalize(t2, 0);
         if (sw.tie) return false;
     }
-    // Last pass: every interior edge, flipping until all are strictly Delaunay (the
-    // edges found non-Delaunay start the flip stack; there are rarely any).
+    // Last pass: every interior edge not already found strictly Delaunay since it last
+    // changed (legal bit), flipping until all are strictly Delaunay (the edges found
+    // non-Delaunay start the flip stack; there are rarely any).
+    auto in_circle = [&](int e, int f) {
+        const int te = e >> 2, j = e & 3, k = f & 3;
+        const int a = sw.vert(te, j), b = sw.vert(te, nxt(j)), c = sw.vert(te, prv(j));
+        const int d = sw.vert(f >> 2, prv(k));
+        return incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
+                        xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
+    };
     std::vector<int> pending;
-    for (int e = 0; e < 3 * sw.count; ++e) {
-        const int f = sw.twin[e];
-        if (f < e) continue;
-        const int te = e / 3, j = e - 3 * te, tf = f / 3, k = f - 3 * tf;
-        const int a = sw.v[3 * te + j], b = sw.v[3 * te + nxt(j)], c = sw.v[3 * te + prv(j)];
-        const int d = sw.v[3 * tf + prv(k)];
-        const double in = incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
-                                   xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
-        if (!(in != 0.0)) return false;
-        if (in > 0.0) pending.push_back(e);
-    }
+    for (int te = 0; te < sw.count; ++te)
+        for (int j = 0; j < 3; ++j) {
+            const int e = Sweep::code(te, j), f = sw.twin(e);
+            if (f < e || (sw.tris[static_cast<std::size_t>(te)].legal >> j & 1) != 0) continue;
+            const double in = in_circle(e, f);
+            if (!(in != 0.0)) return false;
+            if (in > 0.0) pending.push_back(e);
+        }
     long long budget = 64LL * n + 64;
     while (!pending.empty()) {
         if (--budget < 0) return false;
         const int e = pending.back();
         pending.pop_back();
-        const int f = sw.twin[e];
+        const int f = sw.twin(e);
         if (f < 0) continue;
-        const int te = e / 3, j = e % 3, tf = f / 3, k = f % 3;
-        const int a = sw.v[3 * te + j], b = sw.v[3 * te + nxt(j)], c = sw.v[3 * te + prv(j)];
-        const int d = sw.v[3 * tf + prv(k)];
-        const double in = incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
-                                   xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
+        const double in = in_circle(e, f);
         if (!(in != 0.0)) return false;
         if (in < 0.0) continue;
         // Flip through the legalisation step (opposite vertex c), then recheck the
         // quadrilateral's four sides.
-        sw.stack.clear();
-        const int x1 = sw.twin[3 * tf + nxt(k)], x2 = sw.twin[3 * tf + prv(k)];
-        const int y1 = sw.twin[3 * te + nxt(j)], y2 = sw.twin[3 * te + prv(j)];
+        const int te = e >> 2, j = e & 3, tf = f >> 2, k = f & 3;
+        const int x1 = sw.twin(Sweep::code(tf, nxt(k))), x2 = sw.twin(Sweep::code(tf, prv(k)));
+        const int y1 = sw.twin(Sweep::code(te, nxt(j))), y2 = sw.twin(Sweep::code(te, prv(j)));
         sw.flip(te, j, tf, k);
         for (int g : {x1, x2, y1, y2})
             if (g >= 0) pending.push_back(g);
@@ -401,7 +449,7 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     const int tc = sw.count;
     std::vector<int> first(static_cast<std::size_t>(n) + 1, 0), slot(static_cast<std::size_t>(tc));
     for (int k = 0; k < tc; ++k) {
-        int* const corners = &sw.v[3 * k];
+        int* const corners = sw.tris[static_cast<std::size_t>(k)].v;
         for (int s = 0; s < 3; ++s) corners[s] = global[corners[s]];
         slot[k] = std::min({corners[0], corners[1], corners[2]});
         ++first[slot[k] + 1];
@@ -411,13 +459,16 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     mesh.v.resize(3 * static_cast<std::size_t>(tc));
     mesh.nb.resize(neighbours ? 3 * static_cast<std::size_t>(tc) : 0);
     mesh.twin.resize(3 * static_cast<std::size_t>(tc));
-    for (int k = 0; k < tc; ++k)
+    for (int k = 0; k < tc; ++k) {
+        const SweepTriangle& r = sw.tris[static_cast<std::size_t>(k)];
+        const std::size_t to = 3 * static_cast<std::size_t>(slot[k]);
         for (int s = 0; s < 3; ++s) {
-            mesh.v[3 * slot[k] + s] = sw.v[3 * k + s];
-            const int f = sw.twin[3 * k + s];
-            if (neighbours) mesh.nb[3 * slot[k] + s] = f < 0 ? -1 : slot[f / 3];
-            mesh.twin[3 * slot[k] + s] = f < 0 ? -1 : 3 * slot[f / 3] + f % 3;
+            mesh.v[to + s] = r.v[s];
+            const int f = r.twin[s];
+            if (neighbours) mesh.nb[to + s] = f < 0 ? -1 : slot[f >> 2];
+            mesh.twin[to + s] = f < 0 ? -1 : 3 * slot[f >> 2] + (f & 3);
         }
+    }
     const std::vector<int>& hull_local = sw.hull_next;
     mesh.hull_next.assign(static_cast<std::size_t>(n), -1);
     for (int k = 0; k < h; ++k) mesh.hull_next[global[k]] = global[hull_local[k]];
@@ -441,17 +492,17 @@ int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& me
         if (i > 0) {
             // Shared edge (i, k): slot 2 of (i, i+1, k) and slot 1 of the previous
             // (i-1, i, k); mirrored for the clockwise-ordered fan.
-            sweep.link(3 * t + (left ? 2 : 1), 3 * (t - 1) + (left ? 1 : 2));
+            sweep.link(Sweep::code(t, left ? 2 : 1), Sweep::code(t - 1, left ? 1 : 2));
         }
     }
     // Hull from the fan's free edges.
     for (int t = 0; t < sweep.count; ++t)
         for (int s = 0; s < 3; ++s)
-            if (sweep.twin[3 * t + s] < 0) {
-                const int u = sweep.v[3 * t + s], w = sweep.v[3 * t + nxt(s)];
+            if (sweep.twin(Sweep::code(t, s)) < 0) {
+                const int u = sweep.vert(t, s), w = sweep.vert(t, nxt(s));
                 sweep.hull_next[u] = w;
                 sweep.hull_prev[w] = u;
-                sweep.hull_edge[u] = 3 * t + s;
+                sweep.hull_edge[u] = Sweep::code(t, s);
             }
     int last = k;
     for (int p = k + 1; p < n; ++p) {

@@ -5,8 +5,6 @@
 #include <cmath>
 
 #include "core/missing.hpp"
-#include "frame/nrvec.hpp"
-#include "frame/sort.hpp"
 
 namespace zemath {
 
@@ -66,81 +64,120 @@ bool chained(double a, double b, double tol) {
 
 }  // namespace
 
+void sort_by_key(std::vector<KeyedPosition>& records) {
+    const std::size_t n = records.size();
+    if (n < 2) return;
+    auto less = [](const KeyedPosition& a, const KeyedPosition& b) {
+        return key_of(a) < key_of(b);
+    };
+    if (n >= 2048) {
+        std::vector<KeyedPosition> scratch(n);
+        if (util::radix_sort<double, sizeof(KeyedPosition), false>(
+                reinterpret_cast<unsigned char*>(records.data()), n,
+                reinterpret_cast<unsigned char*>(scratch.data())))
+            return;
+    }
+    util::intro_sort(records.data(), n, less);
+}
+
 int merge_duplicates(int n, double* x, double* y, std::span<double* const> values, DupMethod method,
                      const DupOptions& options) {
     if (n < 1) return 0;
     const double xtol = std::isnan(options.xtol) ? 0.0 : std::fabs(options.xtol);
     const double ytol = std::isnan(options.ytol) ? 0.0 : std::fabs(options.ytol);
+    const bool use_y = options.use_y;
+    const std::size_t arrays = values.size();
 
-    // Usable points, then one index sort by x through the library's sorter.
-    std::vector<int> kept;
-    kept.reserve(static_cast<std::size_t>(n));
+    // Usable points, sorted by x.
+    std::vector<KeyedPosition> order;
+    order.reserve(static_cast<std::size_t>(n));
     for (int i = 0; i < n; ++i) {
         if (!coordinate_usable(x[i])) continue;
-        if (options.use_y && !coordinate_usable(y[i])) continue;
-        if (!options.keep_missing_z && !values.empty() && is_missing(values[0][i])) continue;
-        kept.push_back(i);
+        if (use_y && !coordinate_usable(y[i])) continue;
+        if (!options.keep_missing_z && arrays > 0 && is_missing(values[0][i])) continue;
+        order.push_back(keyed(x[i], i));
     }
-    const int m = static_cast<int>(kept.size());
+    const std::size_t m = order.size();
     if (m == 0) return 0;
-    NRVec<double> keys(m);
-    for (int k = 0; k < m; ++k) keys[k] = x[kept[static_cast<std::size_t>(k)]];
-    NRVec<int> order(m);
-    sort_with_index(keys, order, true, 0);
-    std::vector<int> idx(static_cast<std::size_t>(m));
-    for (int k = 0; k < m; ++k)
-        idx[static_cast<std::size_t>(k)] = kept[static_cast<std::size_t>(order[k])];
+    sort_by_key(order);
+    // y and the values gathered in that order: every read is done before the caller's
+    // arrays receive the survivors (some of them may alias: the one-key form passes x as y).
+    std::vector<double> ys(use_y ? m : 0), vs(arrays * m);
+    for (std::size_t k = 0; k < m; ++k) {
+        const int i = position_of(order[k]);
+        if (use_y) ys[k] = y[i];
+        for (std::size_t a = 0; a < arrays; ++a) vs[a * m + k] = values[a][i];
+    }
 
-    std::vector<double> out_x, out_y;
-    std::vector<std::vector<double>> out_v(values.size());
-    out_x.reserve(static_cast<std::size_t>(m));
-    out_y.reserve(static_cast<std::size_t>(m));
+    std::size_t out = 0;
     std::vector<double> group;
-
-    auto emit = [&](std::size_t first, std::size_t last) {  // idx[first..last)
-        const int lead = idx[first];
-        out_x.push_back(x[lead]);
-        out_y.push_back(y[lead]);
-        for (std::size_t k = 0; k < values.size(); ++k) {
+    // One survivor: coordinates (gx, gy), values combined over the sorted positions
+    // first..last of the list (in list order).
+    auto emit = [&](double gx, double gy, const auto& position, std::size_t first,
+                    std::size_t last) {
+        x[out] = gx;
+        if (use_y) y[out] = gy;
+        for (std::size_t a = 0; a < arrays; ++a) {
+            const double* const column = vs.data() + a * m;
             if (last - first == 1) {
-                out_v[k].push_back(values[k][lead]);
+                values[a][out] = column[position(first)];
                 continue;
             }
             group.clear();
-            for (std::size_t j = first; j < last; ++j) group.push_back(values[k][idx[j]]);
-            out_v[k].push_back(combine_values(group, method));
+            for (std::size_t j = first; j < last; ++j) group.push_back(column[position(j)]);
+            values[a][out] = combine_values(group, method);
         }
+        ++out;
     };
+    auto sorted_position = [](std::size_t k) { return k; };
 
+    struct Member {
+        double y, x;
+        std::size_t k;  // position in x order
+    };
+    std::vector<Member> cluster;
+    auto member_position = [&](std::size_t j) { return cluster[j].k; };
+    auto cluster_end = [&](std::size_t start) {  // x-cluster: gaps within xtol, chained
+        std::size_t end = start + 1;
+        while (end < m && chained(key_of(order[end - 1]), key_of(order[end]), xtol)) ++end;
+        return end;
+    };
+    // Every allocation before the first write: a refused call (-19) leaves the arrays
+    // as they were.
+    std::size_t widest = 1;
+    for (std::size_t start = 0; start < m;) {
+        const std::size_t end = cluster_end(start);
+        widest = std::max(widest, end - start);
+        start = end;
+    }
+    group.reserve(widest);
+    cluster.reserve(widest);
     std::size_t start = 0;
-    const std::size_t total = idx.size();
-    while (start < total) {
-        std::size_t end = start + 1;  // x-cluster: gaps within xtol, chained
-        while (end < total && chained(x[idx[end - 1]], x[idx[end]], xtol)) ++end;
-        if (!options.use_y) {
-            emit(start, end);
+    while (start < m) {
+        const std::size_t end = cluster_end(start);
+        if (!use_y) {
+            emit(key_of(order[start]), 0.0, sorted_position, start, end);
+        } else if (end - start == 1) {
+            emit(key_of(order[start]), ys[start], sorted_position, start, end);
         } else {
-            if (end - start > 1)
-                std::sort(idx.begin() + static_cast<std::ptrdiff_t>(start),
-                          idx.begin() + static_cast<std::ptrdiff_t>(end), [&](int a, int b) {
-                              return y[a] < y[b] || (y[a] == y[b] && x[a] < x[b]);
-                          });
-            std::size_t g = start;
-            while (g < end) {
+            cluster.clear();
+            for (std::size_t k = start; k < end; ++k)
+                cluster.push_back({ys[k], key_of(order[k]), k});
+            // Ties (equal y and x) are left in the order this sort gives them.
+            std::sort(cluster.begin(), cluster.end(), [](const Member& a, const Member& b) {
+                return a.y < b.y || (a.y == b.y && a.x < b.x);
+            });
+            std::size_t g = 0;
+            while (g < cluster.size()) {
                 std::size_t h = g + 1;
-                while (h < end && chained(y[idx[h - 1]], y[idx[h]], ytol)) ++h;
-                emit(g, h);
+                while (h < cluster.size() && chained(cluster[h - 1].y, cluster[h].y, ytol)) ++h;
+                emit(cluster[g].x, cluster[g].y, member_position, g, h);
                 g = h;
             }
         }
         start = end;
     }
-    const std::size_t count = out_x.size();
-    std::copy(out_x.begin(), out_x.end(), x);
-    if (options.use_y) std::copy(out_y.begin(), out_y.end(), y);
-    for (std::size_t k = 0; k < values.size(); ++k)
-        std::copy(out_v[k].begin(), out_v[k].end(), values[k]);
-    return static_cast<int>(count);
+    return static_cast<int>(out);
 }
 
 int unique_sorted(double* x, int n, double tol) {

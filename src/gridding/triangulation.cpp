@@ -117,54 +117,51 @@ void reset(Triangulation* t) {
 }
 
 // Sorts the nodes lexicographically (x, then y) when no two of them would merge as
-// duplicates, the usual case: one radix sort on x instead of the general merge. False,
-// the nodes untouched, when some would merge. Whether nodes merge depends on the point
-// set only: x values chained by gaps within xtol form runs, inside a run y values
-// chained by gaps within ytol form groups, and a group of two or more merges.
+// duplicates, the usual case: one sort by x (the radix sort shared with the duplicate
+// merging) instead of the general merge. False, the nodes untouched, when some would
+// merge. Whether nodes merge depends on the point set only: x values chained by gaps
+// within xtol form runs, inside a run y values chained by gaps within ytol form groups,
+// and a group of two or more merges.
 bool sort_distinct_nodes(Nodes& nodes, double xtol, double ytol) {
     const std::size_t n = nodes.x.size();
     const double *x = nodes.x.data(), *y = nodes.y.data();
-    std::vector<std::uint64_t> key(n), key_other(n);
-    std::vector<int> idx(n), idx_other(n);
-    for (std::size_t i = 0; i < n; ++i) {
-        std::uint64_t bits;
-        std::memcpy(&bits, &x[i], sizeof bits);
-        key[i] = (bits >> 63) != 0 ? ~bits : bits | (std::uint64_t{1} << 63);  // ordered as x
-        idx[i] = static_cast<int>(i);
-    }
-    for (int shift = 0; shift < 64; shift += 11) {  // stable LSD passes of 11 bits
-        std::vector<std::size_t> count(2049, 0);
-        for (std::uint64_t k : key) ++count[((k >> shift) & 2047u) + 1];
-        if (count[((key[0] >> shift) & 2047u) + 1] == n) continue;  // a digit all share
-        for (int d = 0; d < 2048; ++d) count[d + 1] += count[d];
-        for (std::size_t i = 0; i < n; ++i) {
-            const std::size_t to = count[(key[i] >> shift) & 2047u]++;
-            key_other[to] = key[i], idx_other[to] = idx[i];
-        }
-        key.swap(key_other), idx.swap(idx_other);
-    }
+    std::vector<KeyedPosition> order(n);
+    for (std::size_t i = 0; i < n; ++i) order[i] = keyed(x[i], static_cast<int>(i));
+    sort_by_key(order);
+    std::vector<int> idx(n);
+    for (std::size_t k = 0; k < n; ++k) idx[k] = position_of(order[k]);
     auto chained = [](double a, double b, double tol) { return b == a || b - a <= tol; };
-    auto less = [&](int a, int b) { return x[a] < x[b] || (x[a] == x[b] && y[a] < y[b]); };
     std::vector<double> run_y;
     for (std::size_t first = 0; first < n;) {
         std::size_t last = first + 1;
-        while (last < n && chained(x[idx[last - 1]], x[idx[last]], xtol)) ++last;
+        while (last < n && chained(key_of(order[last - 1]), key_of(order[last]), xtol)) ++last;
         if (last - first > 1) {
-            std::sort(idx.begin() + static_cast<std::ptrdiff_t>(first),
-                      idx.begin() + static_cast<std::ptrdiff_t>(last), less);
             run_y.clear();
             for (std::size_t k = first; k < last; ++k) run_y.push_back(y[idx[k]]);
             std::sort(run_y.begin(), run_y.end());
             for (std::size_t k = 1; k < run_y.size(); ++k)
                 if (chained(run_y[k - 1], run_y[k], ytol)) return false;
+            // The run is in x order already; stretches of equal x (-0.0 and 0.0 among
+            // them) go by y, which no two of their nodes share.
+            for (std::size_t k = first; k < last;) {
+                std::size_t end = k + 1;
+                while (end < last && key_of(order[end]) == key_of(order[k])) ++end;
+                if (end - k > 1)
+                    std::sort(idx.begin() + static_cast<std::ptrdiff_t>(k),
+                              idx.begin() + static_cast<std::ptrdiff_t>(end),
+                              [&](int a, int b) { return y[a] < y[b]; });
+                k = end;
+            }
         }
         first = last;
     }
-    for (std::vector<double>* axis : {&nodes.x, &nodes.y, &nodes.z}) {
-        std::vector<double> sorted(n);
-        for (std::size_t i = 0; i < n; ++i) sorted[i] = (*axis)[static_cast<std::size_t>(idx[i])];
-        axis->swap(sorted);
+    std::vector<double> sx(n), sy(n), sz(n);
+    const double* const z = nodes.z.data();
+    for (std::size_t k = 0; k < n; ++k) {
+        const std::size_t i = static_cast<std::size_t>(idx[k]);
+        sx[k] = x[i], sy[k] = y[i], sz[k] = z[i];
     }
+    nodes.x.swap(sx), nodes.y.swap(sy), nodes.z.swap(sz);
     return true;
 }
 

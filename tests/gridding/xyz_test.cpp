@@ -36,6 +36,47 @@ TEST(XyzDuplicates, MatchesNumpyGroupStatistics) {
     }
 }
 
+// Past the size where the merging sorts by radix: the three forms against NumPy group
+// statistics, the survivors in (x, y) order. The formulas are the generator's.
+TEST(XyzDuplicates, LargeSetAllFormsMatchNumpy) {
+    Vec x0(kBigN), y0(kBigN), z0(kBigN), v0(kBigN);
+    for (long long i = 0; i < kBigN; ++i) {
+        x0[i] = static_cast<double>((i * 7919) % 23) * 0.5 - 3.0;
+        y0[i] = static_cast<double>((i * 104729 + i / 7) % 11) * 0.25;
+        z0[i] = static_cast<double>((i * 37) % 1009) / 16.0 - 20.0;
+        v0[i] = 2.0 * z0[i] + 1.0;
+    }
+    auto near = [](double got, double want) {
+        return std::fabs(got - want) <= 1e-12 * (1 + std::fabs(want));
+    };
+    for (int method = 0; method <= 4; ++method) {
+        SCOPED_TRACE(method);
+        Vec x = x0, y = y0, z = z0, v = v0;
+        ASSERT_EQ(zemath_xyzv_remove_duplicates(kBigN, x.data(), y.data(), z.data(), v.data(),
+                                                method, 1e-8, 1e-8, 1),
+                  kBigGroups);
+        Vec xz = x0, yz = y0, zz = z0;
+        ASSERT_EQ(zemath_xyz_remove_duplicates(kBigN, xz.data(), yz.data(), zz.data(), method, 1e-8,
+                                               1e-8, 1),
+                  kBigGroups);
+        int bad = 0;
+        for (int g = 0; g < kBigGroups; ++g) {
+            bad +=
+                x[g] != kBigUx[g] || y[g] != kBigUy[g] || xz[g] != kBigUx[g] || yz[g] != kBigUy[g];
+            bad += !near(z[g], kBigMergedZ[method][g]) || !near(v[g], kBigMergedV[method][g]) ||
+                   !near(zz[g], kBigMergedZ[method][g]);
+        }
+        EXPECT_EQ(bad, 0);
+        Vec px = x0, py = y0;
+        ASSERT_EQ(zemath_xy_remove_duplicates(kBigN, px.data(), py.data(), method, 1e-8),
+                  kBigXGroups);
+        for (int g = 0; g < kBigXGroups; ++g) {
+            EXPECT_EQ(px[g], kBigXu[g]);
+            EXPECT_TRUE(near(py[g], kBigMergedXyY[method][g])) << g;
+        }
+    }
+}
+
 TEST(XyzDuplicates, MissingValuesAndMethodFive) {
     // Two groups: (0,0) with z {1, NANUM, 3}, (1,0) with only NANUM.
     const Vec x0{0, 1, 0, 0}, y0{0, 0, 0, 0}, z0{1, NANUM, NANUM, 3};

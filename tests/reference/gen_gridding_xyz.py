@@ -5,6 +5,10 @@ Oracle: NumPy, independent of the library. Points lie on a coarse integer lattic
 that exact duplicates occur; groups are formed with numpy.unique over the (x, y) pairs
 (rows sorted by x, then y), and each group's z is combined with numpy.mean,
 numpy.median, numpy.min, numpy.max and numpy.sum (methods 0..4).
+A second, larger set (5000 points, past the size where the merging sorts by radix) is
+defined by integer formulas that the test repeats, so only its merged groups are
+tabled: z and a second value array v = 2 z + 1 by (x, y) group, y by x group (the
+one-key form).
 Run: /usr/bin/python3 tests/reference/gen_gridding_xyz.py > tests/reference/gridding_xyz_ref.inc
 """
 import numpy as np
@@ -38,3 +42,27 @@ for f in funcs:
     merged = [f(z[inverse == g]) for g in range(len(uniq))]
     print("    " + arr(merged) + ",")
 print("};")
+
+# Larger set: formulas repeated in tests/gridding/xyz_test.cpp.
+big = 5000
+i = np.arange(big, dtype=np.int64)
+bx = ((i * 7919) % 23).astype(float) * 0.5 - 3.0
+by = ((i * 104729 + i // 7) % 11).astype(float) * 0.25
+bz = ((i * 37) % 1009).astype(float) / 16.0 - 20.0
+bv = 2.0 * bz + 1.0
+bkeys = np.stack([bx, by], axis=1)
+buniq, binv = np.unique(bkeys, axis=0, return_inverse=True)
+binv = binv.reshape(-1)
+xuniq, xinv = np.unique(bx, return_inverse=True)
+print(f"constexpr int kBigN = {big};")
+print(f"constexpr int kBigGroups = {len(buniq)};")
+print(f"constexpr double kBigUx[] = {arr(buniq[:, 0])};")
+print(f"constexpr double kBigUy[] = {arr(buniq[:, 1])};")
+for name, values, inv, count in (("Z", bz, binv, len(buniq)), ("V", bv, binv, len(buniq)),
+                                 ("XyY", by, xinv, len(xuniq))):
+    print("constexpr double kBigMerged%s[5][%d] = {" % (name, count))
+    for f in funcs:
+        print("    " + arr([f(values[inv == g]) for g in range(count)]) + ",")
+    print("};")
+print(f"constexpr int kBigXGroups = {len(xuniq)};")
+print(f"constexpr double kBigXu[] = {arr(xuniq)};")
