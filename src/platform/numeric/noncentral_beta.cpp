@@ -58,6 +58,9 @@ namespace zemath::numeric {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+// Largest starting shape taken: the shapes over which the bound above was measured (the double
+// incomplete beta itself goes further).
+constexpr double kShapeMax = 1000.0;
 constexpr double kTruncation = 1e-17;
 constexpr double kSmallestResult = 1e-280;
 
@@ -71,7 +74,7 @@ double psi_rough(double z) {
 double noncentral_beta_lower_double(double a, double b, double lambda, TwoPart x, TwoPart y) {
     const double h = 0.5 * lambda;
     if (!(lambda >= 0.0 && lambda <= kNoncentralBetaDoubleLambdaMax) || !(a > 0.0) ||
-        !(b > 0.0 && b <= kBetaDoubleShapeMax) || !std::isnormal(x.hi) || !std::isnormal(y.hi))
+        !(b > 0.0 && b <= kShapeMax) || !std::isnormal(x.hi) || !std::isnormal(y.hi))
         return kNaN;
     if (h == 0.0) {  // the central law
         const auto tails = incomplete_beta_double(a, b, x, y);
@@ -97,7 +100,7 @@ double noncentral_beta_lower_double(double a, double b, double lambda, TwoPart x
             }
         }
     }
-    if (a + top > kBetaDoubleShapeMax) return kNaN;
+    if (a + top > kShapeMax) return kNaN;
     const TwoPart shape = two_sum(a, static_cast<double>(top));
     const auto tails = incomplete_beta_double(shape.hi, b, x, y);
     if (!tails) return kNaN;

@@ -64,6 +64,9 @@ namespace zemath::numeric {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+// Largest starting shape taken: the shapes over which the bound above was measured (the double
+// incomplete beta itself goes further).
+constexpr double kShapeMax = 1000.0;
 constexpr double kTruncation = 1e-17;
 constexpr double kSmallestResult = 1e-280;
 constexpr double kMostCancellation = 4.0;  // M/P accepted with mixed signs
@@ -115,7 +118,7 @@ double lower_form(double d, double b, TwoPart L, TwoPart x, TwoPart y) {
             }
         }
     }
-    if (top + 1.0 > kBetaDoubleShapeMax) return kNaN;
+    if (top + 1.0 > kShapeMax) return kNaN;
     const auto half = incomplete_beta_double(top + 0.5, b, x, y);
     const auto whole = incomplete_beta_double(top + 1.0, b, x, y);
     if (!half || !whole || std::isnan(half->lower) || std::isnan(whole->lower)) return kNaN;
@@ -159,7 +162,7 @@ double upper_form(double d, double b, TwoPart L, TwoPart x, TwoPart y) {
         if (r < 1.0 && rel * r / (1.0 - r) <= 0.5 * kTruncation) break;
         rel *= r;
     }
-    if (bottom + 1.0 > kBetaDoubleShapeMax) return kNaN;
+    if (bottom + 1.0 > kShapeMax) return kNaN;
     const auto half = incomplete_beta_double(bottom + 0.5, b, x, y);
     const auto whole = incomplete_beta_double(bottom + 1.0, b, x, y);
     if (!half || !whole || std::isnan(half->upper) || std::isnan(whole->upper)) return kNaN;
@@ -195,7 +198,7 @@ double upper_form(double d, double b, TwoPart L, TwoPart x, TwoPart y) {
 }  // namespace
 
 double noncentral_t_lower_double(double t, double df, double delta) {
-    if (!std::isfinite(t) || !(df >= 1.0 && df <= 2.0 * kBetaDoubleShapeMax) ||
+    if (!std::isfinite(t) || !(df >= 1.0 && df <= 2.0 * kShapeMax) ||
         !(std::fabs(delta) <= kNoncentralTDoubleDeltaMax))
         return kNaN;
     if (t == 0.0) return normal_lower(-delta);
