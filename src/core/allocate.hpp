@@ -35,11 +35,11 @@ inline void raw_free(void* block) noexcept {
 
 // bytes (at least one) aligned to alignment (a power of two), or null.
 inline void* raw_alloc_aligned(std::size_t bytes, std::size_t alignment) noexcept {
-    return ::operator new(bytes > 0 ? bytes : 1, std::align_val_t{alignment}, std::nothrow);
+    return ::operator new (bytes > 0 ? bytes : 1, std::align_val_t{alignment}, std::nothrow);
 }
 
 inline void raw_free_aligned(void* block, std::size_t alignment) noexcept {
-    ::operator delete(block, std::align_val_t{alignment});
+    ::operator delete (block, std::align_val_t{alignment});
 }
 
 // Storage for count T (at least one), or null, also when the byte count overflows.

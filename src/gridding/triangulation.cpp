@@ -460,8 +460,8 @@ ZEMATH_API void zemath_triangulation_init(Triangulation* t) noexcept {
 
 ZEMATH_API void zemath_triangulation_free(Triangulation* t) noexcept {
     if (t == nullptr) return;
-    zemath::raw_free(t->x), zemath::raw_free(t->y), zemath::raw_free(t->z), zemath::raw_free(t->tri),
-        zemath::raw_free(t->edge);
+    zemath::raw_free(t->x), zemath::raw_free(t->y), zemath::raw_free(t->z),
+        zemath::raw_free(t->tri), zemath::raw_free(t->edge);
     zemath::raw_free(t->boundary), zemath::raw_free(t->holeIndex), zemath::raw_free(t->holeValue),
         zemath::raw_free(t->neighbor);
     zemath::reset(t);

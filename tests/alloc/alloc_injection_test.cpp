@@ -25,12 +25,42 @@ struct Injection {
 };
 Injection injection;
 
+// Blocks allocated while tracking is on and not yet released, and the over-aligned
+// allocations among them: which blocks an export hands out, and through which functions.
+struct Tracking {
+    bool on = false;
+    int aligned = 0;
+    int live = 0;
+    void* blocks[256] = {};
+};
+Tracking tracking;
+
+void track(void* block, std::size_t alignment) noexcept {
+    if (!tracking.on || block == nullptr) return;
+    if (alignment > alignof(std::max_align_t)) ++tracking.aligned;
+    if (tracking.live < 256) tracking.blocks[tracking.live++] = block;
+}
+
+void untrack(void* block) noexcept {
+    for (int i = 0; i < tracking.live; ++i)
+        if (tracking.blocks[i] == block) tracking.blocks[i] = tracking.blocks[--tracking.live];
+}
+
 void* allocate(std::size_t bytes, std::size_t alignment) noexcept {
     if (injection.armed && ++injection.count == injection.fail_at) return nullptr;
     if (bytes == 0) bytes = 1;
-    if (alignment <= alignof(std::max_align_t)) return std::malloc(bytes);
     void* block = nullptr;
-    return posix_memalign(&block, alignment, bytes) == 0 ? block : nullptr;
+    if (alignment <= alignof(std::max_align_t))
+        block = std::malloc(bytes);
+    else if (posix_memalign(&block, alignment, bytes) != 0)
+        block = nullptr;
+    track(block, alignment);
+    return block;
+}
+
+void release_block(void* block) noexcept {
+    untrack(block);
+    std::free(block);
 }
 
 void* allocate_or_throw(std::size_t bytes, std::size_t alignment) {
@@ -66,34 +96,34 @@ void* operator new[](std::size_t n, std::align_val_t a, const std::nothrow_t&) n
     return allocate(n, static_cast<std::size_t>(a));
 }
 void operator delete(void* p) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete[](void* p) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete(void* p, std::size_t) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete[](void* p, std::size_t) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete(void* p, const std::nothrow_t&) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete[](void* p, const std::nothrow_t&) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete(void* p, std::align_val_t) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete[](void* p, std::align_val_t) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete(void* p, std::size_t, std::align_val_t) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete[](void* p, std::size_t, std::align_val_t) noexcept {
-    std::free(p);
+    release_block(p);
 }
 
 namespace {
@@ -505,6 +535,95 @@ TEST(AllocationFailure, EveryAllocationOfEveryExportFailsCleanly) {
     EXPECT_EQ(shapes_run, static_cast<long>(shapes.size())) << "a legal shape names no export";
     EXPECT_GE(exports_reaching, 5);
     EXPECT_GT(failed, 0);
+}
+
+// The arrays a record hands to the caller come from the counted allocation functions
+// (else no injection could fail them) and go back through them on release: every array
+// the record holds is among the blocks still live after the build, no other block is, and
+// none is after the free function.
+TEST(AllocationFailure, RecordArraysComeFromTheCountedAllocator) {
+    const SampleMesh& mesh = sample_mesh();
+    const double x[] = {0, 1, 2.1, 0.1, 1.05, 2, 0, 0.95, 2.05};
+    const double y[] = {0, 0.1, 0, 1, 1.05, 0.9, 2, 2.1, 1.95};
+    const double z[] = {1, 2, 3, 2, NANUM, 3, 1, 2, 1};  // the middle node missing: a hole
+    Triangulation t{};
+    TriContour areas{};
+    struct Case {
+        const char* what;
+        std::function<int()> build;                        // the call, counted
+        std::function<std::vector<const void*>()> arrays;  // the record's arrays after it
+        std::function<void()> free;
+    };
+    const Case cases[] = {
+        {"triangulation with a missing-z pass",
+         [&] {
+             return zemath_triangulation(9, x, y, z, &t,
+                                         ZEMATH_TRI_KEEP_MISSING_Z | ZEMATH_TRI_MISSING_Z_PASS);
+         },
+         [&] {
+             EXPECT_GT(t.holeCount, 0);
+             return std::vector<const void*>{
+                 t.x, t.y, t.z, t.tri, t.edge, t.boundary, t.neighbor, t.holeIndex, t.holeValue};
+         },
+         [&] { zemath_triangulation_free(&t); }},
+        {"supplementary areas",
+         [&] {
+             return zemath_triangulation_supplementary_area(&mesh.t, &mesh.contour, &areas,
+                                                            ZEMATH_TRI_AREA_ABOVE);
+         },
+         [&] {
+             std::vector<const void*> arrays{areas.levels};
+             for (int l = 0; l < areas.levelCount; ++l) {
+                 arrays.push_back(areas.levels[l].line);
+                 for (int k = 0; k < areas.levels[l].lineCount; ++k)
+                     arrays.insert(arrays.end(),
+                                   {areas.levels[l].line[k].x, areas.levels[l].line[k].y});
+             }
+             EXPECT_GE(arrays.size(), 4u);
+             return arrays;
+         },
+         [&] { zemath_tri_contour_free(&areas); }},
+    };
+    for (const Case& c : cases) {
+        tracking = Tracking{};
+        tracking.on = true;
+        const int status = c.build();
+        tracking.on = false;
+        ASSERT_EQ(status, 0) << c.what;
+        const Tracking built = tracking;
+        const std::vector<const void*> arrays = c.arrays();
+        const std::vector<const void*> live(built.blocks, built.blocks + built.live);
+        for (const void* a : arrays) {
+            EXPECT_NE(a, nullptr) << c.what;
+            EXPECT_NE(std::find(live.begin(), live.end(), a), live.end())
+                << c.what << ": an array from another allocator";
+        }
+        EXPECT_EQ(static_cast<size_t>(built.live), arrays.size()) << c.what;
+        c.free();  // releases are followed whether or not tracking is on
+        EXPECT_EQ(tracking.live, 0) << c.what << ": blocks left after the free function";
+    }
+}
+
+// The FFT's working buffers (aligned for its vector code) are counted too, and released
+// within the call.
+TEST(AllocationFailure, FftBuffersComeFromTheCountedAllocator) {
+    std::vector<double> in(96), out(96), scales{2.0, 5.0}, re(2 * 96), im(2 * 96);
+    for (size_t i = 0; i < in.size(); ++i) in[i] = std::sin(0.3 * static_cast<double>(i));
+    const std::pair<const char*, std::function<int()>> calls[] = {
+        {"fft filter", [&] { return zemsp_fft_filter_smoothing(96, in.data(), out.data(), 4.0); }},
+        {"wavelet transform",
+         [&] { return zemath_cwt(in.data(), 96, scales.data(), 2, 1, 6.0, re.data(), im.data()); }},
+    };
+    for (const auto& [what, call] : calls) {
+        ASSERT_EQ(call(), 0) << what;  // the plans cached before counting
+        tracking = Tracking{};
+        tracking.on = true;
+        const int status = call();
+        tracking.on = false;
+        EXPECT_EQ(status, 0) << what;
+        EXPECT_GE(tracking.aligned, 1) << what << ": no aligned buffer through the allocator";
+        EXPECT_EQ(tracking.live, 0) << what << ": a buffer outlived the call";
+    }
 }
 
 }  // namespace
