@@ -324,6 +324,32 @@ void uneven(unsigned char* bytes) {
     }
 }
 
+// Scattered nodes: an 8 x 8 grid, jittered so that its Delaunay triangulation is unique,
+// and targets inside its hull.
+void grid_x(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 0; i < 64; ++i) d[i] = static_cast<double>(i % 8) + 0.013 * ((i * 7) % 5);
+}
+void grid_y(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 0; i < 64; ++i) d[i] = static_cast<double>(i / 8) + 0.011 * ((i * 3) % 7);
+}
+void exact_grid_x(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 0; i < 64; ++i) d[i] = static_cast<double>(i % 8);
+}
+void exact_grid_y(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 0; i < 64; ++i) d[i] = static_cast<double>(i / 8);
+}
+void inner(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 0; i < 16; ++i) d[i] = 1.3 + 0.37 * static_cast<double>(i);
+}
+void half(unsigned char* bytes) {
+    reinterpret_cast<double*>(bytes)[0] = 0.5;
+}
+
 const double kScales[] = {2.0, 5.0};
 const double kPercents[] = {0.0, 10.0, 25.0, 50.0, 75.0, 90.0, 100.0};
 const double kRanges[] = {0.0, 31.0, 32.0, 63.0, 5.0, 40.0};
@@ -481,6 +507,28 @@ std::vector<LegalShape> legal_shapes() {
          3,
          {value("nSize", 64), value("dFraction", 0.2), value("nSGPoints", 7),
           value("nSGOrder", 2)}},
+        // Many targets: sorted and swept once (a fallback to bisection when storage fails).
+        {"zemath_array_find_indices", 0, {value("n", 64), value("ntargets", 2000)}},
+        {"zemath_interpolate",
+         3,
+         {value("n", 64), value("nnew", 2000), content("xnew", descending), value("method", 0),
+          value("outside", 0)}},
+        // Windows beyond the sorted window's limit: the balanced tree.
+        {"zemath_median_filter",
+         3,
+         {value("nSize", 400), value("nHalf", 60), value("dPercent", 50.0), value("nEndMode", 0),
+          value("bPercentileMethod", 0)}},
+        // Records of a width without a fixed-size path: sorted through an index.
+        {"theMergeSort", 0, {value("first", 0), value("last", 60), value("width", 20)}},
+        {"theQuickSort", 0, {value("first", 0), value("last", 60), value("width", 20)}},
+        {"zemath_loess_xUnevenly",
+         3,
+         {value("nSize", 64), value("nMethod", 1), value("nDegreeFlag", 1), content("pSpan", half),
+          value("bShowProgress", 0)}},
+        {"zemath_loess_xEvenly",
+         3,
+         {value("nSize", 64), value("nMethod", 0), value("nDegreeFlag", 0), content("pSpan", half),
+          value("bShowProgress", 0)}},
         // The image filter's paths: the selection network (small window), the column
         // histograms (a window taller than the row path takes), the generic path (a circle),
         // and the largest-value operator.
@@ -504,6 +552,19 @@ std::vector<LegalShape> legal_shapes() {
          {value("nRows", 32), value("nCols", 32), value("dPercent", 50.0), value("nWidth", 5),
           value("nHeight", 5), value("nShape", 1), value("dThreshold", 0.0), value("nRowFrom", 0),
           value("nColFrom", 0), value("nRowTo", -1), value("nColTo", -1)}},
+        {"zemath_triangulation",
+         0,
+         {value("n", 64), content("x", grid_x), content("y", grid_y),
+          value("options", ZEMATH_TRI_ENGINE)}},
+        {"zemath_tri_natural_neighbor_interpolate",
+         0,
+         {value("nd", 64), content("xd", grid_x), content("yd", grid_y), value("nt", 16),
+          content("xt", inner), content("yt", inner), value("options", 0)}},
+        {"zemath_xyz_examine_data_ex",
+         0,
+         {value("n", 64), content("x", exact_grid_x), content("y", exact_grid_y),
+          value("dXTol", 0.01), value("dYTol", 0.01), value("bRemoveDuplicates", 0),
+          value("nMethod", 0)}},
         {"zemath_triangulation_supplementary_area",
          0,
          {pointer("t", &mesh.t), pointer("contour", &mesh.contour),
