@@ -342,6 +342,13 @@ void exact_grid_y(unsigned char* bytes) {
     double* d = reinterpret_cast<double*>(bytes);
     for (size_t i = 0; i < 64; ++i) d[i] = static_cast<double>(i / 8);
 }
+// Grid columns whose x differ in the last bits, in an order against their y: the nodes'
+// tolerance clusters are out of exact order and get sorted.
+void ragged_grid_x(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 0; i < 64; ++i)
+        d[i] = static_cast<double>(i % 8) + 1e-13 * static_cast<double>((i * 5) % 7);
+}
 void inner(unsigned char* bytes) {
     double* d = reinterpret_cast<double*>(bytes);
     for (size_t i = 0; i < 16; ++i) d[i] = 1.3 + 0.37 * static_cast<double>(i);
@@ -351,6 +358,8 @@ void half(unsigned char* bytes) {
 }
 
 const double kScales[] = {2.0, 5.0};
+// Every quartile, without interpolation: the five-number summary's path.
+const QuantileOptions kFiveNumbers{5, 0, true, true, true, true, true, true, true, true, true};
 const double kPercents[] = {0.0, 10.0, 25.0, 50.0, 75.0, 90.0, 100.0};
 const double kRanges[] = {0.0, 31.0, 32.0, 63.0, 5.0, 40.0};
 const int kGroups[64] = {0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0,
@@ -377,14 +386,36 @@ struct SampleMesh {
     Triangulation t{};
     TriContourLevel below{-10.0, 0, nullptr};  // every node above: the boundary is one ring
     TriContour contour{1, &below};
+    // The record flattened, for the rebuild from arrays.
+    std::vector<double> xyz;
+    std::vector<int> tri, edge, boundary;
+    // The unit square with its centre, z = y: at level 0.5 an open line across it from
+    // edge to edge, and a closed ring inside.
+    Triangulation square{};
+    double open_x[2] = {0.0, 1.0}, open_y[2] = {0.5, 0.5};
+    double ring_x[3] = {0.2, 0.4, 0.3}, ring_y[3] = {0.6, 0.6, 0.8};
+    TriContourLine lines[2] = {{2, 0, open_x, open_y}, {3, 1, ring_x, ring_y}};
+    TriContourLevel across{0.5, 2, lines};
+    TriContour crossing{1, &across};
     SampleMesh() {
         const double x[] = {0, 1, 2.1, 0.1, 1.05, 2, 0, 0.95, 2.05};
         const double y[] = {0, 0.1, 0, 1, 1.05, 0.9, 2, 2.1, 1.95};
         const double z[] = {1, 2, 3, 2, 5, 3, 1, 2, 1};
         zemath_triangulation_init(&t);
         zemath_triangulation(9, x, y, z, &t, 0);
+        xyz.resize(3 * static_cast<size_t>(t.nodes));
+        tri.resize(6 * static_cast<size_t>(t.triangles));
+        edge.resize(3 * static_cast<size_t>(t.edges));
+        boundary.resize(static_cast<size_t>(t.boundaryCount));
+        zemath_triangulation_to_array(&t, xyz.data(), tri.data(), edge.data(), boundary.data());
+        const double sx[] = {0, 1, 1, 0, 0.5}, sy[] = {0, 0, 1, 1, 0.5};
+        zemath_triangulation_init(&square);
+        zemath_triangulation(5, sx, sy, sy, &square, 0);
     }
-    ~SampleMesh() { zemath_triangulation_free(&t); }
+    ~SampleMesh() {
+        zemath_triangulation_free(&t);
+        zemath_triangulation_free(&square);
+    }
 };
 const SampleMesh& sample_mesh() {
     static const SampleMesh mesh;  // built outside the injection, kept for the run
@@ -544,7 +575,7 @@ std::vector<LegalShape> legal_shapes() {
           value("nColFrom", 0), value("nRowTo", -1), value("nColTo", -1)}},
         {"zemath_us_percentile_filter",
          0,
-         {value("nRows", 32), value("nCols", 32), value("dPercent", 100.0), value("nWidth", 5),
+         {value("nRows", 32), value("nCols", 32), value("dPercent", 200.0), value("nWidth", 5),
           value("nHeight", 5), value("nShape", 1), value("dThreshold", 0.0), value("nRowFrom", 0),
           value("nColFrom", 0), value("nRowTo", -1), value("nColTo", -1)}},
         {"zemath_us_percentile_filter",
@@ -556,6 +587,30 @@ std::vector<LegalShape> legal_shapes() {
          0,
          {value("n", 64), content("x", grid_x), content("y", grid_y),
           value("options", ZEMATH_TRI_ENGINE)}},
+        {"zemath_triangulation",
+         0,
+         {value("n", 64), content("x", ragged_grid_x), content("y", exact_grid_y),
+          value("options", 0)}},
+        // Both tests of normality, with the data in descending order.
+        {"zemath_shapiro_wilk_test",
+         0,
+         {value("n", 64), content("data", descending), value("method", 0)}},
+        {"zemath_shapiro_wilk_test",
+         0,
+         {value("n", 64), content("data", descending), value("method", 1)}},
+        // Missing values: the summary's compacted copy, the average's zeros.
+        {"zemath_basic_summary_stats",
+         3,
+         {value("n", 64), content("data", with_missing), value("nMomentDenFlag", 0),
+          null("weights")}},
+        {"zemath_adj_average",
+         3,
+         {value("nSize", 64), content("pIn", with_missing), value("nLeft", 2), value("nRight", 2),
+          value("nMissingAsZero", 1)}},
+        {"zemath_quantiles",
+         3,
+         {value("n", 64), pointer("opt", &kFiveNumbers), null("percents"), value("nPercents", 0),
+          null("results"), null("weights")}},
         {"zemath_tri_natural_neighbor_interpolate",
          0,
          {value("nd", 64), content("xd", grid_x), content("yd", grid_y), value("nt", 16),
@@ -569,6 +624,16 @@ std::vector<LegalShape> legal_shapes() {
          0,
          {pointer("t", &mesh.t), pointer("contour", &mesh.contour),
           value("options", ZEMATH_TRI_AREA_ABOVE)}},
+        {"zemath_triangulation_supplementary_area",
+         0,
+         {pointer("t", &mesh.square), pointer("contour", &mesh.crossing),
+          value("options", ZEMATH_TRI_AREA_ABOVE)}},
+        {"zemath_array_to_triangulation",
+         0,
+         {value("nodes", mesh.t.nodes), pointer("xyz", mesh.xyz.data()),
+          value("triangles", mesh.t.triangles), pointer("tri", mesh.tri.data()),
+          value("edges", mesh.t.edges), pointer("edge", mesh.edge.data()),
+          value("boundaryCount", mesh.t.boundaryCount), pointer("boundary", mesh.boundary.data())}},
     };
 }
 
