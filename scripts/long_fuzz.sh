@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # The long fuzz run: every target (or those named) for a number of seconds each, one after
 # the other at the lowest priority, built with the fuzz-long preset (AddressSanitizer and
-# UndefinedBehaviorSanitizer as in CI, without comparison tracing: several times the
-# executions). Unlike tests/fuzz/run.sh it carries on past a finding, so that one run
-# reports on every target.
+# UndefinedBehaviorSanitizer as in CI, without comparison tracing: up to twice the
+# executions where much data is compared). Unlike tests/fuzz/run.sh it carries on past a
+# finding, so that one run reports on every target.
 #
 #   scripts/long_fuzz.sh [seconds per target] [family ...]
 #
