@@ -358,6 +358,15 @@ void half(unsigned char* bytes) {
 }
 
 const double kScales[] = {2.0, 5.0};
+// 40000 points (more than a buffer holds), a read-only input.
+const std::vector<double> kManyPoints = [] {
+    std::vector<double> v(40000);
+    for (size_t i = 0; i < v.size(); ++i) v[i] = std::sin(0.001 * static_cast<double>(i * i));
+    return v;
+}();
+void with_nan(unsigned char* bytes) {
+    reinterpret_cast<double*>(bytes)[10] = NAN;
+}
 // Every quartile, without interpolation: the five-number summary's path.
 const QuantileOptions kFiveNumbers{5, 0, true, true, true, true, true, true, true, true, true};
 const double kPercents[] = {0.0, 10.0, 25.0, 50.0, 75.0, 90.0, 100.0};
@@ -397,6 +406,11 @@ struct SampleMesh {
     TriContourLine lines[2] = {{2, 0, open_x, open_y}, {3, 1, ring_x, ring_y}};
     TriContourLevel across{0.5, 2, lines};
     TriContour crossing{1, &across};
+    // The same open line drawn the other way.
+    double back_x[2] = {1.0, 0.0};
+    TriContourLine back_line{2, 0, back_x, open_y};
+    TriContourLevel back_level{0.5, 1, &back_line};
+    TriContour back{1, &back_level};
     SampleMesh() {
         const double x[] = {0, 1, 2.1, 0.1, 1.05, 2, 0, 0.95, 2.05};
         const double y[] = {0, 0.1, 0, 1, 1.05, 0.9, 2, 2.1, 1.95};
@@ -438,6 +452,12 @@ std::vector<LegalShape> legal_shapes() {
          3,
          {value("n", 64), pointer("bounds", kRanges), value("nRanges", 3),
           pointer("options", &kEveryStatistic), value("level", 0.95), null("weights")}},
+        // Enough points for the percentiles to be bracketed from a sample.
+        {"zemath_percentiles",
+         0,
+         {value("n", static_cast<double>(kManyPoints.size())), pointer("data", kManyPoints.data()),
+          pointer("percents", kPercents), value("nPercents", 7), value("nInterpolate", 2),
+          null("weights")}},
         {"zemath_bin_width", 3, {value("n", 64), value("method", 0), value("nInterpolate", 0)}},
         {"zemath_get_percentiles_data",
          3,
@@ -489,6 +509,8 @@ std::vector<LegalShape> legal_shapes() {
                       value("nMinDistance", 2), content("pX", descending)})},
         {"zemath_find_peaks_by_local_maximum", 3,
          with(peaks, {value("nHalf", 2), content("pX", descending)})},
+        {"zemath_find_peaks_by_local_maximum", 3,
+         with(peaks, {value("nHalf", 2), content("pY", with_nan)})},
         {"zemath_find_local_extremes", 3,
          with(peaks, {value("nHalf", 2), content("pX", descending)})},
         {"zemath_find_peaks_2nd_derivative", 3, with(peaks, {value("nHalf", 2)})},
@@ -627,6 +649,10 @@ std::vector<LegalShape> legal_shapes() {
         {"zemath_triangulation_supplementary_area",
          0,
          {pointer("t", &mesh.square), pointer("contour", &mesh.crossing),
+          value("options", ZEMATH_TRI_AREA_ABOVE)}},
+        {"zemath_triangulation_supplementary_area",
+         0,
+         {pointer("t", &mesh.square), pointer("contour", &mesh.back),
           value("options", ZEMATH_TRI_AREA_ABOVE)}},
         {"zemath_array_to_triangulation",
          0,
