@@ -836,6 +836,16 @@ TEST(AllocationFailure, FftBuffersComeFromTheCountedAllocator) {
         EXPECT_GE(tracking.aligned, 1) << what << ": no aligned buffer through the allocator";
         EXPECT_EQ(tracking.live, 0) << what << ": a buffer outlived the call";
     }
+    // After the shapes' eviction the call plans afresh inside the count: the two planning
+    // buffers besides the spectrum's, and the new cache entry is the one block it keeps.
+    evict_fft_plans();
+    tracking = Tracking{};
+    tracking.on = true;
+    const int status = zemsp_fft_filter_smoothing(96, in.data(), out.data(), 4.0);
+    tracking.on = false;
+    EXPECT_EQ(status, 0);
+    EXPECT_GE(tracking.aligned, 3);
+    EXPECT_EQ(tracking.live, 1);
 }
 
 }  // namespace
