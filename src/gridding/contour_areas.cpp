@@ -19,6 +19,7 @@
 #include <new>
 #include <vector>
 
+#include "core/allocate.hpp"
 #include "core/guard.hpp"
 #include "core/missing.hpp"
 #include "zemath/status.h"
@@ -212,9 +213,10 @@ bool level_rings(const Boundary& b, const TriContourLevel& level, std::vector<Ri
 
 template <class T>
 T* allocate(std::size_t count) {
-    void* p = std::calloc(std::max<std::size_t>(count, 1), sizeof(T));
+    T* p = raw_array<T>(count);
     if (p == nullptr) throw std::bad_alloc();
-    return static_cast<T*>(p);
+    std::memset(static_cast<void*>(p), 0, std::max<std::size_t>(count, 1) * sizeof(T));
+    return p;
 }
 
 void release(TriContour* c) {
@@ -223,11 +225,11 @@ void release(TriContour* c) {
             TriContourLevel& level = c->levels[l];
             if (level.line != nullptr)
                 for (int k = 0; k < level.lineCount; ++k)
-                    std::free(level.line[k].x), std::free(level.line[k].y);
-            std::free(level.line);
+                    raw_free(level.line[k].x), raw_free(level.line[k].y);
+            raw_free(level.line);
         }
     }
-    std::free(c->levels);
+    raw_free(c->levels);
     std::memset(c, 0, sizeof *c);
 }
 

@@ -1011,11 +1011,19 @@ int run_image_filter(std::uint16_t* image, int n_rows, int n_cols, FilterKind ki
     const bool histogram =
         histogram_forced || (path == RankPath::automatic && kind == FilterKind::percentile &&
                              shape == kWindowRectangle && m > 1);
-    if (histogram)
-        filter_rectangle_rank(image, copy.data(), n_rows, n_cols, width, height,
-                              rank_rule(*op, percent, m), threshold, region, path);
-    else
-        filter_generic(image, copy.data(), n_rows, n_cols, cells, *op, threshold, region);
+    // The paths write the image as they go and some allocate part-way (the network path's
+    // bands take the row path's histograms): a failure then puts the image back from the
+    // copy, so that a refused call leaves it untouched.
+    try {
+        if (histogram)
+            filter_rectangle_rank(image, copy.data(), n_rows, n_cols, width, height,
+                                  rank_rule(*op, percent, m), threshold, region, path);
+        else
+            filter_generic(image, copy.data(), n_rows, n_cols, cells, *op, threshold, region);
+    } catch (...) {
+        std::copy(copy.begin(), copy.end(), image);
+        throw;
+    }
     return ZEMATH_OK;
 }
 

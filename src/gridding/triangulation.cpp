@@ -14,6 +14,7 @@
 #include <numeric>
 #include <vector>
 
+#include "core/allocate.hpp"
 #include "core/guard.hpp"
 #include "core/missing.hpp"
 #include "gridding/delaunay.hpp"
@@ -40,9 +41,9 @@ constexpr double kDuplicateTol = 1e-8;
 
 template <class T>
 T* alloc_array(std::size_t count) {
-    void* p = std::malloc(std::max<std::size_t>(count, 1) * sizeof(T));
+    T* p = raw_array<T>(count);
     if (p == nullptr) throw std::bad_alloc();
-    return static_cast<T*>(p);
+    return p;
 }
 
 template <class T>
@@ -456,9 +457,10 @@ ZEMATH_API void zemath_triangulation_init(Triangulation* t) noexcept {
 
 ZEMATH_API void zemath_triangulation_free(Triangulation* t) noexcept {
     if (t == nullptr) return;
-    std::free(t->x), std::free(t->y), std::free(t->z), std::free(t->tri), std::free(t->edge);
-    std::free(t->boundary), std::free(t->holeIndex), std::free(t->holeValue),
-        std::free(t->neighbor);
+    zemath::raw_free(t->x), zemath::raw_free(t->y), zemath::raw_free(t->z),
+        zemath::raw_free(t->tri), zemath::raw_free(t->edge);
+    zemath::raw_free(t->boundary), zemath::raw_free(t->holeIndex), zemath::raw_free(t->holeValue),
+        zemath::raw_free(t->neighbor);
     zemath::reset(t);
 }
 

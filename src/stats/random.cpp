@@ -8,6 +8,7 @@
 // back end's own checks (positive codes, documented in random.h).
 #include "zemath/random.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <initializer_list>
@@ -232,12 +233,16 @@ ZEMATH_API int permrnd(double* x, int n) noexcept {
         // Ends of opposite signs near +-DBL_MAX: the span overflows (and so may
         // first + i * step), so each value is the weighted mean of the ends, whose two
         // terms have opposite signs and cannot overflow.
+        // A step that rounds up (ends a few denormals apart: 0 to 234 units over 62
+        // intervals steps by 4) carries the last values past x[n-1]: every value is held
+        // between the ends.
         const bool span_overflows = !std::isfinite(last - first);
+        const double lo = std::min(first, last), hi = std::max(first, last);
         for (int i = 0; i < n; ++i) {
             const double t = index[i] / intervals;
             x[i] = index[i] == n - 1 ? last
                    : span_overflows  ? first * (1.0 - t) + last * t
-                                     : first + index[i] * step;
+                                     : std::clamp(first + index[i] * step, lo, hi);
         }
         return static_cast<int>(ZEMATH_OK);
     });

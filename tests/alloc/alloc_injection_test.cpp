@@ -25,12 +25,42 @@ struct Injection {
 };
 Injection injection;
 
+// Blocks allocated while tracking is on and not yet released, and the over-aligned
+// allocations among them: which blocks an export hands out, and through which functions.
+struct Tracking {
+    bool on = false;
+    int aligned = 0;
+    int live = 0;
+    void* blocks[256] = {};
+};
+Tracking tracking;
+
+void track(void* block, std::size_t alignment) noexcept {
+    if (!tracking.on || block == nullptr) return;
+    if (alignment > alignof(std::max_align_t)) ++tracking.aligned;
+    if (tracking.live < 256) tracking.blocks[tracking.live++] = block;
+}
+
+void untrack(void* block) noexcept {
+    for (int i = 0; i < tracking.live; ++i)
+        if (tracking.blocks[i] == block) tracking.blocks[i] = tracking.blocks[--tracking.live];
+}
+
 void* allocate(std::size_t bytes, std::size_t alignment) noexcept {
     if (injection.armed && ++injection.count == injection.fail_at) return nullptr;
     if (bytes == 0) bytes = 1;
-    if (alignment <= alignof(std::max_align_t)) return std::malloc(bytes);
     void* block = nullptr;
-    return posix_memalign(&block, alignment, bytes) == 0 ? block : nullptr;
+    if (alignment <= alignof(std::max_align_t))
+        block = std::malloc(bytes);
+    else if (posix_memalign(&block, alignment, bytes) != 0)
+        block = nullptr;
+    track(block, alignment);
+    return block;
+}
+
+void release_block(void* block) noexcept {
+    untrack(block);
+    std::free(block);
 }
 
 void* allocate_or_throw(std::size_t bytes, std::size_t alignment) {
@@ -66,34 +96,34 @@ void* operator new[](std::size_t n, std::align_val_t a, const std::nothrow_t&) n
     return allocate(n, static_cast<std::size_t>(a));
 }
 void operator delete(void* p) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete[](void* p) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete(void* p, std::size_t) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete[](void* p, std::size_t) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete(void* p, const std::nothrow_t&) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete[](void* p, const std::nothrow_t&) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete(void* p, std::align_val_t) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete[](void* p, std::align_val_t) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete(void* p, std::size_t, std::align_val_t) noexcept {
-    std::free(p);
+    release_block(p);
 }
 void operator delete[](void* p, std::size_t, std::align_val_t) noexcept {
-    std::free(p);
+    release_block(p);
 }
 
 namespace {
@@ -180,10 +210,14 @@ void release(const Export& e, const std::vector<Arg>& args) {
         if (args[i].buffer >= 0 && e.params[i].release) e.params[i].release(args[i].p);
 }
 
-Outcome inject(const Export& e, const Call& c, const Fills& fills = {}) {
+// before, when given, runs ahead of every call, uncounted: state the export reads (a cache)
+// set the same way for the counted call and each injected one.
+Outcome inject(const Export& e, const Call& c, const Fills& fills = {},
+               void (*before)() = nullptr) {
     Outcome out;
     Buffers b;
     std::vector<Arg> args = materialize(e, c, b, fills);
+    if (before) before();
     injection = {true, 0, -1};
     const Result plain = e.call(args);
     out.sites = injection.count;
@@ -195,6 +229,7 @@ Outcome inject(const Export& e, const Call& c, const Fills& fills = {}) {
         if (e.name == f.name) failure = f.status;
     for (long k = 1; k <= out.sites; ++k) {
         args = materialize(e, c, b, fills);
+        if (before) before();
         injection = {true, 0, k};
         const Result r = e.call(args);
         injection.armed = false;
@@ -266,7 +301,16 @@ struct LegalShape {
     const char* name;
     int fill_mode;  // of every buffer: 3 a curve with peaks over ascending abscissae
     std::vector<Setting> settings;
+    void (*before)() = nullptr;  // run uncounted ahead of each call
 };
+
+// The FFT plan cache holds the transforms of the last eight kinds and lengths: eight
+// filters of other lengths push out every plan the shapes use, so that the counted call
+// and each injected one plan afresh (the cache's entry, the planning buffers).
+void evict_fft_plans() {
+    static double in[16], out[16];
+    for (int n = 3; n < 11; ++n) zemsp_fft_filter_smoothing(n, in, out, 1.0);
+}
 
 void descending(unsigned char* bytes) {
     double* d = reinterpret_cast<double*>(bytes);
@@ -280,6 +324,51 @@ void uneven(unsigned char* bytes) {
     }
 }
 
+// Scattered nodes: an 8 x 8 grid, jittered so that its Delaunay triangulation is unique,
+// and targets inside its hull.
+void grid_x(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 0; i < 64; ++i) d[i] = static_cast<double>(i % 8) + 0.013 * ((i * 7) % 5);
+}
+void grid_y(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 0; i < 64; ++i) d[i] = static_cast<double>(i / 8) + 0.011 * ((i * 3) % 7);
+}
+void exact_grid_x(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 0; i < 64; ++i) d[i] = static_cast<double>(i % 8);
+}
+void exact_grid_y(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 0; i < 64; ++i) d[i] = static_cast<double>(i / 8);
+}
+// Grid columns whose x differ in the last bits, in an order against their y: the nodes'
+// tolerance clusters are out of exact order and get sorted.
+void ragged_grid_x(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 0; i < 64; ++i)
+        d[i] = static_cast<double>(i % 8) + 1e-13 * static_cast<double>((i * 5) % 7);
+}
+void inner(unsigned char* bytes) {
+    double* d = reinterpret_cast<double*>(bytes);
+    for (size_t i = 0; i < 16; ++i) d[i] = 1.3 + 0.37 * static_cast<double>(i);
+}
+void half(unsigned char* bytes) {
+    reinterpret_cast<double*>(bytes)[0] = 0.5;
+}
+
+const double kScales[] = {2.0, 5.0};
+// 40000 points (more than a buffer holds), a read-only input.
+const std::vector<double> kManyPoints = [] {
+    std::vector<double> v(40000);
+    for (size_t i = 0; i < v.size(); ++i) v[i] = std::sin(0.001 * static_cast<double>(i * i));
+    return v;
+}();
+void with_nan(unsigned char* bytes) {
+    reinterpret_cast<double*>(bytes)[10] = NAN;
+}
+// Every quartile, without interpolation: the five-number summary's path.
+const QuantileOptions kFiveNumbers{5, 0, true, true, true, true, true, true, true, true, true};
 const double kPercents[] = {0.0, 10.0, 25.0, 50.0, 75.0, 90.0, 100.0};
 const double kRanges[] = {0.0, 31.0, 32.0, 63.0, 5.0, 40.0};
 const int kGroups[64] = {0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0,
@@ -306,14 +395,41 @@ struct SampleMesh {
     Triangulation t{};
     TriContourLevel below{-10.0, 0, nullptr};  // every node above: the boundary is one ring
     TriContour contour{1, &below};
+    // The record flattened, for the rebuild from arrays.
+    std::vector<double> xyz;
+    std::vector<int> tri, edge, boundary;
+    // The unit square with its centre, z = y: at level 0.5 an open line across it from
+    // edge to edge, and a closed ring inside.
+    Triangulation square{};
+    double open_x[2] = {0.0, 1.0}, open_y[2] = {0.5, 0.5};
+    double ring_x[3] = {0.2, 0.4, 0.3}, ring_y[3] = {0.6, 0.6, 0.8};
+    TriContourLine lines[2] = {{2, 0, open_x, open_y}, {3, 1, ring_x, ring_y}};
+    TriContourLevel across{0.5, 2, lines};
+    TriContour crossing{1, &across};
+    // The same open line drawn the other way.
+    double back_x[2] = {1.0, 0.0};
+    TriContourLine back_line{2, 0, back_x, open_y};
+    TriContourLevel back_level{0.5, 1, &back_line};
+    TriContour back{1, &back_level};
     SampleMesh() {
         const double x[] = {0, 1, 2.1, 0.1, 1.05, 2, 0, 0.95, 2.05};
         const double y[] = {0, 0.1, 0, 1, 1.05, 0.9, 2, 2.1, 1.95};
         const double z[] = {1, 2, 3, 2, 5, 3, 1, 2, 1};
         zemath_triangulation_init(&t);
         zemath_triangulation(9, x, y, z, &t, 0);
+        xyz.resize(3 * static_cast<size_t>(t.nodes));
+        tri.resize(6 * static_cast<size_t>(t.triangles));
+        edge.resize(3 * static_cast<size_t>(t.edges));
+        boundary.resize(static_cast<size_t>(t.boundaryCount));
+        zemath_triangulation_to_array(&t, xyz.data(), tri.data(), edge.data(), boundary.data());
+        const double sx[] = {0, 1, 1, 0, 0.5}, sy[] = {0, 0, 1, 1, 0.5};
+        zemath_triangulation_init(&square);
+        zemath_triangulation(5, sx, sy, sy, &square, 0);
     }
-    ~SampleMesh() { zemath_triangulation_free(&t); }
+    ~SampleMesh() {
+        zemath_triangulation_free(&t);
+        zemath_triangulation_free(&square);
+    }
 };
 const SampleMesh& sample_mesh() {
     static const SampleMesh mesh;  // built outside the injection, kept for the run
@@ -336,6 +452,12 @@ std::vector<LegalShape> legal_shapes() {
          3,
          {value("n", 64), pointer("bounds", kRanges), value("nRanges", 3),
           pointer("options", &kEveryStatistic), value("level", 0.95), null("weights")}},
+        // Enough points for the percentiles to be bracketed from a sample.
+        {"zemath_percentiles",
+         0,
+         {value("n", static_cast<double>(kManyPoints.size())), pointer("data", kManyPoints.data()),
+          pointer("percents", kPercents), value("nPercents", 7), value("nInterpolate", 2),
+          null("weights")}},
         {"zemath_bin_width", 3, {value("n", 64), value("method", 0), value("nInterpolate", 0)}},
         {"zemath_get_percentiles_data",
          3,
@@ -351,6 +473,28 @@ std::vector<LegalShape> legal_shapes() {
         {"zemath_binomial_smooth",
          3,
          {value("nSize", 64), value("nEndMode", 0), value("nPasses", 1 << 21)}},
+        // The other end modes' transforms (periodic, two mirrored ones), planned afresh.
+        {"zemath_binomial_smooth",
+         3,
+         {value("nSize", 64), value("nEndMode", 1), value("nPasses", 1 << 21)},
+         evict_fft_plans},
+        {"zemath_binomial_smooth",
+         3,
+         {value("nSize", 64), value("nEndMode", 2), value("nPasses", 1 << 21)},
+         evict_fft_plans},
+        {"zemath_binomial_smooth",
+         3,
+         {value("nSize", 64), value("nEndMode", 3), value("nPasses", 1 << 21)},
+         evict_fft_plans},
+        {"zemsp_fft_filter_smoothing",
+         3,
+         {value("nSize", 64), value("dCutoff", 5.0)},
+         evict_fft_plans},
+        {"zemath_cwt",
+         3,
+         {value("nSize", 64), pointer("pScales", kScales), value("nScales", 2),
+          value("nWavelet", 1), value("dParam", 6.0)},
+         evict_fft_plans},
         {"zemath_find_peaks_1st_derivative", 3,
          with(peaks, {value("bSmoothDerivative", 1), value("nSGPoints", 7), value("nSGOrder", 2)})},
         {"zemath_find_peaks_1st_derivative", 3,
@@ -365,6 +509,8 @@ std::vector<LegalShape> legal_shapes() {
                       value("nMinDistance", 2), content("pX", descending)})},
         {"zemath_find_peaks_by_local_maximum", 3,
          with(peaks, {value("nHalf", 2), content("pX", descending)})},
+        {"zemath_find_peaks_by_local_maximum", 3,
+         with(peaks, {value("nHalf", 2), content("pY", with_nan)})},
         {"zemath_find_local_extremes", 3,
          with(peaks, {value("nHalf", 2), content("pX", descending)})},
         {"zemath_find_peaks_2nd_derivative", 3, with(peaks, {value("nHalf", 2)})},
@@ -414,10 +560,106 @@ std::vector<LegalShape> legal_shapes() {
          3,
          {value("nSize", 64), value("dFraction", 0.2), value("nSGPoints", 7),
           value("nSGOrder", 2)}},
+        // Many targets: sorted and swept once (a fallback to bisection when storage fails).
+        {"zemath_array_find_indices", 0, {value("n", 64), value("ntargets", 2000)}},
+        {"zemath_interpolate",
+         3,
+         {value("n", 64), value("nnew", 2000), content("xnew", descending), value("method", 0),
+          value("outside", 0)}},
+        // Windows beyond the sorted window's limit: the balanced tree.
+        {"zemath_median_filter",
+         3,
+         {value("nSize", 400), value("nHalf", 60), value("dPercent", 50.0), value("nEndMode", 0),
+          value("bPercentileMethod", 0)}},
+        // Records of a width without a fixed-size path: sorted through an index.
+        {"theMergeSort", 0, {value("first", 0), value("last", 60), value("width", 20)}},
+        {"theQuickSort", 0, {value("first", 0), value("last", 60), value("width", 20)}},
+        {"zemath_loess_xUnevenly",
+         3,
+         {value("nSize", 64), value("nMethod", 1), value("nDegreeFlag", 1), content("pSpan", half),
+          value("bShowProgress", 0)}},
+        {"zemath_loess_xEvenly",
+         3,
+         {value("nSize", 64), value("nMethod", 0), value("nDegreeFlag", 0), content("pSpan", half),
+          value("bShowProgress", 0)}},
+        // The image filter's paths: the selection network (small window), the column
+        // histograms (a window taller than the row path takes), the generic path (a circle),
+        // and the largest-value operator.
+        {"zemath_us_percentile_filter",
+         0,
+         {value("nRows", 48), value("nCols", 48), value("dPercent", 50.0), value("nWidth", 3),
+          value("nHeight", 3), value("nShape", 0), value("dThreshold", 0.0), value("nRowFrom", 0),
+          value("nColFrom", 0), value("nRowTo", -1), value("nColTo", -1)}},
+        {"zemath_us_percentile_filter",
+         0,
+         {value("nRows", 64), value("nCols", 64), value("dPercent", 30.0), value("nWidth", 5),
+          value("nHeight", 41), value("nShape", 0), value("dThreshold", 0.0), value("nRowFrom", 0),
+          value("nColFrom", 0), value("nRowTo", -1), value("nColTo", -1)}},
+        {"zemath_us_percentile_filter",
+         0,
+         {value("nRows", 32), value("nCols", 32), value("dPercent", 200.0), value("nWidth", 5),
+          value("nHeight", 5), value("nShape", 1), value("dThreshold", 0.0), value("nRowFrom", 0),
+          value("nColFrom", 0), value("nRowTo", -1), value("nColTo", -1)}},
+        {"zemath_us_percentile_filter",
+         0,
+         {value("nRows", 32), value("nCols", 32), value("dPercent", 50.0), value("nWidth", 5),
+          value("nHeight", 5), value("nShape", 1), value("dThreshold", 0.0), value("nRowFrom", 0),
+          value("nColFrom", 0), value("nRowTo", -1), value("nColTo", -1)}},
+        {"zemath_triangulation",
+         0,
+         {value("n", 64), content("x", grid_x), content("y", grid_y),
+          value("options", ZEMATH_TRI_ENGINE)}},
+        {"zemath_triangulation",
+         0,
+         {value("n", 64), content("x", ragged_grid_x), content("y", exact_grid_y),
+          value("options", 0)}},
+        // Both tests of normality, with the data in descending order.
+        {"zemath_shapiro_wilk_test",
+         0,
+         {value("n", 64), content("data", descending), value("method", 0)}},
+        {"zemath_shapiro_wilk_test",
+         0,
+         {value("n", 64), content("data", descending), value("method", 1)}},
+        // Missing values: the summary's compacted copy, the average's zeros.
+        {"zemath_basic_summary_stats",
+         3,
+         {value("n", 64), content("data", with_missing), value("nMomentDenFlag", 0),
+          null("weights")}},
+        {"zemath_adj_average",
+         3,
+         {value("nSize", 64), content("pIn", with_missing), value("nLeft", 2), value("nRight", 2),
+          value("nMissingAsZero", 1)}},
+        {"zemath_quantiles",
+         3,
+         {value("n", 64), pointer("opt", &kFiveNumbers), null("percents"), value("nPercents", 0),
+          null("results"), null("weights")}},
+        {"zemath_tri_natural_neighbor_interpolate",
+         0,
+         {value("nd", 64), content("xd", grid_x), content("yd", grid_y), value("nt", 16),
+          content("xt", inner), content("yt", inner), value("options", 0)}},
+        {"zemath_xyz_examine_data_ex",
+         0,
+         {value("n", 64), content("x", exact_grid_x), content("y", exact_grid_y),
+          value("dXTol", 0.01), value("dYTol", 0.01), value("bRemoveDuplicates", 0),
+          value("nMethod", 0)}},
         {"zemath_triangulation_supplementary_area",
          0,
          {pointer("t", &mesh.t), pointer("contour", &mesh.contour),
           value("options", ZEMATH_TRI_AREA_ABOVE)}},
+        {"zemath_triangulation_supplementary_area",
+         0,
+         {pointer("t", &mesh.square), pointer("contour", &mesh.crossing),
+          value("options", ZEMATH_TRI_AREA_ABOVE)}},
+        {"zemath_triangulation_supplementary_area",
+         0,
+         {pointer("t", &mesh.square), pointer("contour", &mesh.back),
+          value("options", ZEMATH_TRI_AREA_ABOVE)}},
+        {"zemath_array_to_triangulation",
+         0,
+         {value("nodes", mesh.t.nodes), pointer("xyz", mesh.xyz.data()),
+          value("triangles", mesh.t.triangles), pointer("tri", mesh.tri.data()),
+          value("edges", mesh.t.edges), pointer("edge", mesh.edge.data()),
+          value("boundaryCount", mesh.t.boundaryCount), pointer("boundary", mesh.boundary.data())}},
     };
 }
 
@@ -483,7 +725,7 @@ TEST(AllocationFailure, EveryAllocationOfEveryExportFailsCleanly) {
             if (e.name != s.name) continue;
             Fills fills;
             const Call c = shaped_call(e, s, fills);
-            const Outcome o = inject(e, c, fills);
+            const Outcome o = inject(e, c, fills, s.before);
             ++shapes_run;
             EXPECT_GT(o.sites, 0) << "no allocation under the legal shape " << describe(e, c);
             reached += o.sites;
@@ -505,6 +747,105 @@ TEST(AllocationFailure, EveryAllocationOfEveryExportFailsCleanly) {
     EXPECT_EQ(shapes_run, static_cast<long>(shapes.size())) << "a legal shape names no export";
     EXPECT_GE(exports_reaching, 5);
     EXPECT_GT(failed, 0);
+}
+
+// The arrays a record hands to the caller come from the counted allocation functions
+// (else no injection could fail them) and go back through them on release: every array
+// the record holds is among the blocks still live after the build, no other block is, and
+// none is after the free function.
+TEST(AllocationFailure, RecordArraysComeFromTheCountedAllocator) {
+    const SampleMesh& mesh = sample_mesh();
+    const double x[] = {0, 1, 2.1, 0.1, 1.05, 2, 0, 0.95, 2.05};
+    const double y[] = {0, 0.1, 0, 1, 1.05, 0.9, 2, 2.1, 1.95};
+    const double z[] = {1, 2, 3, 2, NANUM, 3, 1, 2, 1};  // the middle node missing: a hole
+    Triangulation t{};
+    TriContour areas{};
+    struct Case {
+        const char* what;
+        std::function<int()> build;                        // the call, counted
+        std::function<std::vector<const void*>()> arrays;  // the record's arrays after it
+        std::function<void()> free;
+    };
+    const Case cases[] = {
+        {"triangulation with a missing-z pass",
+         [&] {
+             return zemath_triangulation(9, x, y, z, &t,
+                                         ZEMATH_TRI_KEEP_MISSING_Z | ZEMATH_TRI_MISSING_Z_PASS);
+         },
+         [&] {
+             EXPECT_GT(t.holeCount, 0);
+             return std::vector<const void*>{
+                 t.x, t.y, t.z, t.tri, t.edge, t.boundary, t.neighbor, t.holeIndex, t.holeValue};
+         },
+         [&] { zemath_triangulation_free(&t); }},
+        {"supplementary areas",
+         [&] {
+             return zemath_triangulation_supplementary_area(&mesh.t, &mesh.contour, &areas,
+                                                            ZEMATH_TRI_AREA_ABOVE);
+         },
+         [&] {
+             std::vector<const void*> arrays{areas.levels};
+             for (int l = 0; l < areas.levelCount; ++l) {
+                 arrays.push_back(areas.levels[l].line);
+                 for (int k = 0; k < areas.levels[l].lineCount; ++k)
+                     arrays.insert(arrays.end(),
+                                   {areas.levels[l].line[k].x, areas.levels[l].line[k].y});
+             }
+             EXPECT_GE(arrays.size(), 4u);
+             return arrays;
+         },
+         [&] { zemath_tri_contour_free(&areas); }},
+    };
+    for (const Case& c : cases) {
+        tracking = Tracking{};
+        tracking.on = true;
+        const int status = c.build();
+        tracking.on = false;
+        ASSERT_EQ(status, 0) << c.what;
+        const Tracking built = tracking;
+        const std::vector<const void*> arrays = c.arrays();
+        const std::vector<const void*> live(built.blocks, built.blocks + built.live);
+        for (const void* a : arrays) {
+            EXPECT_NE(a, nullptr) << c.what;
+            EXPECT_NE(std::find(live.begin(), live.end(), a), live.end())
+                << c.what << ": an array from another allocator";
+        }
+        EXPECT_EQ(static_cast<size_t>(built.live), arrays.size()) << c.what;
+        c.free();  // releases are followed whether or not tracking is on
+        EXPECT_EQ(tracking.live, 0) << c.what << ": blocks left after the free function";
+    }
+}
+
+// The FFT's working buffers (aligned for its vector code) are counted too, and released
+// within the call.
+TEST(AllocationFailure, FftBuffersComeFromTheCountedAllocator) {
+    std::vector<double> in(96), out(96), scales{2.0, 5.0}, re(2 * 96), im(2 * 96);
+    for (size_t i = 0; i < in.size(); ++i) in[i] = std::sin(0.3 * static_cast<double>(i));
+    const std::pair<const char*, std::function<int()>> calls[] = {
+        {"fft filter", [&] { return zemsp_fft_filter_smoothing(96, in.data(), out.data(), 4.0); }},
+        {"wavelet transform",
+         [&] { return zemath_cwt(in.data(), 96, scales.data(), 2, 1, 6.0, re.data(), im.data()); }},
+    };
+    for (const auto& [what, call] : calls) {
+        ASSERT_EQ(call(), 0) << what;  // the plans cached before counting
+        tracking = Tracking{};
+        tracking.on = true;
+        const int status = call();
+        tracking.on = false;
+        EXPECT_EQ(status, 0) << what;
+        EXPECT_GE(tracking.aligned, 1) << what << ": no aligned buffer through the allocator";
+        EXPECT_EQ(tracking.live, 0) << what << ": a buffer outlived the call";
+    }
+    // After the shapes' eviction the call plans afresh inside the count: the two planning
+    // buffers besides the spectrum's, and the new cache entry is the one block it keeps.
+    evict_fft_plans();
+    tracking = Tracking{};
+    tracking.on = true;
+    const int status = zemsp_fft_filter_smoothing(96, in.data(), out.data(), 4.0);
+    tracking.on = false;
+    EXPECT_EQ(status, 0);
+    EXPECT_GE(tracking.aligned, 3);
+    EXPECT_EQ(tracking.live, 1);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cfloat>
+#include <limits>
 #include <climits>
 #include <cmath>
 #include <fstream>
@@ -196,6 +197,28 @@ TEST(RandomPermutation, OnlyTheEndsMatter) {
         ASSERT_EQ(permrnd(x.data(), static_cast<int>(x.size())), 0);
         std::sort(x.begin(), x.end());
         EXPECT_EQ(x, sorted);
+    }
+}
+
+// Ends a few denormals apart: the step rounds to a whole number of units, up as often as
+// down, and a step rounded up carried the last values past x[n-1] (0 to 234 units over 62
+// intervals stepped by 4, up to 244 units).
+TEST(RandomPermutation, DenormalSpansStayBetweenTheEnds) {
+    const double unit = std::numeric_limits<double>::denorm_min();
+    const double ends[][2] = {{0.0, 234 * unit},
+                              {234 * unit, 0.0},
+                              {-5 * unit, 7 * unit},
+                              {-DBL_MIN, -DBL_MIN + 50 * unit}};
+    for (const auto& ab : ends) {
+        for (int n : {3, 10, 63, 64}) {
+            std::vector<double> x(n, 0.0);
+            x.front() = ab[0];
+            x.back() = ab[1];
+            ASSERT_EQ(permrnd(x.data(), n), 0);
+            const double lo = std::min(ab[0], ab[1]), hi = std::max(ab[0], ab[1]);
+            for (double v : x) EXPECT_TRUE(v >= lo && v <= hi) << v / unit << " n " << n;
+            EXPECT_GE(std::count(x.begin(), x.end(), ab[1]), 1) << n;
+        }
     }
 }
 

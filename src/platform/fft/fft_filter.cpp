@@ -30,6 +30,7 @@
 #include <memory>
 #include <mutex>
 
+#include "core/allocate.hpp"
 #include "zemath/status.h"
 
 namespace zemath {
@@ -40,10 +41,18 @@ std::mutex& planner_lock() {
     return lock;
 }
 
+// FFTW's SIMD codelets want 16 bytes (32 with AVX); 64 serves every instruction set, so a
+// buffer from here is aligned as the plans' scratch arrays were.
+constexpr std::size_t kFftwAlignment = 64;
+
+// Through the library's allocation pair rather than fftw_malloc, so that an allocation-failure
+// test reaches these buffers (FFTW's planner allocates its own tables with malloc, out of
+// that test's reach).
 struct Buffer {
     void* p;
-    explicit Buffer(std::size_t bytes) : p(bytes > 0 ? fftw_malloc(bytes) : nullptr) {}
-    ~Buffer() { fftw_free(p); }
+    explicit Buffer(std::size_t bytes)
+        : p(bytes > 0 ? raw_alloc_aligned(bytes, kFftwAlignment) : nullptr) {}
+    ~Buffer() { raw_free_aligned(p, kFftwAlignment); }
     Buffer(const Buffer&) = delete;
     Buffer& operator=(const Buffer&) = delete;
 };
