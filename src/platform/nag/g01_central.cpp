@@ -334,8 +334,11 @@ bool solve_increasing(Eval eval, Real& s, Real lo, Real hi) {
 constexpr Real kLogMin = numeric::kLogExtendedMin;
 constexpr Real kLogMax = numeric::kLogExtendedMax;
 
-// Below this smaller tail the beta deviate's start does not come from Boost (see there).
+// Below this smaller tail, or with a shape below kBoostStartShape, the beta deviate's start
+// does not come from Boost (see there): its inverse took minutes there (finv(8.05e-196,
+// 6.54e-125, 1.93e-197), shapes 3.3e-125 and 9.7e-198, never returned).
 constexpr Real kBoostStartTail = 1e-290L;
+constexpr Real kBoostStartShape = 1e-100L;
 
 struct BetaRoot {
     Real x, y;  // y = 1 - x, each to full relative accuracy
@@ -350,8 +353,8 @@ struct BetaRoot {
 BetaRoot beta_inverse(Real a, Real b, Real p, Real q) {
     Real y0 = 0;
     Real x0 = -1;  // no start
-    if (std::min(p, q) < kBoostStartTail) {
-        // Boost's inverse can take minutes below this; the leading term of the tail,
+    if (std::min(p, q) < kBoostStartTail || std::min(a, b) < kBoostStartShape) {
+        // Boost's inverse can take minutes there; the leading term of the tail,
         // I_x(a, b) ~ x^a / (a B(a, b)) near 0 (and the same in 1 - x with b, a near 1),
         // starts the polish instead.
         const Real log_beta =
@@ -485,7 +488,7 @@ BetaRootDouble beta_deviate_double(double a, double b, double p, double q, doubl
 // The start of the beta deviate: Boost's inverse in double on the smaller tail (its own
 // shortfalls are the polish's business); x0 = -1 where it gives no usable start.
 std::pair<double, double> beta_start_double(double a, double b, double p, double q) {
-    if (std::min(p, q) < double(kBoostStartTail)) {
+    if (std::min(p, q) < double(kBoostStartTail) || std::min(a, b) < double(kBoostStartShape)) {
         // As in beta_inverse: the leading term of the tail, x^a / (a B(a, b)) near 0.
         const bool lower = p <= q;
         const double e = lower ? a : b;
