@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <vector>
 
@@ -112,6 +113,14 @@ T* data_or_null(std::vector<T>& v) {
 // Aborts on a broken property so the fuzzer keeps the input.
 inline void require(bool ok) {
     if (!ok) __builtin_trap();
+}
+
+// The same, naming the target's line that states the property.
+inline void require_at(bool ok, int line) {
+    if (!ok) {
+        std::fprintf(stderr, "property broken at line %d\n", line);
+        __builtin_trap();
+    }
 }
 
 }  // namespace zemath_fuzz

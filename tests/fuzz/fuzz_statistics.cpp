@@ -16,13 +16,7 @@ using zemath_fuzz::data_or_null;
 using zemath_fuzz::Input;
 
 // Aborts on a broken property, naming its line, so that the fuzzer keeps the input.
-#define require(ok) check_property((ok), __LINE__)
-static void check_property(bool ok, int line) {
-    if (!ok) {
-        std::fprintf(stderr, "property broken at line %d\n", line);
-        __builtin_trap();
-    }
-}
+#define require(ok) zemath_fuzz::require_at((ok), __LINE__)
 
 namespace {
 
