@@ -58,9 +58,6 @@ namespace zemath::numeric {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-// Largest starting shape taken: the shapes over which the bound above was measured (the double
-// incomplete beta itself goes further).
-constexpr double kShapeMax = 1000.0;
 constexpr double kTruncation = 1e-17;
 constexpr double kSmallestResult = 1e-280;
 
@@ -74,7 +71,7 @@ double psi_rough(double z) {
 double noncentral_beta_lower_double(double a, double b, double lambda, TwoPart x, TwoPart y) {
     const double h = 0.5 * lambda;
     if (!(lambda >= 0.0 && lambda <= kNoncentralBetaDoubleLambdaMax) || !(a > 0.0) ||
-        !(b > 0.0 && b <= kShapeMax) || !std::isnormal(x.hi) || !std::isnormal(y.hi))
+        !(b > 0.0 && b <= kSeriesShapeMax) || !std::isnormal(x.hi) || !std::isnormal(y.hi))
         return kNaN;
     if (h == 0.0) {  // the central law
         const auto tails = incomplete_beta_double(a, b, x, y);
@@ -82,12 +79,7 @@ double noncentral_beta_lower_double(double a, double b, double lambda, TwoPart x
     }
     const int k = static_cast<int>(h);  // the Poisson mode
     // T from the weights relative to w_k (see the opening block).
-    int top = k;
-    for (double rel = 1.0;; ++top) {
-        const double r = h / (top + 1);
-        if (r < 1.0 && rel * r / (1.0 - r) <= kTruncation) break;
-        rel *= r;
-    }
+    int top = poisson_top_index(h, kTruncation);
     // Or earlier, by the terms themselves.
     {
         double product = 1.0;
@@ -100,7 +92,7 @@ double noncentral_beta_lower_double(double a, double b, double lambda, TwoPart x
             }
         }
     }
-    if (a + top > kShapeMax) return kNaN;
+    if (a + top > kSeriesShapeMax) return kNaN;
     const TwoPart shape = two_sum(a, static_cast<double>(top));
     const auto tails = incomplete_beta_double(shape.hi, b, x, y);
     if (!tails) return kNaN;

@@ -65,12 +65,7 @@ double noncentral_chi2_lower_double(double x, double df, double lambda) {
     }
     const int k = static_cast<int>(h);  // the Poisson mode
     // T from the weights relative to w_k (see the opening block).
-    int top = k;
-    for (double rel = 1.0;; ++top) {
-        const double r = h / (top + 1);
-        if (r < 1.0 && rel * r / (1.0 - r) <= kTruncation) break;
-        rel *= r;
-    }
+    int top = poisson_top_index(h, kTruncation);
     // Or earlier, by the terms themselves (see the opening block).
     {
         double product = 1.0;

@@ -28,6 +28,23 @@
 
 namespace zemath::numeric {
 
+// Largest starting shape of the non-central beta and t series: the shapes over which their
+// bounds were measured (the double incomplete beta itself goes further).
+inline constexpr double kSeriesShapeMax = 1000.0;
+
+// The first index T at or above the Poisson mode int(h) where the weights beyond T, bounded
+// through their ratios h/(j + 1) < 1 by a geometric series, total at most `truncation` times
+// the weight at the mode.
+inline int poisson_top_index(double h, double truncation) {
+    int top = static_cast<int>(h);
+    for (double rel = 1.0;; ++top) {
+        const double r = h / (top + 1);
+        if (r < 1.0 && rel * r / (1.0 - r) <= truncation) break;
+        rel *= r;
+    }
+    return top;
+}
+
 inline Extended widen(TwoPart v) {
     return static_cast<Extended>(v.hi) + static_cast<Extended>(v.lo);
 }

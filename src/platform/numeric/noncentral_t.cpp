@@ -64,9 +64,6 @@ namespace zemath::numeric {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-// Largest starting shape taken: the shapes over which the bound above was measured (the double
-// incomplete beta itself goes further).
-constexpr double kShapeMax = 1000.0;
 constexpr double kTruncation = 1e-17;
 constexpr double kSmallestResult = 1e-280;
 constexpr double kMostCancellation = 4.0;  // M/P accepted with mixed signs
@@ -101,12 +98,7 @@ Weights weights_at(int j, TwoPart L, double d) {
 // The I form, t > 0.
 double lower_form(double d, double b, TwoPart L, TwoPart x, TwoPart y) {
     const int k = static_cast<int>(L.hi);
-    int top = k;
-    for (double rel = 1.0;; ++top) {
-        const double r = L.hi / (top + 1);
-        if (r < 1.0 && rel * r / (1.0 - r) <= 0.5 * kTruncation) break;
-        rel *= r;
-    }
+    int top = poisson_top_index(L.hi, 0.5 * kTruncation);
     {
         double product = 1.0;
         for (int t = 0; t < top; ++t) {
@@ -118,7 +110,7 @@ double lower_form(double d, double b, TwoPart L, TwoPart x, TwoPart y) {
             }
         }
     }
-    if (top + 1.0 > kShapeMax) return kNaN;
+    if (top + 1.0 > kSeriesShapeMax) return kNaN;
     const auto half = incomplete_beta_double(top + 0.5, b, x, y);
     const auto whole = incomplete_beta_double(top + 1.0, b, x, y);
     if (!half || !whole || std::isnan(half->lower) || std::isnan(whole->lower)) return kNaN;
@@ -162,7 +154,7 @@ double upper_form(double d, double b, TwoPart L, TwoPart x, TwoPart y) {
         if (r < 1.0 && rel * r / (1.0 - r) <= 0.5 * kTruncation) break;
         rel *= r;
     }
-    if (bottom + 1.0 > kShapeMax) return kNaN;
+    if (bottom + 1.0 > kSeriesShapeMax) return kNaN;
     const auto half = incomplete_beta_double(bottom + 0.5, b, x, y);
     const auto whole = incomplete_beta_double(bottom + 1.0, b, x, y);
     if (!half || !whole || std::isnan(half->upper) || std::isnan(whole->upper)) return kNaN;
@@ -198,7 +190,7 @@ double upper_form(double d, double b, TwoPart L, TwoPart x, TwoPart y) {
 }  // namespace
 
 double noncentral_t_lower_double(double t, double df, double delta) {
-    if (!std::isfinite(t) || !(df >= 1.0 && df <= 2.0 * kShapeMax) ||
+    if (!std::isfinite(t) || !(df >= 1.0 && df <= 2.0 * kSeriesShapeMax) ||
         !(std::fabs(delta) <= kNoncentralTDoubleDeltaMax))
         return kNaN;
     if (t == 0.0) return normal_lower(-delta);
