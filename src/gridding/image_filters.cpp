@@ -683,6 +683,24 @@ __attribute__((always_inline)) inline std::uint64_t band_hits(const std::uint16_
 #endif
 }
 
+// Adds delta to the counts of the band values at k + the set bits of bits (the 64 values from
+// k on that fall in the band; bits past length are cleared first).
+__attribute__((always_inline)) inline void add_hits(std::uint64_t bits, const std::uint16_t* band,
+                                                    int k, int length, unsigned first,
+                                                    unsigned buckets, std::uint16_t* trees,
+                                                    std::uint16_t delta) {
+    const unsigned base = first << 8;
+    std::uint16_t* finest = trees + buckets * 16;
+    if (length - k < 64) bits &= (std::uint64_t{1} << (length - k)) - 1;
+    while (bits) {
+        const unsigned y = band[k + __builtin_ctzll(bits)];
+        bits &= bits - 1;
+        const unsigned u = y - base;
+        trees[u >> 4] = static_cast<std::uint16_t>(trees[u >> 4] + delta);
+        finest[u] = static_cast<std::uint16_t>(finest[u] + delta);
+    }
+}
+
 // Counts the values of band[0..length) that lie in the band of buckets from `first`
 // into the band's counters, with delta 1 or -1 mod 2^16: trees[0 .. 16 buckets) of the
 // band's values less first 256 shifted right by 4, then 256 buckets counters of the
@@ -691,18 +709,9 @@ __attribute__((always_inline)) inline std::uint64_t band_hits(const std::uint16_
 __attribute__((always_inline)) inline void band_count(const std::uint16_t* band, int length,
                                                       unsigned first, unsigned buckets,
                                                       std::uint16_t* trees, std::uint16_t delta) {
-    const unsigned base = first << 8;
-    std::uint16_t* finest = trees + buckets * 16;
     for (int k = 0; k < length; k += 64) {
         std::uint64_t bits = band_hits(band + k, first, buckets);
-        if (length - k < 64) bits &= (std::uint64_t{1} << (length - k)) - 1;
-        while (bits) {
-            const unsigned y = band[k + __builtin_ctzll(bits)];
-            bits &= bits - 1;
-            const unsigned u = y - base;
-            trees[u >> 4] = static_cast<std::uint16_t>(trees[u >> 4] + delta);
-            finest[u] = static_cast<std::uint16_t>(finest[u] + delta);
-        }
+        add_hits(bits, band, k, length, first, buckets, trees, delta);
     }
 }
 
@@ -716,8 +725,6 @@ __attribute__((target("avx2"), noinline)) void band_count_avx2(const std::uint16
     const __m256i below = _mm256_set1_epi16(static_cast<short>(first) - 1);
     const __m256i above = _mm256_set1_epi16(static_cast<short>(first + buckets));
     __m256i in[4];
-    const unsigned base = first << 8;
-    std::uint16_t* finest = trees + buckets * 16;
     for (int k = 0; k < length; k += 64) {
         for (int q = 0; q < 4; ++q) {
             const __m256i v = _mm256_srli_epi16(
@@ -730,14 +737,7 @@ __attribute__((target("avx2"), noinline)) void band_count_avx2(const std::uint16
         const auto high = static_cast<std::uint32_t>(
             _mm256_movemask_epi8(_mm256_permute4x64_epi64(_mm256_packs_epi16(in[2], in[3]), 0xD8)));
         std::uint64_t bits = low | static_cast<std::uint64_t>(high) << 32;
-        if (length - k < 64) bits &= (std::uint64_t{1} << (length - k)) - 1;
-        while (bits) {
-            const unsigned y = band[k + __builtin_ctzll(bits)];
-            bits &= bits - 1;
-            const unsigned u = y - base;
-            trees[u >> 4] = static_cast<std::uint16_t>(trees[u >> 4] + delta);
-            finest[u] = static_cast<std::uint16_t>(finest[u] + delta);
-        }
+        add_hits(bits, band, k, length, first, buckets, trees, delta);
     }
 }
 #endif
