@@ -414,7 +414,7 @@ BetaRoot beta_inverse(Real a, Real b, Real p, Real q) {
 numeric::BetaTailsDouble beta_tails_double(double a, double b, numeric::TwoPart x,
                                            numeric::TwoPart y) {
     constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-    const auto tails = numeric::incomplete_beta_double(a, b, x, y);
+    const auto tails = numeric::incomplete_beta_double(a, b, x, y, true);
     return tails ? *tails : numeric::BetaTailsDouble{kNaN, kNaN, kNaN};
 }
 

@@ -62,6 +62,10 @@ constexpr double kLowestExponent = -700.0;
 // Below ln(2^-1075) a positive value rounds to 0 (with a margin for the bound's own rounding).
 constexpr double kLogHalfSmallestSubnormal = -745.2;
 constexpr double kMostComplemented = 0.9;
+// ln 2^-54 with a margin: a side below it leaves the other rounded to 1 exactly.
+constexpr double kLogBelowHalfUlpOfOne = -40.0;
+// How far past its switch point (as a fraction of it) the other side's fraction is taken.
+constexpr double kOtherSideReach = 0.5;
 
 // The exponent of the prefactor g = x^a y^b / B(a, b), in two parts, and the factor outside it.
 struct Prefactor {
@@ -316,7 +320,8 @@ double first_denominator(double a, double b, TwoPart x, TwoPart y) {
 
 }  // namespace
 
-std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPart x, TwoPart y) {
+std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPart x, TwoPart y,
+                                                      bool one_side) {
     if (!(a > 0.0 && a <= kBetaDoubleShapeMax && b > 0.0 && b <= kBetaDoubleShapeMax) ||
         !std::isnormal(x.hi) || !std::isnormal(y.hi))
         return std::nullopt;
@@ -334,8 +339,14 @@ std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPar
         const double shape = lower_direct ? a : b;
         const double log_bound =
             pre.exponent.hi + std::log(pre.scale) - std::log(shape) + std::log(a + b + 2.0);
-        if (!(log_bound < kLogHalfSmallestSubnormal)) return std::nullopt;
-        return lower_direct ? BetaTailsDouble{0.0, 1.0, 0.0} : BetaTailsDouble{1.0, 0.0, 0.0};
+        if (log_bound < kLogHalfSmallestSubnormal) {
+            return lower_direct ? BetaTailsDouble{0.0, 1.0, 0.0} : BetaTailsDouble{1.0, 0.0, 0.0};
+        }
+        // Otherwise the direct side is below the normal range but far below 2^-54, so the
+        // other side rounds to 1 exactly: given where the caller takes one side only.
+        if (!one_side || !(log_bound < kLogBelowHalfUlpOfOne)) return std::nullopt;
+        constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+        return lower_direct ? BetaTailsDouble{kNaN, 1.0, 0.0} : BetaTailsDouble{1.0, kNaN, 0.0};
     }
     bool converged = true;
     double direct = lower_direct
@@ -345,8 +356,23 @@ std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPar
     // A side near 1 (tiny shapes put nearly all the mass on one side) can round an ulp
     // above it; a probability is at most 1, and 1 is within the side's error bound.
     direct = std::min(direct, 1.0);
-    const double other =
-        direct <= kMostComplemented ? 1.0 - direct : std::numeric_limits<double>::quiet_NaN();
+    double other = 1.0 - direct;
+    if (direct > kMostComplemented) {
+        // Too few digits left in 1 - direct: the other side by its own fraction, a little
+        // past its switch point, where the argument is at least kOtherSideReach of the direct
+        // side's switch point (a small shape beside a large one puts a side above 0.9 there:
+        // Student's t near |t| = 1.7 at df in the hundreds).
+        const double v = lower_direct ? x.hi : y.hi, s = lower_direct ? a : b;
+        other = std::numeric_limits<double>::quiet_NaN();
+        if (v * (a + b + 2.0) >= kOtherSideReach * (s + 1.0)) {
+            bool done = true;
+            const double side =
+                lower_direct
+                    ? g * fraction(b, a, y.hi, x.hi, first_denominator(b, a, y, x), &done)
+                    : g * fraction(a, b, x.hi, y.hi, first_denominator(a, b, x, y), &done);
+            if (done && side >= 0.0 && side <= 0.2) other = side;
+        }
+    }
     return lower_direct ? BetaTailsDouble{direct, other, g} : BetaTailsDouble{other, direct, g};
 }
 

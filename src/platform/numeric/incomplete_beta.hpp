@@ -23,6 +23,10 @@ inline constexpr double kBetaDoubleShapeMax = 5000.0;
 // normal. Empty where the double evaluation does not apply: shapes out of range, a prefactor
 // outside the normal range, the fraction past its cap. A side is NaN where it would be 1
 // minus a value above 0.9 (too few digits left).
-std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPart x, TwoPart y);
+// one_side: the caller takes one side only, so where the direct side lies below the normal
+// range but its bound puts the other at 1 exactly, that one is given (the direct side NaN)
+// instead of declining.
+std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPart x, TwoPart y,
+                                                      bool one_side = false);
 
 }  // namespace zemath::numeric
