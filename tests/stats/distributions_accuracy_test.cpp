@@ -54,6 +54,12 @@ const RefCase kWholeShapeCases[] = {
 const RefCase kFastPathCases[] = {
 #include "reference/distributions_fast_paths_ref.inc"
 };
+// Where the double beta path takes its second side directly: a small shape beside a large one
+// near the fraction's switch point (the first side above 0.9), and upper tails below the
+// normal range whose lower tail is 1 (gen_distributions_beta_sides.py).
+const RefCase kBetaSideCases[] = {
+#include "reference/distributions_beta_sides_ref.inc"
+};
 #undef REF
 
 // The accuracy asked of every function: 1e-13 relative, about 450 ulp.
@@ -90,6 +96,10 @@ TEST(DistributionAccuracy, BetaAndFWithAWholeShapeWithin1e13) {
 
 TEST(DistributionAccuracy, DoublePathSwitchPointsWithin1e13) {
     EXPECT_EQ(expect_within_tolerance(kFastPathCases), 4u) << "normal, t, F and beta probabilities";
+}
+
+TEST(DistributionAccuracy, BetaSecondSideNearTheSwitchPointWithin1e13) {
+    EXPECT_EQ(expect_within_tolerance(kBetaSideCases), 3u) << "t, F and beta probabilities";
 }
 
 TEST(DistributionAccuracy, DiscreteDensitiesAgainstReference) {
