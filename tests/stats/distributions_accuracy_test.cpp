@@ -60,6 +60,11 @@ const RefCase kFastPathCases[] = {
 const RefCase kBetaSideCases[] = {
 #include "reference/distributions_beta_sides_ref.inc"
 };
+// Student's t at df 5e3 .. 2e5 and on both sides of 2e5, the largest df of the double path
+// (gen_distributions_t_large_df.py).
+const RefCase kLargeDfCases[] = {
+#include "reference/distributions_t_large_df_ref.inc"
+};
 #undef REF
 
 // The accuracy asked of every function: 1e-13 relative, about 450 ulp.
@@ -100,6 +105,10 @@ TEST(DistributionAccuracy, DoublePathSwitchPointsWithin1e13) {
 
 TEST(DistributionAccuracy, BetaSecondSideNearTheSwitchPointWithin1e13) {
     EXPECT_EQ(expect_within_tolerance(kBetaSideCases), 3u) << "t, F and beta probabilities";
+}
+
+TEST(DistributionAccuracy, StudentAtLargeDegreesOfFreedomWithin1e13) {
+    EXPECT_EQ(expect_within_tolerance(kLargeDfCases), 2u) << "t probability and deviate";
 }
 
 TEST(DistributionAccuracy, DiscreteDensitiesAgainstReference) {

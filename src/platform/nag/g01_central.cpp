@@ -547,7 +547,7 @@ double t_start(double beyond, double within, double n) {
 // path declines.
 double t_deviate_double(double beyond, double within, double df) {
     constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-    if (!(df <= 2 * numeric::kBetaDoubleShapeMax)) return kNaN;
+    if (!(df <= 2 * numeric::kBetaDoubleHalfShapeMax)) return kNaN;
     const double t0 = t_start(beyond, within, df);
     if (!(t0 > 0.0) || !std::isfinite(t0)) return kNaN;
     double x0 = 0, y0 = 0;
@@ -572,7 +572,7 @@ double t_deviate_double(double beyond, double within, double df) {
 numeric::BetaTailsDouble t_two_sided_double(double t, double df) {
     constexpr double kLargest = 1e150;  // t^2 stays finite
     constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-    if (!(t != 0 && std::fabs(t) < kLargest && df <= 2 * numeric::kBetaDoubleShapeMax)) {
+    if (!(t != 0 && std::fabs(t) < kLargest && df <= 2 * numeric::kBetaDoubleHalfShapeMax)) {
         return {kNaN, kNaN, kNaN};
     }
     using numeric::TwoPart;

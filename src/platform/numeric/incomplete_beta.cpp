@@ -57,7 +57,7 @@ namespace zemath::numeric {
 namespace {
 
 constexpr double kStirlingFormFrom = 16.0;
-constexpr int kMaxTerms = 5000;  // about 10 sqrt(5000) = 710 are needed at most
+constexpr int kMaxTerms = 20000;  // about 10 sqrt(5000) = 710 are needed at most
 constexpr double kLowestExponent = -700.0;
 // Below ln(2^-1075) a positive value rounds to 0 (with a margin for the bound's own rounding).
 constexpr double kLogHalfSmallestSubnormal = -745.2;
@@ -353,8 +353,9 @@ double first_denominator(double a, double b, TwoPart x, TwoPart y) {
 
 std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPart x, TwoPart y,
                                                       bool one_side) {
-    if (!(a > 0.0 && a <= kBetaDoubleShapeMax && b > 0.0 && b <= kBetaDoubleShapeMax) ||
-        !std::isnormal(x.hi) || !std::isnormal(y.hi))
+    const double shape_max = a == 0.5 || b == 0.5 ? kBetaDoubleHalfShapeMax : kBetaDoubleShapeMax;
+    if (!(a > 0.0 && a <= shape_max && b > 0.0 && b <= shape_max) || !std::isnormal(x.hi) ||
+        !std::isnormal(y.hi))
         return std::nullopt;
     const Prefactor pre = prefactor(a, b, x, y);
     const bool lower_direct = x.hi * (a + b + 2.0) < a + 1.0;

@@ -17,6 +17,9 @@ struct BetaTailsDouble {
 
 // The largest shape the double evaluation takes (see incomplete_beta.cpp for why).
 inline constexpr double kBetaDoubleShapeMax = 5000.0;
+// The largest other shape beside a shape of exactly 1/2 (Student's t up to df = 2e5), where the
+// prefactor needs no large cancelling terms (see incomplete_beta.cpp).
+inline constexpr double kBetaDoubleHalfShapeMax = 1e5;
 
 // I_x(a, b) and its complement at x = x.hi + x.lo, with y = 1 - x given as well to full
 // relative accuracy (y.hi + y.lo), for 0 < a, b <= kBetaDoubleShapeMax and x.hi, y.hi
