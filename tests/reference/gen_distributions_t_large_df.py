@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """Reference values of Student's t at large degrees of freedom, where the double path of the
-incomplete beta takes I_x(1/2, df/2) up to df = 2e5 (incomplete_beta.cpp, g01_central.cpp):
-  - the probability at df drawn log-uniform in [5e3, 2e5] and t uniform in [-12, 12], and at
-    the target probabilities of both tails (down to 1e-300) at df 1e4, 3e4, 1e5 and on both
-    sides of the switch point 2e5;
+incomplete beta takes I_x(1/2, df/2) up to df = 2e6 (incomplete_beta.cpp, g01_central.cpp):
+  - the probability at df drawn log-uniform in [5e3, 2e6] and t uniform in [-12, 12], and at
+    the target probabilities of both tails (down to 1e-300) at df 1e4, 3e4, 1e5, 1e6 and on
+    both sides of the switch point 2e6;
   - the deviate at df drawn likewise and p with its smaller tail log-uniform in [1e-300, 0.5],
     and at the target probabilities at the same fixed df.
 
@@ -24,7 +24,7 @@ from scipy import stats
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import gen_distributions_central as central  # noqa: E402
 
-FIXED_DF = [1e4, 3e4, 1e5, 199999.0, 200000.0, 200001.0]
+FIXED_DF = [1e4, 3e4, 1e5, 1e6, 1999999.0, 2000000.0, 2000001.0]
 
 
 def add_t(t, df):
@@ -40,7 +40,7 @@ def add_tinv(p, df):
 
 def gen_probabilities(rng):
     for _ in range(150):
-        df = float(math.exp(rng.uniform(math.log(5e3), math.log(2e5))))
+        df = float(math.exp(rng.uniform(math.log(5e3), math.log(2e6))))
         add_t(float(rng.uniform(-12, 12)), df)
     for df in FIXED_DF:
         for t in central.points_from(lambda q: stats.t.ppf(q, df), lambda q: stats.t.isf(q, df),
@@ -51,10 +51,10 @@ def gen_probabilities(rng):
 
 def gen_deviates(rng):
     for _ in range(60):
-        df = float(math.exp(rng.uniform(math.log(5e3), math.log(2e5))))
+        df = float(math.exp(rng.uniform(math.log(5e3), math.log(2e6))))
         small = float(0.5 * 10.0 ** (-300 * rng.random() ** 3))
         add_tinv(small if rng.random() < 0.5 else 1 - small, df)
-    for df in (1e4, 1e5, 199999.0, 200001.0):
+    for df in (1e4, 1e5, 1e6, 1999999.0, 2000001.0):
         for p in central.TARGETS[1:] + central.NEAR_ONE:
             add_tinv(p, df)
 

@@ -31,17 +31,22 @@
 //                                extended, as below.
 //   beta, Student's t and F probabilities (I_x(a, b) with x = the beta argument,
 //   t^2/(df + t^2) or df1 f/(df1 f + df2), and 1 - x, both formed in two parts):
-//     a, b <= 5000 (df <= 1e4)   platform/numeric/incomplete_beta.cpp: the side where the
-//                                continued fraction (DiDonato and Morris's form) converges,
-//                                with a two-part exponent, within about 3e-15 (a shape
-//                                below 16) or 1e-15 + 3e-18 (a + b), plus the fraction's
-//                                few ulps (measured against mpmath: 1.5e-14 at worst, the
-//                                whole-shape sums' points 1.3e-14); the other side as 1
-//                                minus it where that is at least 0.1; a side whose bound lies
-//                                below half the smallest subnormal is 0 (the other 1);
-//     otherwise (larger shapes, the other side below 0.1, |t| >= 1e150, arguments outside
-//                                the normal range, a side between the subnormals and
-//                                e^-700): extended, as below;
+//     a, b <= 5000 (df <= 1e4), or a shape 1/2 beside one up to 1e6 (Student's t up to
+//                                df = 2e6): platform/numeric/incomplete_beta.cpp: the side
+//                                where the continued fraction (DiDonato and Morris's form)
+//                                converges, with a two-part exponent, within about 3e-15 (a
+//                                shape below 16, or a shape 1/2) or 1e-15 + 3e-18 (a + b),
+//                                plus the fraction's few ulps (measured against mpmath:
+//                                1.5e-14 at worst; Student's t 6.0e-15 up to df = 2e6); the
+//                                other side as 1 minus it where that is at least 0.1, else by
+//                                its own fraction a little past its switch point (measured
+//                                within 3.1e-14); a side whose bound lies below half the
+//                                smallest subnormal is 0 (the other 1), and one below 2^-54
+//                                leaves the other side 1 as rounded;
+//     otherwise (larger shapes, a second side below 0.1 away from the switch point,
+//                                |t| >= 1e150, arguments outside the normal range, the side
+//                                asked for between the subnormals and e^-700): extended, as
+//                                below;
 //   normal deviate               Boost's inverse erfc in double, within 3 ulps;
 //   chi-square and gamma deviates, 1 <= a <= 1000: Halley on the log of the smaller tail
 //                                in log x with the double tails above, near the root the
@@ -58,7 +63,8 @@
 //                                2e-17 / a + 4e-15 (2e-14 at a = 1e-3, 5e-15 from a = 0.01;
 //                                measured 4e-15 at worst against mpmath);
 //                                smaller shapes, larger ones, or no settled root: extended;
-//   beta, Student's t and F deviates, shapes <= 5000 (df <= 1e4): Halley steps on the
+//   beta, Student's t and F deviates, shapes <= 5000 (df <= 1e4; Student's t up to df =
+//                                2e6): Halley steps on the
 //                                logarithm of the smaller tail in log u, u the one of x and
 //                                1 - x below 1/2, with the double tails above, the iterate
 //                                kept as u and the residual as the log of the tail ratio;

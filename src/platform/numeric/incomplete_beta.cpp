@@ -1,45 +1,63 @@
-// The regularised incomplete beta function in double arithmetic, shapes up to 5000.
+// The regularised incomplete beta function in double arithmetic, shapes up to 5000 (and up
+// to 1e6 beside a shape of exactly 1/2: Student's t up to df = 2e6).
 //
 // Method. I_x(a, b) = g R(a, b, x), g = x^a y^b / B(a, b), y = 1 - x, with R the continued
 // fraction of DiDonato and Morris (BFRAC, an equivalent of DLMF 8.17.22 without its
 // cancelling denominators), which converges quickly for x < (a + 1)/(a + b + 2); beyond, the
-// same for I_y(b, a). The side computed directly is exact to the bound below; the other is 1 minus
-// it, kept only where the direct side is at most 0.9 (else NaN: the caller falls back). The
-// fraction's first denominator 1 - (a + b) x / (a + 1) = (1 + a y - b x)/(a + 1) cancels near the
-// switch point, so a y - b x is formed from exact products. The prefactor is where rounding is
-// magnified (its logarithm reaches -700 in the far tails, where an absolute error of the
-// exponent is the relative error of the result), so its exponent is formed in two parts,
-// with x and y in two parts (their rounding in the caller's transformed arguments, t^2/(df +
-// t^2) and the like, is what the tails magnify most):
-//   a, b < 16:        a ln x + b ln y, the logarithms in two parts (double_double.hpp),
-//                     plus ln Gamma(a + b) - ln Gamma(a) - ln Gamma(b), each shifted up to
-//                     [16, 17) and taken by Stirling's form as in gamma_moderate (stirling.hpp)
-//                     with its exponent in two parts and the shift's product outside (the
-//                     rounding of a + b fed back through psi): one exponential in all;
+// same for I_y(b, a). The side computed directly is exact to the bound below; the other is 1
+// minus it where the direct side is at most 0.9. Above 0.9 (one shape small beside a large one
+// puts a side there just below the switch point: Student's t near |t| = 1.7 at df in the
+// hundreds) the other side is its own fraction a little past its switch point, taken only
+// where the argument is at least half the direct side's switch point (else NaN: the caller
+// falls back); measured against mpmath there: within 3.1e-14 on 1500 random points with the
+// large shape up to 5000, 1.2e-14 on the rows of gen_distributions_beta_sides.py. The
+// fraction's first denominator 1 - (a + b) x / (a + 1) = (1 + a y - b x)/(a + 1) cancels near
+// the switch point, so a y - b x is formed from exact products. The prefactor is where
+// rounding is magnified (its logarithm reaches -700 in the far tails, where an absolute error
+// of the exponent is the relative error of the result), so its exponent is formed in two
+// parts, with x and y in two parts (their rounding in the caller's transformed arguments,
+// t^2/(df + t^2) and the like, is what the tails magnify most):
+//   a = 1/2, b >= 16: ln(b x)/2 + b ln y + S(b) - ln(pi)/2 (or the same with the roles
+//                     exchanged), S(b) = ln Gamma(b + 1/2) - ln Gamma(b) - ln(b)/2 by its
+//                     asymptotic series in 1/b (7 terms, 5e-19); no large terms cancel, and
+//                     log_two_part's absolute error near y = 1 falls with |ln y|^3, so b ln y
+//                     stays within 6e-16 wherever it is above -745: within about 1e-15 for
+//                     any b, which is why this case takes b up to 1e6;
+//   a, b < 16:        a ln x + b ln y, the logarithms in two parts (double_double.hpp), and
+//                     1/B(a, b) = Gamma(a + b) / (Gamma(a) Gamma(b)) outside the exponent,
+//                     each Gamma by Cody's rational form on [1, 2] and the recurrence (its
+//                     factors rounded once each; the rounding of a + b taken into the
+//                     fraction part of the sum): within about 3e-15 (shapes below 1e-30 keep
+//                     Stirling's form shifted up to [16, 17) as in gamma_moderate);
 //   a, b >= 16:       -(D(a, n x) + D(b, n y)) + ln sqrt(a b / (2 pi n)) - mu(a) - mu(b)
 //                     + mu(n), n = a + b, D(k, m) = k ln(k/m) + m - k the deviance
 //                     (gamma_deviance, incomplete_gamma.hpp: two parts), mu Stirling's
 //                     error term (3e-17);
 //   a < 16 <= b:      a ln(n x) - n x - D(b, n y) - log1p(a/b)/2 - mu(b) + mu(n), and
-//                     1/Gamma(a) (the same with the roles exchanged), which keeps
-//                     the large lnGamma(b) and lnGamma(n) out: they would cost ulps of 1e4
-//                     (Gamma(a) shifted as above, its exponent joined to the rest).
-// Where the prefactor's exponent is below -700, the bound F <= a + b + 2 on the fraction (a
-// series of positive terms, 8.17.8) decides: a direct side below half the smallest subnormal
-// is returned as 0 and the other as 1, both correctly rounded; otherwise the caller falls back.
+//                     1/Gamma(a) outside (the same with the roles exchanged), which keeps
+//                     the large lnGamma(b) and lnGamma(n) out: they would cost ulps of 1e4.
+// Where the prefactor's exponent is below -700 (or g below the normal range), the bound
+// F <= a + b + 2 on the fraction (a series of positive terms, 8.17.8) decides: a direct side
+// below half the smallest subnormal is returned as 0 and the other as 1, both correctly
+// rounded; a direct side below 2^-54 by that bound leaves the other side 1 as rounded, which
+// is given where the caller takes one side only (the direct side NaN); otherwise the caller
+// falls back.
 // Error bound, relative, on the direct side: about 3e-15 where a shape is below 16 (the
 // Gamma values), 1e-15 + 3e-18 (a + b) otherwise, plus the fraction's rounding (a few ulps
 // times the square root of its length, at most about 10 sqrt(max(a, b)) terms).
 // Measured against mpmath: see tests/reference/distributions_central_worst_errors.txt.
 // Why 5000: the prefactor's 3e-18 (a + b) and the fraction's length. Measured against mpmath
-// at random points (both tails down to 1e-300): 1.5e-14 for Student's t up to df = 1.2e4 and
-// for beta shapes up to 6000, but 9e-14 at a = 16379, b = 56983, so larger shapes go to the
-// extended evaluation. (Up to 1000 was the limit while the fraction was the classical form by
-// the Lentz method: its roundings reached 1.2e-13 at df = 1782 and 2.5e-13 at df = 1e4.)
+// at random points (both tails down to 1e-300): 1.5e-14 for beta shapes up to 6000, but
+// 9e-14 at a = 16379, b = 56983, so larger shapes go to the extended evaluation. Beside a
+// shape of 1/2 the prefactor has no such term: Student's t measured within 6.0e-15 up to
+// df = 2e6 (gen_distributions_t_large_df.py). (Up to 1000 was the limit while the fraction
+// was the classical form by the Lentz method: its roundings reached 1.2e-13 at df = 1782 and
+// 2.5e-13 at df = 1e4.)
 // References: DiDonato and Morris (1992), "Algorithm 708: Significant digit computation of the
 // incomplete beta function ratios", ACM TOMS 18 (BFRAC); DLMF 8.17.22 (continued fraction),
-// 8.17.8 (the series bound), 5.11.1 (Stirling); Loader (2000), "Fast and accurate computation
-// of binomial probabilities" (the deviance form).
+// 8.17.8 (the series bound), 5.11.1 and 5.11.8 (Stirling, the ratio of Gamma functions);
+// Cody (1993), "Algorithm 715: SPECFUN", ACM TOMS 19 (the rational Gamma on [1, 2]); Loader
+// (2000), "Fast and accurate computation of binomial probabilities" (the deviance form).
 #include "platform/numeric/incomplete_beta.hpp"
 
 #include <algorithm>
@@ -57,7 +75,7 @@ namespace zemath::numeric {
 namespace {
 
 constexpr double kStirlingFormFrom = 16.0;
-constexpr int kMaxTerms = 20000;  // about 10 sqrt(5000) = 710 are needed at most
+constexpr int kMaxTerms = 20000;  // about 10 sqrt(1e6) = 1e4 are needed at most
 constexpr double kLowestExponent = -700.0;
 // Below ln(2^-1075) a positive value rounds to 0 (with a margin for the bound's own rounding).
 constexpr double kLogHalfSmallestSubnormal = -745.2;

@@ -17,15 +17,16 @@ struct BetaTailsDouble {
 
 // The largest shape the double evaluation takes (see incomplete_beta.cpp for why).
 inline constexpr double kBetaDoubleShapeMax = 5000.0;
-// The largest other shape beside a shape of exactly 1/2 (Student's t up to df = 2e5), where the
+// The largest other shape beside a shape of exactly 1/2 (Student's t up to df = 2e6), where the
 // prefactor needs no large cancelling terms (see incomplete_beta.cpp).
-inline constexpr double kBetaDoubleHalfShapeMax = 1e5;
+inline constexpr double kBetaDoubleHalfShapeMax = 1e6;
 
 // I_x(a, b) and its complement at x = x.hi + x.lo, with y = 1 - x given as well to full
-// relative accuracy (y.hi + y.lo), for 0 < a, b <= kBetaDoubleShapeMax and x.hi, y.hi
-// normal. Empty where the double evaluation does not apply: shapes out of range, a prefactor
-// outside the normal range, the fraction past its cap. A side is NaN where it would be 1
-// minus a value above 0.9 (too few digits left).
+// relative accuracy (y.hi + y.lo), for 0 < a, b <= kBetaDoubleShapeMax (or one shape 1/2 and
+// the other up to kBetaDoubleHalfShapeMax) and x.hi, y.hi normal. Empty where the double
+// evaluation does not apply: shapes out of range, a prefactor outside the normal range, the
+// fraction past its cap. A side is NaN where the direct side is above 0.9 and the argument
+// too far from the switch point for the other side's own fraction.
 // one_side: the caller takes one side only, so where the direct side lies below the normal
 // range but its bound puts the other at 1 exactly, that one is given (the direct side NaN)
 // instead of declining.
