@@ -75,7 +75,10 @@ namespace zemath::numeric {
 namespace {
 
 constexpr double kStirlingFormFrom = 16.0;
-constexpr int kMaxTerms = 20000;  // about 10 sqrt(1e6) = 1e4 are needed at most
+// The fraction's cap: about 10 sqrt(max(a, b)) terms are needed at most, 710 up to shapes
+// 5000 and 1e4 beside a shape of 1/2 up to 1e6.
+constexpr int kMaxTerms = 5000;
+constexpr int kMaxTermsLargeShape = 20000;
 constexpr double kLowestExponent = -700.0;
 // Below ln(2^-1075) a positive value rounds to 0 (with a margin for the bound's own rounding).
 constexpr double kLogHalfSmallestSubnormal = -745.2;
@@ -337,7 +340,8 @@ double fraction(double a, double b, double x, double y, double c, bool* converge
     double s = a + 1.0, inv_s = 1.0 / s;
     double an = 0.0, bn = 1.0, anp1 = 1.0, bnp1 = c / (1.0 + 1.0 / a);
     double r = 1.0 / bnp1;
-    for (int n = 1; n <= kMaxTerms; ++n) {
+    const int cap = a + b > 2.0 * kBetaDoubleShapeMax ? kMaxTermsLargeShape : kMaxTerms;
+    for (int n = 1; n <= cap; ++n) {
         const double nd = n;
         const double w = nd * (b - nd) * x;
         const double inv_next = 1.0 / (s + 2.0);
