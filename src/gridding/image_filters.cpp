@@ -613,11 +613,12 @@ bool filter_rectangle_network(std::uint16_t* image, const std::uint16_t* copy, i
 // path; the two lower levels are never kept per column. The second level's bins
 // ("buckets" of 256 scaled values) near the rank wanted form a band of 8 to 64
 // buckets (band_buckets) whose lower 8 bits the window counts in full: when the window slides, the
-// leaving and entering columns are read from a transposed copy of the image (contiguous
-// per column), compared 16 values at a time, and only the values that fall in the band
-// are counted. When the rank leaves the band, the band is moved to be centred on it and
-// recounted from the window's columns. Per column 272 counters (544 bytes) instead of
-// up to 69904: a strip of 256 output columns stays in the second-level cache.
+// entering column is read from column-major planes of the high and low bytes (contiguous
+// per column), its high bytes compared 32 at a time, and only the values that fall in the
+// band are counted; they are kept in a list per window column, which the column takes
+// away again when it leaves. When the rank leaves the band, the band is moved to be centred on it
+// and recounted from the window's columns. Per column 272 counters (544 bytes) instead of up to
+// 69904: a strip of 256 output columns stays in the second-level cache.
 constexpr std::size_t kTreeCounters = 16 + 256;
 constexpr int kCoarseFineStripOutputs = 512;
 constexpr unsigned kMaxBandBuckets = 64;
@@ -656,91 +657,73 @@ __attribute__((always_inline)) inline void clear_trees(std::uint16_t* tree, std:
         std::memcpy(tree + i, &zero, sizeof zero);
 }
 
-// Bit j set when band[j] (j < 64) lies in buckets first .. first + buckets - 1.
-__attribute__((always_inline)) inline std::uint64_t band_hits(const std::uint16_t* band,
-                                                              unsigned first, unsigned buckets) {
+// The values of a column that fall in the band, as band offsets u = (high - first) 256 +
+// low (high and low bytes of the scaled values, from the column-major byte planes): the
+// high bytes are compared 32 (AVX2) or 16 at a time, one byte lane a value. Writes the
+// offsets to list and returns how many. The planes may be read up to 31 bytes past length
+// (padding).
+__attribute__((always_inline)) inline int band_scan(const std::uint8_t* high,
+                                                    const std::uint8_t* low, int length,
+                                                    unsigned first, unsigned buckets,
+                                                    std::uint16_t* list) {
+    int n = 0;
 #if defined(__SSE2__)
-    const __m128i below = _mm_set1_epi16(static_cast<short>(first) - 1);
-    const __m128i above = _mm_set1_epi16(static_cast<short>(first + buckets));
-    std::uint64_t bits = 0;
-    for (int k = 0; k < 64; k += 16) {
-        const __m128i a =
-            _mm_srli_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(band + k)), 8);
-        const __m128i b =
-            _mm_srli_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(band + k + 8)), 8);
-        const __m128i in_a = _mm_and_si128(_mm_cmpgt_epi16(a, below), _mm_cmplt_epi16(a, above));
-        const __m128i in_b = _mm_and_si128(_mm_cmpgt_epi16(b, below), _mm_cmplt_epi16(b, above));
-        bits |= static_cast<std::uint64_t>(
-                    static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(in_a, in_b))))
-                << k;
+    const __m128i base = _mm_set1_epi8(static_cast<char>(first));
+    const __m128i last = _mm_set1_epi8(static_cast<char>(buckets - 1));
+    for (int k = 0; k < length; k += 16) {
+        const __m128i d =
+            _mm_sub_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(high + k)), base);
+        auto bits =
+            static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(d, last), d)));
+        if (length - k < 16) bits &= (1u << (length - k)) - 1;
+        for (; bits; bits &= bits - 1) {
+            const int i = k + __builtin_ctz(bits);
+            list[n++] = static_cast<std::uint16_t>((high[i] - first) << 8 | low[i]);
+        }
     }
-    return bits;
 #else
-    std::uint64_t bits = 0;
-    for (int j = 0; j < 64; ++j)
-        if ((band[j] >> 8) - first < buckets) bits |= std::uint64_t{1} << j;
-    return bits;
+    for (int i = 0; i < length; ++i)
+        if (static_cast<unsigned>(high[i] - first) < buckets)
+            list[n++] = static_cast<std::uint16_t>((high[i] - first) << 8 | low[i]);
 #endif
+    return n;
 }
 
-// Adds delta to the counts of the band values at k + the set bits of bits (the 64 values from
-// k on that fall in the band; bits past length are cleared first).
-__attribute__((always_inline)) inline void add_hits(std::uint64_t bits, const std::uint16_t* band,
-                                                    int k, int length, unsigned first,
-                                                    unsigned buckets, std::uint16_t* trees,
-                                                    std::uint16_t delta) {
-    const unsigned base = first << 8;
+#if defined(__x86_64__) || defined(__i386__)
+__attribute__((target("avx2"), noinline)) int band_scan_avx2(const std::uint8_t* high,
+                                                             const std::uint8_t* low, int length,
+                                                             unsigned first, unsigned buckets,
+                                                             std::uint16_t* list) {
+    const __m256i base = _mm256_set1_epi8(static_cast<char>(first));
+    const __m256i last = _mm256_set1_epi8(static_cast<char>(buckets - 1));
+    int n = 0;
+    for (int k = 0; k < length; k += 32) {
+        const __m256i d =
+            _mm256_sub_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(high + k)), base);
+        auto bits = static_cast<std::uint32_t>(
+            _mm256_movemask_epi8(_mm256_cmpeq_epi8(_mm256_min_epu8(d, last), d)));
+        if (length - k < 32) bits &= (std::uint32_t{1} << (length - k)) - 1;
+        for (; bits; bits &= bits - 1) {
+            const int i = k + __builtin_ctz(bits);
+            list[n++] = static_cast<std::uint16_t>((high[i] - first) << 8 | low[i]);
+        }
+    }
+    return n;
+}
+#endif
+
+// Adds delta (1 or -1 mod 2^16) to the band's counts of the offsets list[0..n): trees[0 ..
+// 16 buckets) counts u >> 4, the 256 buckets counters after them u.
+__attribute__((always_inline)) inline void band_apply(const std::uint16_t* list, int n,
+                                                      unsigned buckets, std::uint16_t* trees,
+                                                      std::uint16_t delta) {
     std::uint16_t* finest = trees + buckets * 16;
-    if (length - k < 64) bits &= (std::uint64_t{1} << (length - k)) - 1;
-    while (bits) {
-        const unsigned y = band[k + __builtin_ctzll(bits)];
-        bits &= bits - 1;
-        const unsigned u = y - base;
+    for (int i = 0; i < n; ++i) {
+        const unsigned u = list[i];
         trees[u >> 4] = static_cast<std::uint16_t>(trees[u >> 4] + delta);
         finest[u] = static_cast<std::uint16_t>(finest[u] + delta);
     }
 }
-
-// Counts the values of band[0..length) that lie in the band of buckets from `first`
-// into the band's counters, with delta 1 or -1 mod 2^16: trees[0 .. 16 buckets) of the
-// band's values less first 256 shifted right by 4, then 256 buckets counters of the
-// values less first 256 (bucket by bucket, each the 16 counters of a first level of 16
-// bins). band may be read up to 63 values past length (padding).
-__attribute__((always_inline)) inline void band_count(const std::uint16_t* band, int length,
-                                                      unsigned first, unsigned buckets,
-                                                      std::uint16_t* trees, std::uint16_t delta) {
-    for (int k = 0; k < length; k += 64) {
-        std::uint64_t bits = band_hits(band + k, first, buckets);
-        add_hits(bits, band, k, length, first, buckets, trees, delta);
-    }
-}
-
-#if defined(__x86_64__) || defined(__i386__)
-// band_count in 32-byte vectors: one call per column.
-__attribute__((target("avx2"), noinline)) void band_count_avx2(const std::uint16_t* band,
-                                                               int length, unsigned first,
-                                                               unsigned buckets,
-                                                               std::uint16_t* trees,
-                                                               std::uint16_t delta) {
-    const __m256i below = _mm256_set1_epi16(static_cast<short>(first) - 1);
-    const __m256i above = _mm256_set1_epi16(static_cast<short>(first + buckets));
-    __m256i in[4];
-    for (int k = 0; k < length; k += 64) {
-        for (int q = 0; q < 4; ++q) {
-            const __m256i v = _mm256_srli_epi16(
-                _mm256_loadu_si256(reinterpret_cast<const __m256i*>(band + k + 16 * q)), 8);
-            in[q] = _mm256_and_si256(_mm256_cmpgt_epi16(v, below), _mm256_cmpgt_epi16(above, v));
-        }
-        // packs interleaves the 16-byte halves; the permutation puts values back in order.
-        const auto low = static_cast<std::uint32_t>(
-            _mm256_movemask_epi8(_mm256_permute4x64_epi64(_mm256_packs_epi16(in[0], in[1]), 0xD8)));
-        const auto high = static_cast<std::uint32_t>(
-            _mm256_movemask_epi8(_mm256_permute4x64_epi64(_mm256_packs_epi16(in[2], in[3]), 0xD8)));
-        std::uint64_t bits = low | static_cast<std::uint64_t>(high) << 32;
-        add_hits(bits, band, k, length, first, buckets, trees, delta);
-    }
-}
-#endif
 
 // find_bin over 16 counters whose sum is below 65536, without a branch per counter:
 // the running sums in two vectors, compared with the rank at once.
@@ -778,10 +761,17 @@ __attribute__((always_inline)) inline unsigned find_bin16(const std::uint16_t* c
 struct CoarseFineArgs {
     std::uint16_t* image;
     const std::uint16_t* copy;
-    const std::uint16_t* scaled_columns;  // column c, row r at c n_rows + r: scaled values
-    std::uint16_t* columns;               // strip column trees, zero on entry
-    std::uint16_t* band_trees;            // 272 band_buckets counters (see band_count)
+    // Column c, row r at c n_rows + r: high and low bytes of the scaled values.
+    const std::uint8_t* high_columns;
+    const std::uint8_t* low_columns;
+    std::uint16_t* columns;     // strip column trees, zero on entry
+    std::uint16_t* band_trees;  // 272 band_buckets counters (see band_apply)
     unsigned band_buckets;
+    // The band offsets of each window column (band_scan), column c in list c & list_mask,
+    // of list_capacity entries (the window's rows), and their numbers.
+    std::uint16_t* band_lists;
+    int* band_sizes;
+    int list_mask, list_capacity;
     int n_rows, n_cols, width, height;
     const RankRule* rule;
     const Threshold* threshold;
@@ -793,12 +783,12 @@ struct CoarseFineArgs {
 
 template <bool Wide>
 __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs& a) {
-    auto count = [](const std::uint16_t* band, int length, unsigned first, unsigned buckets,
-                    std::uint16_t* trees, std::uint16_t delta) {
+    auto scan = [](const std::uint8_t* high, const std::uint8_t* low, int length, unsigned first,
+                   unsigned buckets, std::uint16_t* list) {
 #if defined(__x86_64__) || defined(__i386__)
-        if constexpr (Wide) return band_count_avx2(band, length, first, buckets, trees, delta);
+        if constexpr (Wide) return band_scan_avx2(high, low, length, first, buckets, list);
 #endif
-        band_count(band, length, first, buckets, trees, delta);
+        return band_scan(high, low, length, first, buckets, list);
     };
     const int n_rows = a.n_rows, n_cols = a.n_cols;
     const int row_before = a.height / 2, row_after = (a.height - 1) / 2;
@@ -830,8 +820,21 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
         for (int r = top; r <= bottom; ++r) change_row(r, 1);
         for (int r = region.row_from;; ++r) {
             const int rows_in = bottom - top + 1;
-            auto band = [&](int c) {
-                return a.scaled_columns + static_cast<std::ptrdiff_t>(c) * n_rows + top;
+            // A column enters the band's counts: its offsets are found and kept, so that
+            // it leaves (or the band moves) without being read again.
+            auto enter = [&](int c, unsigned first) {
+                const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(c) * n_rows + top;
+                std::uint16_t* list =
+                    a.band_lists + static_cast<std::size_t>(c & a.list_mask) * a.list_capacity;
+                const int n =
+                    scan(a.high_columns + at, a.low_columns + at, rows_in, first, buckets, list);
+                a.band_sizes[c & a.list_mask] = n;
+                band_apply(list, n, buckets, a.band_trees, 1);
+            };
+            auto leave = [&](int c) {
+                band_apply(
+                    a.band_lists + static_cast<std::size_t>(c & a.list_mask) * a.list_capacity,
+                    a.band_sizes[c & a.list_mask], buckets, a.band_trees, minus_one);
             };
             int lo = std::max(0, s0 - col_before), hi = std::min(n_cols - 1, s0 + col_after);
             std::memset(window, 0, sizeof window);
@@ -848,8 +851,7 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
                         first = std::min(bucket > buckets / 2 ? bucket - buckets / 2 : 0,
                                          256 - buckets);
                         clear_trees(a.band_trees, buckets);
-                        for (int j = lo; j <= hi; ++j)
-                            count(band(j), rows_in, first, buckets, a.band_trees, 1);
+                        for (int j = lo; j <= hi; ++j) enter(j, first);
                     }
                     const unsigned at = bucket - first;
                     const unsigned d2 = find_bin16(a.band_trees + at * 16, rank);
@@ -863,9 +865,23 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
                 // Slide one column right.
                 const bool leaves = c - col_before >= 0, enters = c + 1 + col_after < n_cols;
                 tree_move(window, enters ? column(hi + 1) : nullptr, leaves ? column(lo) : nullptr);
+                if (a.fine) {
+                    // The planes of the column entering kAhead pixels on are fetched now:
+                    // one column's rows lie n_rows bytes from the next one's.
+                    constexpr int kAhead = 6;
+                    if (hi + 1 + kAhead < n_cols) {
+                        const std::ptrdiff_t ahead =
+                            static_cast<std::ptrdiff_t>(hi + 1 + kAhead) * n_rows + top;
+                        for (int k = 0; k < rows_in + 63; k += 64) {
+                            __builtin_prefetch(a.high_columns + ahead + std::min(k, rows_in - 1));
+                            __builtin_prefetch(a.low_columns + ahead + std::min(k, rows_in - 1));
+                        }
+                    }
+                }
                 if (a.fine && first < 256) {
-                    if (leaves) count(band(lo), rows_in, first, buckets, a.band_trees, minus_one);
-                    if (enters) count(band(hi + 1), rows_in, first, buckets, a.band_trees, 1);
+                    // Leaving first: the entering column may take its list.
+                    if (leaves) leave(lo);
+                    if (enters) enter(hi + 1, first);
                 }
                 lo += leaves;
                 hi += enters;
@@ -901,29 +917,58 @@ bool filter_rectangle_coarse_fine(std::uint16_t* image, const std::uint16_t* cop
     const std::size_t pixels = static_cast<std::size_t>(n_rows) * static_cast<std::size_t>(n_cols);
     const int shift = 16 - bins.bits;
     const bool fine = bins.bits > 8;
-    // The scaled values column by column (only the band needs them), padded for the
-    // last 64-value read.
-    std::vector<std::uint16_t> scaled(fine ? pixels + 64 : 0);
+    // The scaled values column by column (only the band needs them) as planes of high
+    // and low bytes, padded for the last 32-byte read.
+    // They are read a column at a time across the whole width: in 2 MiB pages where the
+    // system offers them, as the column histograms.
+    ColumnStorage<std::uint8_t> high(fine ? pixels + 32 : 0), low(fine ? pixels + 32 : 0);
     constexpr int kTile = 32;
     if (fine)
         for (int r0 = 0; r0 < n_rows; r0 += kTile)
             for (int c0 = 0; c0 < n_cols; c0 += kTile) {
                 const int r1 = std::min(n_rows, r0 + kTile), c1 = std::min(n_cols, c0 + kTile);
                 for (int c = c0; c < c1; ++c)
-                    for (int r = r0; r < r1; ++r)
-                        scaled[static_cast<std::size_t>(c) * n_rows + r] =
-                            static_cast<std::uint16_t>(
-                                static_cast<unsigned>(
-                                    copy[static_cast<std::size_t>(r) * n_cols + c] - bins.low)
-                                << shift);
+                    for (int r = r0; r < r1; ++r) {
+                        const unsigned y =
+                            static_cast<unsigned>(copy[static_cast<std::size_t>(r) * n_cols + c] -
+                                                  bins.low)
+                            << shift;
+                        high.data()[static_cast<std::size_t>(c) * n_rows + r] =
+                            static_cast<std::uint8_t>(y >> 8);
+                        low.data()[static_cast<std::size_t>(c) * n_rows + r] =
+                            static_cast<std::uint8_t>(y);
+                    }
             }
     const int strip_cols = std::min(n_cols, kCoarseFineStripOutputs + width - 1);
     std::vector<std::uint16_t> columns(static_cast<std::size_t>(strip_cols) * kTreeCounters, 0);
     const unsigned buckets = band_buckets(window_rows);
     std::vector<std::uint16_t> band_trees(fine ? buckets * kTreeCounters : 0);
-    const CoarseFineArgs args{image,   copy,       scaled.data(), columns.data(), band_trees.data(),
-                              buckets, n_rows,     n_cols,        width,          height,
-                              &rule,   &threshold, region,        bins.low,       shift,
+    // One list of band offsets per window column, indexed by the column's low bits.
+    int lists = 1;
+    while (lists < window_cols) lists *= 2;
+    std::vector<std::uint16_t> band_lists(
+        fine ? static_cast<std::size_t>(lists) * static_cast<std::size_t>(window_rows) : 0);
+    std::vector<int> band_sizes(fine ? static_cast<std::size_t>(lists) : 0);
+    const CoarseFineArgs args{image,
+                              copy,
+                              high.data(),
+                              low.data(),
+                              columns.data(),
+                              band_trees.data(),
+                              buckets,
+                              band_lists.data(),
+                              band_sizes.data(),
+                              lists - 1,
+                              window_rows,
+                              n_rows,
+                              n_cols,
+                              width,
+                              height,
+                              &rule,
+                              &threshold,
+                              region,
+                              bins.low,
+                              shift,
                               fine};
 #if defined(__x86_64__) || defined(__i386__)
     if (processor_has_avx2_lanes()) {

@@ -24,10 +24,11 @@
 //    (544 bytes a column), moved down one row per output row and added and removed as
 //    the window slides, as on the column path below. The lower two levels are counted
 //    only for a band of 8 to 64 second-level bins around the rank wanted, from the
-//    pixels of the columns leaving and entering the window, read from a transposed copy
-//    of the image and tested 16 at a time; when the rank leaves the band, the band is
-//    centred on it and recounted from the window's columns. Output columns are taken in
-//    strips of 512 so that the strip's column histograms stay in the second-level cache.
+//    pixels of the columns entering the window, read from column-major planes of the
+//    values' high and low bytes and tested 32 at a time; the band values a column
+//    brought are kept until it leaves, so that it is read once. When the rank leaves the
+//    band, the band is centred on it and recounted from the window's columns. Output columns are
+//    taken in strips of 512 so that the strip's column histograms stay in the second-level cache.
 //    Per pixel: two 272-counter vector updates, four searches of 16 counters, and two
 //    column reads of height / 16 comparisons; the band's width is chosen from the height
 //    so that about four values of a column fall in it (uniform data). Data crowded into
