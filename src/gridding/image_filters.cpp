@@ -657,35 +657,64 @@ __attribute__((always_inline)) inline void clear_trees(std::uint16_t* tree, std:
         std::memcpy(tree + i, &zero, sizeof zero);
 }
 
-// The values of a column that fall in the band, as band offsets u = (high - first) 256 +
-// low (high and low bytes of the scaled values, from the column-major byte planes): the
-// high bytes are compared 32 (AVX2) or 16 at a time, one byte lane a value. Writes the
-// offsets to list and returns how many. The planes may be read up to 31 bytes past length
-// (padding).
+// Band offsets: a value of the band is counted at u = (high - first) 256 + low (high and
+// low bytes of its scaled value); u = 256 buckets is counted in spare counters, and pads
+// the lists so that they are taken kListPad at a time.
+constexpr unsigned kListPad = 4;
+
+// Appends to list[n..] the band offsets of the values at k + the set bits of bits: four
+// without a branch per value (while bits is empty, the entry written is the padding value
+// at k + 63, left out of the count and overwritten by the next one), the rest one by one.
+__attribute__((always_inline)) inline int take_hits(std::uint64_t bits, const std::uint8_t* high,
+                                                    const std::uint8_t* low, int k, unsigned first,
+                                                    std::uint16_t* list, int n) {
+    for (unsigned j = 0; j < kListPad; ++j) {
+        const int i = k + __builtin_ctzll(bits | std::uint64_t{1} << 63);
+        list[n] = static_cast<std::uint16_t>((high[i] - first) << 8 | low[i]);
+        n += bits != 0;
+        bits &= bits - 1;
+    }
+    for (; bits; bits &= bits - 1) {
+        const int i = k + __builtin_ctzll(bits);
+        list[n++] = static_cast<std::uint16_t>((high[i] - first) << 8 | low[i]);
+    }
+    return n;
+}
+
+// Ends a list of n offsets with kListPad spare ones (see band_apply).
+__attribute__((always_inline)) inline void pad_list(std::uint16_t* list, int n, unsigned buckets) {
+    for (unsigned j = 0; j < kListPad; ++j) list[n + j] = static_cast<std::uint16_t>(buckets << 8);
+}
+
+// The band offsets of the values of a column (from the column-major byte planes) that fall
+// in the band: the high bytes are compared 64 at a time, one byte lane a value. Writes
+// them to list, padded, and returns how many; list holds length + 2 kListPad entries. The
+// planes may be read up to 63 bytes past length (padding).
 __attribute__((always_inline)) inline int band_scan(const std::uint8_t* high,
                                                     const std::uint8_t* low, int length,
                                                     unsigned first, unsigned buckets,
                                                     std::uint16_t* list) {
     int n = 0;
+    for (int k = 0; k < length; k += 64) {
+        std::uint64_t bits = 0;
 #if defined(__SSE2__)
-    const __m128i base = _mm_set1_epi8(static_cast<char>(first));
-    const __m128i last = _mm_set1_epi8(static_cast<char>(buckets - 1));
-    for (int k = 0; k < length; k += 16) {
-        const __m128i d =
-            _mm_sub_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(high + k)), base);
-        auto bits =
-            static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(d, last), d)));
-        if (length - k < 16) bits &= (1u << (length - k)) - 1;
-        for (; bits; bits &= bits - 1) {
-            const int i = k + __builtin_ctz(bits);
-            list[n++] = static_cast<std::uint16_t>((high[i] - first) << 8 | low[i]);
+        const __m128i base = _mm_set1_epi8(static_cast<char>(first));
+        const __m128i last = _mm_set1_epi8(static_cast<char>(buckets - 1));
+        for (int q = 0; q < 4; ++q) {
+            const __m128i d = _mm_sub_epi8(
+                _mm_loadu_si128(reinterpret_cast<const __m128i*>(high + k + 16 * q)), base);
+            bits |= static_cast<std::uint64_t>(static_cast<unsigned>(
+                        _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(d, last), d))))
+                    << (16 * q);
         }
-    }
 #else
-    for (int i = 0; i < length; ++i)
-        if (static_cast<unsigned>(high[i] - first) < buckets)
-            list[n++] = static_cast<std::uint16_t>((high[i] - first) << 8 | low[i]);
+        for (int q = 0; q < 64; ++q)
+            if (static_cast<unsigned>(high[k + q] - first) < buckets) bits |= std::uint64_t{1} << q;
 #endif
+        if (length - k < 64) bits &= (std::uint64_t{1} << (length - k)) - 1;
+        n = take_hits(bits, high, low, k, first, list, n);
+    }
+    pad_list(list, n, buckets);
     return n;
 }
 
@@ -697,32 +726,38 @@ __attribute__((target("avx2"), noinline)) int band_scan_avx2(const std::uint8_t*
     const __m256i base = _mm256_set1_epi8(static_cast<char>(first));
     const __m256i last = _mm256_set1_epi8(static_cast<char>(buckets - 1));
     int n = 0;
-    for (int k = 0; k < length; k += 32) {
-        const __m256i d =
+    for (int k = 0; k < length; k += 64) {
+        const __m256i d0 =
             _mm256_sub_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(high + k)), base);
-        auto bits = static_cast<std::uint32_t>(
-            _mm256_movemask_epi8(_mm256_cmpeq_epi8(_mm256_min_epu8(d, last), d)));
-        if (length - k < 32) bits &= (std::uint32_t{1} << (length - k)) - 1;
-        for (; bits; bits &= bits - 1) {
-            const int i = k + __builtin_ctz(bits);
-            list[n++] = static_cast<std::uint16_t>((high[i] - first) << 8 | low[i]);
-        }
+        const __m256i d1 = _mm256_sub_epi8(
+            _mm256_loadu_si256(reinterpret_cast<const __m256i*>(high + k + 32)), base);
+        std::uint64_t bits =
+            static_cast<std::uint32_t>(
+                _mm256_movemask_epi8(_mm256_cmpeq_epi8(_mm256_min_epu8(d0, last), d0))) |
+            static_cast<std::uint64_t>(static_cast<std::uint32_t>(
+                _mm256_movemask_epi8(_mm256_cmpeq_epi8(_mm256_min_epu8(d1, last), d1))))
+                << 32;
+        if (length - k < 64) bits &= (std::uint64_t{1} << (length - k)) - 1;
+        n = take_hits(bits, high, low, k, first, list, n);
     }
+    pad_list(list, n, buckets);
     return n;
 }
 #endif
 
-// Adds delta (1 or -1 mod 2^16) to the band's counts of the offsets list[0..n): trees[0 ..
-// 16 buckets) counts u >> 4, the 256 buckets counters after them u.
+// Adds delta (1 or -1 mod 2^16) to the band's counts of the offsets list[0..n) (padded):
+// trees[0 .. 16 buckets + 16) counts u >> 4, the 256 buckets + 256 counters after them u;
+// the last 16 and 256 take the padding. Four at a time, so that the loop's end is foreseen.
 __attribute__((always_inline)) inline void band_apply(const std::uint16_t* list, int n,
                                                       unsigned buckets, std::uint16_t* trees,
                                                       std::uint16_t delta) {
-    std::uint16_t* finest = trees + buckets * 16;
-    for (int i = 0; i < n; ++i) {
-        const unsigned u = list[i];
-        trees[u >> 4] = static_cast<std::uint16_t>(trees[u >> 4] + delta);
-        finest[u] = static_cast<std::uint16_t>(finest[u] + delta);
-    }
+    std::uint16_t* finest = trees + buckets * 16 + 16;
+    for (int i = 0; i < n; i += kListPad)
+        for (unsigned j = 0; j < kListPad; ++j) {
+            const unsigned u = list[i + j];
+            trees[u >> 4] = static_cast<std::uint16_t>(trees[u >> 4] + delta);
+            finest[u] = static_cast<std::uint16_t>(finest[u] + delta);
+        }
 }
 
 // find_bin over 16 counters whose sum is below 65536, without a branch per counter:
@@ -765,7 +800,7 @@ struct CoarseFineArgs {
     const std::uint8_t* high_columns;
     const std::uint8_t* low_columns;
     std::uint16_t* columns;     // strip column trees, zero on entry
-    std::uint16_t* band_trees;  // 272 band_buckets counters (see band_apply)
+    std::uint16_t* band_trees;  // 272 (band_buckets + 1) counters (see band_apply)
     unsigned band_buckets;
     // The band offsets of each window column (band_scan), column c in list c & list_mask,
     // of list_capacity entries (the window's rows), and their numbers.
@@ -850,13 +885,13 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
                         // Centre the band on the bucket and count it afresh.
                         first = std::min(bucket > buckets / 2 ? bucket - buckets / 2 : 0,
                                          256 - buckets);
-                        clear_trees(a.band_trees, buckets);
+                        clear_trees(a.band_trees, buckets + 1);
                         for (int j = lo; j <= hi; ++j) enter(j, first);
                     }
                     const unsigned at = bucket - first;
                     const unsigned d2 = find_bin16(a.band_trees + at * 16, rank);
                     y |= d2 * 16 +
-                         find_bin16(a.band_trees + buckets * 16 + at * 256 + d2 * 16, rank);
+                         find_bin16(a.band_trees + buckets * 16 + 16 + at * 256 + d2 * 16, rank);
                 }
                 const auto result = static_cast<std::uint16_t>(a.low + (y >> a.shift));
                 const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(r) * n_cols + c;
@@ -918,10 +953,10 @@ bool filter_rectangle_coarse_fine(std::uint16_t* image, const std::uint16_t* cop
     const int shift = 16 - bins.bits;
     const bool fine = bins.bits > 8;
     // The scaled values column by column (only the band needs them) as planes of high
-    // and low bytes, padded for the last 32-byte read.
+    // and low bytes, padded for the last 64-byte read.
     // They are read a column at a time across the whole width: in 2 MiB pages where the
     // system offers them, as the column histograms.
-    ColumnStorage<std::uint8_t> high(fine ? pixels + 32 : 0), low(fine ? pixels + 32 : 0);
+    ColumnStorage<std::uint8_t> high(fine ? pixels + 64 : 0), low(fine ? pixels + 64 : 0);
     constexpr int kTile = 32;
     if (fine)
         for (int r0 = 0; r0 < n_rows; r0 += kTile)
@@ -942,12 +977,14 @@ bool filter_rectangle_coarse_fine(std::uint16_t* image, const std::uint16_t* cop
     const int strip_cols = std::min(n_cols, kCoarseFineStripOutputs + width - 1);
     std::vector<std::uint16_t> columns(static_cast<std::size_t>(strip_cols) * kTreeCounters, 0);
     const unsigned buckets = band_buckets(window_rows);
-    std::vector<std::uint16_t> band_trees(fine ? buckets * kTreeCounters : 0);
+    std::vector<std::uint16_t> band_trees(fine ? (buckets + 1) * kTreeCounters : 0);
     // One list of band offsets per window column, indexed by the column's low bits.
     int lists = 1;
     while (lists < window_cols) lists *= 2;
     std::vector<std::uint16_t> band_lists(
-        fine ? static_cast<std::size_t>(lists) * static_cast<std::size_t>(window_rows) : 0);
+        fine ? static_cast<std::size_t>(lists) *
+                   static_cast<std::size_t>(window_rows + 2 * static_cast<int>(kListPad))
+             : 0);
     std::vector<int> band_sizes(fine ? static_cast<std::size_t>(lists) : 0);
     const CoarseFineArgs args{image,
                               copy,
@@ -959,7 +996,7 @@ bool filter_rectangle_coarse_fine(std::uint16_t* image, const std::uint16_t* cop
                               band_lists.data(),
                               band_sizes.data(),
                               lists - 1,
-                              window_rows,
+                              window_rows + 2 * static_cast<int>(kListPad),
                               n_rows,
                               n_cols,
                               width,
