@@ -850,6 +850,20 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
                 tree[16 + (y >> 8)] = static_cast<std::uint16_t>(tree[16 + (y >> 8)] + delta);
             }
         };
+        // The column counts lose row out and gain row in, in one pass.
+        auto move_row = [&](int out, int in) {
+            const std::uint16_t* p = a.copy + static_cast<std::ptrdiff_t>(out) * n_cols + in_lo;
+            const std::uint16_t* q = a.copy + static_cast<std::ptrdiff_t>(in) * n_cols + in_lo;
+            std::uint16_t* tree = column(in_lo);
+            for (int c = in_lo; c <= in_hi; ++c, ++p, ++q, tree += kTreeCounters) {
+                const unsigned y = (static_cast<unsigned>(*p - a.low) << a.shift) & 0xFFFFu;
+                const unsigned z = (static_cast<unsigned>(*q - a.low) << a.shift) & 0xFFFFu;
+                --tree[y >> 12];
+                --tree[16 + (y >> 8)];
+                ++tree[z >> 12];
+                ++tree[16 + (z >> 8)];
+            }
+        };
         int top = std::max(0, region.row_from - row_before);
         int bottom = std::min(n_rows - 1, region.row_from + row_after);
         for (int r = top; r <= bottom; ++r) change_row(r, 1);
@@ -923,8 +937,13 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
             }
             if (r == region.row_to) break;
             // Move the column counts down one row.
-            if (r + 1 - row_before > top) change_row(top++, minus_one);
-            if (r + 1 + row_after < n_rows) change_row(++bottom, 1);
+            const bool drops = r + 1 - row_before > top, gains = r + 1 + row_after < n_rows;
+            if (drops && gains)
+                move_row(top++, ++bottom);
+            else if (drops)
+                change_row(top++, minus_one);
+            else if (gains)
+                change_row(++bottom, 1);
         }
         for (int r = top; r <= bottom; ++r) change_row(r, minus_one);  // zero for the next strip
         s0 = s1 + 1;

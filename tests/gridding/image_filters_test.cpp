@@ -166,16 +166,21 @@ TEST(ImageFilters, HistogramPathsMatchTheOperator) {
 // The coarse-to-fine path against the operator for ranks across the whole window, on
 // value distributions that move its band of buckets in different ways: uniform over 16
 // bits, most values in one bucket with a few far away, two clusters far apart (the rank
-// jumping between them), and a smooth ramp with noise.
+// jumping between them), a smooth ramp with noise, and values only in the lowest and
+// highest buckets (the band against either end of the range). Columns taller than 64
+// rows of crowded values bring more band values per 64 rows than are taken at once.
 TEST(ImageFilters, CoarseFineGivesEveryRankOfTheOperator) {
     struct Setting {
-        int width, height, kind;
+        int width, height, kind, rows;
     };
-    const Setting settings[] = {{7, 7, 0},   {16, 16, 0}, {5, 40, 0}, {40, 5, 0},
-                                {15, 15, 1}, {15, 15, 2}, {11, 21, 3}};
-    const int rows = 48, cols = 70;
+    const Setting settings[] = {{7, 7, 0, 48},   {16, 16, 0, 48},  {5, 40, 0, 48},
+                                {40, 5, 0, 48},  {15, 15, 1, 48},  {15, 15, 2, 48},
+                                {11, 21, 3, 48}, {3, 131, 1, 136}, {3, 100, 4, 104},
+                                {8, 70, 4, 76},  {1, 90, 1, 96},   {4, 75, 0, 85}};
+    const int cols = 70;
     std::mt19937 gen(23);
     for (const Setting& s : settings) {
+        const int rows = s.rows;
         std::vector<std::uint16_t> original(static_cast<std::size_t>(rows) * cols);
         for (std::size_t k = 0; k < original.size(); ++k) {
             const unsigned u = gen();
@@ -191,8 +196,11 @@ TEST(ImageFilters, CoarseFineGivesEveryRankOfTheOperator) {
                     original[k] =
                         static_cast<std::uint16_t>((u & 1 ? 60000 : 100) + (u >> 1) % 300);
                     break;
-                default:  // ramp along the row
+                case 3:  // ramp along the row
                     original[k] = static_cast<std::uint16_t>(k % cols * 900 + u % 2000);
+                    break;
+                default:  // the two end buckets
+                    original[k] = static_cast<std::uint16_t>(u & 1 ? u % 256 : 65535 - u % 256);
             }
         }
         const FilterRegion all{0, 0, rows - 1, cols - 1};
