@@ -622,6 +622,8 @@ bool filter_rectangle_network(std::uint16_t* image, const std::uint16_t* copy, i
 constexpr std::size_t kTreeCounters = 16 + 256;
 constexpr int kCoarseFineStripOutputs = 512;
 constexpr unsigned kMaxBandBuckets = 64;
+// Storage of a strip's lists of band values (see BandList).
+constexpr std::size_t kBandListBytes = std::size_t{8} << 20;
 
 // Buckets in the band for a window of `height` rows: about four values of a column fall
 // in the band (uniform data), wider for short windows, whose rank moves further from one
@@ -793,6 +795,14 @@ __attribute__((always_inline)) inline unsigned find_bin16(const std::uint16_t* c
 #endif
 }
 
+// The band values of one strip column, kept from row to row: offsets from start to
+// start + size in the column's list (in row order, padded), for the rows top .. bottom and
+// the band from bucket `band` (-1: none yet). The next row's list drops the rows above its
+// top and appends those below the old bottom, unless the band has moved.
+struct BandList {
+    int band = -1, top = 0, bottom = -1, start = 0, size = 0;
+};
+
 struct CoarseFineArgs {
     std::uint16_t* image;
     const std::uint16_t* copy;
@@ -802,11 +812,11 @@ struct CoarseFineArgs {
     std::uint16_t* columns;     // strip column trees, zero on entry
     std::uint16_t* band_trees;  // 272 (band_buckets + 1) counters (see band_apply)
     unsigned band_buckets;
-    // The band offsets of each window column (band_scan), column c in list c & list_mask,
-    // of list_capacity entries (the window's rows), and their numbers.
+    // The band offsets of each strip column (see BandList): list_capacity entries a column.
     std::uint16_t* band_lists;
-    int* band_sizes;
-    int list_mask, list_capacity;
+    BandList* lists;
+    int list_capacity;
+    int strip_outputs;  // output columns a strip
     int n_rows, n_cols, width, height;
     const RankRule* rule;
     const Threshold* threshold;
@@ -833,11 +843,11 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
     const unsigned buckets = a.band_buckets;
     std::uint16_t window[kTreeCounters];
     for (int s0 = region.col_from; s0 <= region.col_to;) {
-        const int s1 = region.col_to - s0 < kCoarseFineStripOutputs
-                           ? region.col_to
-                           : s0 + kCoarseFineStripOutputs - 1;
+        const int s1 =
+            region.col_to - s0 < a.strip_outputs ? region.col_to : s0 + a.strip_outputs - 1;
         const int in_lo = std::max(0, s0 - col_before);
         const int in_hi = std::min(n_cols - 1, s1 + col_after);
+        if (a.fine) std::fill(a.lists, a.lists + (in_hi - in_lo + 1), BandList{});
         auto column = [&](int c) {
             return a.columns + static_cast<std::size_t>(c - in_lo) * kTreeCounters;
         };
@@ -869,21 +879,50 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
         for (int r = top; r <= bottom; ++r) change_row(r, 1);
         for (int r = region.row_from;; ++r) {
             const int rows_in = bottom - top + 1;
-            // A column enters the band's counts: its offsets are found and kept, so that
-            // it leaves (or the band moves) without being read again.
+            // A column enters the band's counts. Its list of band offsets is brought to
+            // this row's rows when the band is the one it was made for and the rows moved
+            // down by at most two in all (reading one value a row); otherwise the column is
+            // read whole. The list stays as it is until the column leaves.
             auto enter = [&](int c, unsigned first) {
-                const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(c) * n_rows + top;
-                std::uint16_t* list =
-                    a.band_lists + static_cast<std::size_t>(c & a.list_mask) * a.list_capacity;
-                const int n =
-                    scan(a.high_columns + at, a.low_columns + at, rows_in, first, buckets, list);
-                a.band_sizes[c & a.list_mask] = n;
-                band_apply(list, n, buckets, a.band_trees, 1);
+                BandList& list = a.lists[c - in_lo];
+                std::uint16_t* base =
+                    a.band_lists + static_cast<std::size_t>(c - in_lo) * a.list_capacity;
+                const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(c) * n_rows;
+                const int dropped = top - list.top, added = bottom - list.bottom;
+                if (list.band == static_cast<int>(first) && dropped >= 0 && added >= 0 &&
+                    dropped + added <= 2) {
+                    // The rows above top were hits at the list's front when in the band.
+                    for (int t = list.top; t < top; ++t)
+                        if (static_cast<unsigned>(a.high_columns[at + t] - first) < buckets)
+                            ++list.start, --list.size;
+                    if (list.start + list.size + added + static_cast<int>(kListPad) >
+                        a.list_capacity) {
+                        std::memmove(base, base + list.start, sizeof *base * list.size);
+                        list.start = 0;
+                    }
+                    std::uint16_t* entries = base + list.start;
+                    for (int t = list.bottom + 1; t <= bottom; ++t) {
+                        const unsigned h = a.high_columns[at + t] - first;
+                        if (h < buckets)
+                            entries[list.size++] =
+                                static_cast<std::uint16_t>(h << 8 | a.low_columns[at + t]);
+                    }
+                    pad_list(entries, list.size, buckets);
+                } else {
+                    list.band = static_cast<int>(first);
+                    list.start = 0;
+                    list.size = scan(a.high_columns + at + top, a.low_columns + at + top, rows_in,
+                                     first, buckets, base);
+                }
+                list.top = top;
+                list.bottom = bottom;
+                band_apply(base + list.start, list.size, buckets, a.band_trees, 1);
             };
             auto leave = [&](int c) {
-                band_apply(
-                    a.band_lists + static_cast<std::size_t>(c & a.list_mask) * a.list_capacity,
-                    a.band_sizes[c & a.list_mask], buckets, a.band_trees, minus_one);
+                const BandList& list = a.lists[c - in_lo];
+                band_apply(a.band_lists + static_cast<std::size_t>(c - in_lo) * a.list_capacity +
+                               list.start,
+                           list.size, buckets, a.band_trees, minus_one);
             };
             int lo = std::max(0, s0 - col_before), hi = std::min(n_cols - 1, s0 + col_after);
             std::memset(window, 0, sizeof window);
@@ -896,9 +935,13 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
                 unsigned y = bucket << 8;
                 if (a.fine) {
                     if (bucket - first >= buckets) {
-                        // Centre the band on the bucket and count it afresh.
-                        first = std::min(bucket > buckets / 2 ? bucket - buckets / 2 : 0,
-                                         256 - buckets);
+                        // Centre the band on the bucket and count it afresh. Its first
+                        // bucket is a multiple of a quarter band, so that the rows below
+                        // mostly find the band their columns' lists were made for.
+                        const unsigned quarter = buckets / 4;
+                        first = std::min(
+                            (bucket > buckets / 2 ? bucket - buckets / 2 : 0) / quarter * quarter,
+                            256 - buckets);
                         clear_trees(a.band_trees, buckets + 1);
                         for (int j = lo; j <= hi; ++j) enter(j, first);
                     }
@@ -915,16 +958,16 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
                 const bool leaves = c - col_before >= 0, enters = c + 1 + col_after < n_cols;
                 tree_move(window, enters ? column(hi + 1) : nullptr, leaves ? column(lo) : nullptr);
                 if (a.fine) {
-                    // The planes of the column entering kAhead pixels on are fetched now:
+                    // The values of the column entering kAhead pixels on that its list
+                    // reads (the row above the window and the bottom one) are fetched now:
                     // one column's rows lie n_rows bytes from the next one's.
                     constexpr int kAhead = 6;
                     if (hi + 1 + kAhead < n_cols) {
                         const std::ptrdiff_t ahead =
-                            static_cast<std::ptrdiff_t>(hi + 1 + kAhead) * n_rows + top;
-                        for (int k = 0; k < rows_in + 63; k += 64) {
-                            __builtin_prefetch(a.high_columns + ahead + std::min(k, rows_in - 1));
-                            __builtin_prefetch(a.low_columns + ahead + std::min(k, rows_in - 1));
-                        }
+                            static_cast<std::ptrdiff_t>(hi + 1 + kAhead) * n_rows;
+                        __builtin_prefetch(a.high_columns + ahead + std::max(0, top - 1));
+                        __builtin_prefetch(a.high_columns + ahead + bottom);
+                        __builtin_prefetch(a.low_columns + ahead + bottom);
                     }
                 }
                 if (a.fine && first < 256) {
@@ -993,18 +1036,21 @@ bool filter_rectangle_coarse_fine(std::uint16_t* image, const std::uint16_t* cop
                             static_cast<std::uint8_t>(y);
                     }
             }
-    const int strip_cols = std::min(n_cols, kCoarseFineStripOutputs + width - 1);
+    // The lists of band offsets hold a column's rows twice over (moved to their start
+    // when full), and take strips narrower than kCoarseFineStripOutputs for very tall windows.
+    const int list_capacity = 2 * window_rows + 3 * static_cast<int>(kListPad);
+    const auto list_columns =
+        static_cast<int>(kBandListBytes / (sizeof(std::uint16_t) * list_capacity));
+    const int strip_outputs =
+        fine ? std::clamp(list_columns - (window_cols - 1), 1, kCoarseFineStripOutputs)
+             : kCoarseFineStripOutputs;
+    const int strip_cols = std::min(n_cols, strip_outputs + width - 1);
     std::vector<std::uint16_t> columns(static_cast<std::size_t>(strip_cols) * kTreeCounters, 0);
     const unsigned buckets = band_buckets(window_rows);
     std::vector<std::uint16_t> band_trees(fine ? (buckets + 1) * kTreeCounters : 0);
-    // One list of band offsets per window column, indexed by the column's low bits.
-    int lists = 1;
-    while (lists < window_cols) lists *= 2;
     std::vector<std::uint16_t> band_lists(
-        fine ? static_cast<std::size_t>(lists) *
-                   static_cast<std::size_t>(window_rows + 2 * static_cast<int>(kListPad))
-             : 0);
-    std::vector<int> band_sizes(fine ? static_cast<std::size_t>(lists) : 0);
+        fine ? static_cast<std::size_t>(strip_cols) * static_cast<std::size_t>(list_capacity) : 0);
+    std::vector<BandList> lists(fine ? static_cast<std::size_t>(strip_cols) : 0);
     const CoarseFineArgs args{image,
                               copy,
                               high.data(),
@@ -1013,9 +1059,9 @@ bool filter_rectangle_coarse_fine(std::uint16_t* image, const std::uint16_t* cop
                               band_trees.data(),
                               buckets,
                               band_lists.data(),
-                              band_sizes.data(),
-                              lists - 1,
-                              window_rows + 2 * static_cast<int>(kListPad),
+                              lists.data(),
+                              list_capacity,
+                              strip_outputs,
                               n_rows,
                               n_cols,
                               width,
