@@ -612,13 +612,13 @@ bool filter_rectangle_network(std::uint16_t* image, const std::uint16_t* copy, i
 // (scaled to 16 bits) come from column counts of those two levels, as on the column
 // path; the two lower levels are never kept per column. The second level's bins
 // ("buckets" of 256 scaled values) near the rank wanted form a band of 8 to 64
-// buckets (band_buckets) whose lower 8 bits the window counts in full: when the window slides, the
-// entering column is read from column-major planes of the high and low bytes (contiguous
-// per column), its high bytes compared 32 at a time, and only the values that fall in the
-// band are counted; they are kept in a list per window column, which the column takes
-// away again when it leaves. When the rank leaves the band, the band is moved to be centred on it
-// and recounted from the window's columns. Per column 272 counters (544 bytes) instead of up to
-// 69904: a strip of 256 output columns stays in the second-level cache.
+// buckets (band_buckets) whose lower 8 bits the window counts in full: each strip column
+// keeps the list of its values in the band (BandList), read once from column-major planes
+// of the high and low bytes and then carried from row to row; the window adds a column's
+// list when the column enters and takes it away when it leaves. When the rank leaves the
+// band, the band is moved around it and recounted from the window's columns. Per column
+// 272 counters (544 bytes) instead of up to 69904, so that a strip's columns stay near the
+// second-level cache.
 constexpr std::size_t kTreeCounters = 16 + 256;
 constexpr int kCoarseFineStripOutputs = 512;
 constexpr unsigned kMaxBandBuckets = 64;

@@ -23,19 +23,24 @@
 //    The top two (16 + 256 bins) come from column histograms of those two levels only
 //    (544 bytes a column), moved down one row per output row and added and removed as
 //    the window slides, as on the column path below. The lower two levels are counted
-//    only for a band of 8 to 64 second-level bins around the rank wanted, from the
-//    pixels of the columns entering the window, read from column-major planes of the
-//    values' high and low bytes and tested 32 at a time; the band values a column
-//    brought are kept until it leaves, so that it is read once. When the rank leaves the
-//    band, the band is centred on it and recounted from the window's columns. Output columns are
-//    taken in strips of 512 so that the strip's column histograms stay in the second-level cache.
-//    Per pixel: two 272-counter vector updates, four searches of 16 counters, and two
-//    column reads of height / 16 comparisons; the band's width is chosen from the height
-//    so that about four values of a column fall in it (uniform data). Data crowded into
-//    one second-level bin makes every value of a column count (O(height) per pixel).
-//    Measured about 155 to 200 ns per pixel from 15 x 15 to 101 x 101 (random 16-bit
-//    2048 x 2048 image, about 710 instructions per pixel), against 250 to 320 for the
-//    row and column histograms above 15 rows;
+//    only for a band of 8 to 64 second-level bins around the rank wanted. Each column
+//    keeps the list of its values that fall in the band (from column-major planes of
+//    the values' high and low bytes, tested 64 at a time), added to the band's counts
+//    when the column enters the window and taken away when it leaves. The list is kept
+//    from one output row to the next: while the band stays, the next row only drops the
+//    value of the row leaving the column and appends the one entering (two values read
+//    per pixel, not the column); band positions are multiples of a quarter band, so that
+//    the rows below mostly find the band the lists were made for. When the rank leaves
+//    the band, the band is placed around it and recounted from the window's columns.
+//    Output columns are taken in strips of up to 512 so that the strip's column
+//    histograms stay near the second-level cache. Per pixel: one 272-counter vector
+//    update, four searches of 16 counters, two list updates of a few values; the band's
+//    width is chosen from the height so that about four values of a column fall in it
+//    (uniform data). Data crowded into one second-level bin makes every value of a
+//    column count (O(height) per pixel). Measured (CPU time, random 16-bit 2048 x 2048
+//    image, busy machine) about 110 to 125 ns per pixel from 15 x 15 to 101 x 101, of
+//    which about 38 are the top two levels (the same image over 8 bits: no band);
+//    against 140 to 180 for the row path above 13 rows;
 //  - row path (border bands of the network, windows of at most kRowBeforeCoarseFine
 //    rows over more than 8 bits of values, and windows of 65536 cells and more up to
 //    kRowHistogramMaxHeight rows, 12 to 32 by value range): a
