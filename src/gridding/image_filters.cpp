@@ -937,11 +937,20 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
                     if (bucket - first >= buckets) {
                         // Centre the band on the bucket and count it afresh. Its first
                         // bucket is a multiple of a quarter band, so that the rows below
-                        // mostly find the band their columns' lists were made for.
+                        // mostly find the band their columns' lists were made for; the
+                        // band the next columns' lists hold (the row above's) is kept when
+                        // the bucket lies at least a quarter band inside it.
                         const unsigned quarter = buckets / 4;
                         first = std::min(
                             (bucket > buckets / 2 ? bucket - buckets / 2 : 0) / quarter * quarter,
                             256 - buckets);
+                        for (const int j : {hi + 1, hi})
+                            if (j <= in_hi && a.lists[j - in_lo].band >= 0 &&
+                                bucket - static_cast<unsigned>(a.lists[j - in_lo].band) - quarter <
+                                    buckets - 2 * quarter) {
+                                first = static_cast<unsigned>(a.lists[j - in_lo].band);
+                                break;
+                            }
                         clear_trees(a.band_trees, buckets + 1);
                         for (int j = lo; j <= hi; ++j) enter(j, first);
                     }
