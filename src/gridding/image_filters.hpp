@@ -211,10 +211,10 @@ inline constexpr long long kNetworkMaxCells = 121;
 inline constexpr long long kNetworkAutoCells = 121;
 
 // Window heights up to this take the row path rather than the coarse-to-fine one when
-// the value range needs more than 8 bits (measured on random 16-bit 2048 x 2048 images,
-// about 124 against 125 ns per pixel at 11 x 11, 139 against 132 at 13 x 13 and 141
-// against 129 at 15 x 15).
-inline constexpr int kRowBeforeCoarseFine = 12;
+// the value range needs more than 8 bits (CPU time on random 16-bit 2048 x 2048 images,
+// medians of 3: row against coarse-to-fine about 119 against 114 ns per pixel at 11 x 11,
+// 128 against 109 at 13 x 13 and 153 against 115 at 15 x 15).
+inline constexpr int kRowBeforeCoarseFine = 10;
 
 // Windows of 65536 cells and more (beyond the coarse-to-fine path's 16-bit counters):
 // heights up to these use the row path, by the levels of counts the image's value
