@@ -38,9 +38,10 @@
 //    width is chosen from the height so that about four values of a column fall in it
 //    (uniform data). Data crowded into one second-level bin makes every value of a
 //    column count (O(height) per pixel). Measured (CPU time, random 16-bit 2048 x 2048
-//    image, busy machine) about 110 to 125 ns per pixel from 15 x 15 to 101 x 101, of
-//    which about 38 are the top two levels (the same image over 8 bits: no band);
-//    against 140 to 180 for the row path above 13 rows;
+//    image, busy machine, medians of 3) about 100 to 120 ns per pixel from 13 x 13 to
+//    101 x 101, of which about 38 are the top two levels (the same image over 8 bits:
+//    no band) and most of the rest the band's counts and searches; against 120 to 155
+//    for the row path from 11 rows;
 //  - row path (border bands of the network, windows of at most kRowBeforeCoarseFine
 //    rows over more than 8 bits of values, and windows of 65536 cells and more up to
 //    kRowHistogramMaxHeight rows, 12 to 32 by value range): a
