@@ -612,15 +612,18 @@ bool filter_rectangle_network(std::uint16_t* image, const std::uint16_t* copy, i
 // (scaled to 16 bits) come from column counts of those two levels, as on the column
 // path; the two lower levels are never kept per column. The second level's bins
 // ("buckets" of 256 scaled values) near the rank wanted form a band of 8 to 64
-// buckets (band_buckets) whose lower 8 bits the window counts in full: when the window slides, the
-// leaving and entering columns are read from a transposed copy of the image (contiguous
-// per column), compared 16 values at a time, and only the values that fall in the band
-// are counted. When the rank leaves the band, the band is moved to be centred on it and
-// recounted from the window's columns. Per column 272 counters (544 bytes) instead of
-// up to 69904: a strip of 256 output columns stays in the second-level cache.
+// buckets (band_buckets) whose lower 8 bits the window counts in full: each strip column
+// keeps the list of its values in the band (BandList), read once from column-major planes
+// of the high and low bytes and then carried from row to row; the window adds a column's
+// list when the column enters and takes it away when it leaves. When the rank leaves the
+// band, the band is moved around it and recounted from the window's columns. Per column
+// 272 counters (544 bytes) instead of up to 69904, so that a strip's columns stay near the
+// second-level cache.
 constexpr std::size_t kTreeCounters = 16 + 256;
 constexpr int kCoarseFineStripOutputs = 512;
 constexpr unsigned kMaxBandBuckets = 64;
+// Storage of a strip's lists of band values (see BandList).
+constexpr std::size_t kBandListBytes = std::size_t{8} << 20;
 
 // Buckets in the band for a window of `height` rows: about four values of a column fall
 // in the band (uniform data), wider for short windows, whose rank moves further from one
@@ -656,91 +659,108 @@ __attribute__((always_inline)) inline void clear_trees(std::uint16_t* tree, std:
         std::memcpy(tree + i, &zero, sizeof zero);
 }
 
-// Bit j set when band[j] (j < 64) lies in buckets first .. first + buckets - 1.
-__attribute__((always_inline)) inline std::uint64_t band_hits(const std::uint16_t* band,
-                                                              unsigned first, unsigned buckets) {
-#if defined(__SSE2__)
-    const __m128i below = _mm_set1_epi16(static_cast<short>(first) - 1);
-    const __m128i above = _mm_set1_epi16(static_cast<short>(first + buckets));
-    std::uint64_t bits = 0;
-    for (int k = 0; k < 64; k += 16) {
-        const __m128i a =
-            _mm_srli_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(band + k)), 8);
-        const __m128i b =
-            _mm_srli_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(band + k + 8)), 8);
-        const __m128i in_a = _mm_and_si128(_mm_cmpgt_epi16(a, below), _mm_cmplt_epi16(a, above));
-        const __m128i in_b = _mm_and_si128(_mm_cmpgt_epi16(b, below), _mm_cmplt_epi16(b, above));
-        bits |= static_cast<std::uint64_t>(
-                    static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(in_a, in_b))))
-                << k;
-    }
-    return bits;
-#else
-    std::uint64_t bits = 0;
-    for (int j = 0; j < 64; ++j)
-        if ((band[j] >> 8) - first < buckets) bits |= std::uint64_t{1} << j;
-    return bits;
-#endif
-}
+// Band offsets: a value of the band is counted at u = (high - first) 256 + low (high and
+// low bytes of its scaled value); u = 256 buckets is counted in spare counters, and pads
+// the lists so that they are taken kListPad at a time.
+constexpr unsigned kListPad = 4;
 
-// Adds delta to the counts of the band values at k + the set bits of bits (the 64 values from
-// k on that fall in the band; bits past length are cleared first).
-__attribute__((always_inline)) inline void add_hits(std::uint64_t bits, const std::uint16_t* band,
-                                                    int k, int length, unsigned first,
-                                                    unsigned buckets, std::uint16_t* trees,
-                                                    std::uint16_t delta) {
-    const unsigned base = first << 8;
-    std::uint16_t* finest = trees + buckets * 16;
-    if (length - k < 64) bits &= (std::uint64_t{1} << (length - k)) - 1;
-    while (bits) {
-        const unsigned y = band[k + __builtin_ctzll(bits)];
+// Appends to list[n..] the band offsets of the values at k + the set bits of bits: four
+// without a branch per value (while bits is empty, the entry written is the padding value
+// at k + 63, left out of the count and overwritten by the next one), the rest one by one.
+__attribute__((always_inline)) inline int take_hits(std::uint64_t bits, const std::uint8_t* high,
+                                                    const std::uint8_t* low, int k, unsigned first,
+                                                    std::uint16_t* list, int n) {
+    for (unsigned j = 0; j < kListPad; ++j) {
+        const int i = k + __builtin_ctzll(bits | std::uint64_t{1} << 63);
+        list[n] = static_cast<std::uint16_t>((high[i] - first) << 8 | low[i]);
+        n += bits != 0;
         bits &= bits - 1;
-        const unsigned u = y - base;
-        trees[u >> 4] = static_cast<std::uint16_t>(trees[u >> 4] + delta);
-        finest[u] = static_cast<std::uint16_t>(finest[u] + delta);
     }
+    for (; bits; bits &= bits - 1) {
+        const int i = k + __builtin_ctzll(bits);
+        list[n++] = static_cast<std::uint16_t>((high[i] - first) << 8 | low[i]);
+    }
+    return n;
 }
 
-// Counts the values of band[0..length) that lie in the band of buckets from `first`
-// into the band's counters, with delta 1 or -1 mod 2^16: trees[0 .. 16 buckets) of the
-// band's values less first 256 shifted right by 4, then 256 buckets counters of the
-// values less first 256 (bucket by bucket, each the 16 counters of a first level of 16
-// bins). band may be read up to 63 values past length (padding).
-__attribute__((always_inline)) inline void band_count(const std::uint16_t* band, int length,
-                                                      unsigned first, unsigned buckets,
-                                                      std::uint16_t* trees, std::uint16_t delta) {
+// Ends a list of n offsets with kListPad spare ones (see band_apply).
+__attribute__((always_inline)) inline void pad_list(std::uint16_t* list, int n, unsigned buckets) {
+    for (unsigned j = 0; j < kListPad; ++j) list[n + j] = static_cast<std::uint16_t>(buckets << 8);
+}
+
+// The band offsets of the values of a column (from the column-major byte planes) that fall
+// in the band: the high bytes are compared 64 at a time, one byte lane a value. Writes
+// them to list, padded, and returns how many; list holds length + 2 kListPad entries. The
+// planes may be read up to 63 bytes past length (padding).
+__attribute__((always_inline)) inline int band_scan(const std::uint8_t* high,
+                                                    const std::uint8_t* low, int length,
+                                                    unsigned first, unsigned buckets,
+                                                    std::uint16_t* list) {
+    int n = 0;
     for (int k = 0; k < length; k += 64) {
-        std::uint64_t bits = band_hits(band + k, first, buckets);
-        add_hits(bits, band, k, length, first, buckets, trees, delta);
+        std::uint64_t bits = 0;
+#if defined(__SSE2__)
+        const __m128i base = _mm_set1_epi8(static_cast<char>(first));
+        const __m128i last = _mm_set1_epi8(static_cast<char>(buckets - 1));
+        for (int q = 0; q < 4; ++q) {
+            const __m128i d = _mm_sub_epi8(
+                _mm_loadu_si128(reinterpret_cast<const __m128i*>(high + k + 16 * q)), base);
+            bits |= static_cast<std::uint64_t>(static_cast<unsigned>(
+                        _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(d, last), d))))
+                    << (16 * q);
+        }
+#else
+        for (int q = 0; q < 64; ++q)
+            if (static_cast<unsigned>(high[k + q] - first) < buckets) bits |= std::uint64_t{1} << q;
+#endif
+        if (length - k < 64) bits &= (std::uint64_t{1} << (length - k)) - 1;
+        n = take_hits(bits, high, low, k, first, list, n);
     }
+    pad_list(list, n, buckets);
+    return n;
 }
 
 #if defined(__x86_64__) || defined(__i386__)
-// band_count in 32-byte vectors: one call per column.
-__attribute__((target("avx2"), noinline)) void band_count_avx2(const std::uint16_t* band,
-                                                               int length, unsigned first,
-                                                               unsigned buckets,
-                                                               std::uint16_t* trees,
-                                                               std::uint16_t delta) {
-    const __m256i below = _mm256_set1_epi16(static_cast<short>(first) - 1);
-    const __m256i above = _mm256_set1_epi16(static_cast<short>(first + buckets));
-    __m256i in[4];
+__attribute__((target("avx2"), noinline)) int band_scan_avx2(const std::uint8_t* high,
+                                                             const std::uint8_t* low, int length,
+                                                             unsigned first, unsigned buckets,
+                                                             std::uint16_t* list) {
+    const __m256i base = _mm256_set1_epi8(static_cast<char>(first));
+    const __m256i last = _mm256_set1_epi8(static_cast<char>(buckets - 1));
+    int n = 0;
     for (int k = 0; k < length; k += 64) {
-        for (int q = 0; q < 4; ++q) {
-            const __m256i v = _mm256_srli_epi16(
-                _mm256_loadu_si256(reinterpret_cast<const __m256i*>(band + k + 16 * q)), 8);
-            in[q] = _mm256_and_si256(_mm256_cmpgt_epi16(v, below), _mm256_cmpgt_epi16(above, v));
-        }
-        // packs interleaves the 16-byte halves; the permutation puts values back in order.
-        const auto low = static_cast<std::uint32_t>(
-            _mm256_movemask_epi8(_mm256_permute4x64_epi64(_mm256_packs_epi16(in[0], in[1]), 0xD8)));
-        const auto high = static_cast<std::uint32_t>(
-            _mm256_movemask_epi8(_mm256_permute4x64_epi64(_mm256_packs_epi16(in[2], in[3]), 0xD8)));
-        std::uint64_t bits = low | static_cast<std::uint64_t>(high) << 32;
-        add_hits(bits, band, k, length, first, buckets, trees, delta);
+        const __m256i d0 =
+            _mm256_sub_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(high + k)), base);
+        const __m256i d1 = _mm256_sub_epi8(
+            _mm256_loadu_si256(reinterpret_cast<const __m256i*>(high + k + 32)), base);
+        std::uint64_t bits =
+            static_cast<std::uint32_t>(
+                _mm256_movemask_epi8(_mm256_cmpeq_epi8(_mm256_min_epu8(d0, last), d0))) |
+            static_cast<std::uint64_t>(static_cast<std::uint32_t>(
+                _mm256_movemask_epi8(_mm256_cmpeq_epi8(_mm256_min_epu8(d1, last), d1))))
+                << 32;
+        if (length - k < 64) bits &= (std::uint64_t{1} << (length - k)) - 1;
+        n = take_hits(bits, high, low, k, first, list, n);
     }
+    pad_list(list, n, buckets);
+    return n;
 }
 #endif
+
+// Adds delta (1 or -1 mod 2^16) to the band's counts of the offsets list[0..n) (padded):
+// trees[0 .. 16 buckets + 16) counts u >> 4, the 256 buckets + 256 counters after them u;
+// the last 16 and 256 take the padding. Four at a time, so that the loop's end is foreseen.
+__attribute__((always_inline)) inline void band_apply(const std::uint16_t* list, int n,
+                                                      unsigned buckets, std::uint16_t* trees,
+                                                      std::uint16_t delta) {
+    std::uint16_t* finest = trees + buckets * 16 + 16;
+    for (int i = 0; i < n; i += kListPad)
+        for (unsigned j = 0; j < kListPad; ++j) {
+            const unsigned u = list[i + j];
+            trees[u >> 4] = static_cast<std::uint16_t>(trees[u >> 4] + delta);
+            finest[u] = static_cast<std::uint16_t>(finest[u] + delta);
+        }
+}
 
 // find_bin over 16 counters whose sum is below 65536, without a branch per counter:
 // the running sums in two vectors, compared with the rank at once.
@@ -775,13 +795,28 @@ __attribute__((always_inline)) inline unsigned find_bin16(const std::uint16_t* c
 #endif
 }
 
+// The band values of one strip column, kept from row to row: offsets from start to
+// start + size in the column's list (in row order, padded), for the rows top .. bottom and
+// the band from bucket `band` (-1: none yet). The next row's list drops the rows above its
+// top and appends those below the old bottom, unless the band has moved.
+struct BandList {
+    int band = -1, top = 0, bottom = -1, start = 0, size = 0;
+};
+
 struct CoarseFineArgs {
     std::uint16_t* image;
     const std::uint16_t* copy;
-    const std::uint16_t* scaled_columns;  // column c, row r at c n_rows + r: scaled values
-    std::uint16_t* columns;               // strip column trees, zero on entry
-    std::uint16_t* band_trees;            // 272 band_buckets counters (see band_count)
+    // Column c, row r at c n_rows + r: high and low bytes of the scaled values.
+    const std::uint8_t* high_columns;
+    const std::uint8_t* low_columns;
+    std::uint16_t* columns;     // strip column trees, zero on entry
+    std::uint16_t* band_trees;  // 272 (band_buckets + 1) counters (see band_apply)
     unsigned band_buckets;
+    // The band offsets of each strip column (see BandList): list_capacity entries a column.
+    std::uint16_t* band_lists;
+    BandList* lists;
+    int list_capacity;
+    int strip_outputs;  // output columns a strip
     int n_rows, n_cols, width, height;
     const RankRule* rule;
     const Threshold* threshold;
@@ -793,12 +828,12 @@ struct CoarseFineArgs {
 
 template <bool Wide>
 __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs& a) {
-    auto count = [](const std::uint16_t* band, int length, unsigned first, unsigned buckets,
-                    std::uint16_t* trees, std::uint16_t delta) {
+    auto scan = [](const std::uint8_t* high, const std::uint8_t* low, int length, unsigned first,
+                   unsigned buckets, std::uint16_t* list) {
 #if defined(__x86_64__) || defined(__i386__)
-        if constexpr (Wide) return band_count_avx2(band, length, first, buckets, trees, delta);
+        if constexpr (Wide) return band_scan_avx2(high, low, length, first, buckets, list);
 #endif
-        band_count(band, length, first, buckets, trees, delta);
+        return band_scan(high, low, length, first, buckets, list);
     };
     const int n_rows = a.n_rows, n_cols = a.n_cols;
     const int row_before = a.height / 2, row_after = (a.height - 1) / 2;
@@ -808,11 +843,11 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
     const unsigned buckets = a.band_buckets;
     std::uint16_t window[kTreeCounters];
     for (int s0 = region.col_from; s0 <= region.col_to;) {
-        const int s1 = region.col_to - s0 < kCoarseFineStripOutputs
-                           ? region.col_to
-                           : s0 + kCoarseFineStripOutputs - 1;
+        const int s1 =
+            region.col_to - s0 < a.strip_outputs ? region.col_to : s0 + a.strip_outputs - 1;
         const int in_lo = std::max(0, s0 - col_before);
         const int in_hi = std::min(n_cols - 1, s1 + col_after);
+        if (a.fine) std::fill(a.lists, a.lists + (in_hi - in_lo + 1), BandList{});
         auto column = [&](int c) {
             return a.columns + static_cast<std::size_t>(c - in_lo) * kTreeCounters;
         };
@@ -825,13 +860,69 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
                 tree[16 + (y >> 8)] = static_cast<std::uint16_t>(tree[16 + (y >> 8)] + delta);
             }
         };
+        // The column counts lose row out and gain row in, in one pass.
+        auto move_row = [&](int out, int in) {
+            const std::uint16_t* p = a.copy + static_cast<std::ptrdiff_t>(out) * n_cols + in_lo;
+            const std::uint16_t* q = a.copy + static_cast<std::ptrdiff_t>(in) * n_cols + in_lo;
+            std::uint16_t* tree = column(in_lo);
+            for (int c = in_lo; c <= in_hi; ++c, ++p, ++q, tree += kTreeCounters) {
+                const unsigned y = (static_cast<unsigned>(*p - a.low) << a.shift) & 0xFFFFu;
+                const unsigned z = (static_cast<unsigned>(*q - a.low) << a.shift) & 0xFFFFu;
+                --tree[y >> 12];
+                --tree[16 + (y >> 8)];
+                ++tree[z >> 12];
+                ++tree[16 + (z >> 8)];
+            }
+        };
         int top = std::max(0, region.row_from - row_before);
         int bottom = std::min(n_rows - 1, region.row_from + row_after);
         for (int r = top; r <= bottom; ++r) change_row(r, 1);
         for (int r = region.row_from;; ++r) {
             const int rows_in = bottom - top + 1;
-            auto band = [&](int c) {
-                return a.scaled_columns + static_cast<std::ptrdiff_t>(c) * n_rows + top;
+            // A column enters the band's counts. Its list of band offsets is brought to
+            // this row's rows when the band is the one it was made for and the rows moved
+            // down by at most two in all (reading one value a row); otherwise the column is
+            // read whole. The list stays as it is until the column leaves.
+            auto enter = [&](int c, unsigned first) {
+                BandList& list = a.lists[c - in_lo];
+                std::uint16_t* base =
+                    a.band_lists + static_cast<std::size_t>(c - in_lo) * a.list_capacity;
+                const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(c) * n_rows;
+                const int dropped = top - list.top, added = bottom - list.bottom;
+                if (list.band == static_cast<int>(first) && dropped >= 0 && added >= 0 &&
+                    dropped + added <= 2) {
+                    // The rows above top were hits at the list's front when in the band.
+                    for (int t = list.top; t < top; ++t)
+                        if (static_cast<unsigned>(a.high_columns[at + t] - first) < buckets)
+                            ++list.start, --list.size;
+                    if (list.start + list.size + added + static_cast<int>(kListPad) >
+                        a.list_capacity) {
+                        std::memmove(base, base + list.start, sizeof *base * list.size);
+                        list.start = 0;
+                    }
+                    std::uint16_t* entries = base + list.start;
+                    for (int t = list.bottom + 1; t <= bottom; ++t) {
+                        const unsigned h = a.high_columns[at + t] - first;
+                        if (h < buckets)
+                            entries[list.size++] =
+                                static_cast<std::uint16_t>(h << 8 | a.low_columns[at + t]);
+                    }
+                    pad_list(entries, list.size, buckets);
+                } else {
+                    list.band = static_cast<int>(first);
+                    list.start = 0;
+                    list.size = scan(a.high_columns + at + top, a.low_columns + at + top, rows_in,
+                                     first, buckets, base);
+                }
+                list.top = top;
+                list.bottom = bottom;
+                band_apply(base + list.start, list.size, buckets, a.band_trees, 1);
+            };
+            auto leave = [&](int c) {
+                const BandList& list = a.lists[c - in_lo];
+                band_apply(a.band_lists + static_cast<std::size_t>(c - in_lo) * a.list_capacity +
+                               list.start,
+                           list.size, buckets, a.band_trees, minus_one);
             };
             int lo = std::max(0, s0 - col_before), hi = std::min(n_cols - 1, s0 + col_after);
             std::memset(window, 0, sizeof window);
@@ -844,17 +935,29 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
                 unsigned y = bucket << 8;
                 if (a.fine) {
                     if (bucket - first >= buckets) {
-                        // Centre the band on the bucket and count it afresh.
-                        first = std::min(bucket > buckets / 2 ? bucket - buckets / 2 : 0,
-                                         256 - buckets);
-                        clear_trees(a.band_trees, buckets);
-                        for (int j = lo; j <= hi; ++j)
-                            count(band(j), rows_in, first, buckets, a.band_trees, 1);
+                        // Centre the band on the bucket and count it afresh. Its first
+                        // bucket is a multiple of a quarter band, so that the rows below
+                        // mostly find the band their columns' lists were made for; the
+                        // band the next columns' lists hold (the row above's) is kept when
+                        // the bucket lies at least a quarter band inside it.
+                        const unsigned quarter = buckets / 4;
+                        first = std::min(
+                            (bucket > buckets / 2 ? bucket - buckets / 2 : 0) / quarter * quarter,
+                            256 - buckets);
+                        for (const int j : {hi + 1, hi})
+                            if (j <= in_hi && a.lists[j - in_lo].band >= 0 &&
+                                bucket - static_cast<unsigned>(a.lists[j - in_lo].band) - quarter <
+                                    buckets - 2 * quarter) {
+                                first = static_cast<unsigned>(a.lists[j - in_lo].band);
+                                break;
+                            }
+                        clear_trees(a.band_trees, buckets + 1);
+                        for (int j = lo; j <= hi; ++j) enter(j, first);
                     }
                     const unsigned at = bucket - first;
                     const unsigned d2 = find_bin16(a.band_trees + at * 16, rank);
                     y |= d2 * 16 +
-                         find_bin16(a.band_trees + buckets * 16 + at * 256 + d2 * 16, rank);
+                         find_bin16(a.band_trees + buckets * 16 + 16 + at * 256 + d2 * 16, rank);
                 }
                 const auto result = static_cast<std::uint16_t>(a.low + (y >> a.shift));
                 const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(r) * n_cols + c;
@@ -863,17 +966,36 @@ __attribute__((always_inline)) inline void coarse_fine_body(const CoarseFineArgs
                 // Slide one column right.
                 const bool leaves = c - col_before >= 0, enters = c + 1 + col_after < n_cols;
                 tree_move(window, enters ? column(hi + 1) : nullptr, leaves ? column(lo) : nullptr);
+                if (a.fine) {
+                    // The values of the column entering kAhead pixels on that its list
+                    // reads (the row above the window and the bottom one) are fetched now:
+                    // one column's rows lie n_rows bytes from the next one's.
+                    constexpr int kAhead = 6;
+                    if (hi + 1 + kAhead < n_cols) {
+                        const std::ptrdiff_t ahead =
+                            static_cast<std::ptrdiff_t>(hi + 1 + kAhead) * n_rows;
+                        __builtin_prefetch(a.high_columns + ahead + std::max(0, top - 1));
+                        __builtin_prefetch(a.high_columns + ahead + bottom);
+                        __builtin_prefetch(a.low_columns + ahead + bottom);
+                    }
+                }
                 if (a.fine && first < 256) {
-                    if (leaves) count(band(lo), rows_in, first, buckets, a.band_trees, minus_one);
-                    if (enters) count(band(hi + 1), rows_in, first, buckets, a.band_trees, 1);
+                    // Leaving first: the entering column may take its list.
+                    if (leaves) leave(lo);
+                    if (enters) enter(hi + 1, first);
                 }
                 lo += leaves;
                 hi += enters;
             }
             if (r == region.row_to) break;
             // Move the column counts down one row.
-            if (r + 1 - row_before > top) change_row(top++, minus_one);
-            if (r + 1 + row_after < n_rows) change_row(++bottom, 1);
+            const bool drops = r + 1 - row_before > top, gains = r + 1 + row_after < n_rows;
+            if (drops && gains)
+                move_row(top++, ++bottom);
+            else if (drops)
+                change_row(top++, minus_one);
+            else if (gains)
+                change_row(++bottom, 1);
         }
         for (int r = top; r <= bottom; ++r) change_row(r, minus_one);  // zero for the next strip
         s0 = s1 + 1;
@@ -901,29 +1023,63 @@ bool filter_rectangle_coarse_fine(std::uint16_t* image, const std::uint16_t* cop
     const std::size_t pixels = static_cast<std::size_t>(n_rows) * static_cast<std::size_t>(n_cols);
     const int shift = 16 - bins.bits;
     const bool fine = bins.bits > 8;
-    // The scaled values column by column (only the band needs them), padded for the
-    // last 64-value read.
-    std::vector<std::uint16_t> scaled(fine ? pixels + 64 : 0);
+    // The scaled values column by column (only the band needs them) as planes of high
+    // and low bytes, padded for the last 64-byte read.
+    // They are read a column at a time across the whole width: in 2 MiB pages where the
+    // system offers them, as the column histograms.
+    ColumnStorage<std::uint8_t> high(fine ? pixels + 64 : 0), low(fine ? pixels + 64 : 0);
     constexpr int kTile = 32;
     if (fine)
         for (int r0 = 0; r0 < n_rows; r0 += kTile)
             for (int c0 = 0; c0 < n_cols; c0 += kTile) {
                 const int r1 = std::min(n_rows, r0 + kTile), c1 = std::min(n_cols, c0 + kTile);
                 for (int c = c0; c < c1; ++c)
-                    for (int r = r0; r < r1; ++r)
-                        scaled[static_cast<std::size_t>(c) * n_rows + r] =
-                            static_cast<std::uint16_t>(
-                                static_cast<unsigned>(
-                                    copy[static_cast<std::size_t>(r) * n_cols + c] - bins.low)
-                                << shift);
+                    for (int r = r0; r < r1; ++r) {
+                        const unsigned y =
+                            static_cast<unsigned>(copy[static_cast<std::size_t>(r) * n_cols + c] -
+                                                  bins.low)
+                            << shift;
+                        high.data()[static_cast<std::size_t>(c) * n_rows + r] =
+                            static_cast<std::uint8_t>(y >> 8);
+                        low.data()[static_cast<std::size_t>(c) * n_rows + r] =
+                            static_cast<std::uint8_t>(y);
+                    }
             }
-    const int strip_cols = std::min(n_cols, kCoarseFineStripOutputs + width - 1);
+    // The lists of band offsets hold a column's rows twice over (moved to their start
+    // when full), and take strips narrower than kCoarseFineStripOutputs for very tall windows.
+    const int list_capacity = 2 * window_rows + 3 * static_cast<int>(kListPad);
+    const auto list_columns =
+        static_cast<int>(kBandListBytes / (sizeof(std::uint16_t) * list_capacity));
+    const int strip_outputs =
+        fine ? std::clamp(list_columns - (window_cols - 1), 1, kCoarseFineStripOutputs)
+             : kCoarseFineStripOutputs;
+    const int strip_cols = std::min(n_cols, strip_outputs + width - 1);
     std::vector<std::uint16_t> columns(static_cast<std::size_t>(strip_cols) * kTreeCounters, 0);
     const unsigned buckets = band_buckets(window_rows);
-    std::vector<std::uint16_t> band_trees(fine ? buckets * kTreeCounters : 0);
-    const CoarseFineArgs args{image,   copy,       scaled.data(), columns.data(), band_trees.data(),
-                              buckets, n_rows,     n_cols,        width,          height,
-                              &rule,   &threshold, region,        bins.low,       shift,
+    std::vector<std::uint16_t> band_trees(fine ? (buckets + 1) * kTreeCounters : 0);
+    std::vector<std::uint16_t> band_lists(
+        fine ? static_cast<std::size_t>(strip_cols) * static_cast<std::size_t>(list_capacity) : 0);
+    std::vector<BandList> lists(fine ? static_cast<std::size_t>(strip_cols) : 0);
+    const CoarseFineArgs args{image,
+                              copy,
+                              high.data(),
+                              low.data(),
+                              columns.data(),
+                              band_trees.data(),
+                              buckets,
+                              band_lists.data(),
+                              lists.data(),
+                              list_capacity,
+                              strip_outputs,
+                              n_rows,
+                              n_cols,
+                              width,
+                              height,
+                              &rule,
+                              &threshold,
+                              region,
+                              bins.low,
+                              shift,
                               fine};
 #if defined(__x86_64__) || defined(__i386__)
     if (processor_has_avx2_lanes()) {

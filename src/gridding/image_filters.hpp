@@ -23,18 +23,25 @@
 //    The top two (16 + 256 bins) come from column histograms of those two levels only
 //    (544 bytes a column), moved down one row per output row and added and removed as
 //    the window slides, as on the column path below. The lower two levels are counted
-//    only for a band of 8 to 64 second-level bins around the rank wanted, from the
-//    pixels of the columns leaving and entering the window, read from a transposed copy
-//    of the image and tested 16 at a time; when the rank leaves the band, the band is
-//    centred on it and recounted from the window's columns. Output columns are taken in
-//    strips of 512 so that the strip's column histograms stay in the second-level cache.
-//    Per pixel: two 272-counter vector updates, four searches of 16 counters, and two
-//    column reads of height / 16 comparisons; the band's width is chosen from the height
-//    so that about four values of a column fall in it (uniform data). Data crowded into
-//    one second-level bin makes every value of a column count (O(height) per pixel).
-//    Measured about 155 to 200 ns per pixel from 15 x 15 to 101 x 101 (random 16-bit
-//    2048 x 2048 image, about 710 instructions per pixel), against 250 to 320 for the
-//    row and column histograms above 15 rows;
+//    only for a band of 8 to 64 second-level bins around the rank wanted. Each column
+//    keeps the list of its values that fall in the band (from column-major planes of
+//    the values' high and low bytes, tested 64 at a time), added to the band's counts
+//    when the column enters the window and taken away when it leaves. The list is kept
+//    from one output row to the next: while the band stays, the next row only drops the
+//    value of the row leaving the column and appends the one entering (two values read
+//    per pixel, not the column); band positions are multiples of a quarter band, so that
+//    the rows below mostly find the band the lists were made for. When the rank leaves
+//    the band, the band is placed around it and recounted from the window's columns.
+//    Output columns are taken in strips of up to 512 so that the strip's column
+//    histograms stay near the second-level cache. Per pixel: one 272-counter vector
+//    update, four searches of 16 counters, two list updates of a few values; the band's
+//    width is chosen from the height so that about four values of a column fall in it
+//    (uniform data). Data crowded into one second-level bin makes every value of a
+//    column count (O(height) per pixel). Measured (CPU time, random 16-bit 2048 x 2048
+//    image, busy machine, medians of 3) about 100 to 120 ns per pixel from 13 x 13 to
+//    101 x 101, of which about 38 are the top two levels (the same image over 8 bits:
+//    no band) and most of the rest the band's counts and searches; against 120 to 155
+//    for the row path from 11 rows;
 //  - row path (border bands of the network, windows of at most kRowBeforeCoarseFine
 //    rows over more than 8 bits of values, and windows of 65536 cells and more up to
 //    kRowHistogramMaxHeight rows, 12 to 32 by value range): a
@@ -205,9 +212,10 @@ inline constexpr long long kNetworkMaxCells = 121;
 inline constexpr long long kNetworkAutoCells = 121;
 
 // Window heights up to this take the row path rather than the coarse-to-fine one when
-// the value range needs more than 8 bits (measured on random 16-bit 2048 x 2048 images,
-// about 158 against 173 ns per pixel at 15 x 15, 261 against 171 at 31 x 31).
-inline constexpr int kRowBeforeCoarseFine = 15;
+// the value range needs more than 8 bits (CPU time on random 16-bit 2048 x 2048 images,
+// medians of 3: row against coarse-to-fine about 119 against 114 ns per pixel at 11 x 11,
+// 128 against 109 at 13 x 13 and 153 against 115 at 15 x 15).
+inline constexpr int kRowBeforeCoarseFine = 10;
 
 // Windows of 65536 cells and more (beyond the coarse-to-fine path's 16-bit counters):
 // heights up to these use the row path, by the levels of counts the image's value

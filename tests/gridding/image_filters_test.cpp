@@ -166,16 +166,21 @@ TEST(ImageFilters, HistogramPathsMatchTheOperator) {
 // The coarse-to-fine path against the operator for ranks across the whole window, on
 // value distributions that move its band of buckets in different ways: uniform over 16
 // bits, most values in one bucket with a few far away, two clusters far apart (the rank
-// jumping between them), and a smooth ramp with noise.
+// jumping between them), a smooth ramp with noise, and values only in the lowest and
+// highest buckets (the band against either end of the range). Columns taller than 64
+// rows of crowded values bring more band values per 64 rows than are taken at once.
 TEST(ImageFilters, CoarseFineGivesEveryRankOfTheOperator) {
     struct Setting {
-        int width, height, kind;
+        int width, height, kind, rows;
     };
-    const Setting settings[] = {{7, 7, 0},   {16, 16, 0}, {5, 40, 0}, {40, 5, 0},
-                                {15, 15, 1}, {15, 15, 2}, {11, 21, 3}};
-    const int rows = 48, cols = 70;
+    const Setting settings[] = {{7, 7, 0, 48},   {16, 16, 0, 48},  {5, 40, 0, 48},
+                                {40, 5, 0, 48},  {15, 15, 1, 48},  {15, 15, 2, 48},
+                                {11, 21, 3, 48}, {3, 131, 1, 136}, {3, 100, 4, 104},
+                                {8, 70, 4, 76},  {1, 90, 1, 96},   {4, 75, 0, 85}};
+    const int cols = 70;
     std::mt19937 gen(23);
     for (const Setting& s : settings) {
+        const int rows = s.rows;
         std::vector<std::uint16_t> original(static_cast<std::size_t>(rows) * cols);
         for (std::size_t k = 0; k < original.size(); ++k) {
             const unsigned u = gen();
@@ -191,8 +196,11 @@ TEST(ImageFilters, CoarseFineGivesEveryRankOfTheOperator) {
                     original[k] =
                         static_cast<std::uint16_t>((u & 1 ? 60000 : 100) + (u >> 1) % 300);
                     break;
-                default:  // ramp along the row
+                case 3:  // ramp along the row
                     original[k] = static_cast<std::uint16_t>(k % cols * 900 + u % 2000);
+                    break;
+                default:  // the two end buckets
+                    original[k] = static_cast<std::uint16_t>(u & 1 ? u % 256 : 65535 - u % 256);
             }
         }
         const FilterRegion all{0, 0, rows - 1, cols - 1};
@@ -208,6 +216,67 @@ TEST(ImageFilters, CoarseFineGivesEveryRankOfTheOperator) {
                       0);
             ASSERT_EQ(image, expected)
                 << s.width << "x" << s.height << " window, data " << s.kind << ", rank " << rank;
+        }
+    }
+}
+
+// The coarse-to-fine path carries each column's band values from one output row to the
+// next: against the operator on images whose rank moves between rows in different ways
+// (crowded values over many more rows than the window, whose lists fill and are moved
+// back; a ramp down the image, the band moving row after row; stripes of alternating
+// levels, the band changing between neighbouring rows; noise on a step), with regions
+// and thresholds.
+TEST(ImageFilters, CoarseFineCarriesBandValuesDownTheImage) {
+    struct Carried {
+        int rows, cols, width, height, kind;
+        FilterRegion region;
+        double percent, threshold;
+    };
+    const Carried cases[] = {
+        {110, 40, 9, 21, 0, {0, 0, 109, 39}, 50.0, 0.0},
+        {110, 40, 3, 31, 0, {5, 2, 104, 37}, 20.0, 0.0},
+        {90, 60, 15, 15, 1, {0, 0, 89, 59}, 50.0, 0.0},
+        {90, 60, 15, 15, 1, {0, 0, 89, 59}, 85.0, 8.0},
+        {60, 60, 7, 13, 2, {0, 0, 59, 59}, 50.0, 0.0},
+        {60, 60, 7, 13, 2, {3, 5, 50, 58}, 35.0, -6.0},
+        {80, 50, 11, 17, 3, {0, 0, 79, 49}, 50.0, 0.0},
+    };
+    std::mt19937 gen(31);
+    for (const Carried& c : cases) {
+        std::vector<std::uint16_t> original(static_cast<std::size_t>(c.rows) * c.cols);
+        for (int r = 0; r < c.rows; ++r)
+            for (int k = 0; k < c.cols; ++k) {
+                const unsigned u = gen();
+                unsigned v = 0;
+                switch (c.kind) {
+                    case 0:  // one bucket of 256 values, one value in 97 anywhere
+                        v = u % 97 == 0 ? u >> 16 : 41000 + u % 256;
+                        break;
+                    case 1:  // ramp down the rows
+                        v = static_cast<unsigned>(r) * 700 + u % 3000;
+                        break;
+                    case 2:  // stripes of three rows, levels far apart
+                        v = (r / 3 % 2 ? 52000 : 9000) + u % 4000;
+                        break;
+                    default:  // a step across the middle row, wide noise
+                        v = (r < c.rows / 2 ? 15000 : 45000) + u % 12000;
+                }
+                original[static_cast<std::size_t>(r) * c.cols + k] = static_cast<std::uint16_t>(v);
+            }
+        std::vector<std::uint16_t> expected = original, image = original;
+        ASSERT_EQ(
+            run_image_filter(expected.data(), c.rows, c.cols, FilterKind::percentile, c.percent,
+                             c.width, c.height, 0, c.threshold, c.region, RankPath::generic),
+            0);
+        for (const RankPath path : {RankPath::coarse_fine, RankPath::automatic}) {
+            image = original;
+            ASSERT_EQ(
+                run_image_filter(image.data(), c.rows, c.cols, FilterKind::percentile, c.percent,
+                                 c.width, c.height, 0, c.threshold, c.region, path),
+                0);
+            EXPECT_EQ(image, expected) << c.rows << "x" << c.cols << " image, " << c.width << "x"
+                                       << c.height << " window, data " << c.kind << ", "
+                                       << c.percent << "%, path " << static_cast<int>(path);
         }
     }
 }
