@@ -26,10 +26,29 @@
 //   otherwise the smaller tail directly, the other as 1 minus it (at least 0.36 there):
 //     x <  a: P = g * sum_n x^n / ((a+1)...(a+n))   (positive terms, summed in pairs: one
 //             division per two terms);
-//     x >= a or a < 1: Q = a g / (x + 1 - a - 1(1 - a)/(x + 3 - a - 2(2 - a)/(...)))
+//     x >= a, a >= 1: Q = a g / (x + 1 - a - 1(1 - a)/(x + 3 - a - 2(2 - a)/(...)))
 //             (Legendre's continued fraction by the modified Lentz method: the forward
 //             recurrence of its convergents, division-free, drifts by an ulp every few terms
-//             once converged, 3e-14 after the hundred terms x = 1.7 takes at a = 0.1).
+//             once converged);
+//     a < 1 (x > 1.5): the same fraction evaluated backwards from a fixed depth N, division-
+//             free, two levels per step. It is the even part of
+//                 x^a e^-x / Gamma(a, x) = x + (1-a)/(1 + 1/(x + (2-a)/(1 + 2/(x + ...)))),
+//             whose elements are all positive for a < 1, so its approximants alternate
+//             around the value: the approximants of orders 2N (start U_N = x + N) and
+//             2N + 1 (start U_N = x + 2N + 1 - a) are both formed, and the value lies between
+//             them. Their mean is taken once they agree to 2^-50; the truncation error is
+//             then at most half their gap, 2^-51 relative (proven by the bracketing, not
+//             estimated). N comes from incomplete_gamma_depths.inc (the generator
+//             tests/reference/gen_incomplete_gamma_fraction.py: the depth where the exact
+//             gap falls below 2^-53, by bands of 1/sqrt(x), worst shape; 71 at x = 1.5, 21 at
+//             x = 6.25, 3 past x = 1600); a depth too small is doubled (at most 4 times),
+//             then declined. Rounding: U_k lies in [x + k, x + 2k + 1], no step cancels by
+//             more than a factor 3, and a relative error in U_(k+1) reaches U_k damped by at
+//             least (k + 1)/(x + k), so the few ulps each level adds reach U_0 damped by
+//             about k^(1-x): a worst-case linear bound of 50 ulps at x = 1.5, 10 at x = 3,
+//             fewer beyond (measured 6e-16 on Q over gen_incomplete_gamma_fraction.py's
+//             rows; the Lentz form was 5.9e-15 there and three times slower: its two
+//             dependent divisions per term, 60 terms at x = 1.5).
 //     The sum and the fraction are well conditioned (a few ulps times the square root of
 //     the number of terms, which stays below 200 outside Temme's region); the prefactor is
 //     where rounding is magnified (its logarithm reaches -700 in the far tails), so:
@@ -48,8 +67,9 @@
 // Error bound, relative, on each tail below 1/2: about 2e-15 for a < 16, 1e-15 + 3e-18 a
 // above, plus the rounding of the sum or fraction (2e-15); the tail above 1/2 is within 2
 // ulps of 1 minus it; the Taylor form and Temme's expansion as stated. Measured against
-// mpmath: tests/reference/incomplete_gamma_ref.inc (tests/platform, both tails: 3.8e-15 on
-// the lower, 6.8e-15 on the upper) and the distribution tables.
+// mpmath: tests/reference/incomplete_gamma_ref.inc and incomplete_gamma_fraction_ref.inc
+// (tests/platform, both tails: 3.8e-15 on the lower, 6.8e-15 on the upper) and the
+// distribution tables.
 // Why 1000 away from x = a: the deviance's two-part logarithm is 3e-18 a absolute there,
 // 3e-14 at a = 1e4; larger shapes in the tails are left to the extended evaluation.
 // References: DLMF 8.7.1 (series), 8.9.2 (continued fraction), 8.12 (Temme's expansion);
@@ -60,9 +80,11 @@
 // and accurate computation of binomial probabilities" (the deviance).
 #include "platform/numeric/incomplete_gamma.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 #include <numbers>
+#include <utility>
 
 #include "platform/numeric/stirling.hpp"
 
@@ -87,12 +109,28 @@ constexpr double kTemmeDevianceMax = 690.0;
 constexpr double kDirectPowerEnd = 690.0;
 
 #include "platform/numeric/incomplete_gamma_coefficients.inc"
+#include "platform/numeric/incomplete_gamma_depths.inc"
 
-// 1/Gamma(1 + f) - 1, 0 <= f <= 1: relatively accurate as f -> 0.
+// Small shapes past the Taylor form: the fraction's depth is doubled at most this often
+// when its two approximants do not yet agree (never on the generator's grid).
+constexpr int kFractionRetries = 4;
+// Their agreement asked for: 2^-50 of the value. At the table's depths their exact gap is
+// below 2^-53; the computed ones differ by up to a few ulps more, their own rounding.
+constexpr double kFractionGap = 0x1p-50;
+
+// 1/Gamma(1 + f) - 1, 0 <= f <= 1: relatively accurate as f -> 0. The polynomial h by
+// Estrin's scheme (pairs of coefficients, then pairs of pairs with f^2, f^4, f^8, f^16):
+// five dependent steps instead of Horner's sixteen; its terms shrink with the degree, so
+// the rounding stays a few units of h.
 double reciprocal_gamma_1p_minus_1(double f) {
-    double h = kReciprocalGammaFit[0];
-    for (int k = 1; k < static_cast<int>(std::size(kReciprocalGammaFit)); ++k)
-        h = h * f + kReciprocalGammaFit[k];
+    static_assert(std::size(kReciprocalGammaFit) == 17);
+    const auto c = [](int k) { return kReciprocalGammaFit[16 - k]; };  // coefficient of f^k
+    const double f2 = f * f, f4 = f2 * f2, f8 = f4 * f4, f16 = f8 * f8;
+    double q[8];
+    for (int k = 0; k < 8; ++k) q[k] = c(2 * k) + c(2 * k + 1) * f;
+    const double r0 = q[0] + q[1] * f2, r1 = q[2] + q[3] * f2;
+    const double r2 = q[4] + q[5] * f2, r3 = q[6] + q[7] * f2;
+    const double h = (r0 + r1 * f4) + (r2 + r3 * f4) * f8 + c(16) * f16;
     return f * h;
 }
 
@@ -180,6 +218,56 @@ GammaTails small_shape_taylor(double a, double x, double x_low) {
     const double lower = lead * (1.0 + as);
     const double upper = one_minus_x_a - g1 * x_a - lead * as;
     return {lower, upper, a * lead * std::exp(-x)};
+}
+
+// x^a e^-x / Gamma(a, x) for 0 < a < 1, x > kTaylorFormEnd (see the opening block): the
+// approximants of orders 2N + 1 and 2N of the fraction with positive elements, both by
+// Legendre's recurrence U_(n-1) = b_n + c_n / U_n, b_n = x - a + 2n - 1, c_n = -n (n - a),
+// backwards from U_N = b_(N+1) (odd) and U_N = x + N (even), each carried division-free as
+// U = p / q: a level maps (p, q) to (b_n p + c_n q, p), two levels at once to
+// ((b_(n-1) b_n + c_(n-1)) p + b_(n-1) c_n q, b_n p + c_n q) (half the chain of dependent
+// operations; b_(n-1) b_n is at least four times |c_(n-1)|, so nothing cancels). The value
+// lies between the two: their mean, once they agree to kFractionGap.
+std::optional<double> small_shape_fraction(double a, double x) {
+    const double x_minus_a = x - a;
+    const int band = static_cast<int>((1.0 / std::sqrt(x) + 1e-9) / kFractionDepthStep);
+    int depth = kFractionDepth[std::min(band, static_cast<int>(std::size(kFractionDepth)) - 1)];
+    // b_n rounded afresh at each level (a running b -= 2 would carry the rounding of the
+    // deepest one, an ulp of x + 2N, to the top, where b is near x: 1e-14 at x = 1.7).
+    const auto b_at = [x_minus_a](double n) { return x_minus_a + (2.0 * n - 1.0); };
+    const auto c_at = [a](double n) { return -n * (n - a); };
+    for (int attempt = 0; attempt <= kFractionRetries; ++attempt, depth *= 2) {
+        double n = depth;
+        double odd_p = b_at(n + 1.0), odd_q = 1.0;
+        double even_p = x + n, even_q = 1.0;
+        if (depth % 2 != 0) {  // one level, then pairs
+            const double b = b_at(n), c = c_at(n);
+            odd_q = std::exchange(odd_p, b * odd_p + c * odd_q);
+            even_q = std::exchange(even_p, b * even_p + c * even_q);
+            n -= 1.0;
+        }
+        for (; n >= 2.0; n -= 2.0) {
+            const double b = b_at(n), c = c_at(n), b_next = b_at(n - 1.0);
+            const double pp = b_next * b + c_at(n - 1.0), pq = b_next * c;
+            const double odd_lower = b * odd_p + c * odd_q;
+            odd_p = pp * odd_p + pq * odd_q;
+            odd_q = odd_lower;
+            const double even_lower = b * even_p + c * even_q;
+            even_p = pp * even_p + pq * even_q;
+            even_q = even_lower;
+            // p grows like the product of the U_n (each below x + 2n): scaled down by a
+            // power of two, exact, long before it could overflow.
+            if (odd_p > 0x1p600 || even_p > 0x1p600) {
+                odd_p *= 0x1p-600;
+                odd_q *= 0x1p-600;
+                even_p *= 0x1p-600;
+                even_q *= 0x1p-600;
+            }
+        }
+        const double odd = odd_p / odd_q, even = even_p / even_q;
+        if (std::fabs(odd - even) <= kFractionGap * odd) return 0.5 * (odd + even);
+    }
+    return std::nullopt;
 }
 
 }  // namespace
@@ -276,12 +364,17 @@ std::optional<GammaTails> incomplete_gamma_double(double a, double x, double x_l
     if (!(g >= kLowestPrefactor)) return std::nullopt;
     bool converged = true;
     double tail = 0.0;
-    if (upper) {
+    if (a < 1.0) {  // x > kTaylorFormEnd here
+        const auto fraction = small_shape_fraction(a, x);
+        if (!fraction) return std::nullopt;
+        tail = a * g / *fraction;
+    } else if (upper) {
         tail = a * g * gamma_upper_fraction(a, x, kMaxTerms, &converged);
     } else {
         tail = g * lower_series(a, x, &converged);
     }
-    if (!converged || !std::isfinite(tail)) return std::nullopt;
+    // A small shape can carry the tail below the normal range (a g with a near 1e-300).
+    if (!converged || !(tail >= 0x1p-1022) || !std::isfinite(tail)) return std::nullopt;
     return upper ? GammaTails{1.0 - tail, tail, a * g} : GammaTails{tail, 1.0 - tail, a * g};
 }
 
