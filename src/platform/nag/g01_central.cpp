@@ -659,8 +659,13 @@ double gamma_tail_double(bool upper, double a, double x, double x_low) {
         return upper ? bm::gamma_q(a, x, StartPolicy()) : bm::gamma_p(a, x, StartPolicy());
     }
     const auto tails = numeric::incomplete_gamma_double(a, x, x_low);
-    if (!tails) return std::numeric_limits<double>::quiet_NaN();
-    return upper ? tails->upper : tails->lower;
+    if (tails) return upper ? tails->upper : tails->lower;
+    // Declined: mostly a far tail whose prefactor is below e^-700. The tail on the far side
+    // of a is at most e^-D (Chernoff's bound, any a > 0), D = x - a - a ln(x/a); past
+    // D = 40 it is below 2^-54, so the tail on a's side is 1 once rounded.
+    const bool asked_near_side = upper ? x < a : x > a;
+    if (asked_near_side && x - a - a * std::log(x / a) > 40.0) return 1.0;
+    return std::numeric_limits<double>::quiet_NaN();
 }
 
 // Density of the standard gamma law at x >= 0, with the limits at x = 0: +infinity for
@@ -750,9 +755,10 @@ double gamma_deviate_double(double a, double p) {
         }
     }
     if (!(x > 0.0)) x = std::exp((log_target + bm::lgamma(a + 1.0, StartPolicy())) / a);  // x^a/a!
+    const numeric::GammaShape shape = numeric::gamma_shape(a);  // Gamma(a) once, not per step
     bool last = false;
     for (int i = 0; i < 30; ++i) {
-        const auto tails = numeric::incomplete_gamma_double(a, x, 0.0);
+        const auto tails = numeric::incomplete_gamma_double(shape, x, 0.0);
         if (!tails) return kNaN;
         const double tail = lower_side ? tails->lower : tails->upper;
         if (!(tail > 0)) return kNaN;

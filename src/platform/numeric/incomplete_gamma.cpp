@@ -161,7 +161,7 @@ double lower_series(double a, double x, bool* converged) {
 
 // Temme's uniform expansion (see the opening block): both tails at a >= kTemmeShapeMin
 // with |eta| <= kTemmeEtaMax, from the deviance D = a eta^2 / 2 in two parts.
-std::optional<GammaTails> temme_expansion(double a, double x, TwoPart deviance) {
+std::optional<GammaTails> temme_expansion(double a, double x, TwoPart deviance, double stirling) {
     constexpr double kInvSqrtPi = 0.56418958354775628695;
     constexpr double kInvSqrtTwoPi = 0.39894228040143267794;
     if (!(deviance.hi < kTemmeDevianceMax)) return std::nullopt;
@@ -186,7 +186,7 @@ std::optional<GammaTails> temme_expansion(double a, double x, TwoPart deviance) 
     // -e^(-D) dz / sqrt(pi) carries D's low part (erfc's relative slope is 2z, up to 75).
     const double dz = z > 0.0 ? (std::fma(-z, z, deviance.hi) + deviance.lo) / (2.0 * z) : 0.0;
     const double half_erfc = 0.5 * std::erfc(z) - e * dz * kInvSqrtPi;
-    const double density = e * std::sqrt(a) * kInvSqrtTwoPi * std::exp(-stirling_error(a));
+    const double density = e * std::sqrt(a) * kInvSqrtTwoPi * std::exp(-stirling);
     if (x >= a) {
         const double upper = half_erfc + r;
         if (!(upper >= kLowestPrefactor)) return std::nullopt;
@@ -198,7 +198,7 @@ std::optional<GammaTails> temme_expansion(double a, double x, TwoPart deviance) 
 }
 
 // The Taylor form for a < 1, x <= kTaylorFormEnd (see the opening block).
-GammaTails small_shape_taylor(double a, double x, double x_low) {
+GammaTails small_shape_taylor(double a, double g1, double x, double x_low) {
     double term = 1.0, sum = 0.0;  // S = sum (-x)^n / (n! (a + n))
     for (int n = 1; n < 40; ++n) {
         term *= -x / n;
@@ -212,7 +212,6 @@ GammaTails small_shape_taylor(double a, double x, double x_low) {
     const double a_log_x = a * (std::log(x) + relative_low);
     const double x_a = std::pow(x, a) * (1.0 + a * relative_low);
     const double one_minus_x_a = std::fabs(a_log_x) < 0.5 ? -std::expm1(a_log_x) : 1.0 - x_a;
-    const double g1 = reciprocal_gamma_1p_minus_1(a);
     const double lead = x_a * (1.0 + g1);  // x^a / Gamma(1 + a)
     const double as = a * sum;
     const double lower = lead * (1.0 + as);
@@ -323,20 +322,41 @@ TwoPart gamma_deviance(double a, double x, double x_low) {
     return add(difference, negate(multiply(TwoPart{a, 0.0}, log_q)));
 }
 
+GammaShape gamma_shape(double a) {
+    GammaShape shape{a, 0.0, 0.0, 0.0};
+    if (!(a > 0.0 && a < kGammaTemmeShapeMax)) return shape;
+    if (a < 1.0) {
+        shape.reciprocal_gamma_minus_1 = reciprocal_gamma_1p_minus_1(a);
+        shape.scale = 1.0 + shape.reciprocal_gamma_minus_1;
+    } else if (a < kStirlingFormFrom) {
+        shape.scale = reciprocal_gamma_1p(a);
+    } else {
+        shape.stirling = stirling_error(a);
+        shape.scale = 1.0 / std::sqrt(2.0 * std::numbers::pi * a);
+    }
+    return shape;
+}
+
 std::optional<GammaTails> incomplete_gamma_double(double a, double x, double x_low) {
+    return incomplete_gamma_double(gamma_shape(a), x, x_low);
+}
+
+std::optional<GammaTails> incomplete_gamma_double(const GammaShape& shape, double x, double x_low) {
+    const double a = shape.a;
     if (!(a > 0.0 && a < kGammaTemmeShapeMax) || !std::isnormal(x) || !std::isfinite(x))
         return std::nullopt;
+    std::optional<TwoPart> deviance;  // formed once, for Temme's expansion or the prefactor
     if (a >= kTemmeShapeMin) {
         const bool near = std::fabs(x - a) < 0.1 * (x + a);
         if (near || a <= kGammaDoubleShapeMax) {
-            const TwoPart deviance = gamma_deviance(a, x, x_low);
-            if (deviance.hi <= 0.5 * kTemmeEtaMax * kTemmeEtaMax * a)
-                return temme_expansion(a, x, deviance);
+            deviance = gamma_deviance(a, x, x_low);
+            if (deviance->hi <= 0.5 * kTemmeEtaMax * kTemmeEtaMax * a)
+                return temme_expansion(a, x, *deviance, shape.stirling);
         }
         if (a > kGammaDoubleShapeMax) return std::nullopt;
     }
     if (a < 1.0 && x <= kTaylorFormEnd) {
-        const GammaTails tails = small_shape_taylor(a, x, x_low);
+        const GammaTails tails = small_shape_taylor(a, shape.reciprocal_gamma_minus_1, x, x_low);
         if (!(tails.lower >= 0x1p-1022 && tails.upper >= 0x1p-1022)) return std::nullopt;
         return tails;
     }
@@ -344,20 +364,18 @@ std::optional<GammaTails> incomplete_gamma_double(double a, double x, double x_l
     // g = x^a e^-x / Gamma(a + 1).
     double g = 0.0;
     if (a < kStirlingFormFrom && x < kDirectPowerEnd) {
-        g = std::pow(x, a) * std::exp(-x) * reciprocal_gamma_1p(a) * (1.0 + (a / x - 1.0) * x_low);
+        g = std::pow(x, a) * std::exp(-x) * shape.scale * (1.0 + (a / x - 1.0) * x_low);
     } else {
         TwoPart exponent{};
-        double scale = 1.0;
         if (a < kStirlingFormFrom) {
             const TwoPart a_log_x = multiply(TwoPart{a, 0.0}, log_two_part(x, x_low));
             exponent = add(a_log_x, TwoPart{-x, -x_low});
-            scale = reciprocal_gamma_1p(a);
         } else {
-            exponent = negate(add(gamma_deviance(a, x, x_low), TwoPart{stirling_error(a), 0.0}));
-            scale = 1.0 / std::sqrt(2.0 * std::numbers::pi * a);
+            if (!deviance) deviance = gamma_deviance(a, x, x_low);
+            exponent = negate(add(*deviance, TwoPart{shape.stirling, 0.0}));
         }
         if (exponent.hi < kLowestExponent) return std::nullopt;
-        g = exp_two_part(exponent) * scale;
+        g = exp_two_part(exponent) * shape.scale;
     }
     // A smaller prefactor would leave the tails' normal range (the fraction is at least
     // 1/(x + 1), x < 710 here).
