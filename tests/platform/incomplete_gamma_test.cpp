@@ -20,6 +20,7 @@ constexpr IgCase kCases[] = {
 #define IG(a, x, p, q, xf) {a, x, p, q, xf},
 #include "reference/incomplete_gamma_ref.inc"
 #include "reference/incomplete_gamma_fraction_ref.inc"
+#include "reference/incomplete_gamma_large_shape_ref.inc"
 #undef IG
 };
 

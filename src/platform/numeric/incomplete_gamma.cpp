@@ -1,5 +1,5 @@
 // The regularised incomplete gamma functions in double arithmetic: every shape up to 1000,
-// and larger shapes near x = a (|x - a| < (x + a)/10).
+// and larger shapes within |eta| <= 1/2 of x = a (x/a in 0.609 .. 1.522).
 //
 // Method, by region (g = x^a e^-x / Gamma(a + 1) the prefactor, D = a phi(x/a) the deviance,
 // phi(l) = l - 1 - ln l, eta = sign(x - a) sqrt(2 D / a)):
@@ -13,16 +13,20 @@
 //     The three terms of Q cancel by at most a factor (|ln x| + 0.58 + Ein(x)) / E1(x),
 //     20 at x = 1.5 and a -> 0 (3 at x = 1): Q is within about 7e-15 there, a few ulps
 //     below x = 1.
-//   a >= 50,  |eta| <= 1/2 (x/a in 0.609 .. 1.522; beyond a = 1000 only where |x - a| <
-//     (x + a)/10): Temme's uniform expansion
+//   a >= 50,  |eta| <= 1/2 (x/a in 0.609 .. 1.522): Temme's uniform expansion
 //       Q = erfc(eta sqrt(a/2)) / 2 + e^-D / sqrt(2 pi a) sum_{k<8} c_k(eta) a^-k
 //       (each c_k summed only as far as its terms matter for the tier of |eta| and a),
 //       P = erfc(-eta sqrt(a/2)) / 2 - (the same sum term),
 //     the smaller directly (x >= a: Q), the other as 1 minus it. The c_k are power series
 //     in eta formed exactly by the generator (rational arithmetic, checked against mpmath:
-//     the truncated expansion is within 1.2e-17 of Q over the region, at a = 50). D in two parts,
+//     the truncated expansion is within 1.2e-17 of Q over the region, at a = 50; every term
+//     left out is below 1e-19 of the sum's scale e^-D / sqrt(2 pi a) by the tiers'
+//     construction, and the left-out orders shrink as a^-8 with the shape). D in two parts,
 //     its low part entering erfc through its slope; the terms do not cancel (the erfc term and the
-//     sum term are of one size): within about 3e-15 (measured 4e-15 at a = 2e4).
+//     sum term are of one size): within about 3e-15 (measured 4e-15 at a = 2e4). Above
+//     a = 1000 D comes from Loader's series with its rest in two parts too (gamma_deviance_wide:
+//     about 1e-18 D absolute, D < 690), so the bound holds at every shape; mpmath rows at the
+//     switch points from tests/reference/gen_incomplete_gamma_large_shape.py.
 //   otherwise the smaller tail directly, the other as 1 minus it (at least 0.36 there):
 //     x <  a: P = g * sum_n x^n / ((a+1)...(a+n))   (positive terms, summed in pairs: one
 //             division per two terms);
@@ -70,8 +74,9 @@
 // mpmath: tests/reference/incomplete_gamma_ref.inc and incomplete_gamma_fraction_ref.inc
 // (tests/platform, both tails: 3.8e-15 on the lower, 6.8e-15 on the upper) and the
 // distribution tables.
-// Why 1000 away from x = a: the deviance's two-part logarithm is 3e-18 a absolute there,
-// 3e-14 at a = 1e4; larger shapes in the tails are left to the extended evaluation.
+// Why 1000 beyond |eta| = 1/2: the deviance's two-part logarithm is 3e-18 a absolute there,
+// 3e-14 at a = 1e4; larger shapes in those tails (only below a = 5520: beyond, a deviance
+// at |eta| = 1/2 already exceeds 690) are left to the extended evaluation.
 // References: DLMF 8.7.1 (series), 8.9.2 (continued fraction), 8.12 (Temme's expansion);
 // W. Gautschi (1979), "A computational procedure for incomplete gamma functions", ACM TOMS
 // 5; N. M. Temme (1979), "The asymptotic expansion of the incomplete gamma functions", SIAM
@@ -100,8 +105,8 @@ constexpr double kLowestPrefactor = 1e-300;
 // Small shapes: the Taylor form up to here, the continued fraction beyond.
 constexpr double kTaylorFormEnd = 1.5;
 // Temme's expansion: from this shape on, where |eta| <= kTemmeEtaMax (x/a in 0.609 ..
-// 1.522); beyond kGammaDoubleShapeMax only where the deviance is Loader's series (|x - a| <
-// (x + a)/10) and relatively accurate. A deviance past 690 leaves the normal range.
+// 1.522); beyond kGammaDoubleShapeMax the only form. A deviance past 690 leaves the normal
+// range.
 constexpr double kTemmeShapeMin = 50.0;
 constexpr double kTemmeEtaMax = 0.5;
 constexpr double kTemmeDevianceMax = 690.0;
@@ -322,6 +327,35 @@ TwoPart gamma_deviance(double a, double x, double x_low) {
     return add(difference, negate(multiply(TwoPart{a, 0.0}, log_q)));
 }
 
+namespace {
+
+// The deviance for shapes above kGammaDoubleShapeMax with x/a in (0.6, 1.67) (|v| < 1/4):
+// Loader's series with its rest in two parts too. There the rest, 2a v^3 (1/3 + v^2/5 +
+// ...), reaches a tenth of the deviance and the deviance 690 (the tails down to e^-690):
+// formed in double it would be 2e-14 off. v = (a - x)/(a + x) and 2a v^3 (1/3 + w) in two
+// parts, w = v^2/5 + v^4/7 + ... (below 0.04 of 1/3) in double: within about 1e-18 of D
+// per unit of D, 7e-16 absolute at D = 690.
+TwoPart gamma_deviance_wide(double a, double x, double x_low) {
+    constexpr TwoPart kThird{0x1.5555555555555p-2, 0x1.5555555555555p-56};
+    const double d = x - a;  // exact: x/a in (0.5, 2)
+    const TwoPart total = two_sum(x, a);
+    const TwoPart lead = divide(two_product(d, d), total);
+    const TwoPart v = divide(TwoPart{-d, 0.0}, total);
+    const TwoPart v2 = multiply(v, v);
+    double w = 0.0, power = 1.0;
+    for (int j = 2; j < 40; ++j) {
+        power *= v2.hi;
+        const double next = w + power / (2 * j + 1);
+        if (next == w) break;
+        w = next;
+    }
+    const TwoPart rest =
+        multiply(multiply(multiply(v2, v), add(kThird, TwoPart{w, 0.0})), TwoPart{2.0 * a, 0.0});
+    return add(add(lead, rest), TwoPart{(1.0 - a / x) * x_low, 0.0});
+}
+
+}  // namespace
+
 GammaShape gamma_shape(double a) {
     GammaShape shape{a, 0.0, 0.0, 0.0};
     if (!(a > 0.0 && a < kGammaTemmeShapeMax)) return shape;
@@ -346,14 +380,17 @@ std::optional<GammaTails> incomplete_gamma_double(const GammaShape& shape, doubl
     if (!(a > 0.0 && a < kGammaTemmeShapeMax) || !std::isnormal(x) || !std::isfinite(x))
         return std::nullopt;
     std::optional<TwoPart> deviance;  // formed once, for Temme's expansion or the prefactor
+    if (a > kGammaDoubleShapeMax) {
+        // Temme's expansion only; |eta| <= 1/2 lies inside x/a in (0.6, 1.67).
+        if (!(std::fabs(x - a) < 0.25 * (x + a))) return std::nullopt;
+        const TwoPart wide = gamma_deviance_wide(a, x, x_low);
+        if (!(wide.hi <= 0.5 * kTemmeEtaMax * kTemmeEtaMax * a)) return std::nullopt;
+        return temme_expansion(a, x, wide, shape.stirling);
+    }
     if (a >= kTemmeShapeMin) {
-        const bool near = std::fabs(x - a) < 0.1 * (x + a);
-        if (near || a <= kGammaDoubleShapeMax) {
-            deviance = gamma_deviance(a, x, x_low);
-            if (deviance->hi <= 0.5 * kTemmeEtaMax * kTemmeEtaMax * a)
-                return temme_expansion(a, x, *deviance, shape.stirling);
-        }
-        if (a > kGammaDoubleShapeMax) return std::nullopt;
+        deviance = gamma_deviance(a, x, x_low);
+        if (deviance->hi <= 0.5 * kTemmeEtaMax * kTemmeEtaMax * a)
+            return temme_expansion(a, x, *deviance, shape.stirling);
     }
     if (a < 1.0 && x <= kTaylorFormEnd) {
         const GammaTails tails = small_shape_taylor(a, shape.reciprocal_gamma_minus_1, x, x_low);

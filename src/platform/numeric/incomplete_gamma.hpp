@@ -16,8 +16,8 @@ struct GammaTails {
 };
 
 // The largest shape the double evaluation takes everywhere (see incomplete_gamma.cpp for
-// why); larger shapes, below kGammaTemmeShapeMax, only near x = a (|x - a| < (x + a)/10,
-// where Temme's uniform expansion is used).
+// why); larger shapes, below kGammaTemmeShapeMax, only within |eta| <= 1/2 of x = a (x/a in
+// 0.609 .. 1.522, where Temme's uniform expansion is used).
 inline constexpr double kGammaDoubleShapeMax = 1000.0;
 inline constexpr double kGammaTemmeShapeMax = 1e300;
 
