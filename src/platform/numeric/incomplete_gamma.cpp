@@ -25,7 +25,7 @@
 //     its low part entering erfc through its slope; the terms do not cancel (the erfc term and the
 //     sum term are of one size): within about 3e-15 (measured 4e-15 at a = 2e4). Above
 //     a = 1000 D comes from Loader's series with its rest in two parts too (gamma_deviance_wide:
-//     about 1e-18 D absolute, D < 690), so the bound holds at every shape; mpmath rows at the
+//     about 1e-18 D absolute, D < 700), so the bound holds at every shape; mpmath rows at the
 //     switch points from tests/reference/gen_incomplete_gamma_large_shape.py.
 //   otherwise the smaller tail directly, the other as 1 minus it (at least 0.36 there):
 //     x <  a: P = g * sum_n x^n / ((a+1)...(a+n))   (positive terms, summed in pairs: one
@@ -75,8 +75,8 @@
 // (tests/platform, both tails: 3.8e-15 on the lower, 6.8e-15 on the upper) and the
 // distribution tables.
 // Why 1000 beyond |eta| = 1/2: the deviance's two-part logarithm is 3e-18 a absolute there,
-// 3e-14 at a = 1e4; larger shapes in those tails (only below a = 5520: beyond, a deviance
-// at |eta| = 1/2 already exceeds 690) are left to the extended evaluation.
+// 3e-14 at a = 1e4; larger shapes in those tails (only below a = 5600: beyond, a deviance
+// at |eta| = 1/2 already exceeds 700) are left to the extended evaluation.
 // References: DLMF 8.7.1 (series), 8.9.2 (continued fraction), 8.12 (Temme's expansion);
 // W. Gautschi (1979), "A computational procedure for incomplete gamma functions", ACM TOMS
 // 5; N. M. Temme (1979), "The asymptotic expansion of the incomplete gamma functions", SIAM
@@ -105,11 +105,14 @@ constexpr double kLowestPrefactor = 1e-300;
 // Small shapes: the Taylor form up to here, the continued fraction beyond.
 constexpr double kTaylorFormEnd = 1.5;
 // Temme's expansion: from this shape on, where |eta| <= kTemmeEtaMax (x/a in 0.609 ..
-// 1.522); beyond kGammaDoubleShapeMax the only form. A deviance past 690 leaves the normal
-// range.
+// 1.522); beyond kGammaDoubleShapeMax the only form. A deviance past 700 (e^-700 = 1e-304)
+// is declined.
 constexpr double kTemmeShapeMin = 50.0;
 constexpr double kTemmeEtaMax = 0.5;
-constexpr double kTemmeDevianceMax = 690.0;
+constexpr double kTemmeDevianceMax = 700.0;
+// Its smallest tail answered: every part of the sum (e^-D, erfc) stays a thousand times
+// above the subnormals.
+constexpr double kTemmeLowestTail = 1e-305;
 // Below this x, e^-x is normal and pow(x, a) e^-x needs no two-part exponent.
 constexpr double kDirectPowerEnd = 690.0;
 
@@ -194,11 +197,11 @@ std::optional<GammaTails> temme_expansion(double a, double x, TwoPart deviance, 
     const double density = e * std::sqrt(a) * kInvSqrtTwoPi * std::exp(-stirling);
     if (x >= a) {
         const double upper = half_erfc + r;
-        if (!(upper >= kLowestPrefactor)) return std::nullopt;
+        if (!(upper >= kTemmeLowestTail)) return std::nullopt;
         return GammaTails{1.0 - upper, upper, density};
     }
     const double lower = half_erfc - r;
-    if (!(lower >= kLowestPrefactor)) return std::nullopt;
+    if (!(lower >= kTemmeLowestTail)) return std::nullopt;
     return GammaTails{lower, 1.0 - lower, density};
 }
 
@@ -331,10 +334,10 @@ namespace {
 
 // The deviance for shapes above kGammaDoubleShapeMax with x/a in (0.6, 1.67) (|v| < 1/4):
 // Loader's series with its rest in two parts too. There the rest, 2a v^3 (1/3 + v^2/5 +
-// ...), reaches a tenth of the deviance and the deviance 690 (the tails down to e^-690):
+// ...), reaches a tenth of the deviance and the deviance 700 (the tails down to e^-700):
 // formed in double it would be 2e-14 off. v = (a - x)/(a + x) and 2a v^3 (1/3 + w) in two
 // parts, w = v^2/5 + v^4/7 + ... (below 0.04 of 1/3) in double: within about 1e-18 of D
-// per unit of D, 7e-16 absolute at D = 690.
+// per unit of D, 7e-16 absolute at D = 700.
 TwoPart gamma_deviance_wide(double a, double x, double x_low) {
     constexpr TwoPart kThird{0x1.5555555555555p-2, 0x1.5555555555555p-56};
     const double d = x - a;  // exact: x/a in (0.5, 2)
