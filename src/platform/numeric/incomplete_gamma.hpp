@@ -33,7 +33,7 @@ std::optional<GammaTails> incomplete_gamma_double(double a, double x, double x_l
 struct GammaShape {
     double a;
     double reciprocal_gamma_minus_1;  // a < 1: 1/Gamma(1 + a) - 1, relatively accurate
-    double scale;                     // a < 16: 1/Gamma(1 + a); beyond: 1/sqrt(2 pi a)
+    double scale;                     // a < 16: 1/Gamma(1 + a)
     double stirling;                  // a >= 16: Stirling's error term ln Gamma(a + 1) - ...
 };
 GammaShape gamma_shape(double a);
