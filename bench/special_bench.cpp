@@ -17,13 +17,18 @@
 #include <boost/math/special_functions/airy.hpp>
 #include <boost/math/special_functions/bessel.hpp>
 #include <boost/math/special_functions/digamma.hpp>
+#include <boost/math/special_functions/ellint_rc.hpp>
+#include <boost/math/special_functions/ellint_rd.hpp>
 #include <boost/math/special_functions/ellint_rf.hpp>
 #include <boost/math/special_functions/ellint_rj.hpp>
 #include <boost/math/special_functions/erf.hpp>
 #include <boost/math/special_functions/expint.hpp>
 #include <boost/math/special_functions/gamma.hpp>
+#include <boost/math/special_functions/lambert_w.hpp>
+#include <boost/math/special_functions/polygamma.hpp>
 #pragma GCC diagnostic pop
 
+#include "zemath/distributions.h"
 #include "zemath/special.h"
 
 #ifdef ZEMATH_BENCH_WITH_GSL
@@ -34,6 +39,7 @@
 #include <gsl/gsl_sf_erf.h>
 #include <gsl/gsl_sf_expint.h>
 #include <gsl/gsl_sf_gamma.h>
+#include <gsl/gsl_sf_lambert.h>
 #include <gsl/gsl_sf_psi.h>
 #endif
 
@@ -213,6 +219,94 @@ ZE(elliptic_rj, gamma_range, elliptic_integral_rj(x, 1.5, 2.0, 3.0))
 OWN(elliptic_rj, gamma_range, zemath_elliptic_integral_rj(x, 1.5, 2.0, 3.0))
 BOOST(elliptic_rj, gamma_range, boost::math::ellint_rj(x, 1.5, 2.0, 3.0))
 GSL(elliptic_rj, gamma_range, gsl_sf_ellint_RJ(x, 1.5, 2.0, 3.0, GSL_PREC_DOUBLE))
+
+// The rest of the table's special functions beside Boost and GSL where they have them.
+const std::vector<double>& positive() {
+    static const std::vector<double> v = grid(0.01, 30.0);
+    return v;
+}
+const std::vector<double>& probability() {
+    static const std::vector<double> v = grid(-0.999, 0.999);
+    return v;
+}
+const std::vector<double>& lambert_range() {
+    static const std::vector<double> v = grid(-0.36, 20.0);
+    return v;
+}
+const std::vector<double>& lambert_lower() {
+    static const std::vector<double> v = grid(-0.3678, -0.001);
+    return v;
+}
+ZE(bessel_j1, wide, bessel_j1(x))
+BOOST(bessel_j1, wide, boost::math::cyl_bessel_j(1, x))
+GSL(bessel_j1, wide, gsl_sf_bessel_J1(x))
+ZE(bessel_y0, wide, bessel_y0(x))
+BOOST(bessel_y0, wide, boost::math::cyl_neumann(0, x))
+GSL(bessel_y0, wide, gsl_sf_bessel_Y0(x))
+ZE(bessel_i1, wide, bessel_i1(x))
+BOOST(bessel_i1, wide, boost::math::cyl_bessel_i(1, x))
+GSL(bessel_i1, wide, gsl_sf_bessel_I1(x))
+BOOST(bessel_k0, wide, boost::math::cyl_bessel_k(0, x))
+GSL(bessel_k0, wide, gsl_sf_bessel_K0(x))
+ZE(bessel_k1, wide, bessel_k1(x))
+BOOST(bessel_k1, wide, boost::math::cyl_bessel_k(1, x))
+GSL(bessel_k1, wide, gsl_sf_bessel_K1(x))
+BOOST(bessel_i0_scaled, wide, std::exp(-x) * boost::math::cyl_bessel_i(0, x))
+GSL(bessel_i0_scaled, wide, gsl_sf_bessel_I0_scaled(x))
+ZE(bessel_i1_scaled, wide, bessel_i1_scaled(x))
+BOOST(bessel_i1_scaled, wide, std::exp(-x) * boost::math::cyl_bessel_i(1, x))
+GSL(bessel_i1_scaled, wide, gsl_sf_bessel_I1_scaled(x))
+ZE(bessel_k0_scaled, wide, bessel_k0_scaled(x))
+BOOST(bessel_k0_scaled, wide, std::exp(x) * boost::math::cyl_bessel_k(0, x))
+GSL(bessel_k0_scaled, wide, gsl_sf_bessel_K0_scaled(x))
+ZE(bessel_i_nu_scaled, wide, bessel_i_nu_scaled(x, 1))
+BOOST(bessel_i_nu_scaled, wide, std::exp(-x) * boost::math::cyl_bessel_i(0.25, x))
+GSL(bessel_i_nu_scaled, wide, gsl_sf_bessel_Inu_scaled(0.25, x))
+ZE(bessel_k_nu_scaled, wide, bessel_k_nu_scaled(x, 2))
+BOOST(bessel_k_nu_scaled, wide, std::exp(x) * boost::math::cyl_bessel_k(0.5, x))
+GSL(bessel_k_nu_scaled, wide, gsl_sf_bessel_Knu_scaled(0.5, x))
+ZE(bessel_k_quarter_scaled, wide, bessel_k_nu_scaled(x, 1))
+BOOST(bessel_k_quarter_scaled, wide, std::exp(x) * boost::math::cyl_bessel_k(0.25, x))
+GSL(bessel_k_quarter_scaled, wide, gsl_sf_bessel_Knu_scaled(0.25, x))
+ZE(bessel_k_three_quarters, wide, bessel_k_nu(x, 3))
+BOOST(bessel_k_three_quarters, wide, boost::math::cyl_bessel_k(0.75, x))
+GSL(bessel_k_three_quarters, wide, gsl_sf_bessel_Knu(0.75, x))
+ZE(airy_bi, airy_range, airy_bi(x))
+BOOST(airy_bi, airy_range, boost::math::airy_bi(x))
+GSL(airy_bi, airy_range, gsl_sf_airy_Bi(x, GSL_PREC_DOUBLE))
+ZE(airy_ai_deriv, airy_range, airy_ai_deriv(x))
+BOOST(airy_ai_deriv, airy_range, boost::math::airy_ai_prime(x))
+GSL(airy_ai_deriv, airy_range, gsl_sf_airy_Ai_deriv(x, GSL_PREC_DOUBLE))
+ZE(airy_bi_deriv, airy_range, airy_bi_deriv(x))
+BOOST(airy_bi_deriv, airy_range, boost::math::airy_bi_prime(x))
+GSL(airy_bi_deriv, airy_range, gsl_sf_airy_Bi_deriv(x, GSL_PREC_DOUBLE))
+ZE(cumul_normal_complem, unit, cumul_normal_complem(x))
+BOOST(cumul_normal_complem, unit, 0.5 * boost::math::erfc(x / std::sqrt(2.0)))
+GSL(cumul_normal_complem, unit, 0.5 * gsl_sf_erfc(x / std::sqrt(2.0)))
+ZE(erfinv, probability, erfinv(x))
+BOOST(erfinv, probability, boost::math::erf_inv(x))
+ZE(erfcinv, probability, erfcinv(1.0 + x))
+BOOST(erfcinv, probability, boost::math::erfc_inv(1.0 + x))
+ZE(polygamma3_b, gamma_range, real_polygamma(x, 3))
+BOOST(polygamma3_b, gamma_range, boost::math::polygamma(3, x))
+ZE(elliptic_rc, gamma_range, elliptic_integral_rc(x, 1.5))
+BOOST(elliptic_rc, gamma_range, boost::math::ellint_rc(x, 1.5))
+GSL(elliptic_rc, gamma_range, gsl_sf_ellint_RC(x, 1.5, GSL_PREC_DOUBLE))
+ZE(elliptic_rd, gamma_range, elliptic_integral_rd(x, 1.5, 2.0))
+BOOST(elliptic_rd, gamma_range, boost::math::ellint_rd(x, 1.5, 2.0))
+GSL(elliptic_rd, gamma_range, gsl_sf_ellint_RD(x, 1.5, 2.0, GSL_PREC_DOUBLE))
+ZE(fresnel_s, unit, fresnel_s(x))
+ZE(kelvin_bei, wide, kelvin_bei(x * 0.8))
+ZE(kelvin_kei, wide, kelvin_kei(x))
+ZE(lambert_w0, lambert_range, lambertW(x, 0, 0, nullptr))
+BOOST(lambert_w0, lambert_range, boost::math::lambert_w0(x))
+GSL(lambert_w0, lambert_range, gsl_sf_lambert_W0(x))
+ZE(lambert_wm1, lambert_lower, lambertW(x, -1, 0, nullptr))
+BOOST(lambert_wm1, lambert_lower, boost::math::lambert_wm1(x))
+GSL(lambert_wm1, lambert_lower, gsl_sf_lambert_Wm1(x))
+ZE(incomplete_gamma_a0_1, positive, incomplete_gamma(0.1, x))
+BOOST(incomplete_gamma_a0_1, positive, boost::math::gamma_p(0.1, x))
+GSL(incomplete_gamma_a0_1, positive, gsl_sf_gamma_inc_P(0.1, x))
 
 }  // namespace
 

@@ -8,7 +8,8 @@
 // dx = x + 1/e, and near the branch point the answer is found from dx itself, since
 // forming -1/e + dx would already cost the digits that matter there: with W = u - 1,
 //     g(u) = (u - 1) e^u + 1 = e dx,   g(u) = sum_{n>=2} (n-1) u^n / n!,
-// solved by Newton's method (u >= 0 on the principal branch, u <= 0 on the lower one)
+// solved by Halley's method (u >= 0 on the principal branch, u <= 0 on the lower one; g
+// by its series below |u| = 0.05, as u - (1 - u) expm1(u) beyond)
 // from the branch-point series W = -1 + p - p^2/3 + 11 p^3/72 - ..., p = +-sqrt(2 e dx);
 // below |p| = 1e-4 the series alone is exact to double precision. Away from the branch
 // point (e dx > 1/2) x is formed as (dx - hi) - lo with 1/e split in two parts, exact
@@ -42,9 +43,14 @@ constexpr double kSubnormalEdge = 2.2250738585072014e-308;
 constexpr double kInvEHi = 0.36787944117144233;
 constexpr double kInvELo = -1.2428753672788363e-17;
 
-// g(u) = (u - 1) e^u + 1, accurate near u = 0 where it behaves like u^2 / 2.
-double branch_offset_g(double u) {
-    if (std::fabs(u) < 1.0) {
+// g(u) = (u - 1) e^u + 1 = u - (1 - u) expm1(u), accurate near u = 0 where it behaves like
+// u^2 / 2: the series below |u| = 0.05 (at most 8 terms); beyond, the expm1 form, whose
+// rounding, a few ulps of u, moves the root u by a few ulps of 1 (W = u - 1 keeps its
+// relative accuracy). *em1 receives expm1(u) (0 from the series: not needed there).
+double branch_offset_g(double u, double* em1) {
+    constexpr double kSeriesBelow = 0.05;
+    *em1 = 0.0;
+    if (std::fabs(u) < kSeriesBelow) {
         double term = u;  // u^n / n!
         double sum = 0.0;
         for (int n = 2; n < 40; ++n) {
@@ -56,7 +62,8 @@ double branch_offset_g(double u) {
         }
         return sum;
     }
-    return (u - 1.0) * std::exp(u) + 1.0;
+    *em1 = std::expm1(u);
+    return u - (1.0 - u) * *em1;
 }
 
 // W(-1/e + dx) for e dx <= 1/2, from dx alone; sign +1 principal, -1 lower branch.
@@ -72,29 +79,32 @@ bool near_branch_point(double dx, double sign, double* w) {
         *w = series_u - 1.0;
         return true;
     }
+    // From the series (within about 0.015 |p|^7 of u: 5e-3 at the zone's edge |p| = 0.86),
+    // Halley's method (g' = u e^u, g'' = (1 + u) e^u, e^u from the same expm1 as g).
+    // Stopping rule: the step itself can never fall reliably below one ulp of u, because
+    // g(u) - c is computed with a rounding error of a few ulps of c; near the root the
+    // steps bounce at that level, so a test of the step against a relative bound near
+    // machine epsilon fails at scattered arguments. Instead, stop after the step that shows
+    // the convergence cubic: the relative error after a Halley step of relative size r is
+    // of order r^3 (with constants of order 1 here), so once |step| <= 1e-6 |u| the new
+    // iterate is as accurate as rounding allows; a Newton step (the correction damped
+    // away) waits for 1e-9, its error being r^2 / 2.
     double u = series_u;
-    // Beyond the series' comfortable range start from Boost on the formed argument.
-    if (std::fabs(p) > 0.5) {
-        const double x = (dx - kInvEHi) - kInvELo;
-        u = 1.0 + (sign > 0 ? boost::math::lambert_w0(x, numeric::BoostPolicy())
-                            : boost::math::lambert_wm1(x, numeric::BoostPolicy()));
-    }
-    // Newton's method. Stopping rule: the step itself can never fall reliably below one
-    // ulp of u, because g(u) - c is computed with a rounding error of a few ulps of c;
-    // near the root the steps bounce at that level, so a test of the step against a
-    // relative bound near machine epsilon fails at scattered arguments. Instead, stop
-    // one step after the convergence became quadratic: for Newton on g the relative
-    // error after a step of relative size r is about r^2 / 2 (g'' / 2g' = (u + 1) / 2u),
-    // so once |step| <= 1e-9 |u| the new iterate is as accurate as rounding allows.
     constexpr int kMaxNewton = 40;
-    constexpr double kQuadratic = 1e-9;
+    constexpr double kCubic = 1e-6, kQuadratic = 1e-9;
     for (int iter = 0; iter < kMaxNewton; ++iter) {
-        const double slope = u * std::exp(u);
+        double em1 = 0.0;
+        const double g = branch_offset_g(u, &em1);
+        const double eu = em1 != 0.0 ? 1.0 + em1 : std::exp(u);
+        const double slope = u * eu;
         if (slope == 0.0 || !std::isfinite(slope)) break;
-        const double step = (branch_offset_g(u) - c) / slope;
+        const double newton = (g - c) / slope;
+        const double denominator = 1.0 - 0.5 * newton * (1.0 + u) / u;
+        const bool halley = denominator > 0.5;
+        const double step = halley ? newton / denominator : newton;
         if (!std::isfinite(step)) break;
         u -= step;
-        if (std::fabs(step) <= kQuadratic * std::fabs(u)) {
+        if (std::fabs(step) <= (halley ? kCubic : kQuadratic) * std::fabs(u)) {
             *w = u - 1.0;
             return std::isfinite(u);
         }

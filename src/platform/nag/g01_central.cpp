@@ -27,8 +27,12 @@
 //     a <= 1000 otherwise        platform/numeric/incomplete_gamma.cpp: the smaller tail by
 //                                series or continued fraction with a two-part exponent,
 //                                within 4e-15 + 3e-18 a (measured 6e-15 against mpmath);
-//     a > 1000, a prefactor outside the normal range, x or g/b not a normal double:
-//                                extended, as below.
+//     a > 1000, |eta| <= 1/2     the same file, Temme's uniform expansion (x/a within
+//                                0.609 .. 1.522, the deviance in two parts): within 4e-15;
+//     the tail on the mean's side where the far one is below e^-40 (Chernoff's bound e^-D
+//                                on the far tail, D = x - a - a ln(x/a)): 1;
+//     a > 1000 beyond |eta| = 1/2, a prefactor outside the normal range, x or g/b not a
+//                                normal double: extended, as below.
 //   beta, Student's t and F probabilities (I_x(a, b) with x = the beta argument,
 //   t^2/(df + t^2) or df1 f/(df1 f + df2), and 1 - x, both formed in two parts):
 //     a, b <= 5000 (df <= 1e4), or a shape 1/2 beside one up to 1e6 (Student's t up to
@@ -48,7 +52,7 @@
 //                                asked for between the subnormals and e^-700): extended, as
 //                                below;
 //   normal deviate               Boost's inverse erfc in double, within 3 ulps;
-//   chi-square and gamma deviates, 1 <= a <= 1000: Halley on the log of the smaller tail
+//   chi-square and gamma deviates, a >= 1: Halley on the log of the smaller tail
 //                                in log x with the double tails above, near the root the
 //                                root of its Taylor polynomial of degree four instead, from
 //                                the Wilson-Hilferty start (far in the tails the tails'
@@ -56,6 +60,8 @@
 //                                kept as x (not log x), the residual as the log of the tail
 //                                ratio; within about 1e-14 (the tails' 6e-15 over a
 //                                sensitivity of at least 1); usually 1 or 2 tail evaluations;
+//                                above a = 1000 wherever the tails answer (Temme's region),
+//                                the extended evaluation where they decline;
 //   chi-square and gamma deviates, 1e-4 <= a < 1: platform/numeric/gamma_small_shape.cpp,
 //                                Halley in a two-part log x on the small-shape form of the
 //                                lower tail, x^a / Gamma(a + 1) (1 + a S(x)), from its
@@ -665,8 +671,13 @@ double gamma_tail_double(bool upper, double a, double x, double x_low) {
         return upper ? bm::gamma_q(a, x, StartPolicy()) : bm::gamma_p(a, x, StartPolicy());
     }
     const auto tails = numeric::incomplete_gamma_double(a, x, x_low);
-    if (!tails) return std::numeric_limits<double>::quiet_NaN();
-    return upper ? tails->upper : tails->lower;
+    if (tails) return upper ? tails->upper : tails->lower;
+    // Declined: mostly a far tail whose prefactor is below e^-700. The tail on the far side
+    // of a is at most e^-D (Chernoff's bound, any a > 0), D = x - a - a ln(x/a); past
+    // D = 40 it is below 2^-54, so the tail on a's side is 1 once rounded.
+    const bool asked_near_side = upper ? x < a : x > a;
+    if (asked_near_side && x - a - a * std::log(x / a) > 40.0) return 1.0;
+    return std::numeric_limits<double>::quiet_NaN();
 }
 
 // Density of the standard gamma law at x >= 0, with the limits at x = 0: +infinity for
@@ -704,7 +715,7 @@ Real gamma_deviate(Real a, double p, bool* converged) {
     return std::exp(s);
 }
 
-// The double path of gamma_deviate, 1 <= a <= 1000: Halley on the logarithm of the smaller
+// The double path of gamma_deviate, a >= 1: Halley on the logarithm of the smaller
 // tail in log x with the double tails, from the Wilson-Hilferty start (at most 30 steps);
 // NaN where it does not apply or does not settle. The tails are within 6e-15 and the
 // sensitivity x f(x) / tail of their logarithm to log x is at least about 1 for these
@@ -712,7 +723,8 @@ Real gamma_deviate(Real a, double p, bool* converged) {
 double gamma_deviate_double(double a, double p) {
     constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
     if (a < 1.0) return numeric::gamma_deviate_small_shape(a, p);
-    if (!(a <= numeric::kGammaDoubleShapeMax)) return kNaN;
+    // Larger shapes too: beyond kGammaDoubleShapeMax the tails answer near the centre
+    // (Temme's expansion) and decline elsewhere, which ends the iteration with NaN here.
     const bool lower_side = p <= 0.5;
     const double target = lower_side ? p : 1.0 - p;  // exact
     const double log_target = std::log(target);
@@ -756,9 +768,10 @@ double gamma_deviate_double(double a, double p) {
         }
     }
     if (!(x > 0.0)) x = std::exp((log_target + bm::lgamma(a + 1.0, StartPolicy())) / a);  // x^a/a!
+    const numeric::GammaShape shape = numeric::gamma_shape(a);  // Gamma(a) once, not per step
     bool last = false;
     for (int i = 0; i < 30; ++i) {
-        const auto tails = numeric::incomplete_gamma_double(a, x, 0.0);
+        const auto tails = numeric::incomplete_gamma_double(shape, x, 0.0);
         if (!tails) return kNaN;
         const double tail = lower_side ? tails->lower : tails->upper;
         if (!(tail > 0)) return kNaN;
@@ -965,7 +978,7 @@ double g01ecc(Nag_TailProbability tail, double x, double df, NagError* fail) {
     if (df > kMaxShape) return fail_with(fail, NE_REAL_ARG_GT);
     AccuracyWatch watch;
     const bool upper = tail == Tail::Nag_UpperTail;
-    if (std::isnormal(x / 2) && std::isnormal(df / 2) && df <= 2 * numeric::kGammaDoubleShapeMax) {
+    if (std::isnormal(x / 2) && std::isnormal(df / 2)) {
         const double fast = gamma_tail_double(upper, df / 2, x / 2, 0.0);  // halves exact
         if (!std::isnan(fast)) {
             if (watch.reduced()) fail->set(NE_CONV);
@@ -1140,7 +1153,7 @@ double g01efc(Nag_TailProbability tail, double g, double a, double b, NagError* 
     const bool upper = tail == Tail::Nag_UpperTail;
     const double x = g / b;
     // g above 1e-290 and x normal: the residual g - x b is exact.
-    if (a <= numeric::kGammaDoubleShapeMax && g > 1e-290 && std::isnormal(x) && std::isfinite(x)) {
+    if (g > 1e-290 && std::isnormal(x) && std::isfinite(x)) {
         const double fast = gamma_tail_double(upper, a, x, std::fma(-x, b, g) / b);
         if (!std::isnan(fast)) {
             if (watch.reduced()) fail->set(NE_CONV);

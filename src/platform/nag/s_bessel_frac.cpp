@@ -5,7 +5,8 @@
 // Method: Boost.Math's cyl_bessel_i / cyl_bessel_k for the positive order mu = |nu|/4
 // (Temme's method and continued fractions, a few ulps); negative orders of I from
 //     I_{-mu}(x) = I_mu(x) + (2/pi) sin(mu pi) K_mu(x)
-// (both terms positive, no cancellation); K_{-mu} = K_mu. The scaled forms multiply by
+// (both terms positive, no cancellation); K_{-mu} = K_mu, and K_{1/2} in closed form,
+// sqrt(pi / (2x)) e^-x. The scaled forms multiply by
 // the exponential up to x = 700 and use the large-argument expansions beyond, so they
 // stay exact where I overflows and K underflows.
 //
@@ -77,6 +78,12 @@ double bessel_k_checked(double x, int nu, bool scaled, NagError* fail) {
     if (!order_ok(nu)) return fail->set(NE_INT), 0.0;
     if (std::isnan(x) || x <= 0.0) return fail->set(NE_REAL), 0.0;
     const double mu = (nu < 0 ? -nu : nu) / 4.0;
+    if (mu == 0.5) {
+        // K_{1/2}(x) = sqrt(pi / (2x)) e^-x exactly (DLMF 10.39.2): within 2 ulps scaled,
+        // 3 unscaled (underflowing with e^-x).
+        const double root = std::sqrt(std::numbers::pi / (2.0 * x));
+        return scaled ? root : root * std::exp(-x);
+    }
     if (scaled) {
         if (x > detail::kScaledSwitch) return detail::scaled_k_large(mu, x);
         return std::exp(x) * boost::math::cyl_bessel_k(mu, x, QuietPolicy());

@@ -16,8 +16,8 @@ struct GammaTails {
 };
 
 // The largest shape the double evaluation takes everywhere (see incomplete_gamma.cpp for
-// why); larger shapes, below kGammaTemmeShapeMax, only near x = a (|x - a| < (x + a)/10,
-// where Temme's uniform expansion is used).
+// why); larger shapes, below kGammaTemmeShapeMax, only within |eta| <= 1/2 of x = a (x/a in
+// 0.609 .. 1.522, where Temme's uniform expansion is used).
 inline constexpr double kGammaDoubleShapeMax = 1000.0;
 inline constexpr double kGammaTemmeShapeMax = 1e300;
 
@@ -27,6 +27,19 @@ inline constexpr double kGammaTemmeShapeMax = 1e300;
 // outside that range, a result (or the smaller tail) outside the normal range, a series or
 // fraction past its cap.
 std::optional<GammaTails> incomplete_gamma_double(double a, double x, double x_low);
+
+// The parts of the prefactor that depend on the shape alone, formed once for many calls at
+// one shape (the Newton steps of a deviate).
+struct GammaShape {
+    double a;
+    double reciprocal_gamma_minus_1;  // a < 1: 1/Gamma(1 + a) - 1, relatively accurate
+    double scale;                     // a < 16: 1/Gamma(1 + a)
+    double stirling;                  // a >= 16: Stirling's error term ln Gamma(a + 1) - ...
+};
+GammaShape gamma_shape(double a);
+
+// The same at shape.a (from gamma_shape).
+std::optional<GammaTails> incomplete_gamma_double(const GammaShape& shape, double x, double x_low);
 
 // a phi(x/a) = (x - a) - a ln(x/a), the deviance of x from a, at x + x_low, in two parts.
 TwoPart gamma_deviance(double a, double x, double x_low);
