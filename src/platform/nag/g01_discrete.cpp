@@ -126,8 +126,10 @@ void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double
     constexpr int kMaxTerms = 4000;  // the tails above need under 500 at mean 50
     const double dn = n, q = 1.0 - p, mean = dn * p;
     const double at_k = numeric::binomial_point(k, n, p);
+    // The lower tail summed directly needs no upper one (k within reach of the mean).
+    const bool lower_by_sum = k <= mean + 40.0 * std::sqrt(mean) + 100.0;
     double upper = 0.0;
-    if (k < n) {
+    if (k < n && (pgtk || !lower_by_sum)) {
         double term = at_k * ((dn - k) * p / ((k + 1.0) * q));
         for (long j = k + 1L, i = 0; j <= n && i < kMaxTerms; ++j, ++i) {
             upper += term;
@@ -136,14 +138,14 @@ void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double
         }
     }
     double lower = 0.0;
-    if (k <= mean + 40.0 * std::sqrt(mean) + 100.0) {
+    if (plek && lower_by_sum) {
         double term = at_k;
         for (int j = k; j >= 0; --j) {
             lower += term;
             if (j < mean && term < kNegligible * lower) break;
             term *= j * q / ((dn - j + 1.0) * p);
         }
-    } else {
+    } else if (plek) {
         lower = 1.0 - upper;
     }
     store(std::min(lower, 1.0), std::min(upper, 1.0), at_k, plek, pgtk, peqk);

@@ -68,6 +68,26 @@ Pair combinations_two_part(int n, int k) {
     return {hi, static_cast<double>(rest)};
 }
 
+// sum_{k>=2} (-w)^(k-2) / d(k) for |w| < 1, d(k) >= 1 growing, taken until |w|^(k-2) falls
+// below `negligible`. Horner's rule runs in double over the terms from |w|^(k-2) <= 1e-5 on
+// (their sum is below 1e-5 of the total, so its rounding stays below 1e-21 of it) and in
+// two-part arithmetic over the leading terms: 2 to 13 two-part steps instead of up to 60.
+template <class Divisor>
+Pair alternating_series(Pair w, double negligible, Divisor d) {
+    constexpr double kDoubleTail = 1e-5;
+    if (w.hi == 0.0) return reciprocal(d(2));
+    const double log_w = std::log(std::fabs(w.hi));
+    const int terms = 2 + static_cast<int>(std::ceil(std::log(negligible) / log_w));
+    const int split =
+        std::min(terms, 2 + static_cast<int>(std::ceil(std::log(kDoubleTail) / log_w)));
+    double tail = 0.0;
+    int k = terms;
+    for (; k >= split; --k) tail = 1.0 / d(k) - w.hi * tail;
+    Pair acc{tail, 0.0};
+    for (; k >= 2; --k) acc = add(reciprocal(d(k)), negate(multiply(w, acc)));
+    return acc;
+}
+
 }  // namespace
 
 Pair deviance_term(double x, double m, double m_low) {
@@ -87,24 +107,17 @@ Pair deviance_term(double x, double m, double m_low) {
     if (u_hi > -0.95 && u_hi < 0.5) {
         // u = diff / (m + m_low), to twice the precision.
         const double u_lo = (std::fma(-u_hi, m, diff.hi) + diff.lo - u_hi * m_low) / m;
-        const Pair u{u_hi, u_lo};
-        const int terms = u_hi == 0.0 ? 2
-                                      : 2 + static_cast<int>(std::ceil(std::log(kNegligible) /
-                                                                       std::log(std::fabs(u_hi))));
-        Pair acc = reciprocal(static_cast<double>(terms) * (terms - 1));
-        for (int k = terms - 1; k >= 2; --k)
-            acc = add(reciprocal(static_cast<double>(k) * (k - 1)), negate(multiply(u, acc)));
-        return multiply(multiply(Pair{m, m_low}, multiply(u, u)), acc);
+        const Pair acc = alternating_series({u_hi, u_lo}, kNegligible,
+                                            [](int k) { return static_cast<double>(k) * (k - 1); });
+        return multiply(multiply(Pair{m, m_low}, multiply(Pair{u_hi, u_lo}, Pair{u_hi, u_lo})),
+                        acc);
     }
     const double v_hi = -diff.hi / x;
     if (v_hi > -0.9 && v_hi < 0.0) {
         const double v_lo = (std::fma(-v_hi, x, -diff.hi) - diff.lo) / x;
-        const Pair v{v_hi, v_lo};
-        const int terms =
-            2 + static_cast<int>(std::ceil(std::log(kNegligible) / std::log(std::fabs(v_hi))));
-        Pair acc = reciprocal(terms);
-        for (int k = terms - 1; k >= 2; --k) acc = add(reciprocal(k), negate(multiply(v, acc)));
-        return multiply(multiply(Pair{x, 0.0}, multiply(v, v)), acc);
+        const Pair acc = alternating_series({v_hi, v_lo}, kNegligible,
+                                            [](int k) { return static_cast<double>(k); });
+        return multiply(multiply(Pair{x, 0.0}, multiply(Pair{v_hi, v_lo}, Pair{v_hi, v_lo})), acc);
     }
     const double ratio = x / m;
     const double ratio_low = (std::fma(-ratio, m, x) - ratio * m_low) / m;
