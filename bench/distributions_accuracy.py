@@ -29,9 +29,10 @@ References:
                    (t: Guenther's series with the precision raised by the digits it cancels;
                    chi-square, beta, F: mixtures of gammainc / betainc at 50 digits).
 
-Reported per function and per side (ours, Boost-in-double, GSL): the worst relative error,
-the arguments where it occurs, and the count of answers that are non-finite or zero where
-the reference is a non-zero finite number (each such answer also counts as an error of 1).
+Reported per function and per side (ours, Boost-in-double, GSL): the worst relative error
+(below the normal range: the absolute error in units of DBL_MIN), the arguments where it
+occurs, and the count of answers that are non-finite, or zero where the reference is a
+normal double (each such answer also counts as an error of 1).
 """
 import math
 import os
@@ -224,10 +225,19 @@ def reference(fn, args, start):
                        solver="secant", tol=mp.mpf(10) ** -36, maxsteps=200)
 
 
+DBL_MIN = mp.mpf(2.2250738585072014e-308)
+
+
+def wrong_zero(got, ref):
+    """A non-finite answer, or 0 where the reference is a normal double."""
+    return not math.isfinite(got) or (got == 0 and abs(ref) >= DBL_MIN)
+
+
 def rel(got, ref):
-    if not math.isfinite(got) or (got == 0 and ref != 0):
+    """Relative error; below the normal range, absolute in units of DBL_MIN."""
+    if wrong_zero(got, ref):
         return 1.0
-    return float(abs(mp.mpf(got) - ref) / max(abs(ref), mp.mpf(2.2250738585072014e-308)))
+    return float(abs(mp.mpf(got) - ref) / max(abs(ref), DBL_MIN))
 
 
 def number(v):
@@ -264,7 +274,7 @@ def main():
             if k == 2 and fn in NO_GSL:
                 continue
             e = rel(got, ref)
-            if ref != 0 and (not math.isfinite(got) or got == 0):
+            if wrong_zero(got, ref):
                 entry["bad"][k] += 1
             if e > entry["err"][k]:
                 entry["err"][k] = e

@@ -159,20 +159,21 @@ double binomial_point(int x, int nt, double p) {
     if (p < kTinyP)
         return std::exp(ln_combinations(nt, x) + x * std::log(p) + (nt - x) * std::log1p(-p));
     // ln p and ln(1-p) in two parts (1 - p split exactly by two-sum), so that exponents
-    // of several hundred keep their last digits.
+    // of several hundred keep their last digits; formed only where they are used.
     const Pair q_exact = two_sum(1.0, -p);
-    const Pair log_p = log_two_part(p, 0.0);
-    const Pair log_q = log_two_part(q_exact.hi, q_exact.lo);
+    const auto log_p = [p] { return log_two_part(p, 0.0); };
+    const auto log_q = [q_exact] { return log_two_part(q_exact.hi, q_exact.lo); };
     const auto times = [](double count, Pair log_value) {
         return multiply(Pair{count, 0.0}, log_value);
     };
-    if (x == 0) return numeric::exp_two_part(times(nt, log_q));
-    if (x == nt) return numeric::exp_two_part(times(nt, log_p));
+    if (x == 0) return numeric::exp_two_part(times(nt, log_q()));
+    if (x == nt) return numeric::exp_two_part(times(nt, log_p()));
     if (nt < kBinomialLiteralLimit) {
         // C(n, x) below 2^64, exact, times p^x q^(n-x) from its two-part logarithm: a few ulps
         // (the logarithm of C(n, x) rounded once would cost |ln C(n, x)| ulps, 40 at n = 60).
         const Pair c = combinations_two_part(nt, x);
-        return (c.hi + c.lo) * numeric::exp_two_part(add(times(x, log_p), times(nt - x, log_q)));
+        return (c.hi + c.lo) *
+               numeric::exp_two_part(add(times(x, log_p()), times(nt - x, log_q())));
     }
     const double n = nt;
     const double k = x;
