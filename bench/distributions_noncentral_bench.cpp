@@ -3,6 +3,11 @@
 // arguments promoted to long double internally) and evaluating in double
 // (promote_double<false>); GSL has no non-central laws. Printed as a table after the runs;
 // the ratio is ours over Boost-in-double.
+//
+// `distributions_noncentral_bench --dump=FILE` writes, instead of timing, the arguments and
+// the values of ours, Boost-in-double, a NaN in GSL's column and Boost's default for the
+// first kDumped argument sets of each function; bench/distributions_accuracy.py compares
+// them with mpmath.
 #include <benchmark/benchmark.h>
 
 #include <boost/math/distributions/non_central_beta.hpp>
@@ -12,6 +17,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <limits>
 #include <map>
 #include <random>
@@ -23,6 +29,7 @@
 namespace {
 
 constexpr size_t kArgs = 1024;  // argument sets cycled through, a power of two
+constexpr size_t kDumped = 400;
 
 namespace bm = boost::math;
 namespace bp = boost::math::policies;
@@ -69,28 +76,29 @@ std::vector<Set> make(const char* law) {
 struct Call {
     const char* name;
     const char* law;
+    int arity;  // arguments the function takes: the point and the parameters
     Fn ours, boost, boostd;
 };
 
 const Call kCalls[] = {
-    {"nctcdf", "nct", [](const Set& s) { return nctcdf(s.u, s.v, s.w, 100, nullptr); },
+    {"nctcdf", "nct", 3, [](const Set& s) { return nctcdf(s.u, s.v, s.w, 100, nullptr); },
      [](const Set& s) { return bm::cdf(bm::non_central_t_distribution<>(s.v, s.w), s.u); },
      [](const Set& s) {
          return bm::cdf(bm::non_central_t_distribution<double, InDouble>(s.v, s.w), s.u);
      }},
-    {"ncchi2cdf", "ncchi2", [](const Set& s) { return ncchi2cdf(s.u, s.v, s.w, nullptr); },
+    {"ncchi2cdf", "ncchi2", 3, [](const Set& s) { return ncchi2cdf(s.u, s.v, s.w, nullptr); },
      [](const Set& s) {
          return bm::cdf(bm::non_central_chi_squared_distribution<>(s.v, s.w), s.u);
      },
      [](const Set& s) {
          return bm::cdf(bm::non_central_chi_squared_distribution<double, InDouble>(s.v, s.w), s.u);
      }},
-    {"ncfcdf", "ncf", [](const Set& s) { return ncfcdf(s.u, s.v, s.w, s.z, nullptr); },
+    {"ncfcdf", "ncf", 4, [](const Set& s) { return ncfcdf(s.u, s.v, s.w, s.z, nullptr); },
      [](const Set& s) { return bm::cdf(bm::non_central_f_distribution<>(s.v, s.w, s.z), s.u); },
      [](const Set& s) {
          return bm::cdf(bm::non_central_f_distribution<double, InDouble>(s.v, s.w, s.z), s.u);
      }},
-    {"ncbetacdf", "ncbeta", [](const Set& s) { return ncbetacdf(s.u, s.v, s.w, s.z, nullptr); },
+    {"ncbetacdf", "ncbeta", 4, [](const Set& s) { return ncbetacdf(s.u, s.v, s.w, s.z, nullptr); },
      [](const Set& s) { return bm::cdf(bm::non_central_beta_distribution<>(s.v, s.w, s.z), s.u); },
      [](const Set& s) {
          return bm::cdf(bm::non_central_beta_distribution<double, InDouble>(s.v, s.w, s.z), s.u);
@@ -104,6 +112,26 @@ void run(benchmark::State& state, const Call& c, Fn f) {
         benchmark::DoNotOptimize(f(sets[i & (kArgs - 1)]));
         ++i;
     }
+}
+
+void dump(const char* path) {
+    FILE* out = std::fopen(path, "w");
+    if (!out) {
+        std::perror(path);
+        return;
+    }
+    constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+    for (const Call& c : kCalls) {
+        const std::vector<Set> sets = make(c.law);
+        for (size_t i = 0; i < kDumped; ++i) {
+            const Set& s = sets[i];
+            std::fprintf(out, "%s %.17g %.17g %.17g", c.name, s.u, s.v, s.w);
+            if (c.arity == 4) std::fprintf(out, " %.17g", s.z);
+            std::fprintf(out, " %.17g %.17g %.17g %.17g\n", c.ours(s), c.boostd(s), kNone,
+                         c.boost(s));
+        }
+    }
+    std::fclose(out);
 }
 
 class RatioReporter : public benchmark::ConsoleReporter {
@@ -136,6 +164,12 @@ class RatioReporter : public benchmark::ConsoleReporter {
 }  // namespace
 
 int main(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        if (std::strncmp(argv[i], "--dump=", 7) == 0) {
+            dump(argv[i] + 7);
+            return 0;
+        }
+    }
     for (const Call& c : kCalls) {
         const std::string base = std::string("BM_") + c.name;
         benchmark::RegisterBenchmark((base + "_zemath").c_str(), run, c, c.ours);

@@ -1,20 +1,198 @@
-// Nanoseconds per call of the discrete and non-central distribution exports, the
-// bivariate normal, the studentized range and Lambert W, each beside Boost.Math called
-// directly (default policy) where Boost has the function. The arguments cycle through a
-// small fixed set so that branch prediction does not see one repeated call.
+// Nanoseconds per call of the discrete distribution exports next to three peers on the same
+// random arguments: Boost.Math with its default policy (double arguments promoted to long
+// double internally), Boost.Math evaluating in double (promote_double<false>) and GSL (where
+// the build found it). Printed as a table after the runs; the ratio is ours over the faster
+// of Boost-in-double and GSL. Then, on a small fixed set of arguments each, the non-central
+// t beside Boost, the bivariate normal, the studentized range and Lambert W.
+//
+// `distributions_other_bench --dump=FILE` writes, instead of timing, the arguments and the
+// values of ours, Boost-in-double, GSL and Boost's default for the first kDumped argument
+// sets of each discrete function; bench/distributions_accuracy.py compares them with mpmath.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
 
 #include <boost/math/distributions/binomial.hpp>
+#include <boost/math/distributions/hypergeometric.hpp>
 #include <boost/math/distributions/non_central_t.hpp>
 #include <boost/math/distributions/poisson.hpp>
 #include <boost/math/special_functions/lambert_w.hpp>
 
+#ifdef ZEMATH_BENCH_WITH_GSL
+#include <gsl/gsl_cdf.h>
+#include <gsl/gsl_errno.h>
+#include <gsl/gsl_randist.h>
+#endif
+
 #include "zemath/distributions.h"
 
 namespace {
+
+namespace bm = boost::math;
+namespace bp = boost::math::policies;
+using InDouble = bp::policy<bp::promote_double<false>>;
+
+// ---- the discrete laws on random arguments ----------------------------------------------
+
+constexpr size_t kSets = 1024;  // argument sets cycled through, a power of two
+constexpr size_t kDumped = 400;
+
+// One argument set: the count k and up to three parameters (integers held exactly).
+struct Set {
+    double u, v, w, z;
+};
+using Fn = double (*)(const Set&);
+
+unsigned as_unsigned(double v) {
+    return static_cast<unsigned>(v);
+}
+int as_int(double v) {
+    return static_cast<int>(v);
+}
+
+// Arguments over the body and both tails, fixed seed; the count k lies z standard
+// deviations from the mean, z uniform in [-8, 8], clamped to the support:
+//   binomial        n log-uniform in [1, 1e6], p with its smaller tail log-uniform in
+//                   [1e-4, 0.5] on either side;
+//   Poisson         lambda log-uniform in [0.01, 1e5];
+//   hypergeometric  population N log-uniform in [2, 1e5], marked and sample sizes uniform
+//                   in [0, N].
+// Sets: binomial (k, n, p), Poisson (k, lambda), hypergeometric (k, m, N, l).
+std::vector<Set> make(const char* law) {
+    std::mt19937_64 gen(20261124);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    auto log_uniform = [&](double lo, double hi) { return lo * std::pow(hi / lo, unit(gen)); };
+    auto count = [](double mean, double sd, double z, double lo, double hi) {
+        return std::clamp(std::round(mean + z * sd), lo, hi);
+    };
+    const std::string name(law);
+    std::vector<Set> r;
+    for (size_t i = 0; i < kSets; ++i) {
+        const double z = -8 + 16 * unit(gen);
+        if (name == "binomial") {
+            const double n = std::floor(log_uniform(1, 1e6 + 1));
+            const double tail = 0.5 * std::pow(10.0, -3.7 * unit(gen));  // 1e-4 .. 0.5
+            const double p = i % 2 ? tail : 1 - tail;
+            r.push_back({count(n * p, std::sqrt(n * p * (1 - p)), z, 0, n), n, p, 0});
+        } else if (name == "poisson") {
+            const double lambda = log_uniform(0.01, 1e5);
+            r.push_back({count(lambda, std::sqrt(lambda), z, 0, 1e9), lambda, 0, 0});
+        } else {
+            const double n = std::floor(log_uniform(2, 1e5 + 1));
+            const double m = std::floor(unit(gen) * (n + 1)), l = std::floor(unit(gen) * (n + 1));
+            const double lo = std::max(0.0, m + l - n), hi = std::min(m, l);
+            const double mean = l * m / n;
+            const double sd = std::sqrt(l * m * (n - l) * (n - m) / (n * n * (n - 1)));
+            r.push_back({count(mean, sd, z, lo, hi), m, n, l});
+        }
+    }
+    return r;
+}
+
+struct Call {
+    const char* name;
+    const char* law;
+    Fn ours, boost, boostd;
+    Fn gsl;  // null: GSL not linked
+};
+
+#ifdef ZEMATH_BENCH_WITH_GSL
+#define GSL(expr) [](const Set& s) { return (void)s, expr; }
+#else
+#define GSL(expr) nullptr
+#endif
+#define F(expr) [](const Set& s) { return (void)s, expr; }
+
+template <class Policy>
+bm::binomial_distribution<double, Policy> binomial(const Set& s) {
+    return bm::binomial_distribution<double, Policy>(s.v, s.w);
+}
+template <class Policy>
+bm::hypergeometric_distribution<double, Policy> hypergeometric(const Set& s) {
+    return bm::hypergeometric_distribution<double, Policy>(as_unsigned(s.v), as_unsigned(s.z),
+                                                           as_unsigned(s.w));
+}
+using Default = bp::policy<>;
+
+// "_upper": the upper tail P(X > k), tail code 1.
+const Call kCalls[] = {
+    {"binocdf", "binomial", F(binocdf(as_int(s.u), as_int(s.v), s.w, 2, nullptr)),
+     F(bm::cdf(binomial<Default>(s), s.u)), F(bm::cdf(binomial<InDouble>(s), s.u)),
+     GSL(gsl_cdf_binomial_P(as_unsigned(s.u), s.w, as_unsigned(s.v)))},
+    {"binocdf_upper", "binomial", F(binocdf(as_int(s.u), as_int(s.v), s.w, 1, nullptr)),
+     F(bm::cdf(bm::complement(binomial<Default>(s), s.u))),
+     F(bm::cdf(bm::complement(binomial<InDouble>(s), s.u))),
+     GSL(gsl_cdf_binomial_Q(as_unsigned(s.u), s.w, as_unsigned(s.v)))},
+    {"binopdf", "binomial", F(binopdf(as_int(s.u), as_int(s.v), s.w, nullptr)),
+     F(bm::pdf(binomial<Default>(s), s.u)), F(bm::pdf(binomial<InDouble>(s), s.u)),
+     GSL(gsl_ran_binomial_pdf(as_unsigned(s.u), s.w, as_unsigned(s.v)))},
+    {"poisscdf", "poisson", F(poisscdf(as_int(s.u), s.v, 2, nullptr)),
+     F(bm::cdf(bm::poisson_distribution<double, Default>(s.v), s.u)),
+     F(bm::cdf(bm::poisson_distribution<double, InDouble>(s.v), s.u)),
+     GSL(gsl_cdf_poisson_P(as_unsigned(s.u), s.v))},
+    {"poisscdf_upper", "poisson", F(poisscdf(as_int(s.u), s.v, 1, nullptr)),
+     F(bm::cdf(bm::complement(bm::poisson_distribution<double, Default>(s.v), s.u))),
+     F(bm::cdf(bm::complement(bm::poisson_distribution<double, InDouble>(s.v), s.u))),
+     GSL(gsl_cdf_poisson_Q(as_unsigned(s.u), s.v))},
+    {"poisspdf", "poisson", F(poisspdf(as_int(s.u), s.v, nullptr)),
+     F(bm::pdf(bm::poisson_distribution<double, Default>(s.v), s.u)),
+     F(bm::pdf(bm::poisson_distribution<double, InDouble>(s.v), s.u)),
+     GSL(gsl_ran_poisson_pdf(as_unsigned(s.u), s.v))},
+    {"hygecdf", "hypergeometric",
+     F(hygecdf(as_int(s.u), as_int(s.v), as_int(s.w), as_int(s.z), 2, nullptr)),
+     F(bm::cdf(hypergeometric<Default>(s), as_unsigned(s.u))),
+     F(bm::cdf(hypergeometric<InDouble>(s), as_unsigned(s.u))),
+     GSL(gsl_cdf_hypergeometric_P(as_unsigned(s.u), as_unsigned(s.v), as_unsigned(s.w - s.v),
+                                  as_unsigned(s.z)))},
+    {"hygecdf_upper", "hypergeometric",
+     F(hygecdf(as_int(s.u), as_int(s.v), as_int(s.w), as_int(s.z), 1, nullptr)),
+     F(bm::cdf(bm::complement(hypergeometric<Default>(s), as_unsigned(s.u)))),
+     F(bm::cdf(bm::complement(hypergeometric<InDouble>(s), as_unsigned(s.u)))),
+     GSL(gsl_cdf_hypergeometric_Q(as_unsigned(s.u), as_unsigned(s.v), as_unsigned(s.w - s.v),
+                                  as_unsigned(s.z)))},
+};
+
+void run(benchmark::State& state, const Call& c, Fn f) {
+    const std::vector<Set> sets = make(c.law);
+    size_t i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(f(sets[i & (kSets - 1)]));
+        ++i;
+    }
+}
+
+void dump(const char* path) {
+    FILE* out = std::fopen(path, "w");
+    if (!out) {
+        std::perror(path);
+        return;
+    }
+    constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+    for (const Call& c : kCalls) {
+        const std::vector<Set> sets = make(c.law);
+        const bool four = std::strcmp(c.law, "hypergeometric") == 0;
+        for (size_t i = 0; i < kDumped; ++i) {
+            const Set& s = sets[i];
+            std::fprintf(out, "%s %.17g %.17g %.17g", c.name, s.u, s.v, s.w);
+            if (four) std::fprintf(out, " %.17g", s.z);
+            std::fprintf(out, " %.17g %.17g %.17g %.17g\n", c.ours(s), c.boostd(s),
+                         c.gsl ? c.gsl(s) : kNone, c.boost(s));
+        }
+    }
+    std::fclose(out);
+}
+
+// ---- fixed argument sets --------------------------------------------------------------
 
 constexpr std::size_t kArgs = 16;
 
@@ -23,47 +201,6 @@ const T& cycle(const std::array<T, kArgs>& args, std::size_t& i) {
     return args[i++ % kArgs];
 }
 
-struct Binom {
-    int k;
-    int n;
-    double p;
-};
-const std::array<Binom, kArgs> kBinom = {{{3, 10, 0.3},
-                                          {50, 100, 0.5},
-                                          {12, 40, 0.2},
-                                          {700, 2000, 0.33},
-                                          {0, 5, 0.9},
-                                          {90, 100, 0.75},
-                                          {5, 1000, 0.01},
-                                          {400, 1000, 0.4},
-                                          {1, 3, 0.5},
-                                          {30, 60, 0.45},
-                                          {6, 20, 0.1},
-                                          {5000, 10000, 0.5},
-                                          {2, 2000, 0.002},
-                                          {17, 25, 0.6},
-                                          {80, 90, 0.95},
-                                          {10, 30, 0.3}}};
-struct Pois {
-    int k;
-    double lambda;
-};
-const std::array<Pois, kArgs> kPois = {{{3, 0.75},
-                                        {12, 9.2},
-                                        {25, 34},
-                                        {175, 175},
-                                        {0, 2.0},
-                                        {1000, 950},
-                                        {40, 60},
-                                        {5, 1.5},
-                                        {8, 12.5},
-                                        {100, 90},
-                                        {2, 0.1},
-                                        {20, 18},
-                                        {300, 320},
-                                        {7, 3.3},
-                                        {60, 45},
-                                        {11, 11}}};
 struct Nct {
     double t;
     double df;
@@ -109,36 +246,6 @@ const std::array<Bvn, kArgs> kBvn = {{{0, 0, 0.5},
 const std::array<double, kArgs> kLambert = {0.5, 1,  4.5, 6,    7e7, 0.01, -0.2, -0.3,
                                             2,   10, 100, -0.1, 0.3, 3,    25,   1e5};
 
-void BM_binocdf(benchmark::State& state) {
-    std::size_t i = 0;
-    for (auto _ : state) {
-        const Binom& a = cycle(kBinom, i);
-        benchmark::DoNotOptimize(binocdf(a.k, a.n, a.p, 2, nullptr));
-    }
-}
-void BM_boost_binomial_cdf(benchmark::State& state) {
-    std::size_t i = 0;
-    for (auto _ : state) {
-        const Binom& a = cycle(kBinom, i);
-        benchmark::DoNotOptimize(
-            boost::math::cdf(boost::math::binomial_distribution<>(a.n, a.p), a.k));
-    }
-}
-void BM_poisscdf(benchmark::State& state) {
-    std::size_t i = 0;
-    for (auto _ : state) {
-        const Pois& a = cycle(kPois, i);
-        benchmark::DoNotOptimize(poisscdf(a.k, a.lambda, 2, nullptr));
-    }
-}
-void BM_boost_poisson_cdf(benchmark::State& state) {
-    std::size_t i = 0;
-    for (auto _ : state) {
-        const Pois& a = cycle(kPois, i);
-        benchmark::DoNotOptimize(
-            boost::math::cdf(boost::math::poisson_distribution<>(a.lambda), a.k));
-    }
-}
 void BM_nctcdf(benchmark::State& state) {
     std::size_t i = 0;
     for (auto _ : state) {
@@ -200,19 +307,67 @@ void BM_lambertW_offset(benchmark::State& state) {
     }
 }
 
+// Collects the per-call CPU times (the machine may be shared) so that the ratios can be printed
+// after the usual output.
+class RatioReporter : public benchmark::ConsoleReporter {
+  public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& r : runs) times_[r.benchmark_name()] = r.GetAdjustedCPUTime();
+        ConsoleReporter::ReportRuns(runs);
+    }
+    void Finalize() override {
+        ConsoleReporter::Finalize();
+        std::printf("\n%-15s %10s %10s %10s %10s %8s\n", "function", "zemath ns", "boost ns",
+                    "boost-d ns", "gsl ns", "ratio");
+        for (const Call& c : kCalls) {
+            const std::string base = std::string("BM_") + c.name;
+            auto time = [&](const char* peer) {
+                const auto it = times_.find(base + peer);
+                return it == times_.end() ? std::numeric_limits<double>::quiet_NaN() : it->second;
+            };
+            const double ours = time("_zemath"), boostd = time("_boostd"), gsl = time("_gsl");
+            if (std::isnan(ours)) continue;
+            const double best = std::isnan(gsl) ? boostd : std::fmin(boostd, gsl);
+            std::printf("%-15s %10.1f %10.1f %10.1f %10.1f %8.2f\n", c.name, ours, time("_boost"),
+                        boostd, gsl, ours / best);
+        }
+    }
+
+  private:
+    std::map<std::string, double> times_;
+};
+
 }  // namespace
 
-BENCHMARK(BM_binocdf);
-BENCHMARK(BM_boost_binomial_cdf);
-BENCHMARK(BM_poisscdf);
-BENCHMARK(BM_boost_poisson_cdf);
-BENCHMARK(BM_nctcdf);
-BENCHMARK(BM_boost_non_central_t_cdf);
-BENCHMARK(BM_bivarnormcdf);
-BENCHMARK(BM_srangecdf);
-BENCHMARK(BM_srangeinv);
-BENCHMARK(BM_lambertW);
-BENCHMARK(BM_boost_lambert_w0);
-BENCHMARK(BM_lambertW_offset);
-
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+#ifdef ZEMATH_BENCH_WITH_GSL
+    gsl_set_error_handler_off();  // GSL reports domain errors by aborting otherwise
+#endif
+    for (int i = 1; i < argc; ++i) {
+        if (std::strncmp(argv[i], "--dump=", 7) == 0) {
+            dump(argv[i] + 7);
+            return 0;
+        }
+    }
+    for (const Call& c : kCalls) {
+        const std::string base = std::string("BM_") + c.name;
+        benchmark::RegisterBenchmark((base + "_zemath").c_str(), run, c, c.ours);
+        benchmark::RegisterBenchmark((base + "_boost").c_str(), run, c, c.boost);
+        benchmark::RegisterBenchmark((base + "_boostd").c_str(), run, c, c.boostd);
+        if (c.gsl) benchmark::RegisterBenchmark((base + "_gsl").c_str(), run, c, c.gsl);
+    }
+    benchmark::RegisterBenchmark("BM_nctcdf", BM_nctcdf);
+    benchmark::RegisterBenchmark("BM_boost_non_central_t_cdf", BM_boost_non_central_t_cdf);
+    benchmark::RegisterBenchmark("BM_bivarnormcdf", BM_bivarnormcdf);
+    benchmark::RegisterBenchmark("BM_srangecdf", BM_srangecdf);
+    benchmark::RegisterBenchmark("BM_srangeinv", BM_srangeinv);
+    benchmark::RegisterBenchmark("BM_lambertW", BM_lambertW);
+    benchmark::RegisterBenchmark("BM_boost_lambert_w0", BM_boost_lambert_w0);
+    benchmark::RegisterBenchmark("BM_lambertW_offset", BM_lambertW_offset);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return 0;
+}

@@ -62,9 +62,10 @@ ZEMATH_API double poisspdf(int x, double lambda, int* status) noexcept {
 
 ZEMATH_API double hygecdf(int k, int m, int n, int l, int tail, int* status) noexcept {
     return routine_export(status, {}, [&](nag::NagError* fail) {
-        double lower = 0.0, upper = 0.0, point = 0.0;
+        double lower = 0.0, upper = 0.0;
         if (refuse_two_output_tail(tail, fail)) return lower;
-        nag::g01blc(n, l, m, k, &lower, &upper, &point, fail);
+        nag::g01blc(n, l, m, k, tail == 2 ? &lower : nullptr, tail == 1 ? &upper : nullptr, nullptr,
+                    fail);
         return tail == 2 ? lower : upper;
     });
 }

@@ -2,18 +2,30 @@
 // returns P(X <= k), P(X > k) and P(X = k) together.
 //
 // Method: both tails come from a function that computes that tail itself, so the small
-// one keeps its relative accuracy however far out k lies (never 1 minus the other):
+// one keeps its relative accuracy however far out k lies:
 //   binomial       P(X <= k) = I_{1-p}(n-k, k+1) = ibetac(k+1, n-k, p),
 //                  P(X > k)  = ibeta(k+1, n-k, p);
 //   Poisson        P(X <= k) = Q(k+1, lambda),  P(X > k) = P(k+1, lambda);
-//   hypergeometric the point probabilities are summed from k away from the mode, on the
-//                  side whose tail is asked for; the opposite tail is summed from k+1 the
-//                  other way (both sums stop once a term no longer changes the total).
-// The incomplete beta and gamma functions are Boost.Math's (Didonato-Morris / Temme
-// methods); the hypergeometric point probability is Boost.Math's exact products up to
-// populations of 104729 and a ratio of binomial ones beyond (Loader 2000,
-// platform/numeric/discrete_terms), relatively accurate up to populations of 2^31 - 1. Accuracy
-// measured against mpmath (tests/reference): see the accuracy table in the test data.
+// Paths, by the arguments:
+//   binomial, n >= 1000 and n p <= 50 (the Poisson limit): sums of point probabilities;
+//   binomial, both shapes k+1 and n-k up to 5000, p and 1-p normal: the incomplete beta
+//                  function in double (platform/numeric/incomplete_beta: 3e-15 relative
+//                  where a shape is below 16, 1e-15 + 3e-18 (a + b) above, plus the
+//                  fraction's rounding);
+//   Poisson, k+1 up to 1000, or beyond near the mean, lambda normal: the incomplete gamma
+//                  functions in double (platform/numeric/incomplete_gamma: 2e-15 relative
+//                  for a < 16, 1e-15 + 3e-18 a above, plus 2e-15 for the sum or fraction);
+//   elsewhere, or where the double evaluation declines a side that is asked for:
+//                  Boost.Math's incomplete beta and gamma functions in extended precision;
+//   hypergeometric: the point probabilities are summed from k away from the mode (the
+//                  tail on k's side of it); the other tail is 1 minus that sum where it is
+//                  at least 1/2 (no digit lost), else summed itself from the mode outward
+//                  (every sum stops once a term no longer changes the total).
+// Boost.Math's incomplete beta and gamma functions are the Didonato-Morris / Temme
+// methods. The point probabilities of the binomial and Poisson laws are Loader's deviance
+// forms (Loader 2000, platform/numeric/discrete_terms); the hypergeometric one is a ratio of
+// binomial ones, relatively accurate up to populations of 2^31 - 1. Accuracy measured
+// against mpmath (tests/reference): see the accuracy table in the test data.
 //
 // Failures: NE_INT_ARG_LT / NE_INT_ARG_GT for integer arguments outside their ranges,
 // NE_REAL_ARG_LT / NE_REAL_ARG_GT / NE_REAL_ARG_LE for p or lambda (NaN included).
@@ -22,21 +34,25 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 #include "platform/numeric/boost_policy.hpp"  // first: configures Boost
-#include <boost/math/distributions/hypergeometric.hpp>
 #include <boost/math/special_functions/beta.hpp>
-#include <boost/math/special_functions/prime.hpp>
 #include <boost/math/special_functions/gamma.hpp>
 
 #include "platform/nag/g01.hpp"
 #include "platform/numeric/discrete_terms.hpp"
+#include "platform/numeric/double_double.hpp"
+#include "platform/numeric/incomplete_beta.hpp"
+#include "platform/numeric/incomplete_gamma.hpp"
 
 namespace zemath::nag {
 
 namespace {
 
 using numeric::BoostPolicy;
+
+constexpr double kSmallestNormal = std::numeric_limits<double>::min();
 
 void store(double lower, double upper, double point, double* plek, double* pgtk, double* peqk) {
     if (plek) *plek = lower;
@@ -110,8 +126,10 @@ void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double
     constexpr int kMaxTerms = 4000;  // the tails above need under 500 at mean 50
     const double dn = n, q = 1.0 - p, mean = dn * p;
     const double at_k = numeric::binomial_point(k, n, p);
+    // The lower tail summed directly needs no upper one (k within reach of the mean).
+    const bool lower_by_sum = k <= mean + 40.0 * std::sqrt(mean) + 100.0;
     double upper = 0.0;
-    if (k < n) {
+    if (k < n && (pgtk || !lower_by_sum)) {
         double term = at_k * ((dn - k) * p / ((k + 1.0) * q));
         for (long j = k + 1L, i = 0; j <= n && i < kMaxTerms; ++j, ++i) {
             upper += term;
@@ -120,17 +138,33 @@ void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double
         }
     }
     double lower = 0.0;
-    if (k <= mean + 40.0 * std::sqrt(mean) + 100.0) {
+    if (plek && lower_by_sum) {
         double term = at_k;
         for (int j = k; j >= 0; --j) {
             lower += term;
             if (j < mean && term < kNegligible * lower) break;
             term *= j * q / ((dn - j + 1.0) * p);
         }
-    } else {
+    } else if (plek) {
         lower = 1.0 - upper;
     }
     store(std::min(lower, 1.0), std::min(upper, 1.0), at_k, plek, pgtk, peqk);
+}
+
+// P(X <= k) = 1 - I_p(k+1, n-k) and P(X > k) = I_p(k+1, n-k), 0 <= k < n, by the incomplete
+// beta function in double where it takes both shapes and promises its bound for the sides
+// asked for; false where it declines (the caller then takes the extended evaluation).
+bool binomial_in_double(int n, double p, int k, double* plek, double* pgtk) {
+    const double a = static_cast<double>(k) + 1.0;
+    const double b = static_cast<double>(n) - static_cast<double>(k);
+    if (a > numeric::kBetaDoubleShapeMax || b > numeric::kBetaDoubleShapeMax) return false;
+    const numeric::TwoPart q = numeric::two_sum(1.0, -p);  // 1 - p exactly, in two parts
+    if (p < kSmallestNormal || q.hi < kSmallestNormal) return false;
+    const auto tails = numeric::incomplete_beta_double(a, b, {p, 0.0}, q);
+    if (!tails || (plek && !std::isfinite(tails->upper)) || (pgtk && !std::isfinite(tails->lower)))
+        return false;
+    store(tails->upper, tails->lower, 0.0, plek, pgtk, nullptr);
+    return true;
 }
 
 }  // namespace
@@ -153,6 +187,10 @@ void g01bjc(int n, double p, int k, double* plek, double* pgtk, double* peqk, Na
     const double dk = k;
     if (n >= kSumMinCount && dn * p <= kSumMaxMean)
         return binomial_by_sums(n, p, k, plek, pgtk, peqk);
+    if (k < n && binomial_in_double(n, p, k, plek, pgtk)) {
+        if (peqk) *peqk = numeric::binomial_point(k, n, p);
+        return;
+    }
     // Outputs passed as null are not computed (the exports ask for one tail only).
     // P(X = k) = C(n, k) p^k q^(n-k) = ibeta_derivative(k+1, n-k+1, p) / (n+1).
     const double point =
@@ -173,6 +211,12 @@ void g01bkc(double lambda, int k, double* plek, double* pgtk, double* peqk, NagE
     if (k < 0) return fail->set(NE_INT_ARG_LT);
     fail->set(NE_NOERROR);
     const double a = static_cast<double>(k) + 1.0;
+    // The double evaluation where it promises its bound (see the opening block).
+    const auto tails =
+        lambda >= kSmallestNormal ? numeric::incomplete_gamma_double(a, lambda, 0.0) : std::nullopt;
+    if (tails && (!plek || std::isfinite(tails->upper)) && (!pgtk || std::isfinite(tails->lower)))
+        return store(tails->upper, tails->lower, peqk ? numeric::poisson_point(k, lambda) : 0.0,
+                     plek, pgtk, peqk);
     // Outputs passed as null are not computed (the exports ask for one tail only).
     const double lower = plek ? boost::math::gamma_q(a, lambda, BoostPolicy()) : 0.0;
     const double upper = pgtk ? boost::math::gamma_p(a, lambda, BoostPolicy()) : 0.0;
@@ -204,18 +248,15 @@ void g01blc(int n, int l, int m, int k, double* plek, double* pgtk, double* peqk
                       pgtk, peqk, fail);
     fail->set(NE_NOERROR);
 
-    // Point probabilities: up to the largest tabulated prime, Boost.Math's products of exact
-    // factorials or prime factors (a few ulps). Beyond, where its Lanczos form loses about
-    // N eps, C(m, x) C(N-m, l-x) / C(N, l) as a ratio of binomial point probabilities at
-    // p = l/N: the powers of p cancel exactly whatever p's rounding, each factor keeps its
-    // relative accuracy, and the divisor (the binomial law at its mode) cannot underflow.
-    const bool exact_products = population <= boost::math::prime(boost::math::max_prime - 1);
-    const boost::math::hypergeometric_distribution<double, BoostPolicy> law(
-        static_cast<unsigned>(m), static_cast<unsigned>(l), static_cast<unsigned>(n));
+    // Point probabilities C(m, x) C(N-m, l-x) / C(N, l) as a ratio of binomial point
+    // probabilities at p = l/N (Loader's deviance form, relatively accurate up to
+    // populations of 2^31 - 1): the powers of p cancel exactly whatever p's rounding, each
+    // factor keeps its relative accuracy, and the divisor (the binomial law at its mode)
+    // cannot underflow. (Exact products of prime factors cost a walk over every prime up to
+    // the population, a millisecond per call at N = 1e5, for no gain in accuracy.)
     const double p = static_cast<double>(sample) / static_cast<double>(population);
-    const double at_sample = exact_products ? 1.0 : numeric::binomial_point(l, n, p);
+    const double at_sample = numeric::binomial_point(l, n, p);
     const auto pdf_at = [&](long x) {
-        if (exact_products) return boost::math::pdf(law, static_cast<unsigned>(x));
         const int xi = static_cast<int>(x);
         return numeric::binomial_point(xi, m, p) * numeric::binomial_point(l - xi, n - m, p) /
                at_sample;
@@ -228,27 +269,41 @@ void g01blc(int n, int l, int m, int k, double* plek, double* pgtk, double* peqk
                    (static_cast<double>(population) + 2.0));
     const long mode = std::clamp(static_cast<long>(mode_real), lowest, highest);
 
-    // Lower tail: from k downwards; upper tail: from k+1 upwards. A walk that must cross
-    // the mode starts at the mode instead, where the point probability is largest, and adds
-    // the stretch between the mode and its own start separately, so that no start
-    // underflows.
+    // The tail on k's side of the mode (lower from k downwards, upper from k+1 upwards) is
+    // walked from k, where its terms only fall. The other tail, when asked for, is 1 minus
+    // it where that tail is at least 1/2 (no digit lost); otherwise it is summed itself: a
+    // walk that must cross the mode starts at the mode, where the point probability is
+    // largest, and adds the stretch between the mode and its own start separately, so that
+    // no start underflows.
     const HypergeometricWalk walk{marked, sample, population};
+    constexpr double kComplementLimit = 0.5;
     double lower = 0.0;
     double upper = 0.0;
     if (k <= mode) {
         lower = walk.tail(k, -1, point);
-        if (k < highest) {
-            // P(k+1 .. mode-1) walked down from the mode, plus P(mode ..) walked up.
-            const double at_mode = pdf_at(mode);
-            upper = mode > k ? walk.beyond(mode, -1, at_mode, k + 1) + walk.tail(mode, +1, at_mode)
-                             : walk.tail(k + 1, +1, pdf_at(k + 1));
+        if (pgtk && k < highest) {
+            if (lower <= kComplementLimit) {
+                upper = 1.0 - lower;
+            } else {
+                // P(k+1 .. mode-1) walked down from the mode, plus P(mode ..) walked up.
+                const double at_mode = pdf_at(mode);
+                upper = mode > k
+                            ? walk.beyond(mode, -1, at_mode, k + 1) + walk.tail(mode, +1, at_mode)
+                            : walk.tail(k + 1, +1, pdf_at(k + 1));
+            }
         }
     } else {
-        // k above the mode: P(mode+1 .. k) walked up from the mode plus P(.. mode) walked
-        // down; the upper tail walks up from k+1.
+        // k above the mode: the upper tail walks up from k+1; the lower one is P(mode+1 .. k)
+        // walked up from the mode plus P(.. mode) walked down.
         if (k < highest) upper = walk.tail(k + 1, +1, pdf_at(k + 1));
-        const double at_mode = pdf_at(mode);
-        lower = walk.beyond(mode, +1, at_mode, k) + walk.tail(mode, -1, at_mode);
+        if (plek) {
+            if (upper <= kComplementLimit) {
+                lower = 1.0 - upper;
+            } else {
+                const double at_mode = pdf_at(mode);
+                lower = walk.beyond(mode, +1, at_mode, k) + walk.tail(mode, -1, at_mode);
+            }
+        }
     }
     if (!std::isfinite(lower) || !std::isfinite(upper)) return fail->set(NE_CONV);
     store(std::min(lower, 1.0), std::min(upper, 1.0), point, plek, pgtk, peqk);

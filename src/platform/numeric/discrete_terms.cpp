@@ -12,6 +12,8 @@
 #include <array>
 #include <cfloat>
 #include <cmath>
+#include <cstdint>
+#include <numeric>
 #include <numbers>
 
 #include "platform/numeric/stirling.hpp"
@@ -48,6 +50,44 @@ constexpr int kBinomialLiteralLimit = 64;
 constexpr int kPoissonLogForm = 100;  // x >= 100: the logarithmic form
 constexpr double kExpRange = 700.0;   // e^700 and e^-700 are comfortably representable
 
+// C(n, k) for n below 64, exact in 64-bit integers (each step C(n-k+i, i) =
+// C(n-k+i-1, i-1) (n-k+i) / i divides out the common factor first, so no step exceeds the
+// result), returned as the double nearest it and the remainder.
+Pair combinations_two_part(int n, int k) {
+    k = std::min(k, n - k);
+    std::uint64_t c = 1;
+    for (int i = 1; i <= k; ++i) {
+        const std::uint64_t factor = static_cast<std::uint64_t>(n - k + i);
+        const std::uint64_t divisor = static_cast<std::uint64_t>(i);
+        const std::uint64_t g = std::gcd(c, divisor);
+        c = (c / g) * (factor / (divisor / g));
+    }
+    const double hi = static_cast<double>(c);
+    // c < C(63, 31) < 2^60: hi is within half an ulp of c, c - hi is exact as a double.
+    const std::int64_t rest = static_cast<std::int64_t>(c) - static_cast<std::int64_t>(hi);
+    return {hi, static_cast<double>(rest)};
+}
+
+// sum_{k>=2} (-w)^(k-2) / d(k) for |w| < 1, d(k) >= 1 growing, taken until |w|^(k-2) falls
+// below `negligible`. Horner's rule runs in double over the terms from |w|^(k-2) <= 1e-5 on
+// (their sum is below 1e-5 of the total, so its rounding stays below 1e-21 of it) and in
+// two-part arithmetic over the leading terms: 2 to 13 two-part steps instead of up to 60.
+template <class Divisor>
+Pair alternating_series(Pair w, double negligible, Divisor d) {
+    constexpr double kDoubleTail = 1e-5;
+    if (w.hi == 0.0) return reciprocal(d(2));
+    const double log_w = std::log(std::fabs(w.hi));
+    const int terms = 2 + static_cast<int>(std::ceil(std::log(negligible) / log_w));
+    const int split =
+        std::min(terms, 2 + static_cast<int>(std::ceil(std::log(kDoubleTail) / log_w)));
+    double tail = 0.0;
+    int k = terms;
+    for (; k >= split; --k) tail = 1.0 / d(k) - w.hi * tail;
+    Pair acc{tail, 0.0};
+    for (; k >= 2; --k) acc = add(reciprocal(d(k)), negate(multiply(w, acc)));
+    return acc;
+}
+
 }  // namespace
 
 Pair deviance_term(double x, double m, double m_low) {
@@ -67,24 +107,17 @@ Pair deviance_term(double x, double m, double m_low) {
     if (u_hi > -0.95 && u_hi < 0.5) {
         // u = diff / (m + m_low), to twice the precision.
         const double u_lo = (std::fma(-u_hi, m, diff.hi) + diff.lo - u_hi * m_low) / m;
-        const Pair u{u_hi, u_lo};
-        const int terms = u_hi == 0.0 ? 2
-                                      : 2 + static_cast<int>(std::ceil(std::log(kNegligible) /
-                                                                       std::log(std::fabs(u_hi))));
-        Pair acc = reciprocal(static_cast<double>(terms) * (terms - 1));
-        for (int k = terms - 1; k >= 2; --k)
-            acc = add(reciprocal(static_cast<double>(k) * (k - 1)), negate(multiply(u, acc)));
-        return multiply(multiply(Pair{m, m_low}, multiply(u, u)), acc);
+        const Pair acc = alternating_series({u_hi, u_lo}, kNegligible,
+                                            [](int k) { return static_cast<double>(k) * (k - 1); });
+        return multiply(multiply(Pair{m, m_low}, multiply(Pair{u_hi, u_lo}, Pair{u_hi, u_lo})),
+                        acc);
     }
     const double v_hi = -diff.hi / x;
     if (v_hi > -0.9 && v_hi < 0.0) {
         const double v_lo = (std::fma(-v_hi, x, -diff.hi) - diff.lo) / x;
-        const Pair v{v_hi, v_lo};
-        const int terms =
-            2 + static_cast<int>(std::ceil(std::log(kNegligible) / std::log(std::fabs(v_hi))));
-        Pair acc = reciprocal(terms);
-        for (int k = terms - 1; k >= 2; --k) acc = add(reciprocal(k), negate(multiply(v, acc)));
-        return multiply(multiply(Pair{x, 0.0}, multiply(v, v)), acc);
+        const Pair acc = alternating_series({v_hi, v_lo}, kNegligible,
+                                            [](int k) { return static_cast<double>(k); });
+        return multiply(multiply(Pair{x, 0.0}, multiply(Pair{v_hi, v_lo}, Pair{v_hi, v_lo})), acc);
     }
     const double ratio = x / m;
     const double ratio_low = (std::fma(-ratio, m, x) - ratio * m_low) / m;
@@ -126,18 +159,22 @@ double binomial_point(int x, int nt, double p) {
     if (p < kTinyP)
         return std::exp(ln_combinations(nt, x) + x * std::log(p) + (nt - x) * std::log1p(-p));
     // ln p and ln(1-p) in two parts (1 - p split exactly by two-sum), so that exponents
-    // of several hundred keep their last digits.
+    // of several hundred keep their last digits; formed only where they are used.
     const Pair q_exact = two_sum(1.0, -p);
-    const Pair log_p = log_two_part(p, 0.0);
-    const Pair log_q = log_two_part(q_exact.hi, q_exact.lo);
+    const auto log_p = [p] { return log_two_part(p, 0.0); };
+    const auto log_q = [q_exact] { return log_two_part(q_exact.hi, q_exact.lo); };
     const auto times = [](double count, Pair log_value) {
         return multiply(Pair{count, 0.0}, log_value);
     };
-    if (x == 0) return numeric::exp_two_part(times(nt, log_q));
-    if (x == nt) return numeric::exp_two_part(times(nt, log_p));
-    if (nt < kBinomialLiteralLimit)
-        return numeric::exp_two_part(
-            add(Pair{ln_combinations(nt, x), 0.0}, add(times(x, log_p), times(nt - x, log_q))));
+    if (x == 0) return numeric::exp_two_part(times(nt, log_q()));
+    if (x == nt) return numeric::exp_two_part(times(nt, log_p()));
+    if (nt < kBinomialLiteralLimit) {
+        // C(n, x) below 2^64, exact, times p^x q^(n-x) from its two-part logarithm: a few ulps
+        // (the logarithm of C(n, x) rounded once would cost |ln C(n, x)| ulps, 40 at n = 60).
+        const Pair c = combinations_two_part(nt, x);
+        return (c.hi + c.lo) *
+               numeric::exp_two_part(add(times(x, log_p()), times(nt - x, log_q())));
+    }
     const double n = nt;
     const double k = x;
     // n p and n (1 - p) as exact two-part sums (1 - p itself split by two-sum).
