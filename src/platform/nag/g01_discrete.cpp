@@ -108,7 +108,7 @@ void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double
     // only fall, ends the sum.
     constexpr double kNegligible = 1e-17;
     constexpr int kMaxTerms = 4000;  // the tails above need under 500 at mean 50
-    const double dn = n, q = 1.0 - p, mean = dn * p;
+    const double dn = n, dk = k, q = 1.0 - p, mean = dn * p;
     const double at_k = numeric::binomial_point(k, n, p);
     double upper = 0.0;
     if (k < n) {
@@ -120,7 +120,12 @@ void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double
         }
     }
     double lower = 0.0;
-    if (k <= mean + 40.0 * std::sqrt(mean) + 100.0) {
+    if (at_k == 0.0) {
+        // P(X = k) below the double range (p subnormal, or k far out): no walk can start from
+        // it (the downward ratios overflow against p and give 0 * inf). A k below the mean
+        // leaves a lower tail below the range too; above it, the upper tail is the tiny one.
+        lower = dk < mean ? 0.0 : 1.0 - upper;
+    } else if (k <= mean + 40.0 * std::sqrt(mean) + 100.0) {
         double term = at_k;
         for (int j = k; j >= 0; --j) {
             lower += term;
