@@ -235,6 +235,11 @@ TEST(DistributionValues, CheckValuesLimitsAndPoles) {
         // Subnormal and tiny p: n p leaves the normal range (a direct evaluation gives NaN).
         {Fn::binopdf, {7, 250, 1e-313}, 0, 0, 0}, {Fn::binopdf, {0, 250, 1e-313}, 0, 1, 0},
         {Fn::binopdf, {1, 1000, 1e-300}, 0, 1e-297, 1e-12},  // n p (1 - p)^(n-1)
+        // The binomial tails at a subnormal p: P(X = 18) is below the double range (the walk
+        // from it once gave NaN with status 0), P(X > 18) ~ C(n, 19) p^19 is too.
+        {Fn::binocdf, {18, 536870912, 4.9406564584124654e-324}, 2, 1, 0},
+        {Fn::binocdf, {18, 536870912, 4.9406564584124654e-324}, 1, 0, 0},
+        {Fn::binocdf, {1, 536870912, 4.9406564584124654e-324}, 2, 1, 0},
     };
     // clang-format on
     for (const Row& r : rows) check(r);

@@ -124,10 +124,12 @@ void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double
     // only fall, ends the sum.
     constexpr double kNegligible = 1e-17;
     constexpr int kMaxTerms = 4000;  // the tails above need under 500 at mean 50
-    const double dn = n, q = 1.0 - p, mean = dn * p;
+    const double dn = n, dk = k, q = 1.0 - p, mean = dn * p;
     const double at_k = numeric::binomial_point(k, n, p);
-    // The lower tail summed directly needs no upper one (k within reach of the mean).
-    const bool lower_by_sum = k <= mean + 40.0 * std::sqrt(mean) + 100.0;
+    // The lower tail summed directly needs no upper one (k within reach of the mean). A
+    // P(X = k) below the double range (p subnormal, or k far out) starts no walk: the
+    // downward ratios overflow against p and give 0 * inf.
+    const bool lower_by_sum = at_k > 0.0 && k <= mean + 40.0 * std::sqrt(mean) + 100.0;
     double upper = 0.0;
     if (k < n && (pgtk || !lower_by_sum)) {
         double term = at_k * ((dn - k) * p / ((k + 1.0) * q));
@@ -146,7 +148,9 @@ void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double
             term *= j * q / ((dn - j + 1.0) * p);
         }
     } else if (plek) {
-        lower = 1.0 - upper;
+        // Below the range with k under the mean, the lower tail is below it too; otherwise
+        // the upper tail is the small one.
+        lower = at_k == 0.0 && dk < mean ? 0.0 : 1.0 - upper;
     }
     store(std::min(lower, 1.0), std::min(upper, 1.0), at_k, plek, pgtk, peqk);
 }
