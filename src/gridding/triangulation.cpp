@@ -294,10 +294,11 @@ int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh, bool nei
 // node in index order, around each node counter-clockwise from its hull edge on the hull,
 // else from its neighbour of smallest index; an edge listed from its lower node, a
 // triangle from its lowest vertex (rotated to start there). One counting pass finds each
-// node's start corner and share of the lists, one walk around each node writes them (the
-// builds order their triangles by lowest node, so these walks stay local). False on an
-// inconsistent mesh (cannot happen for the builds' meshes; nothing is written past the
-// arrays either way).
+// node's start corner and share of the lists, one walk around each node writes them:
+// its triangles, its edges, and for each edge the edge id and neighbour of both its
+// triangles, placed by then (the builds order their triangles by lowest node, so these
+// walks stay local). False on an inconsistent mesh (cannot happen for the builds'
+// meshes; nothing is written past the arrays either way).
 bool fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
     const int n = static_cast<int>(nodes.x.size());
     const int tc = m.triangles();
@@ -336,53 +337,66 @@ bool fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
     int* const edge = out->edge = alloc_array<int>(3 * static_cast<std::size_t>(edge_count));
     out->edges = edge_count;
     int* const neighbor = out->neighbor = alloc_array<int>(3 * static_cast<std::size_t>(tc));
-    std::vector<int> edge_id(3 * static_cast<std::size_t>(tc), -1),
-        new_index(static_cast<std::size_t>(tc), -1);
-    std::vector<unsigned char> rotation(static_cast<std::size_t>(tc), 0);
-    auto list_edge = [&](int i, int j, int slot) {
+    // Per triangle of the mesh, once its lowest vertex's walk has met it: 4 k + r, k its
+    // place in the record and r the corner the record starts it from.
+    std::vector<int> placed(static_cast<std::size_t>(tc), -1);
+    long long incidences = 0;  // triangle sides given their edge (3 tc in the end)
+    // Gives the side in slot of a placed triangle its edge id and its neighbour.
+    auto mark = [&](int slot, int id, int across) {
+        const int code = placed[slot / 3];
+        if (code < 0) return false;
+        const int k = code >> 2, s = (slot % 3 - (code & 3) + 3) % 3;
+        tri[6 * k + 3 + s] = id;
+        neighbor[3 * k + s] = across < 0 ? -1 : placed[across / 3] >> 2;
+        ++incidences;
+        return true;
+    };
+    // Lists edge (i, j) of slot; both its triangles get its id, except a twin not placed
+    // yet (kept in late: the last triangle of an interior node's walk, done after it).
+    auto list_edge = [&](int i, int j, int slot, int& late, int& late_id) {
         const int id = edge_next[i]++;
         if (id >= edge_count) return false;
-        edge[3 * id] = i, edge[3 * id + 1] = j, edge[3 * id + 2] = tw[slot] < 0 ? 1 : 0;
-        edge_id[slot] = id;
-        if (tw[slot] >= 0) edge_id[tw[slot]] = id;
-        return true;
+        const int across = tw[slot];
+        edge[3 * id] = i, edge[3 * id + 1] = j, edge[3 * id + 2] = across < 0 ? 1 : 0;
+        if (across >= 0 && placed[across / 3] < 0) {
+            if (late >= 0) return false;
+            late = slot, late_id = id;
+            return true;
+        }
+        return mark(slot, id, across) && (across < 0 || mark(across, id, slot));
     };
     for (int i = 0; i < n; ++i) {
         const int first = start[i];
         if (first < 0) continue;
-        // Counter-clockwise from the start: edges to higher nodes, triangles whose lowest
-        // vertex is i, and on the hull the closing edge.
+        // Counter-clockwise from the start: triangles whose lowest vertex is i (placed as
+        // met, so that every side listed here has its triangles placed, the walk's last
+        // triangle excepted), edges to higher nodes, and on the hull the closing edge.
         int t = first / 3, r = first % 3;
+        int late = -1, late_id = -1;
         for (int guard = 0; guard <= tc; ++guard) {
             const int b = v[3 * t + nxt(r)], c = v[3 * t + prv(r)];
-            if (b > i && !list_edge(i, b, 3 * t + r)) return false;
             if (i < b && i < c) {
                 const int k = tri_next[i]++;
-                if (k >= tc) return false;
-                new_index[t] = k;
-                rotation[t] = static_cast<unsigned char>(r);
+                if (k >= tc || placed[t] >= 0) return false;
+                placed[t] = 4 * k + r;
+                tri[6 * k] = i, tri[6 * k + 1] = b, tri[6 * k + 2] = c;
             }
+            if (b > i && !list_edge(i, b, 3 * t + r, late, late_id)) return false;
             const int f = tw[3 * t + prv(r)];  // (c, i) seen from the counter-clockwise side
             if (f < 0) {
-                if (c > i && !list_edge(i, c, 3 * t + prv(r))) return false;
+                if (c > i && !list_edge(i, c, 3 * t + prv(r), late, late_id)) return false;
                 break;
             }
             t = f / 3, r = f % 3;
             if (3 * t + r == first) break;
             if (v[3 * t + r] != i) return false;
         }
+        if (late >= 0 && !(mark(late, late_id, tw[late]) && mark(tw[late], late_id, late)))
+            return false;
     }
-    for (int t = 0; t < tc; ++t) {
-        const int k = new_index[t], r = rotation[t];
-        if (k < 0) return false;
-        for (int s = 0; s < 3; ++s) {
-            const int slot = 3 * t + (r + s) % 3;
-            if (edge_id[slot] < 0) return false;
-            tri[6 * k + s] = v[slot];
-            tri[6 * k + 3 + s] = edge_id[slot];
-            neighbor[3 * k + s] = tw[slot] < 0 ? -1 : new_index[tw[slot] / 3];
-        }
-    }
+    if (incidences != 3LL * tc) return false;
+    for (int k = 0; k < tc; ++k)
+        if (placed[k] < 0) return false;
     std::vector<int> boundary;
     if (!m.hull_next.empty() && m.hull_next[0] >= 0) {
         int u = 0;
