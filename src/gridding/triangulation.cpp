@@ -289,16 +289,6 @@ int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh, bool nei
     return 0;
 }
 
-// Derives the record's lists from the mesh, straight into the record's arrays. The order
-// depends only on the triangle set, not on how the build numbered its triangles: node by
-// node in index order, around each node counter-clockwise from its hull edge on the hull,
-// else from its neighbour of smallest index; an edge listed from its lower node, a
-// triangle from its lowest vertex (rotated to start there). One counting pass finds each
-// node's start corner and share of the lists, one walk around each node writes them:
-// its triangles, its edges, and for each edge the edge id and neighbour of both its
-// triangles, placed by then (the builds order their triangles by lowest node, so these
-// walks stay local). False on an inconsistent mesh (cannot happen for the builds'
-// meshes; nothing is written past the arrays either way).
 // The mesh's triangles as the record's walk reads them: half-edge codes W t + slot, the
 // corner and the twin code of a half-edge.
 struct SlotLayout {  // v and twin, 3 per triangle
@@ -314,6 +304,16 @@ struct BlockLayout {  // one TriangleBlock per triangle
     int twin(int e) const { return b[e >> 2].twin[e & 3]; }
 };
 
+// Derives the record's lists from the mesh, straight into the record's arrays. The order
+// depends only on the triangle set, not on how the build numbered its triangles: node by
+// node in index order, around each node counter-clockwise from its hull edge on the hull,
+// else from its neighbour of smallest index; an edge listed from its lower node, a
+// triangle from its lowest vertex (rotated to start there). One counting pass finds each
+// node's start corner and share of the lists, one walk around each node writes them:
+// its triangles, its edges, and for each edge the edge id and neighbour of both its
+// triangles, placed by then (the builds order their triangles by lowest node, so these
+// walks stay local). False on an inconsistent mesh (cannot happen for the builds'
+// meshes; nothing is written past the arrays either way).
 template <class Layout>
 bool fill_record_from(Triangulation* out, Nodes& nodes, const Layout& L, int tc,
                       const std::vector<int>& hull_next) {
