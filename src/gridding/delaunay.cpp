@@ -23,15 +23,10 @@ inline int prv(int k) {
 // its twin half-edges in one 32-byte block (a walk or a flip touches one cache line per
 // triangle). A half-edge is coded 4 t + slot; its twin is the same edge seen from the
 // other triangle (-1 on the hull), so that a flip finds and relinks its neighbours
-// without searching them. Bit s of legal: the edge in slot s was found strictly Delaunay
-// by a test and neither of its triangles has changed since (every change relinks the
-// edge, which clears the bit on both sides); the last pass does not test such edges again.
-struct alignas(32) SweepTriangle {
-    int v[3];
-    int legal;
-    int twin[3];
-    int unused;
-};
+// without searching them. Bit s of aux (the legal bits): the edge in slot s was found strictly
+// Delaunay by a test and neither of its triangles has changed since (every change relinks the edge,
+// which clears the bit on both sides); the last pass does not test such edges again.
+using SweepTriangle = TriangleBlock;  // aux: the legal bits
 
 struct Sweep {
     std::vector<double> xy;
@@ -56,7 +51,7 @@ struct Sweep {
     int add_triangle(int a, int b, int c) {
         SweepTriangle& r = tris[static_cast<std::size_t>(count)];
         r.v[0] = a, r.v[1] = b, r.v[2] = c;
-        r.legal = 0;
+        r.aux = 0;
         r.twin[0] = r.twin[1] = r.twin[2] = -1;
         return count++;
     }
@@ -64,11 +59,11 @@ struct Sweep {
     void link(int e, int f) {
         SweepTriangle& r = tris[static_cast<std::size_t>(e >> 2)];
         r.twin[e & 3] = f;
-        r.legal &= ~(1 << (e & 3));
+        r.aux &= ~(1 << (e & 3));
         if (f >= 0) {
             SweepTriangle& q = tris[static_cast<std::size_t>(f >> 2)];
             q.twin[f & 3] = e;
-            q.legal &= ~(1 << (f & 3));
+            q.aux &= ~(1 << (f & 3));
         }
     }
 
@@ -93,8 +88,8 @@ struct Sweep {
             // Flip only on a definite 'inside' (a NaN from overflowing input never flips).
             if (!(in > 0.0)) {
                 if (in < 0.0) {
-                    rt.legal |= 1 << j;
-                    rn.legal |= 1 << k;
+                    rt.aux |= 1 << j;
+                    rn.aux |= 1 << k;
                 } else {
                     tie = true;
                 }
@@ -205,6 +200,7 @@ struct Sweep {
 
     // The mesh in the sweep's numbering (half-edges 3 t + slot there).
     void take_mesh(Mesh& mesh, bool neighbours) {
+        mesh.blocks.clear();
         const std::size_t slots = 3 * static_cast<std::size_t>(count);
         mesh.v.resize(slots);
         mesh.twin.resize(slots);
@@ -418,7 +414,7 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     for (int te = 0; te < sw.count; ++te)
         for (int j = 0; j < 3; ++j) {
             const int e = Sweep::code(te, j), f = sw.twin(e);
-            if (f < e || (sw.tris[static_cast<std::size_t>(te)].legal >> j & 1) != 0) continue;
+            if (f < e || (sw.tris[static_cast<std::size_t>(te)].aux >> j & 1) != 0) continue;
             const double in = in_circle(e, f);
             if (!(in != 0.0)) return false;
             if (in > 0.0) pending.push_back(e);
@@ -456,17 +452,36 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     }
     for (int i = 0; i < n; ++i) first[i + 1] += first[i];
     for (int k = 0; k < tc; ++k) slot[k] = first[slot[k]]++;
-    mesh.v.resize(3 * static_cast<std::size_t>(tc));
-    mesh.nb.resize(neighbours ? 3 * static_cast<std::size_t>(tc) : 0);
-    mesh.twin.resize(3 * static_cast<std::size_t>(tc));
-    for (int k = 0; k < tc; ++k) {
-        const SweepTriangle& r = sw.tris[static_cast<std::size_t>(k)];
-        const std::size_t to = 3 * static_cast<std::size_t>(slot[k]);
-        for (int s = 0; s < 3; ++s) {
-            mesh.v[to + s] = r.v[s];
-            const int f = r.twin[s];
-            if (neighbours) mesh.nb[to + s] = f < 0 ? -1 : slot[f >> 2];
-            mesh.twin[to + s] = f < 0 ? -1 : 3 * slot[f >> 2] + (f & 3);
+    if (!neighbours) {
+        // Only the record is wanted: the blocks are copied in their new order, their
+        // links renumbered, and the record's walks read one block per triangle (a
+        // scatter: independent writes, which overlap; permuting in place measured slower,
+        // its swaps wait on each other).
+        mesh.blocks.resize(static_cast<std::size_t>(tc));
+        for (int k = 0; k < tc; ++k) {
+            const SweepTriangle& r = sw.tris[static_cast<std::size_t>(k)];
+            SweepTriangle& to = mesh.blocks[static_cast<std::size_t>(slot[k])];
+            for (int s = 0; s < 3; ++s) {
+                const int f = r.twin[s];
+                to.v[s] = r.v[s];
+                to.twin[s] = f < 0 ? -1 : 4 * slot[f >> 2] + (f & 3);
+            }
+        }
+        mesh.v.clear(), mesh.nb.clear(), mesh.twin.clear();
+    } else {
+        mesh.blocks.clear();
+        mesh.v.resize(3 * static_cast<std::size_t>(tc));
+        mesh.nb.resize(3 * static_cast<std::size_t>(tc));
+        mesh.twin.resize(3 * static_cast<std::size_t>(tc));
+        for (int k = 0; k < tc; ++k) {
+            const SweepTriangle& r = sw.tris[static_cast<std::size_t>(k)];
+            const std::size_t to = 3 * static_cast<std::size_t>(slot[k]);
+            for (int s = 0; s < 3; ++s) {
+                mesh.v[to + s] = r.v[s];
+                const int f = r.twin[s];
+                mesh.nb[to + s] = f < 0 ? -1 : slot[f >> 2];
+                mesh.twin[to + s] = f < 0 ? -1 : 3 * slot[f >> 2] + (f & 3);
+            }
         }
     }
     const std::vector<int>& hull_local = sw.hull_next;
@@ -518,6 +533,7 @@ int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& me
 int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh, bool neighbours) {
     mesh.v.clear();
     mesh.nb.clear();
+    mesh.blocks.clear();
     if (x.size() < 3) return 1;
     if (build_hilbert(x, y, mesh, neighbours)) return 0;
     return build_x_order(x, y, mesh, neighbours);

@@ -32,17 +32,33 @@
 
 namespace zemath {
 
+// One triangle in 32 bytes (one cache line holds its corners and links): corners
+// counter-clockwise, then per side the half-edge 4 t + slot of the same edge in the
+// triangle across (-1 on the hull); aux and spare are the builder's.
+struct alignas(32) TriangleBlock {
+    int v[3];
+    int aux;
+    int twin[3];
+    int spare;
+};
+
 struct Mesh {
     std::vector<int> v;     // 3 per triangle, counter-clockwise
     std::vector<int> nb;    // 3 per triangle: across (v0,v1), (v1,v2), (v2,v0); -1 on the hull
     std::vector<int> twin;  // per slot 3 t + s: the slot of the same edge in nb's triangle, or -1
     std::vector<int> hull_next;  // per node: next hull node counter-clockwise, -1 if interior
-    int triangles() const { return static_cast<int>(v.size() / 3); }
+    // Built without neighbours, the fast build leaves its triangles here instead (v, nb
+    // and twin empty), ordered by lowest node.
+    std::vector<TriangleBlock> blocks;
+    int triangles() const {
+        return static_cast<int>(blocks.empty() ? v.size() / 3 : blocks.size());
+    }
 };
 
 // Builds the Delaunay triangulation of the points, which must be distinct and sorted
 // lexicographically: the fast build, else the sweep. Returns 0, 3 (all collinear) or 2
-// (internal failure). Without neighbours, nb is left empty (twin has the same links).
+// (internal failure). Without neighbours, nb is left empty (twin has the same links), or
+// the fast build's triangles are left in blocks.
 int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh,
                 bool neighbours = true);
 

@@ -136,6 +136,20 @@ int merge_duplicates(int n, double* x, double* y, std::span<double* const> value
         std::size_t k;  // position in x order
     };
     std::vector<Member> cluster;
+    auto already_ordered = [&](const std::vector<Member>& c, const auto& before) {
+        if (!std::is_sorted(c.begin(), c.end(), before)) return false;
+        for (std::size_t g = 0; g < c.size();) {
+            std::size_t h = g + 1;
+            while (h < c.size() && chained(c[h - 1].y, c[h].y, ytol)) ++h;
+            for (std::size_t j = g + 1; j < h; ++j)
+                if (c[j].y == c[j - 1].y && c[j].x == c[j - 1].x &&
+                    (h - g >= 3 || std::signbit(c[j].y) != std::signbit(c[j - 1].y) ||
+                     std::signbit(c[j].x) != std::signbit(c[j - 1].x)))
+                    return false;
+            g = h;
+        }
+        return true;
+    };
     auto member_position = [&](std::size_t j) { return cluster[j].k; };
     auto cluster_end = [&](std::size_t start) {  // x-cluster: gaps within xtol, chained
         std::size_t end = start + 1;
@@ -164,9 +178,15 @@ int merge_duplicates(int n, double* x, double* y, std::span<double* const> value
             for (std::size_t k = start; k < end; ++k)
                 cluster.push_back({ys[k], key_of(order[k]), k});
             // Ties (equal y and x) are left in the order this sort gives them.
-            std::sort(cluster.begin(), cluster.end(), [](const Member& a, const Member& b) {
+            auto before = [](const Member& a, const Member& b) {
                 return a.y < b.y || (a.y == b.y && a.x < b.x);
-            });
+            };
+            // A cluster already in order, as rows of gridded data give, is not sorted
+            // again, unless a group of three or more holds ties (or a pair of ties differs
+            // in the sign of a zero): the sort would give that order or the same
+            // survivors (a group of two combines the same either way).
+            if (!already_ordered(cluster, before))
+                std::sort(cluster.begin(), cluster.end(), before);
             std::size_t g = 0;
             while (g < cluster.size()) {
                 std::size_t h = g + 1;

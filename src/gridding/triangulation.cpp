@@ -289,21 +289,36 @@ int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh, bool nei
     return 0;
 }
 
+// The mesh's triangles as the record's walk reads them: half-edge codes W t + slot, the
+// corner and the twin code of a half-edge.
+struct SlotLayout {  // v and twin, 3 per triangle
+    static constexpr int W = 3;
+    const int *v, *tw;
+    int vert(int e) const { return v[e]; }
+    int twin(int e) const { return tw[e]; }
+};
+struct BlockLayout {  // one TriangleBlock per triangle
+    static constexpr int W = 4;
+    const TriangleBlock* b;
+    int vert(int e) const { return b[e >> 2].v[e & 3]; }
+    int twin(int e) const { return b[e >> 2].twin[e & 3]; }
+};
+
 // Derives the record's lists from the mesh, straight into the record's arrays. The order
 // depends only on the triangle set, not on how the build numbered its triangles: node by
 // node in index order, around each node counter-clockwise from its hull edge on the hull,
 // else from its neighbour of smallest index; an edge listed from its lower node, a
 // triangle from its lowest vertex (rotated to start there). One counting pass finds each
-// node's start corner and share of the lists, one walk around each node writes them (the
-// builds order their triangles by lowest node, so these walks stay local). False on an
-// inconsistent mesh (cannot happen for the builds' meshes; nothing is written past the
-// arrays either way).
-bool fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
+// node's start corner and share of the lists, one walk around each node writes them:
+// its triangles, its edges, and for each edge the edge id and neighbour of both its
+// triangles, placed by then (the builds order their triangles by lowest node, so these
+// walks stay local). False on an inconsistent mesh (cannot happen for the builds'
+// meshes; nothing is written past the arrays either way).
+template <class Layout>
+bool fill_record_from(Triangulation* out, Nodes& nodes, const Layout& L, int tc,
+                      const std::vector<int>& hull_next) {
+    constexpr int W = Layout::W;
     const int n = static_cast<int>(nodes.x.size());
-    const int tc = m.triangles();
-    const int* const v = m.v.data();
-    const int* const tw = m.twin.data();
-    if (m.twin.size() != m.v.size()) return false;
     // Offsets: edges by lower node (each edge counted once, from its hull slot or from
     // the later of its two slots), triangles by lowest vertex. Start corner per node: the
     // one of its hull edge, else the one whose next vertex is smallest.
@@ -311,14 +326,14 @@ bool fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
         tri_next(static_cast<std::size_t>(n) + 1, 0), start(static_cast<std::size_t>(n), -1),
         start_next(static_cast<std::size_t>(n), n);
     for (int t = 0; t < tc; ++t) {
-        const int a = v[3 * t], b = v[3 * t + 1], c = v[3 * t + 2];
+        const int a = L.vert(W * t), b = L.vert(W * t + 1), c = L.vert(W * t + 2);
         if (std::min({a, b, c}) < 0 || std::max({a, b, c}) >= n) return false;
         ++tri_next[std::min({a, b, c}) + 1];
         const int corner[3][2] = {{a, b}, {b, c}, {c, a}};
         for (int s = 0; s < 3; ++s) {
-            const int e = 3 * t + s, i = corner[s][0], j = corner[s][1];
-            if (tw[e] < e) ++edge_next[std::min(i, j) + 1];
-            if (tw[e] < 0) {
+            const int e = W * t + s, i = corner[s][0], j = corner[s][1];
+            if (L.twin(e) < e) ++edge_next[std::min(i, j) + 1];
+            if (L.twin(e) < 0) {
                 start[i] = e, start_next[i] = -1;  // the hull edge leaving i
             } else if (j < start_next[i]) {
                 start[i] = e, start_next[i] = j;
@@ -336,64 +351,85 @@ bool fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
     int* const edge = out->edge = alloc_array<int>(3 * static_cast<std::size_t>(edge_count));
     out->edges = edge_count;
     int* const neighbor = out->neighbor = alloc_array<int>(3 * static_cast<std::size_t>(tc));
-    std::vector<int> edge_id(3 * static_cast<std::size_t>(tc), -1),
-        new_index(static_cast<std::size_t>(tc), -1);
-    std::vector<unsigned char> rotation(static_cast<std::size_t>(tc), 0);
-    auto list_edge = [&](int i, int j, int slot) {
+    // Per triangle of the mesh, once its lowest vertex's walk has met it: 4 k + r, k its
+    // place in the record and r the corner the record starts it from.
+    std::vector<int> placed(static_cast<std::size_t>(tc), -1);
+    long long incidences = 0;  // triangle sides given their edge (3 tc in the end)
+    // Gives the side in slot of a placed triangle its edge id and its neighbour.
+    auto mark = [&](int slot, int id, int across) {
+        const int code = placed[slot / W];
+        if (code < 0) return false;
+        const int k = code >> 2, s = (slot % W - (code & 3) + 3) % 3;
+        tri[6 * k + 3 + s] = id;
+        neighbor[3 * k + s] = across < 0 ? -1 : placed[across / W] >> 2;
+        ++incidences;
+        return true;
+    };
+    // Lists edge (i, j) of slot; both its triangles get its id, except a twin not placed
+    // yet (kept in late: the last triangle of an interior node's walk, done after it).
+    auto list_edge = [&](int i, int j, int slot, int& late, int& late_id) {
         const int id = edge_next[i]++;
         if (id >= edge_count) return false;
-        edge[3 * id] = i, edge[3 * id + 1] = j, edge[3 * id + 2] = tw[slot] < 0 ? 1 : 0;
-        edge_id[slot] = id;
-        if (tw[slot] >= 0) edge_id[tw[slot]] = id;
-        return true;
+        const int across = L.twin(slot);
+        edge[3 * id] = i, edge[3 * id + 1] = j, edge[3 * id + 2] = across < 0 ? 1 : 0;
+        if (across >= 0 && placed[across / W] < 0) {
+            if (late >= 0) return false;
+            late = slot, late_id = id;
+            return true;
+        }
+        return mark(slot, id, across) && (across < 0 || mark(across, id, slot));
     };
     for (int i = 0; i < n; ++i) {
         const int first = start[i];
         if (first < 0) continue;
-        // Counter-clockwise from the start: edges to higher nodes, triangles whose lowest
-        // vertex is i, and on the hull the closing edge.
-        int t = first / 3, r = first % 3;
+        // Counter-clockwise from the start: triangles whose lowest vertex is i (placed as
+        // met, so that every side listed here has its triangles placed, the walk's last
+        // triangle excepted), edges to higher nodes, and on the hull the closing edge.
+        int t = first / W, r = first % W;
+        int late = -1, late_id = -1;
         for (int guard = 0; guard <= tc; ++guard) {
-            const int b = v[3 * t + nxt(r)], c = v[3 * t + prv(r)];
-            if (b > i && !list_edge(i, b, 3 * t + r)) return false;
+            const int b = L.vert(W * t + nxt(r)), c = L.vert(W * t + prv(r));
             if (i < b && i < c) {
                 const int k = tri_next[i]++;
-                if (k >= tc) return false;
-                new_index[t] = k;
-                rotation[t] = static_cast<unsigned char>(r);
+                if (k >= tc || placed[t] >= 0) return false;
+                placed[t] = 4 * k + r;
+                tri[6 * k] = i, tri[6 * k + 1] = b, tri[6 * k + 2] = c;
             }
-            const int f = tw[3 * t + prv(r)];  // (c, i) seen from the counter-clockwise side
+            if (b > i && !list_edge(i, b, W * t + r, late, late_id)) return false;
+            const int f = L.twin(W * t + prv(r));  // (c, i) seen from the counter-clockwise side
             if (f < 0) {
-                if (c > i && !list_edge(i, c, 3 * t + prv(r))) return false;
+                if (c > i && !list_edge(i, c, W * t + prv(r), late, late_id)) return false;
                 break;
             }
-            t = f / 3, r = f % 3;
-            if (3 * t + r == first) break;
-            if (v[3 * t + r] != i) return false;
+            t = f / W, r = f % W;
+            if (W * t + r == first) break;
+            if (r > 2 || L.vert(W * t + r) != i) return false;
         }
+        if (late >= 0 && !(mark(late, late_id, L.twin(late)) && mark(L.twin(late), late_id, late)))
+            return false;
     }
-    for (int t = 0; t < tc; ++t) {
-        const int k = new_index[t], r = rotation[t];
-        if (k < 0) return false;
-        for (int s = 0; s < 3; ++s) {
-            const int slot = 3 * t + (r + s) % 3;
-            if (edge_id[slot] < 0) return false;
-            tri[6 * k + s] = v[slot];
-            tri[6 * k + 3 + s] = edge_id[slot];
-            neighbor[3 * k + s] = tw[slot] < 0 ? -1 : new_index[tw[slot] / 3];
-        }
-    }
+    if (incidences != 3LL * tc) return false;
+    for (int k = 0; k < tc; ++k)
+        if (placed[k] < 0) return false;
     std::vector<int> boundary;
-    if (!m.hull_next.empty() && m.hull_next[0] >= 0) {
+    if (!hull_next.empty() && hull_next[0] >= 0) {
         int u = 0;
         do {
             boundary.push_back(u);
-            u = m.hull_next[u];
+            u = hull_next[u];
         } while (u != 0 && u >= 0 && static_cast<int>(boundary.size()) <= n);
     }
     out->boundary = copy_array(boundary);
     out->boundaryCount = static_cast<int>(boundary.size());
     return true;
+}
+
+bool fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
+    const int tc = m.triangles();
+    if (!m.blocks.empty())
+        return fill_record_from(out, nodes, BlockLayout{m.blocks.data()}, tc, m.hull_next);
+    if (m.twin.size() != m.v.size()) return false;
+    return fill_record_from(out, nodes, SlotLayout{m.v.data(), m.twin.data()}, tc, m.hull_next);
 }
 
 // Hole rings around the triangles that touch a missing z (see the public header).

@@ -77,6 +77,52 @@ TEST(XyzDuplicates, LargeSetAllFormsMatchNumpy) {
     }
 }
 
+// Points given row by row (each x-cluster already in (y, x) order, the merging's shortcut)
+// and the same points shuffled (sorted by the merging) give the same survivors; small
+// integer values, so that the order in which a group combines them cannot matter. Rows
+// with pairs, with a triple of equal points, and with -0.0 beside 0.0; past the size where
+// the x order comes from the (stable) radix sort, so that the rows stay in order.
+TEST(XyzDuplicates, OrderedRowsMergeLikeShuffled) {
+    struct Case {
+        const char* what;
+        int copies;        // equal points per lattice point
+        bool signed_zero;  // the first copy of y = 0 given as -0.0
+    };
+    const Case cases[] = {{"pairs", 2, false}, {"triples", 3, false}, {"signed zero", 2, true}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Vec x0, y0, z0;
+        for (int i = 0; i < 1200; ++i)
+            for (int k = 0; k < c.copies; ++k) {
+                x0.push_back(i % 6);
+                const double yv = i / 6;
+                y0.push_back(c.signed_zero && yv == 0.0 && k == 0 ? -0.0 : yv);
+                z0.push_back(static_cast<double>((7 * i + 3 * k) % 17));
+            }
+        const int n = static_cast<int>(x0.size());
+        std::vector<int> perm(static_cast<std::size_t>(n));
+        std::iota(perm.begin(), perm.end(), 0);
+        std::shuffle(perm.begin(), perm.end(), std::mt19937(5));
+        for (int method = 0; method <= 4; ++method) {
+            SCOPED_TRACE(method);
+            Vec x = x0, y = y0, z = z0, sx(n), sy(n), sz(n);
+            for (int i = 0; i < n; ++i)
+                sx[i] = x0[perm[i]], sy[i] = y0[perm[i]], sz[i] = z0[perm[i]];
+            const int m = zemath_xyz_remove_duplicates(n, x.data(), y.data(), z.data(), method,
+                                                       1e-8, 1e-8, 1);
+            ASSERT_EQ(m, 1200);
+            ASSERT_EQ(zemath_xyz_remove_duplicates(n, sx.data(), sy.data(), sz.data(), method, 1e-8,
+                                                   1e-8, 1),
+                      m);
+            for (int g = 0; g < m; ++g) {
+                EXPECT_EQ(x[g], sx[g]);
+                EXPECT_EQ(y[g], sy[g]);
+                EXPECT_EQ(z[g], sz[g]);
+            }
+        }
+    }
+}
+
 TEST(XyzDuplicates, MissingValuesAndMethodFive) {
     // Two groups: (0,0) with z {1, NANUM, 3}, (1,0) with only NANUM.
     const Vec x0{0, 1, 0, 0}, y0{0, 0, 0, 0}, z0{1, NANUM, NANUM, 3};
