@@ -1,6 +1,7 @@
 // Allocation-failure injection: this test program replaces the global allocation
 // functions, which the library's containers (NRVec, NRMat), its platform layer and the
-// standard containers all go through, with ones that fail at a chosen allocation. Every
+// standard containers all go through, with ones that fail at a chosen allocation (and, by
+// wrapping malloc at link time, the storage of Eigen's dynamic matrices). Every
 // export of the public headers is first called with ordinary arguments while counting
 // its allocations; then, for each k up to that count, called again with the k-th
 // allocation failing. The call must either recover (return what the uninjected call
@@ -30,14 +31,16 @@ Injection injection;
 struct Tracking {
     bool on = false;
     int aligned = 0;
+    int from_malloc = 0;  // through the wrapped malloc family (Eigen's storage)
     int live = 0;
     void* blocks[256] = {};
 };
 Tracking tracking;
 
-void track(void* block, std::size_t alignment) noexcept {
+void track(void* block, std::size_t alignment, bool from_malloc = false) noexcept {
     if (!tracking.on || block == nullptr) return;
     if (alignment > alignof(std::max_align_t)) ++tracking.aligned;
+    if (from_malloc) ++tracking.from_malloc;
     if (tracking.live < 256) tracking.blocks[tracking.live++] = block;
 }
 
@@ -46,12 +49,58 @@ void untrack(void* block) noexcept {
         if (tracking.blocks[i] == block) tracking.blocks[i] = tracking.blocks[--tracking.live];
 }
 
+// True when this allocation is the one to fail; counts it while armed.
+bool fails_now() noexcept {
+    return injection.armed && ++injection.count == injection.fail_at;
+}
+
+}  // namespace
+
+// Eigen's dynamic matrices take their storage from malloc, not from the allocation
+// functions below. This program is linked with the library's objects and with
+// --wrap=malloc,calloc,realloc,free (tests/CMakeLists.txt), so that every such call of the
+// library comes here and takes its turn in the same count; the real functions are
+// reached as __real_*. The C++ runtime, FFTW and qhull are shared libraries: their own
+// malloc calls are not wrapped (the C++ runtime's go through operator new below).
+extern "C" {
+void* __real_malloc(std::size_t);
+void* __real_calloc(std::size_t, std::size_t);
+void* __real_realloc(void*, std::size_t);
+void __real_free(void*);
+
+void* __wrap_malloc(std::size_t bytes) {
+    if (fails_now()) return nullptr;
+    void* block = __real_malloc(bytes);
+    track(block, 0, true);
+    return block;
+}
+void* __wrap_calloc(std::size_t count, std::size_t bytes) {
+    if (fails_now()) return nullptr;
+    void* block = __real_calloc(count, bytes);
+    track(block, 0, true);
+    return block;
+}
+void* __wrap_realloc(void* block, std::size_t bytes) {
+    if (fails_now()) return nullptr;  // the block stays as it was, as realloc's failure leaves it
+    untrack(block);
+    void* moved = __real_realloc(block, bytes);
+    track(moved ? moved : block, 0, true);
+    return moved;
+}
+void __wrap_free(void* block) {
+    untrack(block);
+    __real_free(block);
+}
+}
+
+namespace {
+
 void* allocate(std::size_t bytes, std::size_t alignment) noexcept {
-    if (injection.armed && ++injection.count == injection.fail_at) return nullptr;
+    if (fails_now()) return nullptr;
     if (bytes == 0) bytes = 1;
     void* block = nullptr;
     if (alignment <= alignof(std::max_align_t))
-        block = std::malloc(bytes);
+        block = __real_malloc(bytes);
     else if (posix_memalign(&block, alignment, bytes) != 0)
         block = nullptr;
     track(block, alignment);
@@ -60,7 +109,7 @@ void* allocate(std::size_t bytes, std::size_t alignment) noexcept {
 
 void release_block(void* block) noexcept {
     untrack(block);
-    std::free(block);
+    __real_free(block);
 }
 
 void* allocate_or_throw(std::size_t bytes, std::size_t alignment) {
@@ -846,6 +895,32 @@ TEST(AllocationFailure, FftBuffersComeFromTheCountedAllocator) {
     EXPECT_EQ(status, 0);
     EXPECT_GE(tracking.aligned, 3);
     EXPECT_EQ(tracking.live, 1);
+}
+
+// Eigen's dynamic matrices reach the count through the wrapped malloc (else no injection
+// could fail them, and the guards' bad_alloc path would go untested), and are released
+// within the call.
+TEST(AllocationFailure, EigenStorageComesThroughTheCount) {
+    std::vector<double> x(40), y(40), coef(4), smooth(40);
+    for (size_t i = 0; i < x.size(); ++i) {
+        x[i] = 0.1 * static_cast<double>(i);
+        y[i] = std::cos(x[i]);
+    }
+    const std::pair<const char*, std::function<int()>> calls[] = {
+        {"polynomial fit",
+         [&] { return zemath_polynomial_fit(x.data(), y.data(), 40, 3, coef.data()); }},
+        {"Savitzky-Golay smoothing",
+         [&] { return zemath_savitsky_golay(y.data(), smooth.data(), 40, 4, 4, 2, 0, 0); }},
+    };
+    for (const auto& [what, call] : calls) {
+        tracking = Tracking{};
+        tracking.on = true;
+        const int status = call();
+        tracking.on = false;
+        EXPECT_EQ(status, 0) << what;
+        EXPECT_GE(tracking.from_malloc, 1) << what << ": Eigen's storage was not counted";
+        EXPECT_EQ(tracking.live, 0) << what << ": a block outlived the call";
+    }
 }
 
 }  // namespace
