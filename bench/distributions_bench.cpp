@@ -32,6 +32,8 @@
 
 #include "zemath/distributions.h"
 
+#include "peer_ratio_reporter.hpp"
+
 namespace {
 
 constexpr size_t kArgs = 1024;  // argument sets cycled through, a power of two
@@ -199,36 +201,6 @@ void dump(const char* path) {
     std::fclose(out);
 }
 
-// Collects the per-call CPU times (the machine may be shared) so that the ratios can be printed
-// after the usual output.
-class RatioReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& r : runs) times_[r.benchmark_name()] = r.GetAdjustedCPUTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-    void Finalize() override {
-        ConsoleReporter::Finalize();
-        std::printf("\n%-10s %10s %10s %10s %10s %8s\n", "function", "zemath ns", "boost ns",
-                    "boost-d ns", "gsl ns", "ratio");
-        for (const Call& c : kCalls) {
-            const std::string base = std::string("BM_") + c.name;
-            auto time = [&](const char* peer) {
-                const auto it = times_.find(base + peer);
-                return it == times_.end() ? std::numeric_limits<double>::quiet_NaN() : it->second;
-            };
-            const double ours = time("_zemath"), boostd = time("_boostd"), gsl = time("_gsl");
-            if (std::isnan(ours)) continue;
-            const double best = std::isnan(gsl) ? boostd : std::fmin(boostd, gsl);
-            std::printf("%-10s %10.1f %10.1f %10.1f %10.1f %8.2f\n", c.name, ours, time("_boost"),
-                        boostd, gsl, ours / best);
-        }
-    }
-
-  private:
-    std::map<std::string, double> times_;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -244,7 +216,9 @@ int main(int argc, char** argv) {
     register_all();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    RatioReporter reporter;
+    zemath_bench::PeerRatioReporter reporter(
+        zemath_bench::call_names(kCalls), "BM_",
+        {zemath_bench::kBoostLongDouble, zemath_bench::kBoostDouble, zemath_bench::kGsl}, 10);
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     return 0;

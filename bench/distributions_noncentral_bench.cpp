@@ -26,6 +26,8 @@
 
 #include "zemath/distributions.h"
 
+#include "peer_ratio_reporter.hpp"
+
 namespace {
 
 constexpr size_t kArgs = 1024;  // argument sets cycled through, a power of two
@@ -134,33 +136,6 @@ void dump(const char* path) {
     std::fclose(out);
 }
 
-class RatioReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& r : runs) times_[r.benchmark_name()] = r.GetAdjustedCPUTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-    void Finalize() override {
-        ConsoleReporter::Finalize();
-        std::printf("\n%-10s %10s %10s %10s %8s\n", "function", "zemath ns", "boost ns",
-                    "boost-d ns", "ratio");
-        for (const Call& c : kCalls) {
-            const std::string base = std::string("BM_") + c.name;
-            auto time = [&](const char* peer) {
-                const auto it = times_.find(base + peer);
-                return it == times_.end() ? std::numeric_limits<double>::quiet_NaN() : it->second;
-            };
-            const double ours = time("_zemath");
-            if (std::isnan(ours)) continue;
-            std::printf("%-10s %10.1f %10.1f %10.1f %8.2f\n", c.name, ours, time("_boost"),
-                        time("_boostd"), ours / time("_boostd"));
-        }
-    }
-
-  private:
-    std::map<std::string, double> times_;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -178,7 +153,9 @@ int main(int argc, char** argv) {
     }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    RatioReporter reporter;
+    zemath_bench::PeerRatioReporter reporter(
+        zemath_bench::call_names(kCalls), "BM_",
+        {zemath_bench::kBoostLongDouble, zemath_bench::kBoostDouble}, 10);
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     return 0;

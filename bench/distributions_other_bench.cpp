@@ -36,6 +36,8 @@
 
 #include "zemath/distributions.h"
 
+#include "peer_ratio_reporter.hpp"
+
 namespace {
 
 namespace bm = boost::math;
@@ -307,36 +309,6 @@ void BM_lambertW_offset(benchmark::State& state) {
     }
 }
 
-// Collects the per-call CPU times (the machine may be shared) so that the ratios can be printed
-// after the usual output.
-class RatioReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& r : runs) times_[r.benchmark_name()] = r.GetAdjustedCPUTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-    void Finalize() override {
-        ConsoleReporter::Finalize();
-        std::printf("\n%-15s %10s %10s %10s %10s %8s\n", "function", "zemath ns", "boost ns",
-                    "boost-d ns", "gsl ns", "ratio");
-        for (const Call& c : kCalls) {
-            const std::string base = std::string("BM_") + c.name;
-            auto time = [&](const char* peer) {
-                const auto it = times_.find(base + peer);
-                return it == times_.end() ? std::numeric_limits<double>::quiet_NaN() : it->second;
-            };
-            const double ours = time("_zemath"), boostd = time("_boostd"), gsl = time("_gsl");
-            if (std::isnan(ours)) continue;
-            const double best = std::isnan(gsl) ? boostd : std::fmin(boostd, gsl);
-            std::printf("%-15s %10.1f %10.1f %10.1f %10.1f %8.2f\n", c.name, ours, time("_boost"),
-                        boostd, gsl, ours / best);
-        }
-    }
-
-  private:
-    std::map<std::string, double> times_;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -366,7 +338,9 @@ int main(int argc, char** argv) {
     benchmark::RegisterBenchmark("BM_lambertW_offset", BM_lambertW_offset);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    RatioReporter reporter;
+    zemath_bench::PeerRatioReporter reporter(
+        zemath_bench::call_names(kCalls), "BM_",
+        {zemath_bench::kBoostLongDouble, zemath_bench::kBoostDouble, zemath_bench::kGsl}, 15);
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     return 0;
