@@ -234,7 +234,10 @@ ZEMATH_API int zemath_us_find_natural_axes(const unsigned short* image, int nRow
     const double mean = 0.5 * (mxx + myy), half_gap = std::hypot(0.5 * (mxx - myy), mxy);
     *centre_x = cx;
     *centre_y = cy;
-    *angle = 0.5 * std::atan2(2.0 * mxy, mxx - myy) / kDegree;
+    // atan2 gives -180 degrees for a covariance that rounds to a tiny negative value beside a
+    // taller than wide spread; the axis is the same at +90, the end of the documented range.
+    const double degrees = 0.5 * std::atan2(2.0 * mxy, mxx - myy) / kDegree;
+    *angle = degrees <= -90.0 ? degrees + 180.0 : degrees;
     *major = std::sqrt(mean + half_gap);
     *minor = std::sqrt(std::max(0.0, mean - half_gap));
     return ZEMATH_OK;

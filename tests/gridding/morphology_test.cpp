@@ -133,6 +133,14 @@ TEST(Morphology, NaturalAxesMatchNumpyMoments) {
     EXPECT_NEAR(angle, 0.0, 1e-12);
     EXPECT_NEAR(major * major, (81.0 - 1) / 12, 1e-13);
     EXPECT_NEAR(minor * minor, (25.0 - 1) / 12, 1e-13);
+    // Taller than wide, covariance exactly 0 (it rounds to a tiny negative value: the angle
+    // once came out as -90, outside (-90, 90]). By hand: weights 12, centre (1/4, 1/3),
+    // variances 3/16 across and 7/18 down.
+    const unsigned short tall[6] = {7, 2, 1, 1, 1, 0};
+    ASSERT_EQ(zemath_us_find_natural_axes(tall, 3, 2, 0, &cx, &cy, &angle, &major, &minor), 0);
+    EXPECT_NEAR(angle, 90.0, 1e-9);
+    EXPECT_NEAR(major * major, 7.0 / 18, 1e-14);
+    EXPECT_NEAR(minor * minor, 3.0 / 16, 1e-14);
 }
 
 TEST(Morphology, Refusals) {
