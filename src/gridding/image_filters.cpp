@@ -3,6 +3,7 @@
 #include "gridding/image_filters.hpp"
 
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -23,6 +24,9 @@
 
 namespace zemath {
 namespace {
+
+// Cleared by allow_vector_lanes(false): the vector paths then take their plain-lane code.
+std::atomic<bool> vector_lanes_allowed{true};
 
 // Counts of 16-bit values in a four-level radix-16 tree: level L holds the counts of
 // the values' top 4 (L + 1) bits, so a rank is found by four scans of 16 counters.
@@ -530,6 +534,7 @@ __attribute__((target("avx2"))) void network_rows_avx2(
 }
 
 bool processor_has_avx2_lanes() {
+    if (!vector_lanes_allowed.load(std::memory_order_relaxed)) return false;
     __builtin_cpu_init();
     return __builtin_cpu_supports("avx2");
 }
@@ -1141,6 +1146,10 @@ bool filter_rectangle_rank(std::uint16_t* image, const std::uint16_t* copy, int 
 }
 
 }  // namespace
+
+void allow_vector_lanes(bool allowed) noexcept {
+    vector_lanes_allowed.store(allowed, std::memory_order_relaxed);
+}
 
 int run_image_filter(std::uint16_t* image, int n_rows, int n_cols, FilterKind kind, double percent,
                      int width, int height, int shape, double threshold_percent,

@@ -227,6 +227,12 @@ inline constexpr int kRowHistogramMaxHeight[4] = {12, 12, 20, 32};
 inline constexpr std::size_t kColumnHistogramBytes = std::size_t{8} << 20;
 inline constexpr std::size_t kColumnHistogramMaxBytes = std::size_t{64} << 20;
 
+// Whether the vector paths may use the processor's 256-bit lanes where it has them (the
+// default). With false they run their plain-lane code, the code a processor without AVX2
+// runs, so that tests can set it against the operator on any machine. Process-wide; for
+// tests and benchmarks.
+void allow_vector_lanes(bool allowed) noexcept;
+
 // Runs the filter in place. Returns 0, or -1 when the window has a negative cell count
 // (unknown shape) or a histogram path is forced on a shape it does not handle.
 int run_image_filter(std::uint16_t* image, int n_rows, int n_cols, FilterKind kind, double percent,

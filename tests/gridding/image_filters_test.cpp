@@ -169,7 +169,7 @@ TEST(ImageFilters, HistogramPathsMatchTheOperator) {
 // jumping between them), a smooth ramp with noise, and values only in the lowest and
 // highest buckets (the band against either end of the range). Columns taller than 64
 // rows of crowded values bring more band values per 64 rows than are taken at once.
-TEST(ImageFilters, CoarseFineGivesEveryRankOfTheOperator) {
+void expect_coarse_fine_gives_every_rank() {
     struct Setting {
         int width, height, kind, rows;
     };
@@ -284,7 +284,7 @@ TEST(ImageFilters, CoarseFineCarriesBandValuesDownTheImage) {
 // The selection network is pruned to the one output position wanted: every rank of each
 // window shape it takes (thin windows too), with ties and both threshold signs, against
 // the operator on an image whose interior spans several blocks of lanes.
-TEST(ImageFilters, NetworkGivesEveryRankOfTheOperator) {
+void expect_network_gives_every_rank() {
     struct Shape {
         int width, height;
         unsigned span;
@@ -321,6 +321,24 @@ TEST(ImageFilters, NetworkGivesEveryRankOfTheOperator) {
                                        << percent << "%, threshold " << shape.threshold;
         }
     }
+}
+
+TEST(ImageFilters, CoarseFineGivesEveryRankOfTheOperator) {
+    expect_coarse_fine_gives_every_rank();
+}
+
+TEST(ImageFilters, NetworkGivesEveryRankOfTheOperator) {
+    expect_network_gives_every_rank();
+}
+
+// The same with the 256-bit lanes turned off: the code a processor without AVX2 runs.
+TEST(ImageFilters, PlainLanesGiveEveryRankOfTheOperator) {
+    struct LanesOff {
+        LanesOff() { zemath::allow_vector_lanes(false); }
+        ~LanesOff() { zemath::allow_vector_lanes(true); }
+    } lanes_off;
+    expect_coarse_fine_gives_every_rank();
+    expect_network_gives_every_rank();
 }
 
 TEST(ImageFilters, RefusalsLeaveTheImageUntouched) {
