@@ -11,7 +11,8 @@ namespace zemath::numeric {
 double ln_combinations(int n, int k);
 
 // x ln(x / m) + m - x with m = m + m_low (m_low: the rounding error of a product), the
-// deviance term of the binomial and Poisson laws, as a two-part value.
+// deviance term of the binomial and Poisson laws, as a two-part value; 0 <= x, m normal,
+// x / m and m below 1e290. Within 3e-18 relative.
 TwoPart deviance_term(double x, double m, double m_low);
 
 // C(nt, x) p^x (1-p)^(nt-x) for 0 <= x <= nt, 0 <= p <= 1.
