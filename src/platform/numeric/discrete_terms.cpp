@@ -24,7 +24,6 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <numeric>
 #include <numbers>
 
 #include "platform/numeric/stirling.hpp"
@@ -58,20 +57,26 @@ constexpr int kBinomialLiteralLimit = 64;
 constexpr int kPoissonLogForm = 100;  // x >= 100: the logarithmic form
 constexpr double kExpRange = 700.0;   // e^700 and e^-700 are comfortably representable
 
-// C(n, k) for n below 64, exact in 64-bit integers (each step C(n-k+i, i) =
-// C(n-k+i-1, i-1) (n-k+i) / i divides out the common factor first, so no step exceeds the
-// result), returned as the double nearest it and the remainder.
-Pair combinations_two_part(int n, int k) {
-    k = std::min(k, n - k);
-    std::uint64_t c = 1;
-    for (int i = 1; i <= k; ++i) {
-        const std::uint64_t factor = static_cast<std::uint64_t>(n - k + i);
-        const std::uint64_t divisor = static_cast<std::uint64_t>(i);
-        const std::uint64_t g = std::gcd(c, divisor);
-        c = (c / g) * (factor / (divisor / g));
+// C(n, k) for n below 64 by Pascal's rule, exact in 64-bit integers (C(63, 31) < 2^60), one
+// row after another in a triangle: row n starts at n (n + 1) / 2. Built at compile time;
+// the loop with a gcd per factor it replaces cost more than the rest of the density.
+constexpr int kPascalRows = 64;
+constexpr std::array<std::uint64_t, kPascalRows*(kPascalRows + 1) / 2> make_pascal() {
+    std::array<std::uint64_t, kPascalRows*(kPascalRows + 1) / 2> t{};
+    for (int n = 0; n < kPascalRows; ++n) {
+        const int row = n * (n + 1) / 2, above = (n - 1) * n / 2;
+        t[row] = t[row + n] = 1;
+        for (int k = 1; k < n; ++k) t[row + k] = t[above + k - 1] + t[above + k];
     }
+    return t;
+}
+constexpr auto kPascal = make_pascal();
+
+// C(n, k), n < 64, as the double nearest it and the remainder (exact: c < 2^60, so c - hi is
+// below 2^7 and a double).
+Pair combinations_two_part(int n, int k) {
+    const std::uint64_t c = kPascal[static_cast<std::size_t>(n * (n + 1) / 2 + k)];
     const double hi = static_cast<double>(c);
-    // c < C(63, 31) < 2^60: hi is within half an ulp of c, c - hi is exact as a double.
     const std::int64_t rest = static_cast<std::int64_t>(c) - static_cast<std::int64_t>(hi);
     return {hi, static_cast<double>(rest)};
 }
@@ -79,13 +84,25 @@ Pair combinations_two_part(int n, int k) {
 // a * b exactly (barring underflow of the low part), by Dekker's product of Veltkamp halves:
 // plain operations, where std::fma is a library call on the baseline target. |a|, |b| below
 // 2^995 (the split multiplies by 2^27 + 1).
-Pair exact_product(double a, double b) {
+// Veltkamp's split of a into 26 and 27 significant bits, a = hi + lo exactly.
+struct Halves {
+    double hi, lo;
+};
+Halves halves(double a) {
     constexpr double kSplit = 134217729.0;  // 2^27 + 1
+    const double c = kSplit * a;
+    const double hi = c - (c - a);
+    return {hi, a - hi};
+}
+
+// a * b from the halves of both (formed once where a factor recurs).
+Pair product_of_halves(double a, Halves ha, double b, Halves hb) {
     const double p = a * b;
-    const double ca = kSplit * a, cb = kSplit * b;
-    const double a_hi = ca - (ca - a), b_hi = cb - (cb - b);
-    const double a_lo = a - a_hi, b_lo = b - b_hi;
-    return {p, ((a_hi * b_hi - p) + a_hi * b_lo + a_lo * b_hi) + a_lo * b_lo};
+    return {p, ((ha.hi * hb.hi - p) + ha.hi * hb.lo + ha.lo * hb.hi) + ha.lo * hb.lo};
+}
+
+Pair exact_product(double a, double b) {
+    return product_of_halves(a, halves(a), b, halves(b));
 }
 
 // (a.hi + a.lo) * b for an exact double b, to twice the precision.
@@ -107,23 +124,24 @@ Pair log_relative(double r, double rel) {
     int exponent = biased - 1022;
     double fraction = std::bit_cast<double>((bits & 0x000fffffffffffffULL) | (1022ULL << 52));
     if (biased == 0 || biased == 0x7ff) fraction = std::frexp(r, &exponent);
-    if (fraction < 0.75) {
-        fraction *= 2.0;
-        --exponent;
-    }
+    // f below 3/4 doubled, without a branch: x/m falls on either side of 1 at random.
+    const bool doubled = fraction < 0.75;
+    fraction *= doubled ? 2.0 : 1.0;
+    exponent -= doubled ? 1 : 0;
     const double u = fraction - 1.0;  // exact
     const Pair den = two_sum(2.0, u);
     // s from one reciprocal, its error left to s_low (from the exact remainder): the
     // divisions are most of the latency here.
     const double inverse = 1.0 / den.hi;
     const double s = u * inverse;
-    const Pair sd = exact_product(s, den.hi);
+    const Halves s_halves = halves(s);
+    const Pair sd = product_of_halves(s, s_halves, den.hi, halves(den.hi));
     const double s_low = ((u - sd.hi) - sd.lo - s * den.lo) * inverse;
     // 2s^3/3 in two parts (s^2 exact, s_low's share 3 s^2 s_low kept): the rest,
     // 2 s^5 (1/5 + s^2/7 + ... + s^24/29), is below 1.3e-4 and its rounding under 4e-20.
-    const Pair sq = exact_product(s, s);
+    const Pair sq = product_of_halves(s, s_halves, s, s_halves);
     const double s2 = sq.hi;
-    const Pair cube_hi = exact_product(s, s2);
+    const Pair cube_hi = product_of_halves(s, s_halves, s2, halves(s2));
     const double cube_lo = cube_hi.lo + s * sq.lo + 3.0 * s2 * s_low;
     const double twice = 2.0 * cube_hi.hi;  // exact
     constexpr double kOneThird = 1.0 / 3.0;
@@ -138,14 +156,15 @@ Pair log_relative(double r, double rel) {
                  p4 = c9 + c10 * s2, p5 = c11 + c12 * s2;
     const double q0 = p0 + p1 * s4, q1 = p2 + p3 * s4, q2 = p4 + p5 * s4;
     const double series = (q0 + q1 * s8) + (q2 + c13 * s8) * (s8 * s8);
-    constexpr double kLn2Hi = 0.6931471805599453;      // ln 2 rounded to double
-    constexpr double kLn2Lo = 2.3190468138462996e-17;  // ln 2 - kLn2Hi
+    // ln 2 in Cody and Waite's two parts: the leading one has 33 significant bits, so e
+    // times it is exact (|e| < 2^11); e times the second is below 2.1e-7, its rounding 2e-23.
+    constexpr double kLn2Hi = 6.93147180369123816490e-01;  // 0x3fe62e42fee00000
+    constexpr double kLn2Lo = 1.90821492927058770002e-10;  // ln 2 - kLn2Hi, to 2e-26
     const double e = static_cast<double>(exponent);
-    const Pair scaled = exact_product(e, kLn2Hi);
-    const Pair lead = two_sum(scaled.hi, 2.0 * s);
+    const Pair lead = two_sum(e * kLn2Hi, 2.0 * s);
     const Pair lead3 = two_sum(lead.hi, third);
-    const double rest = scaled.lo + e * kLn2Lo + 2.0 * s_low + third_lo + twice * s2 * series +
-                        rel + lead.lo + lead3.lo;
+    const double rest =
+        e * kLn2Lo + 2.0 * s_low + third_lo + twice * s2 * series + rel + lead.lo + lead3.lo;
     return quick_two_sum(lead3.hi, rest);
 }
 
