@@ -111,32 +111,21 @@ Pair scale(Pair a, double b) {
     return quick_two_sum(p.hi, p.lo + a.lo * b);
 }
 
-// ln(r (1 + rel)) for r > 0 normal, |rel| below a few ulps, in two parts: r = 2^e f with f
-// in [3/4, 3/2), ln f = 2 atanh(s), s = (f - 1)/(f + 1), |s| <= 1/5, f - 1 exact. The leading
-// 2s and 2s^3/3 are carried in two parts, 2 s^5 (1/5 + s^2/7 + ... + s^24/29) in double: the
-// low parts summed in double are below 1.3e-4, so their rounding stays under 1.2e-19
-// absolute (and under 1e-15 s^5 relative where e = 0); the truncation is below 1e-20 |s|^5.
-// Then e ln 2 from a two-part ln 2, and rel. The method of numeric::log_two_part, with the
-// low part relative, the remainders by exact_product, and one more term in two parts.
-Pair log_relative(double r, double rel) {
-    const std::uint64_t bits = std::bit_cast<std::uint64_t>(r);
-    const int biased = static_cast<int>(bits >> 52 & 0x7ff);
-    int exponent = biased - 1022;
-    double fraction = std::bit_cast<double>((bits & 0x000fffffffffffffULL) | (1022ULL << 52));
-    if (biased == 0 || biased == 0x7ff) fraction = std::frexp(r, &exponent);
-    // f below 3/4 doubled, without a branch: x/m falls on either side of 1 at random.
-    const bool doubled = fraction < 0.75;
-    fraction *= doubled ? 2.0 : 1.0;
-    exponent -= doubled ? 1 : 0;
-    const double u = fraction - 1.0;  // exact
-    const Pair den = two_sum(2.0, u);
+// e ln 2 + ln((1 + s)/(1 - s)) + extra, s = num/den with |s| <= 1/5 (num and den in two
+// parts, den > 0 normal), |extra| below 1e-15, in two unnormalised parts. ln((1+s)/(1-s)) =
+// 2 atanh(s) = 2s + 2s^3/3 + 2 s^5 (1/5 + s^2/7 + ... + s^24/29): 2s and 2s^3/3 are carried in
+// two parts, the rest in double; the low parts summed in double are below 1.3e-4, so their
+// rounding stays under 1.2e-19 absolute (and under 1e-15 s^4 of the value where e = 0); the
+// truncation is below 1e-20 |s|^5. e ln 2 from Cody and Waite's two-part ln 2. The method of
+// numeric::log_two_part, with the remainders by exact_product and one more term in two parts.
+[[gnu::always_inline]] inline Pair log_atanh(Pair num, Pair den, double e, double extra) {
     // s from one reciprocal, its error left to s_low (from the exact remainder): the
     // divisions are most of the latency here.
     const double inverse = 1.0 / den.hi;
-    const double s = u * inverse;
+    const double s = num.hi * inverse;
     const Halves s_halves = halves(s);
     const Pair sd = product_of_halves(s, s_halves, den.hi, halves(den.hi));
-    const double s_low = ((u - sd.hi) - sd.lo - s * den.lo) * inverse;
+    const double s_low = ((num.hi - sd.hi) - sd.lo + num.lo - s * den.lo) * inverse;
     // 2s^3/3 in two parts (s^2 exact, s_low's share 3 s^2 s_low kept): the rest,
     // 2 s^5 (1/5 + s^2/7 + ... + s^24/29), is below 1.3e-4 and its rounding under 4e-20.
     const Pair sq = product_of_halves(s, s_halves, s, s_halves);
@@ -160,17 +149,63 @@ Pair log_relative(double r, double rel) {
     // times it is exact (|e| < 2^11); e times the second is below 2.1e-7, its rounding 2e-23.
     constexpr double kLn2Hi = 6.93147180369123816490e-01;  // 0x3fe62e42fee00000
     constexpr double kLn2Lo = 1.90821492927058770002e-10;  // ln 2 - kLn2Hi, to 2e-26
-    const double e = static_cast<double>(exponent);
     const Pair lead = two_sum(e * kLn2Hi, 2.0 * s);
     const Pair lead3 = two_sum(lead.hi, third);
     const double rest =
-        e * kLn2Lo + 2.0 * s_low + third_lo + twice * s2 * series + rel + lead.lo + lead3.lo;
-    return quick_two_sum(lead3.hi, rest);
+        e * kLn2Lo + 2.0 * s_low + third_lo + twice * s2 * series + extra + lead.lo + lead3.lo;
+    // Left unnormalised (rest may exceed an ulp of lead3.hi): the callers multiply by a
+    // count x, where rest's rounding costs 2^-53 x |rest|, inside the bounds above.
+    return {lead3.hi, rest};
 }
 
-}  // namespace
+// The binary exponent of a normal positive double, and its significand in [1, 2).
+struct Binary {
+    int exponent;
+    double significand;
+};
+Binary binary(double a) {
+    const std::uint64_t bits = std::bit_cast<std::uint64_t>(a);
+    return {static_cast<int>(bits >> 52 & 0x7ff) - 1023,
+            std::bit_cast<double>((bits & 0x000fffffffffffffULL) | (1023ULL << 52))};
+}
 
-Pair deviance_term(double x, double m, double m_low) {
+// 2^e for -1022 <= e <= 1023.
+double power_of_two(int e) {
+    return std::bit_cast<double>(static_cast<std::uint64_t>(1023 + e) << 52);
+}
+
+// ln(r (1 + rel)) for r > 0 normal, |rel| below a few ulps: r = 2^e f with f in [3/4, 3/2),
+// s = (f - 1)/(f + 1) (f - 1 exact, f + 1 by two-sum).
+Pair log_relative(double r, double rel) {
+    const Binary b = binary(r);
+    // A significand of 3/2 or more halved, without a branch.
+    const bool doubled = b.significand >= 1.5;
+    const double f = b.significand * (doubled ? 0.5 : 1.0);
+    const double u = f - 1.0;  // exact
+    return log_atanh({u, 0.0}, two_sum(2.0, u), b.exponent + (doubled ? 1 : 0), rel);
+}
+
+// ln(x / (m + m_low)) for normal positive x and m with x/m between 2^-1000 and 2^1000, without
+// forming the ratio: e is chosen from the exponents and significands so that f = x / (m 2^e)
+// lies in [3/4, 3/2) (to within a rounding, which leaves |s| <= 1/5 to within 1e-16), and
+// s = (x - M)/(x + M), M = (m + m_low) 2^e exact, both formed exactly in two parts: one
+// division on the chain instead of the ratio's and s's.
+Pair log_ratio(double x, double m, double m_low) {
+    const Binary bx = binary(x), bm = binary(m);
+    // x/m's significand ratio is in (1/2, 2); e from the exponents, moved by one where it
+    // is at least 3/2 or below 3/4 (chosen without a branch: x/m falls on either side of 1).
+    const int e = bx.exponent - bm.exponent + (bx.significand >= 1.5 * bm.significand ? 1 : 0) -
+                  (bx.significand < 0.75 * bm.significand ? 1 : 0);
+    const double scale = power_of_two(e);
+    const double big = m * scale, big_low = m_low * scale;  // exact
+    Pair num = two_sum(x, -big);
+    num = quick_two_sum(num.hi, num.lo - big_low);
+    Pair den = two_sum(x, big);
+    den = quick_two_sum(den.hi, den.lo + big_low);
+    return log_atanh(num, den, e, 0.0);
+}
+
+[[gnu::always_inline]] inline Pair deviance_of(double x, double m, double m_low) {
     // x ln(x/m) + m - x, m = m + m_low: x times the two-part logarithm of the ratio, minus
     // x - m formed exactly. The ratio r = x/m is carried as r (1 + rel), rel from the exact
     // remainder x - r m. Where x is near m the two terms cancel to D ~ (x - m)^2 / (x + m),
@@ -183,11 +218,13 @@ Pair deviance_term(double x, double m, double m_low) {
     if (x == 0.0) return quick_two_sum(m, m_low);
     Pair diff = two_sum(x, -m);
     diff = quick_two_sum(diff.hi, diff.lo - m_low);
-    const double ratio = x / m;
-    const Pair back = exact_product(ratio, m);
-    const double rel = (((x - back.hi) - back.lo) - ratio * m_low) / x;
-    const Pair log_ratio = log_relative(ratio, rel);
-    return add(scale(log_ratio, x), negate(diff));
+    return add(scale(log_ratio(x, m, m_low), x), negate(diff));
+}
+
+}  // namespace
+
+Pair deviance_term(double x, double m, double m_low) {
+    return deviance_of(x, m, m_low);
 }
 
 double ln_combinations(int n, int k) {
@@ -247,7 +284,7 @@ double binomial_point(int x, int nt, double p) {
     const double np_low = exact_product(n, p).lo;
     const double nq = n * q;
     const double nq_low = exact_product(n, q).lo + n * q_low;
-    const Pair deviance = add(deviance_term(k, np, np_low), deviance_term(n - k, nq, nq_low));
+    const Pair deviance = add(deviance_of(k, np, np_low), deviance_of(n - k, nq, nq_low));
     const double stirling = stirling_error(n) - stirling_error(k) - stirling_error(n - k);
     const Pair exponent = add(negate(deviance), Pair{stirling, 0.0});
     // sqrt(n / (2 pi k (n-k))), with n - k exact.
@@ -271,7 +308,7 @@ double poisson_point(int x, double lambda) {
     constexpr double kHugeMean = 8589934592.0;  // 2^33
     if (lambda > kHugeMean) return 0.0;
     // exp(x ln lambda - lambda - ln x!) regrouped: -stirling_error(x) - deviance - ln(2 pi x)/2.
-    const Pair exponent = add(negate(deviance_term(k, lambda, 0.0)), Pair{-stirling_error(k), 0.0});
+    const Pair exponent = add(negate(deviance_of(k, lambda, 0.0)), Pair{-stirling_error(k), 0.0});
     return numeric::exp_two_part(exponent) / std::sqrt(2.0 * std::numbers::pi * k);
 }
 
