@@ -291,6 +291,12 @@ double binomial_point(int x, int nt, double p) {
     return numeric::exp_two_part(exponent) / std::sqrt(2.0 * std::numbers::pi * k * ((n - k) / n));
 }
 
+double binomial_point_at_mean(int x, int nt) {
+    const double n = nt, k = x;
+    const double stirling = stirling_error(n) - stirling_error(k) - stirling_error(n - k);
+    return std::exp(stirling) / std::sqrt(2.0 * std::numbers::pi * k * ((n - k) / n));
+}
+
 double poisson_point(int x, double lambda) {
     if (x == 0) return std::exp(-lambda);
     const double k = x;
