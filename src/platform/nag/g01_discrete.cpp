@@ -113,10 +113,9 @@ namespace {
 // The Poisson-limit regime of the binomial law (many trials, mean n p at most 50), where
 // the incomplete beta function with b near n loses up to 3e-11: both tails are summed from
 // point probabilities instead. P(X = k) is the deviance form (relatively accurate for any
-// n); the other terms follow by the exact ratios of consecutive probabilities. The upper
-// tail runs from k + 1 until a term no longer changes it; the lower one from k down to 0 (or
-// until negligible below the mean) while k lies within a few hundred terms of the mean, and
-// is 1 minus the (then tiny) upper tail beyond.
+// n); the other terms follow by the exact ratios of consecutive probabilities. The tail on
+// k's side of the mean runs from k outwards until a term no longer changes it (or to 0);
+// the other tail is 1 minus it, or summed itself where the first exceeds 1/2.
 constexpr int kSumMinCount = 1000;
 constexpr double kSumMaxMean = 50.0;
 
@@ -125,33 +124,44 @@ void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double
     // only fall, ends the sum.
     constexpr double kNegligible = 1e-17;
     constexpr int kMaxTerms = 4000;  // the tails above need under 500 at mean 50
-    const double dn = n, dk = k, q = 1.0 - p, mean = dn * p;
+    constexpr double kComplementLimit = 0.5;
+    const double dn = n, q = 1.0 - p, mean = dn * p;
     const double at_k = numeric::binomial_point(k, n, p);
-    // The lower tail summed directly needs no upper one (k within reach of the mean). A
-    // P(X = k) below the double range (p subnormal, or k far out) starts no walk: the
-    // downward ratios overflow against p and give 0 * inf.
-    const bool lower_by_sum = at_k > 0.0 && k <= mean + 40.0 * std::sqrt(mean) + 100.0;
-    double upper = 0.0;
-    if (k < n && (pgtk || !lower_by_sum)) {
+    // P(k+1 ..) from P(k), upwards: the terms climb to the mode first where k is below it.
+    const auto upper_sum = [&] {
+        double upper = 0.0;
+        if (k == n) return upper;
         double term = at_k * ((dn - k) * p / ((k + 1.0) * q));
         for (long j = k + 1L, i = 0; j <= n && i < kMaxTerms; ++j, ++i) {
             upper += term;
             if (j > mean && term < kNegligible * upper) break;
             term *= (dn - j) * p / ((j + 1.0) * q);
         }
-    }
-    double lower = 0.0;
-    if (plek && lower_by_sum) {
-        double term = at_k;
+        return upper;
+    };
+    // P(.. k) from P(k), downwards.
+    const auto lower_sum = [&] {
+        double lower = 0.0, term = at_k;
         for (int j = k; j >= 0; --j) {
             lower += term;
             if (j < mean && term < kNegligible * lower) break;
             term *= j * q / ((dn - j + 1.0) * p);
         }
-    } else if (plek) {
-        // Below the range with k under the mean, the lower tail is below it too; otherwise
-        // the upper tail is the small one.
-        lower = at_k == 0.0 && dk < mean ? 0.0 : 1.0 - upper;
+        return lower;
+    };
+    // The tail on k's side of the mean is summed; the other is 1 minus it where that tail is
+    // at most 1/2 (no digit lost), else summed itself across the mode (k then lies within a
+    // step or two of the median and the mode, and P(k) is far inside the double range). A
+    // P(X = k) below the double range (p subnormal, or k far above the mean) starts no walk
+    // down, where the ratios overflow against p and give 0 * inf: the lower tail is then 1
+    // minus the (then zero) upper one.
+    double lower = 0.0, upper = 0.0;
+    if (k < mean && at_k > 0.0) {
+        lower = lower_sum();
+        if (pgtk) upper = lower <= kComplementLimit ? 1.0 - lower : upper_sum();
+    } else {
+        upper = upper_sum();
+        if (plek) lower = upper <= kComplementLimit || at_k == 0.0 ? 1.0 - upper : lower_sum();
     }
     store(std::min(lower, 1.0), std::min(upper, 1.0), at_k, plek, pgtk, peqk);
 }
