@@ -88,7 +88,7 @@ Pair combinations_two_part(int n, int k) {
 struct Halves {
     double hi, lo;
 };
-Halves halves(double a) {
+[[gnu::always_inline]] inline Halves halves(double a) {
     constexpr double kSplit = 134217729.0;  // 2^27 + 1
     const double c = kSplit * a;
     const double hi = c - (c - a);
@@ -96,7 +96,7 @@ Halves halves(double a) {
 }
 
 // a * b from the halves of both (formed once where a factor recurs).
-Pair product_of_halves(double a, Halves ha, double b, Halves hb) {
+[[gnu::always_inline]] inline Pair product_of_halves(double a, Halves ha, double b, Halves hb) {
     const double p = a * b;
     return {p, ((ha.hi * hb.hi - p) + ha.hi * hb.lo + ha.lo * hb.hi) + ha.lo * hb.lo};
 }
@@ -106,7 +106,7 @@ Pair exact_product(double a, double b) {
 }
 
 // (a.hi + a.lo) * b for an exact double b, to twice the precision.
-Pair scale(Pair a, double b) {
+[[gnu::always_inline]] inline Pair scale(Pair a, double b) {
     const Pair p = exact_product(a.hi, b);
     return quick_two_sum(p.hi, p.lo + a.lo * b);
 }
@@ -163,7 +163,7 @@ struct Binary {
     int exponent;
     double significand;
 };
-Binary binary(double a) {
+[[gnu::always_inline]] inline Binary binary(double a) {
     const std::uint64_t bits = std::bit_cast<std::uint64_t>(a);
     return {static_cast<int>(bits >> 52 & 0x7ff) - 1023,
             std::bit_cast<double>((bits & 0x000fffffffffffffULL) | (1023ULL << 52))};
@@ -190,7 +190,7 @@ Pair log_relative(double r, double rel) {
 // lies in [3/4, 3/2) (to within a rounding, which leaves |s| <= 1/5 to within 1e-16), and
 // s = (x - M)/(x + M), M = (m + m_low) 2^e exact, both formed exactly in two parts: one
 // division on the chain instead of the ratio's and s's.
-Pair log_ratio(double x, double m, double m_low) {
+[[gnu::always_inline]] inline Pair log_ratio(double x, double m, double m_low) {
     const Binary bx = binary(x), bm = binary(m);
     // x/m's significand ratio is in (1/2, 2); e from the exponents, moved by one where it
     // is at least 3/2 or below 3/4 (chosen without a branch: x/m falls on either side of 1).
