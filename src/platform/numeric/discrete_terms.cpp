@@ -1,21 +1,33 @@
 // Point probabilities of the binomial and Poisson laws.
 //
-// Method: for small counts the defining products, term by term; for large ones the same
-// expressions regrouped after Loader (2000, "Fast and accurate computation of binomial
-// probabilities"): ln C(n, x) + x ln p + (n-x) ln(1-p) is rewritten as Stirling-error
-// terms minus the deviances x ln(x/np) + np - x and (n-x) ln((n-x)/nq) + nq - (n-x), so
-// the O(n) logarithms that cancel are never formed; the deviances are summed in two-part
-// arithmetic, so that e^E keeps a few ulps even when |E| is in the hundreds.
-//
-// The deviance x ln(x/m) + m - x is x times a two-part logarithm of x/m minus x - m formed
-// exactly (log_relative below: 2 atanh(s) with its leading terms 2s and 2s^3/3 in two
-// parts); its error is below 3e-18 D relative plus 2^-104 |x - m| absolute (see
-// deviance_term), so e^-D loses at most 3e-18 D relative to it: under 2.2e-15 wherever e^-D
-// is a normal double, under 1.2e-16 for D <= 40 (probabilities above 4e-18). Every exact
-// product is Dekker's, from Veltkamp halves (std::fma is a library call on the baseline
-// x86-64 target, and a third of the cost when it was used here); divisions are kept off
-// the chain where a reciprocal serves. Measured against mpmath
-// (tests/reference/gen_distributions_other.py): binopdf and poisspdf within 4e-16.
+// Paths, by the arguments (binomial_point, poisson_point):
+//   binomial, p = 0 or 1        exact;
+//   binomial, p < 1e-280        the plain logarithmic form (n p may leave the normal range;
+//                               the value is then below it unless x = 0);
+//   binomial, x = 0 or x = n    q^n or p^n as e^(n ln q) from a two-part logarithm: a few ulps;
+//   binomial, n < 64            C(n, x) exactly (a Pascal table) times e^(x ln p + (n-x) ln q)
+//                               from two-part logarithms: a few ulps;
+//   Poisson, x = 0              e^-lambda;
+//   Poisson, x < 100, lambda < 700 and lambda^x < e^700
+//                               lambda^x e^-lambda / x! by pow, exp and a table of x!: 3 ulps;
+//   otherwise                   Loader's form (2000, "Fast and accurate computation of
+//                               binomial probabilities"): ln C(n, x) + x ln p + (n-x) ln(1-p)
+//                               regrouped as Stirling-error terms minus the deviances
+//                               x ln(x/np) + np - x and (n-x) ln((n-x)/nq) + nq - (n-x) (for
+//                               the Poisson law Stirling's term minus x ln(x/lambda) + lambda
+//                               - x), so the O(n) logarithms that cancel are never formed, and
+//                               e to the two-part sum.
+// The deviance D = x ln(x/m) + m - x is x times a two-part logarithm of x/m minus x - m formed
+// exactly. The logarithm is e ln 2 + 2 atanh(s), s = (x - M)/(x + M), M = m 2^e exact with e
+// from the exponents (so no quotient x/m is formed and one division is on the chain), its
+// terms 2s and 2s^3/3 carried in two parts. D's error is below 3e-18 D relative plus 2^-104
+// |x - m| absolute (see deviance_of), so e^-D loses at most 3e-18 D relative to it: under
+// 2.2e-15 wherever e^-D is a normal double, under 1.2e-16 for D <= 40 (probabilities above
+// 4e-18); Stirling's terms add 1e-16 absolute at most, exp, the square root and the division
+// a few ulps. Every exact product is Dekker's, from Veltkamp halves (std::fma is a library
+// call on the baseline x86-64 target, and was a third of the cost here). Measured against
+// mpmath (tests/reference/gen_distributions_other.py, gen_distributions_discrete_paths.py):
+// binopdf within 4.4e-16, poisspdf within 3e-16.
 
 #include "platform/numeric/discrete_terms.hpp"
 
@@ -206,11 +218,11 @@ Pair log_relative(double r, double rel) {
 }
 
 [[gnu::always_inline]] inline Pair deviance_of(double x, double m, double m_low) {
-    // x ln(x/m) + m - x, m = m + m_low: x times the two-part logarithm of the ratio, minus
-    // x - m formed exactly. The ratio r = x/m is carried as r (1 + rel), rel from the exact
-    // remainder x - r m. Where x is near m the two terms cancel to D ~ (x - m)^2 / (x + m),
-    // but each is carried to 2^-104 of its size (about 2^-104 |x - m| absolute, far below
-    // an ulp of D), and the logarithm's own error there is 1e-15 s^4 of ln(x/m), s =
+    // x ln(x/m) + m - x, m = m + m_low: x times the two-part logarithm of the ratio
+    // (log_ratio), minus x - m formed exactly. Where x is near m the two terms cancel to
+    // D ~ (x - m)^2 / (x + m), but each is carried to 2^-104 of its size (about 2^-104
+    // |x - m| absolute, far below an ulp of D), and the logarithm's own error there is
+    // 1e-15 s^4 of ln(x/m), s =
     // (x - m)/(x + m): D keeps 1e-15 s^3 relative + 3e-32 |x - m|. Away from m (x/m outside
     // [3/4, 3/2)) D >= 0.045 x and the logarithm's 1.2e-19 absolute error costs D at most
     // 3e-18 relative. So D to 3e-18 relative, plus a few ulps of its low part: e^-D keeps
