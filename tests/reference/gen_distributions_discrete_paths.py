@@ -8,7 +8,7 @@ value is computed here with mpmath at 60 significant digits, independently of th
                      (n-k) / (n q) lies on either side of 3/4, 3/2 and 3 (where the
                      deviance's logarithm changes its power of two), far out (k/np = 1e-3,
                      1e3) and deep in both tails (probabilities 1e-250 .. 1e-305); n on both
-                     sides of 64.
+                     sides of 64, and tails within 1/64 of the mean at counts up to 2^31 - 1.
   binomial tails     the Poisson-limit regime (n from 1000 to 2^31 - 1, n p up to 50): both
                      tails by summing point probabilities outward from k by the exact ratio
                      of consecutive terms, each tail summed itself (no complement), with k on
@@ -96,7 +96,10 @@ def binomial_density_rows():
             cases.append((int(round(mean * 1e-3)), n, p))
             cases.append((min(n, int(round(mean * 1e3))), n, p))
     # Deep tails: the probability between 1e-250 and 1e-305 (the deviance in the hundreds).
-    for n, p in ((2000, 0.5), (100000, 0.2), (1000000, 0.01), (50000, 0.999)):
+    # With counts of 1e8 .. 2^31 - 1 such tails lie within 1/64 of the mean (s = (k - n p) /
+    # (k + n p) small), where the deviance's cube term is formed in double.
+    for n, p in ((2000, 0.5), (100000, 0.2), (1000000, 0.01), (50000, 0.999), (100000000, 0.5),
+                 (INT_MAX, 0.3), (INT_MAX, 0.9999)):
         P = mp.mpf(p)
         mean = n * p
         for target in (-575, -690, -700):
@@ -155,10 +158,10 @@ def poisson_density_rows():
             k = int(round(lam * r))
             if k <= INT_MAX:
                 cases.append((k, lam))
-    for lam in (150.0, 5000.0):
+    for lam in (150.0, 5000.0, 3.0e8, 1.9e9):
         for target in (-575, -690, -700):
             for side in (-1, 1):
-                lo, hi = (0, int(lam)) if side < 0 else (int(lam), int(lam) * 20 + 1000)
+                lo, hi = (0, int(lam)) if side < 0 else (int(lam), min(INT_MAX, int(lam) * 20 + 1000))
                 while hi - lo > 1:
                     mid = (lo + hi) // 2
                     v = mp.log(poisson_pmf(mid, lam))
