@@ -192,6 +192,8 @@ def ncbeta_lower(x, a, b, lam):
 DIRECT = {
     "binocdf": lower_upper(binomial_tails, 0),
     "binocdf_upper": lower_upper(binomial_tails, 1),
+    "binocdf_limit": lower_upper(binomial_tails, 0),
+    "binocdf_limit_upper": lower_upper(binomial_tails, 1),
     "binopdf": binomial_point,
     "poisscdf": lambda k, lam: poisson_tails(k, lam)[0],
     "poisscdf_upper": lambda k, lam: poisson_tails(k, lam)[1],

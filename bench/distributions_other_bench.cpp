@@ -68,7 +68,9 @@ int as_int(double v) {
 //                   [1e-4, 0.5] on either side;
 //   Poisson         lambda log-uniform in [0.01, 1e5];
 //   hypergeometric  population N log-uniform in [2, 1e5], marked and sample sizes uniform
-//                   in [0, N].
+//                   in [0, N];
+//   binomial_limit  the Poisson limit: n log-uniform in [1e3, 2^31 - 1], the mean n p
+//                   log-uniform in [0.01, 50].
 // Sets: binomial (k, n, p), Poisson (k, lambda), hypergeometric (k, m, N, l).
 std::vector<Set> make(const char* law) {
     std::mt19937_64 gen(20261124);
@@ -85,6 +87,10 @@ std::vector<Set> make(const char* law) {
             const double n = std::floor(log_uniform(1, 1e6 + 1));
             const double tail = 0.5 * std::pow(10.0, -3.7 * unit(gen));  // 1e-4 .. 0.5
             const double p = i % 2 ? tail : 1 - tail;
+            r.push_back({count(n * p, std::sqrt(n * p * (1 - p)), z, 0, n), n, p, 0});
+        } else if (name == "binomial_limit") {
+            const double n = std::floor(log_uniform(1e3, 2147483647.0));
+            const double p = log_uniform(0.01, 50) / n;
             r.push_back({count(n * p, std::sqrt(n * p * (1 - p)), z, 0, n), n, p, 0});
         } else if (name == "poisson") {
             const double lambda = log_uniform(0.01, 1e5);
@@ -132,6 +138,13 @@ const Call kCalls[] = {
      F(bm::cdf(binomial<Default>(s), s.u)), F(bm::cdf(binomial<InDouble>(s), s.u)),
      GSL(gsl_cdf_binomial_P(as_unsigned(s.u), s.w, as_unsigned(s.v)))},
     {"binocdf_upper", "binomial", F(binocdf(as_int(s.u), as_int(s.v), s.w, 1, nullptr)),
+     F(bm::cdf(bm::complement(binomial<Default>(s), s.u))),
+     F(bm::cdf(bm::complement(binomial<InDouble>(s), s.u))),
+     GSL(gsl_cdf_binomial_Q(as_unsigned(s.u), s.w, as_unsigned(s.v)))},
+    {"binocdf_limit", "binomial_limit", F(binocdf(as_int(s.u), as_int(s.v), s.w, 2, nullptr)),
+     F(bm::cdf(binomial<Default>(s), s.u)), F(bm::cdf(binomial<InDouble>(s), s.u)),
+     GSL(gsl_cdf_binomial_P(as_unsigned(s.u), s.w, as_unsigned(s.v)))},
+    {"binocdf_limit_upper", "binomial_limit", F(binocdf(as_int(s.u), as_int(s.v), s.w, 1, nullptr)),
      F(bm::cdf(bm::complement(binomial<Default>(s), s.u))),
      F(bm::cdf(bm::complement(binomial<InDouble>(s), s.u))),
      GSL(gsl_cdf_binomial_Q(as_unsigned(s.u), s.w, as_unsigned(s.v)))},
@@ -340,7 +353,7 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     zemath_bench::PeerRatioReporter reporter(
         zemath_bench::call_names(kCalls), "BM_",
-        {zemath_bench::kBoostLongDouble, zemath_bench::kBoostDouble, zemath_bench::kGsl}, 15);
+        {zemath_bench::kBoostLongDouble, zemath_bench::kBoostDouble, zemath_bench::kGsl}, 20);
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     return 0;
