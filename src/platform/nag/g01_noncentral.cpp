@@ -226,9 +226,14 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter, N
     // the floor the series is not summed at all.
     if (t < 0.0 && delta > 0.0 && normal_lower(-delta) < kSeriesFloor)
         return checked(nct_lower_by_quadrature(t, df, delta), fail);
-    // The double evaluation where it answers.
-    const double fast = numeric::noncentral_t_lower_double(t, df, delta);
+    // The double evaluation where it answers. Where its series cancels, its value still
+    // bounds P: below the floor the quadrature follows at once (Boost's series would only
+    // be discarded).
+    double bound = INFINITY;
+    const double fast = numeric::noncentral_t_lower_double(t, df, delta, &bound);
     if (!std::isnan(fast)) return checked(fast, fail);
+    if (t < 0.0 && delta > 0.0 && bound < kSeriesFloor)
+        return checked(nct_lower_by_quadrature(t, df, delta), fail);
     const boost::math::non_central_t_distribution<double, BoostPolicy> law(df, delta);
     const double series = boost::math::cdf(law, t);
     if (t < 0.0 && delta > 0.0 && !(series >= kSeriesFloor))
