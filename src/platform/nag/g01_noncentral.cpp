@@ -122,7 +122,8 @@ using numeric::normal_lower;
 double nct_lower_by_quadrature(double t, double df, double delta) {
     const numeric::ChiScaleLogDensity scale_density(df);
     const auto integrand = [=](double y) {
-        return scale_density(y) * normal_lower(t * std::exp(y) - delta);
+        const double s = std::exp(y);
+        return scale_density(y, s) * normal_lower(t * s - delta);
     };
     const auto d1 = [=](double y) {
         const double s = std::exp(y);

@@ -67,6 +67,13 @@ double ChiScaleLogDensity::operator()(double y) const {
     return std::exp(log_constant_ - half_v_ * exp_deviance(2.0 * y));
 }
 
+double ChiScaleLogDensity::operator()(double y, double s) const {
+    if (!std::isfinite(y)) return 0.0;
+    const double z = 2.0 * y;
+    const double deviance = std::fabs(z) >= 0.5 ? (s * s - 1.0) - z : exp_deviance(z);
+    return std::exp(log_constant_ - half_v_ * deviance);
+}
+
 double chi_scale_log_density(double y, double v) {
     return ChiScaleLogDensity(v)(y);
 }
