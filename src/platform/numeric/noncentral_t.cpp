@@ -100,11 +100,14 @@ double lower_form(double d, double b, TwoPart L, TwoPart x, TwoPart y) {
     const int k = static_cast<int>(L.hi);
     int top = poisson_top_index(L.hi, 0.5 * kTruncation);
     {
+        // The ratio L x max(t + 3/2, b + t + 1/2) / ((t + 1)(t + 3/2)) with one division, the
+        // tail test product / (1 - ratio) <= kTruncation with none.
         double product = 1.0;
+        const double lx = L.hi * x.hi;
         for (int t = 0; t < top; ++t) {
-            const double ratio = L.hi / (t + 1.0) * x.hi * std::max(1.0, (b + t + 0.5) / (t + 1.5));
+            const double ratio = lx * std::max(t + 1.5, b + t + 0.5) / ((t + 1.0) * (t + 1.5));
             product *= ratio;
-            if (ratio < 1.0 && product / (1.0 - ratio) <= kTruncation) {
+            if (ratio < 1.0 && product <= kTruncation * (1.0 - ratio)) {
                 top = t;
                 break;
             }
