@@ -37,7 +37,10 @@
 // 3 sqrt(n) ulps over n steps. With mixed signs the error is that times M/P, M the sum of
 // the terms' magnitudes: t > 0 > delta gives P >= 1/2 and M <= 2; t < 0 < delta (the far
 // lower tail) is taken only while M <= 4 P, else declined (the routine then integrates, or
-// takes the extended series). Measured against mpmath within 2.3e-14 on the rows of
+// takes the extended series); the declining call can hand back the bound P + 1e-12 M, the
+// cancelled sum's value with a margin far above its rounding, which tells the routine
+// whether the tail lies below its floor for the series. Measured against mpmath within
+// 2.3e-14 on the rows of
 // tests/reference/gen_noncentral_double.py, 3.2e-14 at df = 1, delta = 38, t = 19 (starting
 // shape 965, where the double incomplete beta's own error grows). Declined: |delta| above 40 (L =
 // 800, about 1100 terms: the kernel's shape limit 1000 is passed there anyway), df above 2000 (b
