@@ -25,6 +25,7 @@
 // outside the branch's domain (x < -1/e; x >= 0 on the lower branch); NE_CONV if the
 // lower branch's value is not finite (not expected).
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 #include "platform/numeric/boost_policy.hpp"  // first: configures Boost
@@ -109,19 +110,21 @@ double polish(double w, double x) {
     return std::isfinite(step) ? w - step : w;
 }
 
-// Boost's answer, polished where it is more than about 2 ulps off (see polish()).
+// Boost's answer, polished where it is more than about 2 ulps off (see polish()): on the
+// principal branch below x = -0.08, on the lower one below x = -0.1.
+constexpr double kPrincipalPolishBelow = -0.08;
+constexpr double kLowerPolishBelow = -0.1;
+
 double principal_away(double x) {
-    constexpr double kPolishBelow = -0.08;
     const double w = boost::math::lambert_w0(x, numeric::BoostPolicy());
-    return x < kPolishBelow ? polish(w, x) : w;
+    return x < kPrincipalPolishBelow ? polish(w, x) : w;
 }
 
 // The same on the lower branch, x < 0 normal; Boost is within about 2.5 ulps below x = -0.1
 // and 1.9 above.
 double lower_away(double x) {
-    constexpr double kPolishBelow = -0.1;
     const double w = boost::math::lambert_wm1(x, numeric::BoostPolicy());
-    return x < kPolishBelow ? polish(w, x) : w;
+    return x < kLowerPolishBelow ? polish(w, x) : w;
 }
 
 // W_{-1}(x) for x so close to 0 that x e^{-w} leaves the normal range (x subnormal):
@@ -143,6 +146,17 @@ double lower_branch_near_zero(double x) {
 }  // namespace
 
 double c05bac(double x, int branch, bool offset, NagError* fail) {
+    // The common arguments first, where Boost's value stands as it is (a NaN fails both
+    // comparisons and goes on to the checks below).
+    if (!offset && x >= kPrincipalPolishBelow && x <= std::numeric_limits<double>::max() &&
+        branch == 0) {
+        fail->set(NE_NOERROR);
+        return boost::math::lambert_w0(x, numeric::BoostPolicy());
+    }
+    if (!offset && x >= kLowerPolishBelow && x < -kSubnormalEdge && branch == -1) {
+        fail->set(NE_NOERROR);
+        return boost::math::lambert_wm1(x, numeric::BoostPolicy());
+    }
     if (branch != 0 && branch != -1) return fail->set(NE_INT), 0.0;
     if (!std::isfinite(x)) return fail->set(NE_REAL), 0.0;
     const bool principal = branch == 0;
