@@ -101,6 +101,7 @@ TEST(LambertW, BothBranchesMeetTheirEquationOverDenseSweeps) {
         {"tiny dx", 1e-300, 1e-290, 20000},
         {"doubles from 1e-12", 1e-12, 50000, 0},
         {"around the series limit", 1.7e-9, 2.0e-9, 50000},
+        {"around the switch of g's two forms", 4.4e-4, 4.8e-4, 100000},
         {"moderate dx", 0.19, 0.3678, 100000},
     };
     for (int branch : {0, -1})
@@ -113,6 +114,9 @@ TEST(LambertW, BothBranchesMeetTheirEquationOverDenseSweeps) {
         {"doubles from the branch point", kBranchPoint, 200000, 0},
         {"band of x", kBranchPoint + 0.002, kBranchPoint + 0.19, 400000},
         {"doubles from -0.2389", -0.2389, 100000, 0},
+        {"doubles from -0.2 (the zone's edge)", -0.2, 50000, 0},
+        {"doubles from -0.1 and -0.08 (where polishing ends)", -0.1, 50000, 0},
+        {"doubles from -0.08", -0.08, 50000, 0},
         {"up to 0", -0.18, -1e-300, 200000},
         {"doubles just below 0", -1e-300, 20000, 0},
         {"largest subnormals", -2.2250738585072014e-308, 20000, 0},

@@ -137,3 +137,29 @@ TEST(NoncentralDouble, KernelsDeclineOutsideTheirRange) {
 }
 
 }  // namespace
+
+namespace {
+
+// Where the t < 0 < delta series declines for its cancellation, the bound it hands back
+// must lie above the true probability (the routine sends cases below its floor straight to
+// the quadrature on the strength of it), and not be so loose that it never serves.
+TEST(NoncentralDouble, CancelledSeriesBoundsTheTail) {
+    int bounded = 0, tight = 0;
+    for (const NoncentralDoubleRow& r : kNoncentralTDouble) {
+        if (!(r.x < 0.0 && r.p2 > 0.0)) continue;
+        double bound = -1.0;
+        const double v = zemath::numeric::noncentral_t_lower_double(r.x, r.p1, r.p2, &bound);
+        if (!std::isnan(v)) {
+            EXPECT_EQ(bound, -1.0) << "left alone where the series answers, at " << r.x;
+            continue;
+        }
+        if (bound == -1.0) continue;  // declined for another reason
+        ++bounded;
+        EXPECT_GE(bound, r.p) << r.x << ", " << r.p1 << ", " << r.p2;
+        if (bound <= 2.0 * r.p + 1e-10) ++tight;
+    }
+    EXPECT_GT(bounded, 0);
+    EXPECT_EQ(tight, bounded);
+}
+
+}  // namespace

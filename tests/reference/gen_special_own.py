@@ -96,6 +96,11 @@ for x in [x0, x0 + 1e-12, x0 - 1e-10, x0 + 1e-5, x0 + 0.2499, x0 - 0.2499, x0 + 
 for a in switch(10.0) + [0.5, 3.0, 9.5, 30.0, 150.0, 2e4, 1e5]:
     for x in [a + 1, math.nextafter(a + 1, 0), math.nextafter(a + 1, math.inf), a, 0.9 * a, 1.1 * a, 0.5 * a, 2 * a]:
         add("incomplete_gamma", [a, x], lambda aa, t: mp.gammainc(aa, 0, t, regularized=True))
+# The continued fraction's slow and its terminating cases: small shapes near x = 1 (where Q
+# is still a sizeable part of P), integer shapes (the fraction ends after a steps).
+for a in [1e-10, 0.01, 0.5, 1.0, 2.0, 7.0, 40.0]:
+    for x in [a + 1, a + 1.5, 3 * a + 2, 30.0 + a]:
+        add("incomplete_gamma", [a, x], lambda aa, t: mp.gammainc(aa, 0, t, regularized=True))
 
 # exponential, sine and cosine integrals
 y0 = float(mp.findroot(mp.ei, 0.3725))

@@ -3,9 +3,12 @@
 // (non-central t, bivariate normal and studentized range) and closed forms would cancel.
 //
 // integrate_log_concave: for a log-concave integrand. The mode of L = ln f is found by
-// bisection on L' (concave L: L' decreasing), its local width from L'' (or from the slope
-// when the mode is an end point); 20-point Gauss-Legendre panels of that width then double
-// outwards on each side until a panel's far edge is negligible against the sum.
+// Newton's method on L' inside a bracket (concave L: L' decreasing; bisection where a step
+// would leave the bracket), its local width w from L'' (or from the slope when the mode is
+// an end point); 20-point Gauss-Legendre panels, the first 2w wide, then double outwards on
+// each side until a panel's far edge is negligible against the sum. (A first panel of 2w
+// changed the non-central t's values by under 3e-15 against a 20000-panel rule, with a
+// fifth fewer nodes; 4w cost 1e-9.)
 // integrate_with_features: panels laid around several given places, each on its own
 // scale and widening geometrically away from it, for integrands that change on more than
 // one scale (a peak and a near-step).
@@ -54,11 +57,24 @@ double integrate_log_concave(const F& f, const D1& dlog, const D2& d2log, double
         // The mode to 1e-6 of its scale: it only places the panels (the integral does not
         // depend on where they meet; 1e-6 is below a thousandth of the local width for
         // widths down to 1e-3), so it needs no more; 1e-13 cost 23 more evaluations of L'.
+        // Newton's steps on L' (L'' from d2log, approximate values will do) inside the
+        // bracket, a bisection wherever a step would leave it or L'' is not negative: a
+        // handful of steps where bisection alone took about 20.
+        double y = 0.5 * (left + right);
         for (int i = 0; i < kMaxSteps && right - left > 1e-6 * (1.0 + std::fabs(right)); ++i) {
-            const double mid = 0.5 * (left + right);
-            (dlog(mid) > 0.0 ? left : right) = mid;
+            const double slope = dlog(y);
+            (slope > 0.0 ? left : right) = y;
+            const double curve = d2log(y);
+            const double next = curve < 0.0 ? y - slope / curve : NAN;
+            if (next > left && next < right) {
+                const bool settled = std::fabs(next - y) <= 1e-6 * (1.0 + std::fabs(y));
+                y = next;
+                if (settled) break;
+            } else {
+                y = 0.5 * (left + right);
+            }
         }
-        mode = 0.5 * (left + right);
+        mode = y;
     }
     const double curvature = -d2log(mode);
     width = curvature > 0.0 ? 1.0 / std::sqrt(curvature) : 1.0;
@@ -69,7 +85,7 @@ double integrate_log_concave(const F& f, const D1& dlog, const D2& d2log, double
     // Right of the mode, then left; each side stops at its end or once negligible.
     for (int side : {+1, -1}) {
         const double end = side > 0 ? hi : lo;
-        double near = 0.0, far = width;
+        double near = 0.0, far = 2.0 * width;
         for (int i = 0; i < kMaxSteps; ++i, near = far, far *= 2.0) {
             double a = mode + side * near;
             double b = mode + side * far;

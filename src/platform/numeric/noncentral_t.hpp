@@ -13,7 +13,10 @@ inline constexpr double kNoncentralTDoubleDeltaMax = 40.0;
 // parameters outside that range, t^2 outside the normal range, a series whose shapes pass
 // the double incomplete beta's limit or whose starting terms it does not give, a series
 // that cancels (t < 0 < delta with the terms' magnitudes above 4 times the result), a
-// result below 1e-280.
-double noncentral_t_lower_double(double t, double df, double delta);
+// result below 1e-280. Where it declines for the cancellation alone and `bound` is given,
+// *bound receives an upper bound of P from the cancelled sum (its value plus 1e-12 of the
+// terms' magnitudes, far above its rounding), so that a caller can tell a tail below its
+// own threshold without another evaluation; elsewhere *bound is left alone.
+double noncentral_t_lower_double(double t, double df, double delta, double* bound = nullptr);
 
 }  // namespace zemath::numeric
