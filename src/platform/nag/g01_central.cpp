@@ -1020,8 +1020,8 @@ double g01edc(Nag_TailProbability tail, double f, double df1, double df2, NagErr
     AccuracyWatch watch;
     const bool upper = tail == Tail::Nag_UpperTail;
     // The double path: z = df1 f / (df1 f + df2) and 1 - z = df2 / (df1 f + df2) in two parts.
-    if (f > 0 && f < 1e300 && df1 <= 2 * numeric::kBetaDoubleShapeMax &&
-        df2 <= 2 * numeric::kBetaDoubleShapeMax && std::isnormal(df1 / 2) &&
+    if (f > 0 && f < 1e300 && df1 <= 2 * numeric::kBetaDoubleLargeShapeMax &&
+        df2 <= 2 * numeric::kBetaDoubleLargeShapeMax && std::isnormal(df1 / 2) &&
         std::isnormal(df2 / 2)) {
         using numeric::TwoPart;
         const TwoPart num = numeric::two_product(df1, f);
