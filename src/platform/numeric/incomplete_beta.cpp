@@ -1,5 +1,31 @@
-// The regularised incomplete beta function in double arithmetic, shapes up to 5000 (and up
-// to 1e6 beside a shape of exactly 1/2: Student's t up to df = 2e6).
+// The regularised incomplete beta function in double arithmetic: shapes up to 5e9 (F up to df
+// = 1e10, binomial counts up to 2^31), up to 1e6 beside a shape of exactly 1/2 (Student's t up
+// to df = 2e6).
+//
+// Which path runs where (the tests are on the shapes and one division-only bound):
+//   both shapes >= 16, summed deviances f >= lambda^2/2 (1/max(m, a) + 1/max(n y, b)) above
+//       780 (m = n x, n = a + b, lambda = m - a): the far side is below e^(31 - f) (the
+//       deviance form of the prefactor and the fraction's bound a + b + 2), so 0, the other
+//       side 1, both exact as rounded;
+//   both shapes <= 5000 (or a shape 1/2): the continued fraction with the prefactors below;
+//   one shape above 5000, both at least 1000: Temme's uniform expansion (DiDonato and
+//       Morris's BASYM) on the side below the mean, the other as 1 minus it (at least about
+//       0.48); the summed deviances f in two parts by Loader's series with its rest in two
+//       parts too (about 1e-18 f absolute where the log form of the deviance is 3e-18 times
+//       the shape), erfc at the two-part root of f, e^-f within an ulp: the expansion's terms
+//       fall by about w0 = 1/sqrt(min(a, b) (1 + h)), h = min/max, summed until a pair is below
+//       2^-56 of the sum (at most 20 terms, else declined); bound: erfc's and exp's few ulps,
+//       Stirling's 1e-16 and the sum's rounding, about 2e-15 relative (measured against
+//       mpmath with the exact f: within 2e-15 from shapes 1000 to 2e9 out to the underflow);
+//       f above 700 declines (the bound above, or the extended evaluation, decides there);
+//   one shape above 5000 beside one below 1000: the continued fraction with the deviance of
+//       the large shape by the same two-part series (so the 3e-18 (a + b) term below is gone:
+//       1e-15 plus the fraction's rounding), at most 400 terms (about 10 sqrt(min(a, b)) are
+//       needed), else declined.
+// Measured against mpmath at shapes 5e3 .. 5e9 (gen_distributions_beta_large_shapes.py, both
+// tails down to 1e-300): beta within 8.9e-15, F 3.7e-15, binomial 1.8e-15.
+//
+// The classical path (shapes up to 5000):
 //
 // Method. I_x(a, b) = g R(a, b, x), g = x^a y^b / B(a, b), y = 1 - x, with R the continued
 // fraction of DiDonato and Morris (BFRAC, an equivalent of DLMF 8.17.22 without its
@@ -46,7 +72,9 @@
 // Gamma values), 1e-15 + 3e-18 (a + b) otherwise, plus the fraction's rounding (a few ulps
 // times the square root of its length, at most about 10 sqrt(max(a, b)) terms).
 // Measured against mpmath: see tests/reference/distributions_central_worst_errors.txt.
-// Why 5000: the prefactor's 3e-18 (a + b) and the fraction's length. Measured against mpmath
+// Why 5000 (for this path; larger shapes take the paths above): the prefactor's 3e-18 (a + b),
+// which comes from gamma_deviance's log form, k ln(m/k) with the logarithm to 3e-18 absolute,
+// and the fraction's length (hundreds of terms near the mean). Measured against mpmath
 // at random points (both tails down to 1e-300): 1.5e-14 for beta shapes up to 6000, but
 // 9e-14 at a = 16379, b = 56983, so larger shapes go to the extended evaluation. Beside a
 // shape of 1/2 the prefactor has no such term: Student's t measured within 6.0e-15 up to
@@ -54,7 +82,9 @@
 // was the classical form by the Lentz method: its roundings reached 1.2e-13 at df = 1782 and
 // 2.5e-13 at df = 1e4.)
 // References: DiDonato and Morris (1992), "Algorithm 708: Significant digit computation of the
-// incomplete beta function ratios", ACM TOMS 18 (BFRAC); DLMF 8.17.22 (continued fraction),
+// incomplete beta function ratios", ACM TOMS 18 (BFRAC, BASYM); N. M. Temme (1987), the
+// uniform expansion of the incomplete beta function by incomplete Laplace integrals, SIAM J.
+// Math. Anal. 18, and DLMF 8.18(ii); DLMF 8.17.22 (continued fraction),
 // 8.17.8 (the series bound), 5.11.1 and 5.11.8 (Stirling, the ratio of Gamma functions);
 // Cody (1993), "Algorithm 715: SPECFUN", ACM TOMS 19 (the rational Gamma on [1, 2]); Loader
 // (2000), "Fast and accurate computation of binomial probabilities" (the deviance form).
