@@ -91,7 +91,6 @@
 #include "platform/numeric/incomplete_beta.hpp"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -331,30 +330,29 @@ TwoPart deviance_large(double k, TwoPart m) {
 // The smaller tail by Temme's uniform expansion in the form of DiDonato and Morris (BASYM),
 // for a, b >= kTemmeFrom: with lambda = a - (a + b) x >= 0 (the side below the mean) and f =
 // D(a, n x) + D(b, n y) the summed deviances (n = a + b),
-//   I_x(a, b) = (2/sqrt(pi)) e^-f e^-(mu(a) + mu(b) - mu(n)) sum_k d_k w0^k J_k(sqrt f),
-// J_0 = erfcx(sqrt f) / (4/sqrt(pi)) ... (the J_k by their two-term recurrence from J_0 and
-// J_1 = 2^-3/2), d_k from the coefficients of the expansion (their recurrence, DiDonato and
-// Morris's a0, b0, c, d), w0 = 1/sqrt(min(a, b) (1 + h)), h = min/max. The leading term
-// is erfc(sqrt f)/2. f comes in two parts (deviance_large), so e^-f is within an ulp or two
+//   I_x(a, b) = (2/sqrt(pi)) e^-f e^-(mu(a) + mu(b) - mu(n)) sum_k d_k w0^k J_k,
+// J_0 = (sqrt(pi)/4) erfcx(sqrt f), J_1 = 2^-3/2, the J_k by their two-term recurrence in
+// sqrt f, w0 = 1/sqrt(min(a, b) (1 + h)), h = min/max; the leading term is erfc(sqrt f)/2.
+// DiDonato and Morris form the d_k at every call by three nested recurrences (N^3/6
+// operations for N terms, a microsecond at N = 14); they are polynomials in h of degree k + 1
+// (times (-1)^(k+1) for a > b), whose coefficients incomplete_beta_temme.inc holds (the
+// generator tests/reference/gen_incomplete_beta_temme.py fits them in 50 digits and checks
+// them against the recurrences: within 5e-15 of each d_k in double), so each term costs one
+// Horner evaluation. f comes in two parts (deviance_large), so e^-f is within an ulp or two
 // even at f = 700, and erfcx at the two-part root of f is formed as erfc(z0)/e^-f with the
-// root's low part fed back through erfc's derivative. The k-th term is of order w0^k <=
-// (2000)^(-k/2): the pairs are summed until one falls below 2^-56 of the sum (below 1e-17 of
-// the value, the next pair being smaller again by w0^2 <= 5e-4), at most kTemmeTerms terms,
-// else declined. Error: erfc's and exp's few ulps, Stirling's 1e-16, the sum's rounding (its
-// terms fall geometrically, so a few ulps): within about 2e-15; measured against mpmath with
-// the exact f within 2e-15 from shapes 1000 to 2e9 at |z| up to 37.
+// root's low part fed back through erfc's derivative. The terms fall like w0^k <= 2000^(-k/2)
+// near the mean, more slowly in the far tails (J_k grows with f): the pairs are summed until
+// one falls below 2^-56 of the sum, at most kTemmeTerms terms, else declined (the fraction is
+// short there). Error: erfc's and exp's few ulps, Stirling's 1e-16, the d_k's 5e-15 on terms
+// below w0 = 0.032 of the sum, the sum's rounding (a few ulps): within about 2e-15; measured
+// against mpmath with the exact f within 2e-15 from shapes 1000 to 2e9 at |z| up to 37.
 // Returns the side below the mean (the caller's lower_side tells which), or NaN.
-constexpr std::array<double, kTemmeTerms + 4> kReciprocals = [] {
-    std::array<double, kTemmeTerms + 4> r{};
-    for (int k = 1; k < kTemmeTerms + 4; ++k) r[k] = 1.0 / k;
-    return r;
-}();
+#include "platform/numeric/incomplete_beta_temme.inc"
 
 double temme_smaller_side(double a, double b, TwoPart f, double stirling) {
     constexpr double e0 = 1.1283791670955126;   // 2/sqrt(pi)
     constexpr double e1 = 0.35355339059327379;  // 2^-3/2
     const double h = a < b ? a / b : b / a;
-    const double r0 = 1.0 / (1.0 + h);
     const double r1 = a < b ? (b - a) / b : (b - a) / a;
     const double w0 = 1.0 / std::sqrt((a < b ? a : b) * (1.0 + h));
     const double fh = std::max(f.hi, 0.0);
@@ -367,47 +365,28 @@ double temme_smaller_side(double a, double b, TwoPart f, double stirling) {
         erfcx = std::erfc(z0) / t - e0 * z0_low;
     }
     const double z = 0.5 * (z0 / e1), z2 = fh + fh;
-    double a0[kTemmeTerms + 1], b0[kTemmeTerms + 1], c[kTemmeTerms + 1], d[kTemmeTerms + 1];
-    a0[0] = (2.0 / 3.0) * r1;
-    c[0] = -0.5 * a0[0];
-    d[0] = -c[0];
+    // d_k = sign^(k+1) P_k(h), P_k of degree k + 1 (incomplete_beta_temme.inc); d_0 = r1/3
+    // from r1 itself (P_0 = (1 - h)/3 would lose r1's digits near h = 1).
+    const double sign = a < b ? 1.0 : -1.0;
+    const auto coefficient = [h, sign](int k) {
+        const double* c = kTemmeCoefficients[k];
+        double v = c[k + 1];
+        for (int j = k; j >= 0; --j) v = v * h + c[j];
+        return (k % 2 == 0 ? sign : 1.0) * v;  // sign^(k+1)
+    };
     double j0 = (0.5 / e0) * erfcx, j1 = e1;
-    double sum = j0 + d[0] * w0 * j1;
-    double s = 1.0, hn = 1.0, w = w0, znm1 = z, zn = z2;
-    const double h2 = h * h;
+    double sum = j0 + (r1 / 3.0) * w0 * j1;
+    double w = w0, znm1 = z, zn = z2;
     bool converged = false;
     for (int n = 2; n <= kTemmeTerms; n += 2) {
-        hn *= h2;
-        a0[n - 1] = 2.0 * r0 * (1.0 + h * hn) * kReciprocals[n + 2];
-        const int np1 = n + 1;
-        s += hn;
-        a0[np1 - 1] = 2.0 * r1 * s * kReciprocals[n + 3];
-        for (int i = n; i <= np1; ++i) {
-            const double r = -0.5 * (i + 1.0);
-            b0[0] = r * a0[0];
-            // (j r - (m - j)) = j (r + 1) - m: two sums of products, no division.
-            for (int m = 2; m <= i; ++m) {
-                double weighted = 0.0, plain = 0.0;
-                for (int j = 1; j <= m - 1; ++j) {
-                    const double p = a0[j - 1] * b0[m - j - 1];
-                    weighted += j * p;
-                    plain += p;
-                }
-                b0[m - 1] = r * a0[m - 1] + ((r + 1.0) * weighted - m * plain) * kReciprocals[m];
-            }
-            c[i - 1] = b0[i - 1] * kReciprocals[i + 1];
-            double dsum = 0.0;
-            for (int j = 1; j <= i - 1; ++j) dsum += d[i - j - 1] * c[j - 1];
-            d[i - 1] = -(dsum + c[i - 1]);
-        }
         j0 = e1 * znm1 + (n - 1.0) * j0;
         j1 = e1 * zn + n * j1;
         znm1 *= z2;
         zn *= z2;
         w *= w0;
-        const double t0 = d[n - 1] * w * j0;
+        const double t0 = coefficient(n - 1) * w * j0;
         w *= w0;
-        const double t1 = d[np1 - 1] * w * j1;
+        const double t1 = coefficient(n) * w * j1;
         sum += t0 + t1;
         if (std::fabs(t0) + std::fabs(t1) <= 0x1p-56 * sum) {
             converged = true;
