@@ -3,7 +3,7 @@
 the incomplete beta takes shapes above 5000 (incomplete_beta.cpp):
   - betacdf at shape pairs drawn log-uniform in [5e3, 1e6] (both large), one shape in
     [0.05, 16] beside one in [5e3, 1e6], and fixed pairs on both sides of the switch points
-    (5000, 6700, 1e5), at the target probabilities of both tails (down to 1e-300), at the
+    (5000, 6700, 1e5, and 1000 beside a shape above 5000), at the target probabilities of both tails (down to 1e-300), at the
     mean and at points drawn as the benchmark draws them (the body, a few standard deviations
     out);
   - fcdf at degrees of freedom log-uniform in [1e4, 1e10] (shapes up to 5e9) likewise;
@@ -98,7 +98,8 @@ def add_binomial(n, p, rng, body=3):
 def gen_beta(rng):
     fixed = [(4999.0, 4999.0), (5001.0, 5001.0), (5000.5, 16.5), (6699.0, 6701.0),
              (6701.0, 2e4), (16379.0, 56983.0), (99999.0, 100001.0), (1e5, 3.0),
-             (1e6, 1e6), (1e6, 0.5), (1e6, 15.5), (1e6, 16.0)]
+             (1e6, 1e6), (1e6, 0.5), (1e6, 15.5), (1e6, 16.0),
+             (999.0, 1e5), (1000.0, 1e5), (1001.0, 7e5), (999.5, 5000.5)]
     for a, b in fixed:
         add_beta(a, b, rng)
         add_beta(b, a, rng)
@@ -123,6 +124,9 @@ def gen_binomial(rng):
         tail = float(0.5 * 10.0 ** (-rng.uniform(0, 9)))
         add_binomial(n, tail if rng.random() < 0.5 else 1 - tail, rng)
     for n, p in [(INT_MAX, 0.5), (INT_MAX, 1e-6), (10001, 0.5), (1 << 30, 0.25)]:
+        add_binomial(n, p, rng)
+    # k + 1 on both sides of 1000 beside n - k far above 5000.
+    for n, p in [(200000, 999.0 / 200000), (200000, 1000.0 / 200000), (3000000, 1 - 1000.0 / 3e6)]:
         add_binomial(n, p, rng)
 
 

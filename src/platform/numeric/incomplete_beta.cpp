@@ -313,8 +313,11 @@ TwoPart deviance_large(double k, TwoPart m) {
     const TwoPart total = add(m, TwoPart{k, 0.0});
     if (!(std::fabs(m.hi - k) < 0.25 * total.hi)) return gamma_deviance(k, m.hi, m.lo);
     const TwoPart d = two_sum(m.hi - k, m.lo);  // m.hi - k exact (m.hi / k within 0.6 .. 1.67)
-    const TwoPart lead = divide(multiply(d, d), total);
-    const TwoPart v = divide(negate(d), total);
+    // 1/total in two parts (one division), then v = -d/total and the leading term -d v.
+    const double inv = 1.0 / total.hi;
+    const TwoPart reciprocal_total{inv, (std::fma(-inv, total.hi, 1.0) - inv * total.lo) * inv};
+    const TwoPart v = multiply(negate(d), reciprocal_total);
+    const TwoPart lead = multiply(d, negate(v));
     const TwoPart v2 = multiply(v, v);
     // w = sum_j v^(2j - 2) / (2j + 1), j >= 2, by Horner's rule from a fixed depth: |v| < 1/4
     // leaves v^28 / 31 < 3e-19 of 1/3 after the last term kept.
@@ -346,10 +349,11 @@ TwoPart deviance_large(double k, TwoPart m) {
 // short there). Error: erfc's and exp's few ulps, Stirling's 1e-16, the d_k's 5e-15 on terms
 // below w0 = 0.032 of the sum, the sum's rounding (a few ulps): within about 2e-15; measured
 // against mpmath with the exact f within 2e-15 from shapes 1000 to 2e9 at |z| up to 37.
-// Returns the side below the mean (the caller's lower_side tells which), or NaN.
+// Returns the side below the mean (the caller's lower_side tells which), or NaN; *weight is
+// e^-(f + mu(a) + mu(b) - mu(n)), the front x^a y^b / B(a, b) over sqrt(a b / (2 pi n)).
 #include "platform/numeric/incomplete_beta_temme.inc"
 
-double temme_smaller_side(double a, double b, TwoPart f, double stirling) {
+double temme_smaller_side(double a, double b, TwoPart f, double stirling, double* weight) {
     constexpr double e0 = 1.1283791670955126;   // 2/sqrt(pi)
     constexpr double e1 = 0.35355339059327379;  // 2^-3/2
     const double h = a < b ? a / b : b / a;
@@ -398,6 +402,7 @@ double temme_smaller_side(double a, double b, TwoPart f, double stirling) {
     // its series leave 3e-21.
     const double u =
         1.0 - stirling * (1.0 - stirling * (0.5 - stirling * (1.0 / 6 - stirling / 24)));
+    *weight = t * u;  // e^-(f + stirling): the front over sqrt(a b / (2 pi n))
     return e0 * t * u * sum;
 }
 
@@ -538,11 +543,11 @@ std::optional<BetaTailsDouble> temme_tails(double a, double b, TwoPart x, TwoPar
     const double nd = n.hi + n.lo;
     const double stirling = stirling_error(a) + stirling_error(b) - stirling_error(nd);
     const bool lower_side = nx.hi < a || (nx.hi == a && nx.lo < 0.0);
-    const double side =
-        lower_side ? temme_smaller_side(a, b, f, stirling) : temme_smaller_side(b, a, f, stirling);
+    double weight = 0.0;
+    const double side = lower_side ? temme_smaller_side(a, b, f, stirling, &weight)
+                                   : temme_smaller_side(b, a, f, stirling, &weight);
     if (!(side >= 0.0 && side <= 1.0)) return std::nullopt;
-    const double front = exp_two_part(add(negate(f), TwoPart{-stirling, 0.0})) *
-                         std::sqrt(a / (2.0 * std::numbers::pi) * (b / nd));
+    const double front = weight * std::sqrt(a / (2.0 * std::numbers::pi) * (b / nd));
     return lower_side ? BetaTailsDouble{side, 1.0 - side, front}
                       : BetaTailsDouble{1.0 - side, side, front};
 }
