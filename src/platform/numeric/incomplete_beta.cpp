@@ -91,6 +91,7 @@
 #include "platform/numeric/incomplete_beta.hpp"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -119,6 +120,9 @@ constexpr double kTemmeFrom = 1000.0;
 constexpr int kTemmeTerms = 20;
 // Beyond this exponent of e^-f (f the summed deviances) the value leaves the normal range.
 constexpr double kTemmeHighestDeviance = 700.0;
+// The large shape from which a shape of 1/2 beside it takes its expansion (Student's t from df
+// = 1000): its terms then fall by 4e-3 or more each.
+constexpr double kHalfExpansionFrom = 500.0;
 // Summed deviances beyond which the far side is below half the smallest subnormal for any
 // two shapes from 16 to kBetaDoubleLargeShapeMax (745.2 + 31, with a margin).
 constexpr double kFarTailDeviance = 780.0;
@@ -406,6 +410,75 @@ double temme_smaller_side(double a, double b, TwoPart f, double stirling, double
     return e0 * t * u * sum;
 }
 
+// The coefficients d_n of the expansion below at the small shape 1/2: c_n = 1/(2n + 1)!, d_n =
+// -c_n/2 + (1/n) sum_i (i/2 - n) c_i d_(n-i) (DiDonato and Morris's BGRAT at b = 1/2).
+constexpr int kHalfTerms = 30;
+constexpr std::array<double, kHalfTerms> kHalfCoefficients = [] {
+    std::array<double, kHalfTerms> c{}, d{};
+    double cn = 1.0;
+    for (int n = 1; n <= kHalfTerms; ++n) {
+        cn /= (2.0 * n) * (2.0 * n + 1.0);
+        c[n - 1] = cn;
+        double s = 0.0;
+        for (int i = 1; i < n; ++i) s += (0.5 * i - n) * c[i - 1] * d[n - i - 1];
+        d[n - 1] = -0.5 * cn + s / n;
+    }
+    return d;
+}();
+
+// I_v(l, 1/2) for l >= kHalfExpansionFrom (Student's t at df >= 1000: P(|T| >= |t|) with v =
+// df/(df + t^2)) by the expansion of DiDonato and Morris (BGRAT; Temme's for one large shape,
+// DLMF 8.18.1) at b = 1/2: with nu = l - 1/4 and z = -nu ln v,
+//   I_v(l, 1/2) = Gamma(l + 1/2) / (Gamma(l) sqrt(nu)) (erfc(sqrt z) + sum_n d_n J_n),
+// J_0 = erfc(sqrt z), J_n = ((2n - 3/2)(2n - 1/2) J_(n-1) + (z + 2n - 1/2) r (ln v / 2)^(2n-2))
+// / (4 nu^2), r = e^-z sqrt(z / pi). Gamma(l + 1/2)/Gamma(l) = sqrt(l) e^S(l) (S by
+// half_shift_series, 5e-19). z in two parts (nu exact, ln v by log_two_part, whose error falls
+// with |ln v|^3 near v = 1), so e^-z is within an ulp or two at z = 700 and erfc at the
+// two-part root of z is corrected through its derivative. The terms are below d_1 J_1 <=
+// (1/12)(3/4 + (z + 3/2)/sqrt z)/(4 nu^2) of erfc's term (no cancellation: 1e-3 at z = 700,
+// l = 500) and fall by (4n^2 + z)/(4 nu^2) (ln v)^2/4 or less each: summed until one is below
+// 2^-56 of the sum (2 to 11 terms), at most kHalfTerms. Error: erfc's and exp's few ulps, the
+// root's correction, S's: within about 1e-15 (measured against mpmath at df 1e3 .. 1e6, t to
+// 40, within 2e-15 with z exact). Returns NaN where z is above 700 (the value leaves the
+// normal range) or the sum does not settle; *front is x^(1/2) v^l / B(1/2, l).
+double half_shape_expansion(double l, TwoPart u, TwoPart v, double* front) {
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+    constexpr double kInvSqrtPi = 0.56418958354775628;
+    constexpr double e0 = 1.1283791670955126;  // 2/sqrt(pi)
+    const double nu = l - 0.25;                // exact: l = df/2 below 2^50
+    const TwoPart log_v = log_two_part(v.hi, v.lo);
+    const TwoPart z = multiply(TwoPart{-nu, 0.0}, log_v);
+    if (!(z.hi > 1e-300 && z.hi <= kTemmeHighestDeviance)) return kNaN;
+    const double e = exp_two_part(negate(z));
+    const double z0 = std::sqrt(z.hi);
+    const double z0_low = (std::fma(-z0, z0, z.hi) + z.lo) / (2.0 * z0);
+    const double q = std::erfc(z0) - e0 * e * z0_low;
+    const double r = e * z0 * kInvSqrtPi;
+    const double step = 0.25 / (nu * nu), t2 = 0.25 * log_v.hi * log_v.hi;
+    double j = q, sum = q, t = 1.0, bp2n = 0.5;
+    bool converged = false;
+    for (int n = 1; n <= kHalfTerms; ++n) {
+        j = (bp2n * (bp2n + 1.0) * j + (z.hi + bp2n + 1.0) * r * t) * step;
+        bp2n += 2.0;
+        t *= t2;
+        const double dj = kHalfCoefficients[n - 1] * j;
+        sum += dj;
+        if (std::fabs(dj) <= 0x1p-56 * sum) {
+            converged = true;
+            break;
+        }
+    }
+    if (!converged || !(sum > 0.0)) return kNaN;
+    // Gamma(l + 1/2)/Gamma(l) = sqrt(l) e^S, |S| <= 1/(8 l) <= 2.5e-4: five terms of e^S leave
+    // 1e-20.
+    const double sh = half_shift_series(l);
+    const double ratio =
+        (1.0 + sh * (1.0 + sh * (0.5 + sh * (1.0 / 6 + sh * (1.0 / 24))))) * std::sqrt(l);
+    // x^(1/2) v^l / B(1/2, l) = sqrt(u) e^-z v^(1/4) Gamma(l + 1/2) / (Gamma(l) sqrt(pi)).
+    *front = std::sqrt(u.hi) * e * std::sqrt(std::sqrt(v.hi)) * ratio * kInvSqrtPi;
+    return ratio / std::sqrt(nu) * sum;
+}
+
 Prefactor prefactor(double a, double b, TwoPart x, TwoPart y) {
     if ((a == 0.5 && b >= kStirlingFormFrom) || (b == 0.5 && a >= kStirlingFormFrom)) {
         // A shape of 1/2 beside one l of at least 16 (Student's t, F with one degree of
@@ -561,6 +634,19 @@ std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPar
     if (!(a > 0.0 && a <= shape_max && b > 0.0 && b <= shape_max) || !std::isnormal(x.hi) ||
         !std::isnormal(y.hi))
         return std::nullopt;
+    if ((a == 0.5 && b >= kHalfExpansionFrom) || (b == 0.5 && a >= kHalfExpansionFrom)) {
+        // A shape of 1/2 beside a large one: the large shape's side by the expansion above,
+        // the other as 1 minus it where that is at least 0.1 (Student's t beyond |t| = 0.13
+        // or so); elsewhere the fraction (short there).
+        const bool half_first = a == 0.5;
+        double front = 0.0;
+        const double side = half_first ? half_shape_expansion(b, x, y, &front)
+                                       : half_shape_expansion(a, y, x, &front);
+        if (side >= 0.0 && side <= kMostComplemented) {
+            return half_first ? BetaTailsDouble{1.0 - side, side, front}
+                              : BetaTailsDouble{side, 1.0 - side, front};
+        }
+    }
     if (a >= kStirlingFormFrom && b >= kStirlingFormFrom) {
         // The far tails, before anything costly: with m = n x, n = a + b, lambda = m - a =
         // b - n y, the summed deviances f = D(a, m) + D(b, n y) are at least lambda^2/2 (1 /
