@@ -594,6 +594,10 @@ numeric::BetaTailsDouble t_two_sided_double(double t, double df) {
     if (!(t != 0 && std::fabs(t) < kLargest && df <= 2 * numeric::kBetaDoubleHalfShapeMax)) {
         return {kNaN, kNaN, kNaN};
     }
+    if (const auto beyond = numeric::student_t_beyond(t, df); beyond && *beyond <= 0.9) {
+        // Large df: P(|T| >= |t|) straight from t, the other side as 1 minus it.
+        return {1.0 - *beyond, *beyond, kNaN};
+    }
     using numeric::TwoPart;
     const TwoPart t2 = numeric::two_product(t, t);
     const TwoPart denom = numeric::add(numeric::two_sum(df, t2.hi), TwoPart{t2.lo, 0.0});

@@ -441,12 +441,12 @@ constexpr std::array<double, kHalfTerms> kHalfCoefficients = [] {
 // root's correction, S's: within about 1e-15 (measured against mpmath at df 1e3 .. 1e6, t to
 // 40, within 2e-15 with z exact). Returns NaN where z is above 700 (the value leaves the
 // normal range) or the sum does not settle; *front is x^(1/2) v^l / B(1/2, l).
-double half_shape_expansion(double l, TwoPart u, TwoPart v, double* front) {
+// The expansion at ln v = log_v (two parts); *e = e^-z, *ratio = Gamma(l + 1/2)/Gamma(l).
+double half_shape_side(double l, TwoPart log_v, double* e_out, double* ratio_out) {
     constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
     constexpr double kInvSqrtPi = 0.56418958354775628;
     constexpr double e0 = 1.1283791670955126;  // 2/sqrt(pi)
     const double nu = l - 0.25;                // exact: l = df/2 below 2^50
-    const TwoPart log_v = log_two_part(v.hi, v.lo);
     const TwoPart z = multiply(TwoPart{-nu, 0.0}, log_v);
     if (!(z.hi > 1e-300 && z.hi <= kTemmeHighestDeviance)) return kNaN;
     const double e = exp_two_part(negate(z));
@@ -472,11 +472,19 @@ double half_shape_expansion(double l, TwoPart u, TwoPart v, double* front) {
     // Gamma(l + 1/2)/Gamma(l) = sqrt(l) e^S, |S| <= 1/(8 l) <= 2.5e-4: five terms of e^S leave
     // 1e-20.
     const double sh = half_shift_series(l);
-    const double ratio =
-        (1.0 + sh * (1.0 + sh * (0.5 + sh * (1.0 / 6 + sh * (1.0 / 24))))) * std::sqrt(l);
+    const double series = 1.0 + sh * (1.0 + sh * (0.5 + sh * (1.0 / 6 + sh * (1.0 / 24))));
+    *e_out = e;
+    *ratio_out = series * std::sqrt(l);
+    return series * std::sqrt(l / nu) * sum;
+}
+
+double half_shape_expansion(double l, TwoPart u, TwoPart v, double* front) {
+    constexpr double kInvSqrtPi = 0.56418958354775628;
+    double e = 0.0, ratio = 0.0;
+    const double side = half_shape_side(l, log_two_part(v.hi, v.lo), &e, &ratio);
     // x^(1/2) v^l / B(1/2, l) = sqrt(u) e^-z v^(1/4) Gamma(l + 1/2) / (Gamma(l) sqrt(pi)).
-    *front = std::sqrt(u.hi) * e * std::sqrt(std::sqrt(v.hi)) * ratio * kInvSqrtPi;
-    return ratio / std::sqrt(nu) * sum;
+    if (side >= 0.0) *front = std::sqrt(u.hi) * e * std::sqrt(std::sqrt(v.hi)) * ratio * kInvSqrtPi;
+    return side;
 }
 
 Prefactor prefactor(double a, double b, TwoPart x, TwoPart y) {
@@ -714,6 +722,22 @@ std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPar
         }
     }
     return lower_direct ? BetaTailsDouble{direct, other, g} : BetaTailsDouble{other, direct, g};
+}
+
+std::optional<double> student_t_beyond(double t, double df) {
+    if (!(df >= 2.0 * kHalfExpansionFrom && df <= 2.0 * kBetaDoubleHalfShapeMax) ||
+        !(std::fabs(t) < 1e150) || t == 0.0)
+        return std::nullopt;
+    // ln v = -ln(1 + w), w = t^2/df in two parts (one division and its remainder).
+    const TwoPart t2 = two_product(t, t);
+    const double w = t2.hi / df;
+    const double w_low = (std::fma(-w, df, t2.hi) + t2.lo) / df;
+    const TwoPart one_plus = two_sum(1.0, w);
+    const TwoPart log_v = negate(log_two_part(one_plus.hi, one_plus.lo + w_low));
+    double e = 0.0, ratio = 0.0;
+    const double side = half_shape_side(df / 2, log_v, &e, &ratio);
+    if (!(side >= 0.0 && side <= 1.0)) return std::nullopt;
+    return side;
 }
 
 }  // namespace zemath::numeric

@@ -38,4 +38,10 @@ inline constexpr double kBetaDoubleHalfShapeMax = 1e6;
 std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPart x, TwoPart y,
                                                       bool one_side = false);
 
+// P(|T| >= |t|) for Student's t with df degrees of freedom, 1000 <= df <= 2e6, 0 < |t| <
+// 1e150: I_v(df/2, 1/2) at v = df/(df + t^2) by the expansion incomplete_beta_double takes
+// there, with ln v = -ln(1 + t^2/df) formed from t directly (no quotient for v). Within about
+// 1e-15 relative. Empty where the value leaves the normal range or the expansion declines.
+std::optional<double> student_t_beyond(double t, double df);
+
 }  // namespace zemath::numeric
