@@ -7,6 +7,13 @@
 //       780 (m = n x, n = a + b, lambda = m - a): the far side is below e^(31 - f) (the
 //       deviance form of the prefactor and the fraction's bound a + b + 2), so 0, the other
 //       side 1, both exact as rounded;
+//   a shape 1/2 beside one l >= 500 (Student's t from df = 1000, F with one degree of
+//       freedom): the side of the large shape, I_v(l, 1/2), by DiDonato and Morris's BGRAT
+//       expansion at b = 1/2 (erfc of the root of z = -(l - 1/4) ln v in two parts plus terms
+//       with constant coefficients, falling by 4e-3 or more each: 2 to 11 of them), the other
+//       side as 1 minus it where that is at least 0.1; within about 1e-15 (measured against
+//       mpmath: gen_incomplete_beta_large.py); student_t_beyond forms ln v = -ln(1 + t^2/df)
+//       from t itself. Elsewhere (|t| below about 0.13) the fraction below;
 //   both shapes <= 5000 (or a shape 1/2): the continued fraction with the prefactors below;
 //   one shape above 5000, both at least 1000: Temme's uniform expansion (DiDonato and
 //       Morris's BASYM) on the side below the mean, the other as 1 minus it (at least about
