@@ -14,23 +14,27 @@
 //       side as 1 minus it where that is at least 0.1; within about 1e-15 (measured against
 //       mpmath: gen_incomplete_beta_large.py); student_t_beyond forms ln v = -ln(1 + t^2/df)
 //       from t itself. Elsewhere (|t| below about 0.13) the fraction below;
-//   both shapes <= 5000 (or a shape 1/2): the continued fraction with the prefactors below;
-//   one shape above 5000, both at least 1000: Temme's uniform expansion (DiDonato and
+//   both shapes <= 5000, one of them below 1000 (or a shape 1/2 where the expansion above
+//       does not apply): the continued fraction with the prefactors below;
+//   both shapes at least 1000: Temme's uniform expansion (DiDonato and
 //       Morris's BASYM) on the side below the mean, the other as 1 minus it (at least about
 //       0.48); the summed deviances f in two parts by Loader's series with its rest in two
 //       parts too (about 1e-18 f absolute where the log form of the deviance is 3e-18 times
 //       the shape), erfc at the two-part root of f, e^-f within an ulp: the expansion's terms
 //       fall by about w0 = 1/sqrt(min(a, b) (1 + h)), h = min/max, summed until a pair is below
-//       2^-56 of the sum (at most 20 terms, else declined); bound: erfc's and exp's few ulps,
+//       2^-56 of the sum (at most 20 terms); bound: erfc's and exp's few ulps,
 //       Stirling's 1e-16 and the sum's rounding, about 2e-15 relative (measured against
 //       mpmath with the exact f: within 2e-15 from shapes 1000 to 2e9 out to the underflow);
-//       f above 700 declines (the bound above, or the extended evaluation, decides there);
+//       f above 700, or a sum that does not settle (far tails, shapes near 1000), leaves it to
+//       the fraction (short there: a few tens of terms);
 //   one shape above 5000 beside one below 1000: the continued fraction with the deviance of
 //       the large shape by the same two-part series (so the 3e-18 (a + b) term below is gone:
 //       1e-15 plus the fraction's rounding), at most 400 terms (about 10 sqrt(min(a, b)) are
 //       needed), else declined.
 // Measured against mpmath at shapes 5e3 .. 5e9 (gen_distributions_beta_large_shapes.py, both
-// tails down to 1e-300): beta within 8.9e-15, F 3.7e-15, binomial 1.8e-15.
+// tails down to 1e-300): beta within 7.7e-15 (the fraction beside a small shape; Temme's
+// expansion 1.1e-15), F 3.7e-15, binomial 1.8e-15; the kernel itself across the switch points
+// (gen_incomplete_beta_large.py) within 2.6e-15, Student's far side from t within 1.8e-15.
 //
 // The classical path (shapes up to 5000):
 //
@@ -306,18 +310,21 @@ double half_shift_series(double l) {
                                                                        r2 * (5461.0 / 425984)))))));
 }
 
-// The deviance D(k, m) = k ln(k/m) + m - k at m = m.hi + m.lo for shapes k above
-// kBetaDoubleShapeMax, in two parts. Where |v| < 1/4, v = (k - m)/(k + m) (m/k within 0.6 ..
-// 1.67), Loader's series D = (m - k)^2/(m + k) + 2k v^3 (1/3 + v^2/5 + ...) with the leading
-// term and the rest both in two parts (only the part w = v^2/5 + ..., below 4 per cent of
-// 1/3, in double): about 1e-18 D absolute, where the log form of gamma_deviance is 3e-18 k
-// (k ln(m/k) with the logarithm to 3e-18: 3e-13 at k = 1e5, the term that held the classical
-// path to 5000). Beyond |v| = 1/4 the deviance exceeds 0.11 k, so it is taken by the log form
-// only below k = 6700 (where that costs 2e-14 at most); above, D > 745 and the value has left
-// the double range, which any error of that size does not change.
-constexpr double kOddReciprocals[14] = {1.0,      1.0 / 3,  1.0 / 5,  1.0 / 7,  1.0 / 9,
-                                        1.0 / 11, 1.0 / 13, 1.0 / 15, 1.0 / 17, 1.0 / 19,
-                                        1.0 / 21, 1.0 / 23, 1.0 / 25, 1.0 / 27};
+// The deviance D(k, m) = k ln(k/m) + m - k at m = m.hi + m.lo for large shapes k (from
+// kTemmeFrom in Temme's expansion, above kBetaDoubleShapeMax in the prefactor), in two parts. Where
+// |v| < 1/4, v = (k - m)/(k + m) (m/k within 0.6 .. 1.67), Loader's series D = (m - k)^2/(m + k) +
+// 2k v^3 (1/3 + v^2/5 + ...) with the leading term and the rest both in two parts (only the part w
+// = v^2/5 + ..., below 4 per cent of 1/3, in double): about 1e-18 D absolute, where the log form of
+// gamma_deviance is 3e-18 k (k ln(m/k) with the logarithm to 3e-18: 3e-13 at k = 1e5, the term that
+// held the classical path to 5000). Beyond |v| = 1/4 the deviance exceeds 0.11 k, so it is taken by
+// the log form only below k = 6700 (where that costs 2e-14 at most); above, D > 745 and the value
+// has left the double range, which any error of that size does not change.
+constexpr int kDevianceTerms = 16;  // q^15 / 33 < 2^-64 at |v| = 1/4
+constexpr std::array<double, kDevianceTerms + 1> kOddReciprocals = [] {
+    std::array<double, kDevianceTerms + 1> r{};
+    for (int j = 0; j <= kDevianceTerms; ++j) r[j] = 1.0 / (2 * j + 1);
+    return r;
+}();
 
 TwoPart deviance_large(double k, TwoPart m) {
     constexpr TwoPart kThird{0x1.5555555555555p-2, 0x1.5555555555555p-56};
@@ -330,12 +337,17 @@ TwoPart deviance_large(double k, TwoPart m) {
     const TwoPart v = multiply(negate(d), reciprocal_total);
     const TwoPart lead = multiply(d, negate(v));
     const TwoPart v2 = multiply(v, v);
-    // w = sum_j v^(2j - 2) / (2j + 1), j >= 2, by Horner's rule from a fixed depth: |v| < 1/4
-    // leaves v^28 / 31 < 3e-19 of 1/3 after the last term kept.
+    // w = sum_j v^(2j - 2) / (2j + 1), j >= 2, forwards until a term is below 2^-58 (the
+    // terms fall by v^2 <= 1/16 or more each, so the rest is below 2^-61 of 1/3): at most
+    // fifteen terms at |v| = 1/4, one or two near the mean.
     const double q = v2.hi;
-    double w = 1.0 / 29;
-    for (int j = 13; j >= 2; --j) w = kOddReciprocals[j] + q * w;
-    w *= q;
+    double w = 0.0, power = 1.0;
+    for (int j = 2; j <= kDevianceTerms; ++j) {
+        power *= q;
+        const double term = power * kOddReciprocals[j];
+        w += term;
+        if (term <= 0x1p-58) break;
+    }
     const TwoPart rest =
         multiply(multiply(multiply(v2, v), add(kThird, TwoPart{w, 0.0})), TwoPart{2.0 * k, 0.0});
     return add(lead, rest);
@@ -678,7 +690,7 @@ std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPar
         if (bound > kFarTailDeviance)
             return m < a ? BetaTailsDouble{0.0, 1.0, 0.0} : BetaTailsDouble{1.0, 0.0, 0.0};
     }
-    if (std::max(a, b) > kBetaDoubleShapeMax && std::min(a, b) >= kTemmeFrom) {
+    if (std::min(a, b) >= kTemmeFrom) {
         if (const auto tails = temme_tails(a, b, x, y)) return tails;
     }
     const Prefactor pre = prefactor(a, b, x, y);
