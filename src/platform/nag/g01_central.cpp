@@ -54,7 +54,7 @@
 //     larger shapes up to 5e9 (F df up to 1e10; the beta law's own limit is 1e6): the same
 //                                file: the far tails of two shapes from 16 up by a bound on
 //                                the summed deviances (0 and 1), Temme's uniform expansion
-//                                where both shapes are at least 1000 (within about 2e-15),
+//                                where both shapes are at least 250 (within about 2e-15),
 //                                the fraction with a two-part deviance beside a smaller shape
 //                                (at most 400 terms); measured within 8.9e-15 (beta), 3.7e-15
 //                                (F) at shapes 5e3 .. 5e9 against mpmath;

@@ -14,9 +14,8 @@
 //       side as 1 minus it where that is at least 0.1; within about 1e-15 (measured against
 //       mpmath: gen_incomplete_beta_large.py); student_t_beyond forms ln v = -ln(1 + t^2/df)
 //       from t itself. Elsewhere (|t| below about 0.13) the fraction below;
-//   both shapes <= 5000, one of them below 1000 (or a shape 1/2 where the expansion above
-//       does not apply): the continued fraction with the prefactors below;
-//   both shapes at least 1000: Temme's uniform expansion (DiDonato and
+//   both shapes at least 250 and f w0^2 <= 0.09 (f, w0 below): Temme's uniform expansion (DiDonato
+//   and
 //       Morris's BASYM) on the side below the mean, the other as 1 minus it (at least about
 //       0.48); the summed deviances f in two parts by Loader's series with its rest in two
 //       parts too (about 1e-18 f absolute where the log form of the deviance is 3e-18 times
@@ -24,10 +23,14 @@
 //       fall by about w0 = 1/sqrt(min(a, b) (1 + h)), h = min/max, summed until a pair is below
 //       2^-56 of the sum (at most 20 terms); bound: erfc's and exp's few ulps,
 //       Stirling's 1e-16 and the sum's rounding, about 2e-15 relative (measured against
-//       mpmath with the exact f: within 2e-15 from shapes 1000 to 2e9 out to the underflow);
-//       f above 700, or a sum that does not settle (far tails, shapes near 1000), leaves it to
-//       the fraction (short there: a few tens of terms);
-//   one shape above 5000 beside one below 1000: the continued fraction with the deviance of
+//       mpmath with the exact f: within 2e-15 from shapes 250 to 2e9 out to the underflow);
+//       the test on f w0^2 (found against the recurrences at shapes 250 .. 2e4: the sum settles
+//       within 20 terms below 0.1) leaves the far tails of the smaller of these shapes to the
+//       fraction, which is short there (a few tens of terms), as is f above 700;
+//   both shapes <= 5000 otherwise (or a shape 1/2 where the expansion above does not apply):
+//       the continued fraction with the prefactors below (the deviance of shapes from 250 by
+//       the two-part series of the next case);
+//   one shape above 5000 otherwise: the continued fraction with the deviance of
 //       the large shape by the same two-part series (so the 3e-18 (a + b) term below is gone:
 //       1e-15 plus the fraction's rounding), at most 400 terms (about 10 sqrt(min(a, b)) are
 //       needed), else declined.
@@ -121,14 +124,16 @@ constexpr double kStirlingFormFrom = 16.0;
 // 5000 and 1e4 beside a shape of 1/2 up to 1e6.
 constexpr int kMaxTerms = 5000;
 constexpr int kMaxTermsLargeShape = 20000;
-// Above kBetaDoubleShapeMax beside a shape below kTemmeFrom the fraction needs at most about
+// Above kBetaDoubleShapeMax outside Temme's region the fraction needs at most about
 // 10 sqrt(min(a, b)) terms; beyond this cap the extended evaluation is the cheaper one.
 constexpr int kMaxTermsBeyond = 400;
-// Temme's expansion is taken where both shapes are at least this (and one above
-// kBetaDoubleShapeMax): its terms then fall by about 1/sqrt(min(a, b)) each.
-constexpr double kTemmeFrom = 1000.0;
+// Temme's expansion is taken where both shapes are at least this (and f w0^2 is below
+// kTemmeSettles): its terms then fall by about 1/sqrt(min(a, b)) each near the mean.
+constexpr double kTemmeFrom = 250.0;
 // The expansion's terms after the leading one, in pairs (DiDonato and Morris keep 20).
 constexpr int kTemmeTerms = 20;
+// f w0^2 below which the expansion settles within kTemmeTerms terms (with a margin).
+constexpr double kTemmeSettles = 0.09;
 // Beyond this exponent of e^-f (f the summed deviances) the value leaves the normal range.
 constexpr double kTemmeHighestDeviance = 700.0;
 // The large shape from which a shape of 1/2 beside it takes its expansion (Student's t from df
@@ -371,7 +376,7 @@ TwoPart deviance_large(double k, TwoPart m) {
 // one falls below 2^-56 of the sum, at most kTemmeTerms terms, else declined (the fraction is
 // short there). Error: erfc's and exp's few ulps, Stirling's 1e-16, the d_k's 5e-15 on terms
 // below w0 = 0.032 of the sum, the sum's rounding (a few ulps): within about 2e-15; measured
-// against mpmath with the exact f within 2e-15 from shapes 1000 to 2e9 at |z| up to 37.
+// against mpmath with the exact f within 2e-15 from shapes 250 to 2e9 at |z| up to 37.
 // Returns the side below the mean (the caller's lower_side tells which), or NaN; *weight is
 // e^-(f + mu(a) + mu(b) - mu(n)), the front x^a y^b / B(a, b) over sqrt(a b / (2 pi n)).
 #include "platform/numeric/incomplete_beta_temme.inc"
@@ -421,8 +426,8 @@ double temme_smaller_side(double a, double b, TwoPart f, double stirling, double
         }
     }
     if (!converged) return std::numeric_limits<double>::quiet_NaN();
-    // e^-stirling, stirling = mu(a) + mu(b) - mu(n) below 2/(12 kTemmeFrom): four terms of
-    // its series leave 3e-21.
+    // e^-stirling, stirling = mu(a) + mu(b) - mu(n) below 2/(12 kTemmeFrom): five terms of
+    // its series leave 2e-18.
     const double u =
         1.0 - stirling * (1.0 - stirling * (0.5 - stirling * (1.0 / 6 - stirling / 24)));
     *weight = t * u;  // e^-(f + stirling): the front over sqrt(a b / (2 pi n))
@@ -550,7 +555,7 @@ Prefactor prefactor(double a, double b, TwoPart x, TwoPart y) {
     if (!a_small && !b_small) {
         const TwoPart nx = scaled(n, x), ny = scaled(n, y);
         const TwoPart deviances =
-            a > kBetaDoubleShapeMax || b > kBetaDoubleShapeMax
+            std::max(a, b) >= kTemmeFrom
                 ? add(deviance_large(a, nx), deviance_large(b, ny))
                 : add(gamma_deviance(a, nx.hi, nx.lo), gamma_deviance(b, ny.hi, ny.lo));
         const double stirling = stirling_error(nd) - stirling_error(a) - stirling_error(b);
@@ -562,7 +567,7 @@ Prefactor prefactor(double a, double b, TwoPart x, TwoPart y) {
     const TwoPart u = a_small ? x : y, v = a_small ? y : x;
     const TwoPart nu = scaled(n, u), nv = scaled(n, v);
     const TwoPart deviance =
-        l > kBetaDoubleShapeMax ? deviance_large(l, nv) : gamma_deviance(l, nv.hi, nv.lo);
+        l >= kTemmeFrom ? deviance_large(l, nv) : gamma_deviance(l, nv.hi, nv.lo);
     const double rest = -0.5 * std::log1p(s / l) - stirling_error(l) + stirling_error(nd);
     const TwoPart exponent =
         add(add(poisson_exponent(s, nu), negate(deviance)), TwoPart{rest, 0.0});
@@ -631,15 +636,21 @@ double first_denominator(double a, double b, TwoPart x, TwoPart y) {
     return 1.0 + ((ay.hi - bx.hi) + (ay.lo - bx.lo + a * y.lo - b * x.lo));
 }
 
-// Both shapes at least kTemmeFrom, one above kBetaDoubleShapeMax: the side below the mean by
-// Temme's expansion, the other as 1 minus it (at least 1/2 less the expansion's skew, about
-// 0.48), the front from the same deviances. Empty where f exceeds kTemmeHighestDeviance (the
-// caller's bound decides there) or the expansion does not settle.
+// Both shapes at least kTemmeFrom: the side below the mean by Temme's expansion, the other as
+// 1 minus it (at least 1/2 less the expansion's skew, about 0.48), the front from the same
+// deviances. Empty where f exceeds kTemmeHighestDeviance or kTemmeSettles / w0^2, or the
+// expansion does not settle (the caller's fraction or bound decides there).
 std::optional<BetaTailsDouble> temme_tails(double a, double b, TwoPart x, TwoPart y) {
     const TwoPart n = two_sum(a, b);
     const TwoPart nx = scaled(n, x), ny = scaled(n, y);
     const TwoPart f = add(deviance_large(a, nx), deviance_large(b, ny));
-    if (!(f.hi <= kTemmeHighestDeviance)) return std::nullopt;
+    // The expansion settles within kTemmeTerms terms where f w0^2 <= 0.1 or so, w0^2 = 1 /
+    // (min (1 + h)) (found against the recurrences at shapes 250 .. 2e4, h 1e-4 .. 1, f up to
+    // 700); beyond, the fraction (short there) is the cheaper, without a vain attempt first.
+    const double smaller = std::min(a, b), larger = std::max(a, b);
+    if (!(f.hi <= kTemmeHighestDeviance &&
+          f.hi <= kTemmeSettles * (smaller + smaller * smaller / larger)))
+        return std::nullopt;
     const double nd = n.hi + n.lo;
     const double stirling = stirling_error(a) + stirling_error(b) - stirling_error(nd);
     const bool lower_side = nx.hi < a || (nx.hi == a && nx.lo < 0.0);

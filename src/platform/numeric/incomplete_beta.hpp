@@ -19,8 +19,8 @@ struct BetaTailsDouble {
 // incomplete_beta.cpp for why); the deviates' double paths stop there.
 inline constexpr double kBetaDoubleShapeMax = 5000.0;
 // The largest shape the double evaluation takes at all: above kBetaDoubleShapeMax, Temme's
-// uniform expansion where both shapes are at least 1000, the fraction with the two-part
-// deviance beside a smaller shape (F up to df = 1e10, binomial counts up to 2^31).
+// uniform expansion where both shapes are at least 250 (near enough to the mean), the fraction with
+// the two-part deviance beside a smaller shape (F up to df = 1e10, binomial counts up to 2^31).
 inline constexpr double kBetaDoubleLargeShapeMax = 5e9;
 // The largest other shape beside a shape of exactly 1/2 (Student's t up to df = 2e6), where the
 // prefactor needs no large cancelling terms (see incomplete_beta.cpp).
