@@ -316,14 +316,16 @@ double half_shift_series(double l) {
 }
 
 // The deviance D(k, m) = k ln(k/m) + m - k at m = m.hi + m.lo for large shapes k (from
-// kTemmeFrom in Temme's expansion, above kBetaDoubleShapeMax in the prefactor), in two parts. Where
-// |v| < 1/4, v = (k - m)/(k + m) (m/k within 0.6 .. 1.67), Loader's series D = (m - k)^2/(m + k) +
-// 2k v^3 (1/3 + v^2/5 + ...) with the leading term and the rest both in two parts (only the part w
-// = v^2/5 + ..., below 4 per cent of 1/3, in double): about 1e-18 D absolute, where the log form of
-// gamma_deviance is 3e-18 k (k ln(m/k) with the logarithm to 3e-18: 3e-13 at k = 1e5, the term that
-// held the classical path to 5000). Beyond |v| = 1/4 the deviance exceeds 0.11 k, so it is taken by
-// the log form only below k = 6700 (where that costs 2e-14 at most); above, D > 745 and the value
-// has left the double range, which any error of that size does not change.
+// kTemmeFrom: Temme's expansion and the prefactor), in two parts. Where |v| < 1/4, v = (k - m)
+// / (k + m) (m/k within 0.6 .. 1.67), Loader's series D = (m - k)^2/(m + k) + 2k v^3 (1/3 +
+// v^2/5 + ...) with the leading term in two parts and the rest in two parts too where 2k |v|^3
+// exceeds 1 (only the part w = v^2/5 + ..., below 4 per cent of 1/3, in double; below, the
+// rest is under 1/3 and in double within 1e-16): about 1e-18 D + 1e-16 absolute, where the log
+// form of gamma_deviance is 3e-18 k (k ln(m/k) with the logarithm to 3e-18: 3e-13 at k = 1e5,
+// the term that held the classical path to 5000). Beyond |v| = 1/4 the deviance exceeds
+// 0.11 k, so it is taken by the log form only below k = 6700 (where that costs 2e-14 at most);
+// above, D > 745 and the value has left the double range, which any error of that size does
+// not change.
 constexpr int kDevianceTerms = 16;  // q^15 / 33 < 2^-64 at |v| = 1/4
 constexpr std::array<double, kDevianceTerms + 1> kOddReciprocals = [] {
     std::array<double, kDevianceTerms + 1> r{};
