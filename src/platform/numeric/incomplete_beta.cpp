@@ -14,15 +14,14 @@
 //       side as 1 minus it where that is at least 0.1; within about 1e-15 (measured against
 //       mpmath: gen_incomplete_beta_large.py); student_t_beyond forms ln v = -ln(1 + t^2/df)
 //       from t itself. Elsewhere (|t| below about 0.13) the fraction below;
-//   both shapes at least 250 and f w0^2 <= 0.09 (f, w0 below): Temme's uniform expansion (DiDonato
-//   and
-//       Morris's BASYM) on the side below the mean, the other as 1 minus it (at least about
-//       0.48); the summed deviances f in two parts by Loader's series with its rest in two
-//       parts too (about 1e-18 f absolute where the log form of the deviance is 3e-18 times
-//       the shape), erfc at the two-part root of f, e^-f within an ulp: the expansion's terms
-//       fall by about w0 = 1/sqrt(min(a, b) (1 + h)), h = min/max, summed until a pair is below
-//       2^-56 of the sum (at most 20 terms); bound: erfc's and exp's few ulps,
-//       Stirling's 1e-16 and the sum's rounding, about 2e-15 relative (measured against
+//   both shapes at least 250 and f w0^2 <= 0.09 (f, w0 below): Temme's uniform expansion
+//       (DiDonato and Morris's BASYM) on the side below the mean, the other as 1 minus it (at
+//       least about 0.48); the summed deviances f in two parts by Loader's series with its rest
+//       in two parts too where it exceeds 1/3 (about 1e-18 f + 1e-16 absolute; the log form is
+//       3e-18 times the shape), erfc at the two-part root of f, e^-f within an ulp: the
+//       expansion's terms fall by about w0 = 1/sqrt(min(a, b) (1 + h)), h = min/max, summed
+//       until a pair is below 2^-56 of the sum (at most 20 terms); bound: erfc's and exp's few
+//       ulps, Stirling's 1e-16 and the sum's rounding, about 2e-15 relative (measured against
 //       mpmath with the exact f: within 2e-15 from shapes 250 to 2e9 out to the underflow);
 //       the test on f w0^2 (found against the recurrences at shapes 250 .. 2e4: the sum settles
 //       within 20 terms below 0.1) leaves the far tails of the smaller of these shapes to the
@@ -35,8 +34,8 @@
 //       1e-15 plus the fraction's rounding), at most 400 terms (about 10 sqrt(min(a, b)) are
 //       needed), else declined.
 // Measured against mpmath at shapes 5e3 .. 5e9 (gen_distributions_beta_large_shapes.py, both
-// tails down to 1e-300): beta within 7.7e-15 (the fraction beside a small shape; Temme's
-// expansion 1.1e-15), F 3.7e-15, binomial 1.8e-15; the kernel itself across the switch points
+// tails down to 1e-300): beta within 7.2e-15 (the fraction beside a small shape; Temme's
+// expansion 1.1e-15), F 6.4e-15, binomial 1.7e-15; the kernel itself across the switch points
 // (gen_incomplete_beta_large.py) within 2.6e-15, Student's far side from t within 1.8e-15.
 //
 // The classical path (shapes up to 5000):
