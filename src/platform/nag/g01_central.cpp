@@ -50,14 +50,15 @@
 //     Student's t at df >= 1000 where P(|T| >= |t|) <= 0.9: that side straight from t by the
 //                                same file's expansion at a shape 1/2 (student_t_beyond:
 //                                ln(1 + t^2/df) in two parts, erfc, a few terms with constant
-//                                coefficients), within about 1e-15 (measured 1.5e-15);
-//     larger shapes up to 5e9 (F df up to 1e10; the beta law's own limit is 1e6): the same
-//                                file: the far tails of two shapes from 16 up by a bound on
-//                                the summed deviances (0 and 1), Temme's uniform expansion
-//                                where both shapes are at least 250 (within about 2e-15),
-//                                the fraction with a two-part deviance beside a smaller shape
-//                                (at most 400 terms); measured within 8.9e-15 (beta), 3.7e-15
-//                                (F) at shapes 5e3 .. 5e9 against mpmath;
+//                                coefficients), within about 1e-15 (measured 1.8e-15);
+//     shapes up to 5e9 (F df up to 1e10; the beta law's own limit is 1e6), and before the
+//                                fraction above at smaller ones: the same file: the far tails
+//                                of two shapes from 16 up by a bound on the summed deviances
+//                                (0 and 1), Temme's uniform expansion where both shapes are at
+//                                least 250 near enough to the mean (within about 2e-15), the
+//                                fraction with a two-part deviance elsewhere (at most 400
+//                                terms above 5000); measured within 7.2e-15 (beta), 6.4e-15
+//                                (F), 1.7e-15 (binomial) at shapes 5e3 .. 5e9 against mpmath;
 //     otherwise (larger shapes, a second side below 0.1 away from the switch point,
 //                                |t| >= 1e150, arguments outside the normal range, the side
 //                                asked for between the subnormals and e^-700): extended, as
