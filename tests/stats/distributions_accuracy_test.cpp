@@ -65,6 +65,12 @@ const RefCase kBetaSideCases[] = {
 const RefCase kLargeDfCases[] = {
 #include "reference/distributions_t_large_df_ref.inc"
 };
+// Beta, F and binomial at shapes above 5000 (up to 1e6 for the beta law, 5e9 for F, 2^31 for
+// the binomial), both tails down to 1e-300, on both sides of the large-shape switch points
+// (gen_distributions_beta_large_shapes.py).
+const RefCase kLargeShapeCases[] = {
+#include "reference/distributions_beta_large_shapes_ref.inc"
+};
 #undef REF
 
 // The accuracy asked of every function: 1e-13 relative, about 450 ulp.
@@ -109,6 +115,10 @@ TEST(DistributionAccuracy, BetaSecondSideNearTheSwitchPointWithin1e13) {
 
 TEST(DistributionAccuracy, StudentAtLargeDegreesOfFreedomWithin1e13) {
     EXPECT_EQ(expect_within_tolerance(kLargeDfCases), 2u) << "t probability and deviate";
+}
+
+TEST(DistributionAccuracy, BetaFBinomialAtLargeShapesWithin1e13) {
+    EXPECT_EQ(expect_within_tolerance(kLargeShapeCases), 3u) << "beta, F and binomial cdfs";
 }
 
 TEST(DistributionAccuracy, DiscreteDensitiesAgainstReference) {

@@ -1,5 +1,44 @@
-// The regularised incomplete beta function in double arithmetic, shapes up to 5000 (and up
-// to 1e6 beside a shape of exactly 1/2: Student's t up to df = 2e6).
+// The regularised incomplete beta function in double arithmetic: shapes up to 5e9 (F up to df
+// = 1e10, binomial counts up to 2^31), up to 1e6 beside a shape of exactly 1/2 (Student's t up
+// to df = 2e6).
+//
+// Which path runs where (the tests are on the shapes and one division-only bound):
+//   both shapes >= 16, summed deviances f >= lambda^2/2 (1/max(m, a) + 1/max(n y, b)) above
+//       780 (m = n x, n = a + b, lambda = m - a): the far side is below e^(31 - f) (the
+//       deviance form of the prefactor and the fraction's bound a + b + 2), so 0, the other
+//       side 1, both exact as rounded;
+//   a shape 1/2 beside one l >= 500 (Student's t from df = 1000, F with one degree of
+//       freedom): the side of the large shape, I_v(l, 1/2), by DiDonato and Morris's BGRAT
+//       expansion at b = 1/2 (erfc of the root of z = -(l - 1/4) ln v in two parts plus terms
+//       with constant coefficients, falling by 4e-3 or more each: 2 to 11 of them), the other
+//       side as 1 minus it where that is at least 0.1; within about 1e-15 (measured against
+//       mpmath: gen_incomplete_beta_large.py); student_t_beyond forms ln v = -ln(1 + t^2/df)
+//       from t itself. Elsewhere (|t| below about 0.13) the fraction below;
+//   both shapes at least 250 and f w0^2 <= 0.09 (f, w0 below): Temme's uniform expansion
+//       (DiDonato and Morris's BASYM) on the side below the mean, the other as 1 minus it (at
+//       least about 0.48); the summed deviances f in two parts by Loader's series with its rest
+//       in two parts too where it exceeds 1/3 (about 1e-18 f + 1e-16 absolute; the log form is
+//       3e-18 times the shape), erfc at the two-part root of f, e^-f within an ulp: the
+//       expansion's terms fall by about w0 = 1/sqrt(min(a, b) (1 + h)), h = min/max, summed
+//       until a pair is below 2^-56 of the sum (at most 20 terms); bound: erfc's and exp's few
+//       ulps, Stirling's 1e-16 and the sum's rounding, about 2e-15 relative (measured against
+//       mpmath with the exact f: within 2e-15 from shapes 250 to 2e9 out to the underflow);
+//       the test on f w0^2 (found against the recurrences at shapes 250 .. 2e4: the sum settles
+//       within 20 terms below 0.1) leaves the far tails of the smaller of these shapes to the
+//       fraction, which is short there (a few tens of terms), as is f above 700;
+//   both shapes <= 5000 otherwise (or a shape 1/2 where the expansion above does not apply):
+//       the continued fraction with the prefactors below (the deviance of shapes from 250 by
+//       the two-part series of the next case);
+//   one shape above 5000 otherwise: the continued fraction with the deviance of
+//       the large shape by the same two-part series (so the 3e-18 (a + b) term below is gone:
+//       1e-15 plus the fraction's rounding), at most 400 terms (about 10 sqrt(min(a, b)) are
+//       needed), else declined.
+// Measured against mpmath at shapes 5e3 .. 5e9 (gen_distributions_beta_large_shapes.py, both
+// tails down to 1e-300): beta within 7.2e-15 (the fraction beside a small shape; Temme's
+// expansion 1.1e-15), F 6.4e-15, binomial 1.7e-15; the kernel itself across the switch points
+// (gen_incomplete_beta_large.py) within 2.6e-15, Student's far side from t within 1.8e-15.
+//
+// The classical path (shapes up to 5000):
 //
 // Method. I_x(a, b) = g R(a, b, x), g = x^a y^b / B(a, b), y = 1 - x, with R the continued
 // fraction of DiDonato and Morris (BFRAC, an equivalent of DLMF 8.17.22 without its
@@ -46,7 +85,9 @@
 // Gamma values), 1e-15 + 3e-18 (a + b) otherwise, plus the fraction's rounding (a few ulps
 // times the square root of its length, at most about 10 sqrt(max(a, b)) terms).
 // Measured against mpmath: see tests/reference/distributions_central_worst_errors.txt.
-// Why 5000: the prefactor's 3e-18 (a + b) and the fraction's length. Measured against mpmath
+// Why 5000 (for this path; larger shapes take the paths above): the prefactor's 3e-18 (a + b),
+// which comes from gamma_deviance's log form, k ln(m/k) with the logarithm to 3e-18 absolute,
+// and the fraction's length (hundreds of terms near the mean). Measured against mpmath
 // at random points (both tails down to 1e-300): 1.5e-14 for beta shapes up to 6000, but
 // 9e-14 at a = 16379, b = 56983, so larger shapes go to the extended evaluation. Beside a
 // shape of 1/2 the prefactor has no such term: Student's t measured within 6.0e-15 up to
@@ -54,13 +95,16 @@
 // was the classical form by the Lentz method: its roundings reached 1.2e-13 at df = 1782 and
 // 2.5e-13 at df = 1e4.)
 // References: DiDonato and Morris (1992), "Algorithm 708: Significant digit computation of the
-// incomplete beta function ratios", ACM TOMS 18 (BFRAC); DLMF 8.17.22 (continued fraction),
+// incomplete beta function ratios", ACM TOMS 18 (BFRAC, BASYM); N. M. Temme (1987), the
+// uniform expansion of the incomplete beta function by incomplete Laplace integrals, SIAM J.
+// Math. Anal. 18, and DLMF 8.18(ii); DLMF 8.17.22 (continued fraction),
 // 8.17.8 (the series bound), 5.11.1 and 5.11.8 (Stirling, the ratio of Gamma functions);
 // Cody (1993), "Algorithm 715: SPECFUN", ACM TOMS 19 (the rational Gamma on [1, 2]); Loader
 // (2000), "Fast and accurate computation of binomial probabilities" (the deviance form).
 #include "platform/numeric/incomplete_beta.hpp"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -79,6 +123,24 @@ constexpr double kStirlingFormFrom = 16.0;
 // 5000 and 1e4 beside a shape of 1/2 up to 1e6.
 constexpr int kMaxTerms = 5000;
 constexpr int kMaxTermsLargeShape = 20000;
+// Above kBetaDoubleShapeMax outside Temme's region the fraction needs at most about
+// 10 sqrt(min(a, b)) terms; beyond this cap the extended evaluation is the cheaper one.
+constexpr int kMaxTermsBeyond = 400;
+// Temme's expansion is taken where both shapes are at least this (and f w0^2 is below
+// kTemmeSettles): its terms then fall by about 1/sqrt(min(a, b)) each near the mean.
+constexpr double kTemmeFrom = 250.0;
+// The expansion's terms after the leading one, in pairs (DiDonato and Morris keep 20).
+constexpr int kTemmeTerms = 20;
+// f w0^2 below which the expansion settles within kTemmeTerms terms (with a margin).
+constexpr double kTemmeSettles = 0.09;
+// Beyond this exponent of e^-f (f the summed deviances) the value leaves the normal range.
+constexpr double kTemmeHighestDeviance = 700.0;
+// The large shape from which a shape of 1/2 beside it takes its expansion (Student's t from df
+// = 1000): its terms then fall by 4e-3 or more each.
+constexpr double kHalfExpansionFrom = 500.0;
+// Summed deviances beyond which the far side is below half the smallest subnormal for any
+// two shapes from 16 to kBetaDoubleLargeShapeMax (745.2 + 31, with a margin).
+constexpr double kFarTailDeviance = 780.0;
 constexpr double kLowestExponent = -700.0;
 // Below ln(2^-1075) a positive value rounds to 0 (with a margin for the bound's own rounding).
 constexpr double kLogHalfSmallestSubnormal = -745.2;
@@ -252,6 +314,210 @@ double half_shift_series(double l) {
                                                                        r2 * (5461.0 / 425984)))))));
 }
 
+// The deviance D(k, m) = k ln(k/m) + m - k at m = m.hi + m.lo for large shapes k (from
+// kTemmeFrom: Temme's expansion and the prefactor), in two parts. Where |v| < 1/4, v = (k - m)
+// / (k + m) (m/k within 0.6 .. 1.67), Loader's series D = (m - k)^2/(m + k) + 2k v^3 (1/3 +
+// v^2/5 + ...) with the leading term in two parts and the rest in two parts too where 2k |v|^3
+// exceeds 1 (only the part w = v^2/5 + ..., below 4 per cent of 1/3, in double; below, the
+// rest is under 1/3 and in double within 1e-16): about 1e-18 D + 1e-16 absolute, where the log
+// form of gamma_deviance is 3e-18 k (k ln(m/k) with the logarithm to 3e-18: 3e-13 at k = 1e5,
+// the term that held the classical path to 5000). Beyond |v| = 1/4 the deviance exceeds
+// 0.11 k, so it is taken by the log form only below k = 6700 (where that costs 2e-14 at most);
+// above, D > 745 and the value has left the double range, which any error of that size does
+// not change.
+constexpr int kDevianceTerms = 16;  // q^15 / 33 < 2^-64 at |v| = 1/4
+constexpr std::array<double, kDevianceTerms + 1> kOddReciprocals = [] {
+    std::array<double, kDevianceTerms + 1> r{};
+    for (int j = 0; j <= kDevianceTerms; ++j) r[j] = 1.0 / (2 * j + 1);
+    return r;
+}();
+
+TwoPart deviance_large(double k, TwoPart m) {
+    constexpr TwoPart kThird{0x1.5555555555555p-2, 0x1.5555555555555p-56};
+    const TwoPart total = add(m, TwoPart{k, 0.0});
+    if (!(std::fabs(m.hi - k) < 0.25 * total.hi)) return gamma_deviance(k, m.hi, m.lo);
+    const TwoPart d = two_sum(m.hi - k, m.lo);  // m.hi - k exact (m.hi / k within 0.6 .. 1.67)
+    // 1/total in two parts (one division), then v = -d/total and the leading term -d v.
+    const double inv = 1.0 / total.hi;
+    const TwoPart reciprocal_total{inv, (std::fma(-inv, total.hi, 1.0) - inv * total.lo) * inv};
+    const TwoPart v = multiply(negate(d), reciprocal_total);
+    const TwoPart lead = multiply(d, negate(v));
+    const TwoPart v2 = multiply(v, v);
+    // w = sum_j v^(2j - 2) / (2j + 1), j >= 2, forwards until a term is below 2^-58 (the
+    // terms fall by v^2 <= 1/16 or more each, so the rest is below 2^-61 of 1/3): at most
+    // fifteen terms at |v| = 1/4, one or two near the mean.
+    const double q = v2.hi;
+    double w = 0.0, power = 1.0;
+    for (int j = 2; j <= kDevianceTerms; ++j) {
+        power *= q;
+        const double term = power * kOddReciprocals[j];
+        w += term;
+        if (term <= 0x1p-58) break;
+    }
+    const double cube = 2.0 * k * v.hi * q;  // 2k v^3, to a few ulps
+    if (std::fabs(cube) <= 1.0) {
+        // The rest below 1/3 (most calls, near the mean): in double it is within a few ulps of
+        // 1/3, 1e-16 absolute.
+        return add(lead, TwoPart{cube * (kThird.hi + w), 0.0});
+    }
+    const TwoPart rest =
+        multiply(multiply(multiply(v2, v), add(kThird, TwoPart{w, 0.0})), TwoPart{2.0 * k, 0.0});
+    return add(lead, rest);
+}
+
+// The smaller tail by Temme's uniform expansion in the form of DiDonato and Morris (BASYM),
+// for a, b >= kTemmeFrom: with lambda = a - (a + b) x >= 0 (the side below the mean) and f =
+// D(a, n x) + D(b, n y) the summed deviances (n = a + b),
+//   I_x(a, b) = (2/sqrt(pi)) e^-f e^-(mu(a) + mu(b) - mu(n)) sum_k d_k w0^k J_k,
+// J_0 = (sqrt(pi)/4) erfcx(sqrt f), J_1 = 2^-3/2, the J_k by their two-term recurrence in
+// sqrt f, w0 = 1/sqrt(min(a, b) (1 + h)), h = min/max; the leading term is erfc(sqrt f)/2.
+// DiDonato and Morris form the d_k at every call by three nested recurrences (N^3/6
+// operations for N terms, a microsecond at N = 14); they are polynomials in h of degree k + 1
+// (times (-1)^(k+1) for a > b), whose coefficients incomplete_beta_temme.inc holds (the
+// generator tests/reference/gen_incomplete_beta_temme.py fits them in 50 digits and checks
+// them against the recurrences: within 5e-15 of each d_k in double), so each term costs one
+// Horner evaluation. f comes in two parts (deviance_large), so e^-f is within an ulp or two
+// even at f = 700, and erfcx at the two-part root of f is formed as erfc(z0)/e^-f with the
+// root's low part fed back through erfc's derivative. The terms fall like w0^k <= 2000^(-k/2)
+// near the mean, more slowly in the far tails (J_k grows with f): the pairs are summed until
+// one falls below 2^-56 of the sum, at most kTemmeTerms terms, else declined (the fraction is
+// short there). Error: erfc's and exp's few ulps, Stirling's 1e-16, the d_k's 5e-15 on terms
+// below w0 = 0.032 of the sum, the sum's rounding (a few ulps): within about 2e-15; measured
+// against mpmath with the exact f within 2e-15 from shapes 250 to 2e9 at |z| up to 37.
+// Returns the side below the mean (the caller's lower_side tells which), or NaN; *weight is
+// e^-(f + mu(a) + mu(b) - mu(n)), the front x^a y^b / B(a, b) over sqrt(a b / (2 pi n)).
+#include "platform/numeric/incomplete_beta_temme.inc"
+
+double temme_smaller_side(double a, double b, TwoPart f, double stirling, double* weight) {
+    constexpr double e0 = 1.1283791670955126;   // 2/sqrt(pi)
+    constexpr double e1 = 0.35355339059327379;  // 2^-3/2
+    const double h = a < b ? a / b : b / a;
+    const double r1 = a < b ? (b - a) / b : (b - a) / a;
+    const double w0 = 1.0 / std::sqrt((a < b ? a : b) * (1.0 + h));
+    const double fh = std::max(f.hi, 0.0);
+    const double t = exp_two_part(negate(f));
+    // erfcx(z0) at z0 = sqrt(f) carried in two parts.
+    double erfcx = 1.0, z0 = 0.0;
+    if (fh > 1e-300) {
+        z0 = std::sqrt(fh);
+        const double z0_low = (std::fma(-z0, z0, f.hi) + f.lo) / (2.0 * z0);
+        erfcx = std::erfc(z0) / t - e0 * z0_low;
+    }
+    const double z = 0.5 * (z0 / e1), z2 = fh + fh;
+    // d_k = sign^(k+1) P_k(h), P_k of degree k + 1 (incomplete_beta_temme.inc); d_0 = r1/3
+    // from r1 itself (P_0 = (1 - h)/3 would lose r1's digits near h = 1).
+    const double sign = a < b ? 1.0 : -1.0;
+    const auto coefficient = [h, sign](int k) {
+        const double* c = kTemmeCoefficients[k];
+        double v = c[k + 1];
+        for (int j = k; j >= 0; --j) v = v * h + c[j];
+        return (k % 2 == 0 ? sign : 1.0) * v;  // sign^(k+1)
+    };
+    double j0 = (0.5 / e0) * erfcx, j1 = e1;
+    double sum = j0 + (r1 / 3.0) * w0 * j1;
+    double w = w0, znm1 = z, zn = z2;
+    bool converged = false;
+    for (int n = 2; n <= kTemmeTerms; n += 2) {
+        j0 = e1 * znm1 + (n - 1.0) * j0;
+        j1 = e1 * zn + n * j1;
+        znm1 *= z2;
+        zn *= z2;
+        w *= w0;
+        const double t0 = coefficient(n - 1) * w * j0;
+        w *= w0;
+        const double t1 = coefficient(n) * w * j1;
+        sum += t0 + t1;
+        if (std::fabs(t0) + std::fabs(t1) <= 0x1p-56 * sum) {
+            converged = true;
+            break;
+        }
+    }
+    if (!converged) return std::numeric_limits<double>::quiet_NaN();
+    // e^-stirling, stirling = mu(a) + mu(b) - mu(n) below 2/(12 kTemmeFrom): five terms of
+    // its series leave 2e-18.
+    const double u =
+        1.0 - stirling * (1.0 - stirling * (0.5 - stirling * (1.0 / 6 - stirling / 24)));
+    *weight = t * u;  // e^-(f + stirling): the front over sqrt(a b / (2 pi n))
+    return e0 * t * u * sum;
+}
+
+// The coefficients d_n of the expansion below at the small shape 1/2: c_n = 1/(2n + 1)!, d_n =
+// -c_n/2 + (1/n) sum_i (i/2 - n) c_i d_(n-i) (DiDonato and Morris's BGRAT at b = 1/2).
+constexpr int kHalfTerms = 30;
+constexpr std::array<double, kHalfTerms> kHalfCoefficients = [] {
+    std::array<double, kHalfTerms> c{}, d{};
+    double cn = 1.0;
+    for (int n = 1; n <= kHalfTerms; ++n) {
+        cn /= (2.0 * n) * (2.0 * n + 1.0);
+        c[n - 1] = cn;
+        double s = 0.0;
+        for (int i = 1; i < n; ++i) s += (0.5 * i - n) * c[i - 1] * d[n - i - 1];
+        d[n - 1] = -0.5 * cn + s / n;
+    }
+    return d;
+}();
+
+// I_v(l, 1/2) for l >= kHalfExpansionFrom (Student's t at df >= 1000: P(|T| >= |t|) with v =
+// df/(df + t^2)) by the expansion of DiDonato and Morris (BGRAT; Temme's for one large shape,
+// DLMF 8.18.1) at b = 1/2: with nu = l - 1/4 and z = -nu ln v,
+//   I_v(l, 1/2) = Gamma(l + 1/2) / (Gamma(l) sqrt(nu)) (erfc(sqrt z) + sum_n d_n J_n),
+// J_0 = erfc(sqrt z), J_n = ((2n - 3/2)(2n - 1/2) J_(n-1) + (z + 2n - 1/2) r (ln v / 2)^(2n-2))
+// / (4 nu^2), r = e^-z sqrt(z / pi). Gamma(l + 1/2)/Gamma(l) = sqrt(l) e^S(l) (S by
+// half_shift_series, 5e-19). z in two parts (nu exact, ln v by log_two_part, whose error falls
+// with |ln v|^3 near v = 1), so e^-z is within an ulp or two at z = 700 and erfc at the
+// two-part root of z is corrected through its derivative. The terms are below d_1 J_1 <=
+// (1/12)(3/4 + (z + 3/2)/sqrt z)/(4 nu^2) of erfc's term (no cancellation: 1e-3 at z = 700,
+// l = 500) and fall by (4n^2 + z)/(4 nu^2) (ln v)^2/4 or less each: summed until one is below
+// 2^-56 of the sum (2 to 11 terms), at most kHalfTerms. Error: erfc's and exp's few ulps, the
+// root's correction, S's: within about 1e-15 (measured against mpmath at df 1e3 .. 1e6, t to
+// 40, within 2e-15 with z exact). Returns NaN where z is above 700 (the value leaves the
+// normal range) or the sum does not settle; *front is x^(1/2) v^l / B(1/2, l).
+// The expansion at ln v = log_v (two parts); *e = e^-z, *ratio = Gamma(l + 1/2)/Gamma(l).
+double half_shape_side(double l, TwoPart log_v, double* e_out, double* ratio_out) {
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+    constexpr double kInvSqrtPi = 0.56418958354775628;
+    constexpr double e0 = 1.1283791670955126;  // 2/sqrt(pi)
+    const double nu = l - 0.25;                // exact: l = df/2 below 2^50
+    const TwoPart z = multiply(TwoPart{-nu, 0.0}, log_v);
+    if (!(z.hi > 1e-300 && z.hi <= kTemmeHighestDeviance)) return kNaN;
+    const double e = exp_two_part(negate(z));
+    const double z0 = std::sqrt(z.hi);
+    const double z0_low = (std::fma(-z0, z0, z.hi) + z.lo) / (2.0 * z0);
+    const double q = std::erfc(z0) - e0 * e * z0_low;
+    const double r = e * z0 * kInvSqrtPi;
+    const double step = 0.25 / (nu * nu), t2 = 0.25 * log_v.hi * log_v.hi;
+    double j = q, sum = q, t = 1.0, bp2n = 0.5;
+    bool converged = false;
+    for (int n = 1; n <= kHalfTerms; ++n) {
+        j = (bp2n * (bp2n + 1.0) * j + (z.hi + bp2n + 1.0) * r * t) * step;
+        bp2n += 2.0;
+        t *= t2;
+        const double dj = kHalfCoefficients[n - 1] * j;
+        sum += dj;
+        if (std::fabs(dj) <= 0x1p-56 * sum) {
+            converged = true;
+            break;
+        }
+    }
+    if (!converged || !(sum > 0.0)) return kNaN;
+    // Gamma(l + 1/2)/Gamma(l) = sqrt(l) e^S, |S| <= 1/(8 l) <= 2.5e-4: five terms of e^S leave
+    // 1e-20.
+    const double sh = half_shift_series(l);
+    const double series = 1.0 + sh * (1.0 + sh * (0.5 + sh * (1.0 / 6 + sh * (1.0 / 24))));
+    *e_out = e;
+    *ratio_out = series * std::sqrt(l);
+    return series * std::sqrt(l / nu) * sum;
+}
+
+double half_shape_expansion(double l, TwoPart u, TwoPart v, double* front) {
+    constexpr double kInvSqrtPi = 0.56418958354775628;
+    double e = 0.0, ratio = 0.0;
+    const double side = half_shape_side(l, log_two_part(v.hi, v.lo), &e, &ratio);
+    // x^(1/2) v^l / B(1/2, l) = sqrt(u) e^-z v^(1/4) Gamma(l + 1/2) / (Gamma(l) sqrt(pi)).
+    if (side >= 0.0) *front = std::sqrt(u.hi) * e * std::sqrt(std::sqrt(v.hi)) * ratio * kInvSqrtPi;
+    return side;
+}
+
 Prefactor prefactor(double a, double b, TwoPart x, TwoPart y) {
     if ((a == 0.5 && b >= kStirlingFormFrom) || (b == 0.5 && a >= kStirlingFormFrom)) {
         // A shape of 1/2 beside one l of at least 16 (Student's t, F with one degree of
@@ -296,7 +562,9 @@ Prefactor prefactor(double a, double b, TwoPart x, TwoPart y) {
     if (!a_small && !b_small) {
         const TwoPart nx = scaled(n, x), ny = scaled(n, y);
         const TwoPart deviances =
-            add(gamma_deviance(a, nx.hi, nx.lo), gamma_deviance(b, ny.hi, ny.lo));
+            std::max(a, b) >= kTemmeFrom
+                ? add(deviance_large(a, nx), deviance_large(b, ny))
+                : add(gamma_deviance(a, nx.hi, nx.lo), gamma_deviance(b, ny.hi, ny.lo));
         const double stirling = stirling_error(nd) - stirling_error(a) - stirling_error(b);
         return {add(negate(deviances), TwoPart{stirling, 0.0}),
                 std::sqrt(a / (2.0 * std::numbers::pi) * (b / nd))};
@@ -305,7 +573,8 @@ Prefactor prefactor(double a, double b, TwoPart x, TwoPart y) {
     const double s = a_small ? a : b, l = a_small ? b : a;
     const TwoPart u = a_small ? x : y, v = a_small ? y : x;
     const TwoPart nu = scaled(n, u), nv = scaled(n, v);
-    const TwoPart deviance = gamma_deviance(l, nv.hi, nv.lo);
+    const TwoPart deviance =
+        l >= kTemmeFrom ? deviance_large(l, nv) : gamma_deviance(l, nv.hi, nv.lo);
     const double rest = -0.5 * std::log1p(s / l) - stirling_error(l) + stirling_error(nd);
     const TwoPart exponent =
         add(add(poisson_exponent(s, nu), negate(deviance)), TwoPart{rest, 0.0});
@@ -340,7 +609,10 @@ double fraction(double a, double b, double x, double y, double c, bool* converge
     double s = a + 1.0, inv_s = 1.0 / s;
     double an = 0.0, bn = 1.0, anp1 = 1.0, bnp1 = c / (1.0 + 1.0 / a);
     double r = 1.0 / bnp1;
-    const int cap = a + b > 2.0 * kBetaDoubleShapeMax ? kMaxTermsLargeShape : kMaxTerms;
+    const int cap =
+        a == 0.5 || b == 0.5
+            ? (a + b > 2.0 * kBetaDoubleShapeMax ? kMaxTermsLargeShape : kMaxTerms)
+            : (a > kBetaDoubleShapeMax || b > kBetaDoubleShapeMax ? kMaxTermsBeyond : kMaxTerms);
     for (int n = 1; n <= cap; ++n) {
         const double nd = n;
         const double w = nd * (b - nd) * x;
@@ -371,14 +643,74 @@ double first_denominator(double a, double b, TwoPart x, TwoPart y) {
     return 1.0 + ((ay.hi - bx.hi) + (ay.lo - bx.lo + a * y.lo - b * x.lo));
 }
 
+// Both shapes at least kTemmeFrom: the side below the mean by Temme's expansion, the other as
+// 1 minus it (at least 1/2 less the expansion's skew, about 0.48), the front from the same
+// deviances. Empty where f exceeds kTemmeHighestDeviance or kTemmeSettles / w0^2, or the
+// expansion does not settle (the caller's fraction or bound decides there).
+std::optional<BetaTailsDouble> temme_tails(double a, double b, TwoPart x, TwoPart y) {
+    const TwoPart n = two_sum(a, b);
+    const TwoPart nx = scaled(n, x), ny = scaled(n, y);
+    const TwoPart f = add(deviance_large(a, nx), deviance_large(b, ny));
+    // The expansion settles within kTemmeTerms terms where f w0^2 <= 0.1 or so, w0^2 = 1 /
+    // (min (1 + h)) (found against the recurrences at shapes 250 .. 2e4, h 1e-4 .. 1, f up to
+    // 700); beyond, the fraction (short there) is the cheaper, without a vain attempt first.
+    const double smaller = std::min(a, b), larger = std::max(a, b);
+    if (!(f.hi <= kTemmeHighestDeviance &&
+          f.hi <= kTemmeSettles * (smaller + smaller * smaller / larger)))
+        return std::nullopt;
+    const double nd = n.hi + n.lo;
+    const double stirling = stirling_error(a) + stirling_error(b) - stirling_error(nd);
+    const bool lower_side = nx.hi < a || (nx.hi == a && nx.lo < 0.0);
+    double weight = 0.0;
+    const double side = lower_side ? temme_smaller_side(a, b, f, stirling, &weight)
+                                   : temme_smaller_side(b, a, f, stirling, &weight);
+    if (!(side >= 0.0 && side <= 1.0)) return std::nullopt;
+    const double front = weight * std::sqrt(a / (2.0 * std::numbers::pi) * (b / nd));
+    return lower_side ? BetaTailsDouble{side, 1.0 - side, front}
+                      : BetaTailsDouble{1.0 - side, side, front};
+}
+
 }  // namespace
 
 std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPart x, TwoPart y,
                                                       bool one_side) {
-    const double shape_max = a == 0.5 || b == 0.5 ? kBetaDoubleHalfShapeMax : kBetaDoubleShapeMax;
+    const double shape_max =
+        a == 0.5 || b == 0.5 ? kBetaDoubleHalfShapeMax : kBetaDoubleLargeShapeMax;
     if (!(a > 0.0 && a <= shape_max && b > 0.0 && b <= shape_max) || !std::isnormal(x.hi) ||
         !std::isnormal(y.hi))
         return std::nullopt;
+    if ((a == 0.5 && b >= kHalfExpansionFrom) || (b == 0.5 && a >= kHalfExpansionFrom)) {
+        // A shape of 1/2 beside a large one: the large shape's side by the expansion above,
+        // the other as 1 minus it where that is at least 0.1 (Student's t beyond |t| = 0.13
+        // or so); elsewhere the fraction (short there).
+        const bool half_first = a == 0.5;
+        double front = 0.0;
+        const double side = half_first ? half_shape_expansion(b, x, y, &front)
+                                       : half_shape_expansion(a, y, x, &front);
+        if (side >= 0.0 && side <= kMostComplemented) {
+            return half_first ? BetaTailsDouble{1.0 - side, side, front}
+                              : BetaTailsDouble{side, 1.0 - side, front};
+        }
+    }
+    if (a >= kStirlingFormFrom && b >= kStirlingFormFrom) {
+        // The far tails, before anything costly: with m = n x, n = a + b, lambda = m - a =
+        // b - n y, the summed deviances f = D(a, m) + D(b, n y) are at least lambda^2/2 (1 /
+        // max(m, a) + 1 / max(n y, b)) (k phi(q), phi(q) = q - 1 - ln q >= (q - 1)^2 / (2
+        // max(1, q))), and the far side is at most e^-f sqrt(a b / (2 pi n)) e^(mu(n)) (n + 2)
+        // / shape (the prefactor in deviance form and the fraction's bound below), below e^(31
+        // - f) for shapes from 16 to kBetaDoubleLargeShapeMax. Past kFarTailDeviance it is
+        // below half the smallest subnormal: 0, the other side 1. The rounding of this rough
+        // bound is a few ulps of it; |lambda| >= 157 there, so x lies on the fraction's side
+        // of the switch point as well.
+        const double n = a + b, m = n * x.hi, lambda = m - a;
+        const double bound =
+            0.5 * lambda * lambda * (1.0 / std::max(m, a) + 1.0 / std::max(n * y.hi, b));
+        if (bound > kFarTailDeviance)
+            return m < a ? BetaTailsDouble{0.0, 1.0, 0.0} : BetaTailsDouble{1.0, 0.0, 0.0};
+    }
+    if (std::min(a, b) >= kTemmeFrom) {
+        if (const auto tails = temme_tails(a, b, x, y)) return tails;
+    }
     const Prefactor pre = prefactor(a, b, x, y);
     const bool lower_direct = x.hi * (a + b + 2.0) < a + 1.0;
     // g itself below the normal range (a tiny shape's 1/B(a, b) outside the exponent) is
@@ -427,6 +759,22 @@ std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPar
         }
     }
     return lower_direct ? BetaTailsDouble{direct, other, g} : BetaTailsDouble{other, direct, g};
+}
+
+std::optional<double> student_t_beyond(double t, double df) {
+    if (!(df >= 2.0 * kHalfExpansionFrom && df <= 2.0 * kBetaDoubleHalfShapeMax) ||
+        !(std::fabs(t) < 1e150) || t == 0.0)
+        return std::nullopt;
+    // ln v = -ln(1 + w), w = t^2/df in two parts (one division and its remainder).
+    const TwoPart t2 = two_product(t, t);
+    const double w = t2.hi / df;
+    const double w_low = (std::fma(-w, df, t2.hi) + t2.lo) / df;
+    const TwoPart one_plus = two_sum(1.0, w);
+    const TwoPart log_v = negate(log_two_part(one_plus.hi, one_plus.lo + w_low));
+    double e = 0.0, ratio = 0.0;
+    const double side = half_shape_side(df / 2, log_v, &e, &ratio);
+    if (!(side >= 0.0 && side <= 1.0)) return std::nullopt;
+    return side;
 }
 
 }  // namespace zemath::numeric

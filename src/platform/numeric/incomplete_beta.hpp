@@ -15,22 +15,33 @@ struct BetaTailsDouble {
     double front;  // x^a y^b / B(a, b) = x y dI_x/dx (the deviates' Newton slope)
 };
 
-// The largest shape the double evaluation takes (see incomplete_beta.cpp for why).
+// The largest shape of the continued-fraction path with the classical prefactor (see
+// incomplete_beta.cpp for why); the deviates' double paths stop there.
 inline constexpr double kBetaDoubleShapeMax = 5000.0;
+// The largest shape the double evaluation takes at all: above kBetaDoubleShapeMax, Temme's
+// uniform expansion where both shapes are at least 250 (near enough to the mean), the fraction with
+// the two-part deviance beside a smaller shape (F up to df = 1e10, binomial counts up to 2^31).
+inline constexpr double kBetaDoubleLargeShapeMax = 5e9;
 // The largest other shape beside a shape of exactly 1/2 (Student's t up to df = 2e6), where the
 // prefactor needs no large cancelling terms (see incomplete_beta.cpp).
 inline constexpr double kBetaDoubleHalfShapeMax = 1e6;
 
 // I_x(a, b) and its complement at x = x.hi + x.lo, with y = 1 - x given as well to full
-// relative accuracy (y.hi + y.lo), for 0 < a, b <= kBetaDoubleShapeMax (or one shape 1/2 and
-// the other up to kBetaDoubleHalfShapeMax) and x.hi, y.hi normal. Empty where the double
+// relative accuracy (y.hi + y.lo), for 0 < a, b <= kBetaDoubleLargeShapeMax (one shape 1/2
+// only beside one up to kBetaDoubleHalfShapeMax) and x.hi, y.hi normal. Empty where the double
 // evaluation does not apply: shapes out of range, a prefactor outside the normal range, the
-// fraction past its cap. A side is NaN where the direct side is above 0.9 and the argument
-// too far from the switch point for the other side's own fraction.
-// one_side: the caller takes one side only, so where the direct side lies below the normal
-// range but its bound puts the other at 1 exactly, that one is given (the direct side NaN)
+// fraction past its cap (a few hundred terms above kBetaDoubleShapeMax). A side is NaN where the
+// direct side is above 0.9 and the argument too far from the switch point for the other side's own
+// fraction. one_side: the caller takes one side only, so where the direct side lies below the
+// normal range but its bound puts the other at 1 exactly, that one is given (the direct side NaN)
 // instead of declining.
 std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPart x, TwoPart y,
                                                       bool one_side = false);
+
+// P(|T| >= |t|) for Student's t with df degrees of freedom, 1000 <= df <= 2e6, 0 < |t| <
+// 1e150: I_v(df/2, 1/2) at v = df/(df + t^2) by the expansion incomplete_beta_double takes
+// there, with ln v = -ln(1 + t^2/df) formed from t directly (no quotient for v). Within about
+// 1e-15 relative. Empty where the value leaves the normal range or the expansion declines.
+std::optional<double> student_t_beyond(double t, double df);
 
 }  // namespace zemath::numeric
