@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <memory>
+#include <new>
 
 #include "gridding/predicates.hpp"
 
@@ -30,7 +32,12 @@ using SweepTriangle = TriangleBlock;  // aux: the legal bits
 
 struct Sweep {
     std::vector<double> xy;
-    std::vector<SweepTriangle> tris;
+    // Triangles in raw storage (not zero-filled: every triangle is written whole when
+    // added), which the record may take over once the mesh has been copied out.
+    RawBlock tris_store;
+    std::size_t tris_bytes = 0;
+    SweepTriangle* tris = nullptr;
+    int capacity = 0;
     int count = 0;  // triangles so far
     std::vector<int> hull_next, hull_prev;
     std::vector<int> hull_edge;  // per hull node u: half-edge of the edge (u, hull_next[u])
@@ -119,6 +126,11 @@ struct Sweep {
         link(code(n, 0), x2);
         link(code(n, 1), y1);
         link(code(t, 2), code(n, 2));
+        // The new diagonal (c, d) is strictly Delaunay: the flip follows a strictly
+        // positive in-circle test, and the test across the other diagonal of the same
+        // four points is the same determinant with its sign changed.
+        rt.aux |= 4;
+        rn.aux |= 4;
         if (x1 < 0) hull_edge[a] = code(t, 1);
         if (y2 < 0) hull_edge[c] = code(t, 0);
         if (x2 < 0) hull_edge[d] = code(n, 0);
@@ -155,7 +167,7 @@ struct Sweep {
         int e = s, first = -1, previous = -1;
         do {
             const int f = next[e];
-            if (count >= static_cast<int>(tris.size())) return false;  // cannot happen
+            if (count >= capacity) return false;  // cannot happen
             const int t = add_triangle(f, e, p);  // (f, e) is the old hull edge (e, f) reversed
             link(code(t, 0), hull_edge[e]);
             if (previous >= 0) {
@@ -189,9 +201,15 @@ struct Sweep {
             const std::size_t k = order != nullptr ? static_cast<std::size_t>(order[i]) : i;
             xy[2 * i] = x[k], xy[2 * i + 1] = y[k];
         }
-        // At most 2 n - 5 triangles in a triangulation of n points (touched here, before
-        // the insertion loop: appending instead measured slower).
-        tris.resize(2 * size);
+        // At most 2 n - 5 triangles in a triangulation of n points.
+        tris_bytes = 2 * size * sizeof(SweepTriangle) + alignof(SweepTriangle);
+        tris_store.reset(raw_alloc(tris_bytes));
+        if (!tris_store) throw std::bad_alloc();
+        void* aligned = tris_store.get();
+        std::size_t room = tris_bytes;
+        tris = static_cast<SweepTriangle*>(
+            std::align(alignof(SweepTriangle), 2 * size * sizeof(SweepTriangle), aligned, room));
+        capacity = static_cast<int>(2 * size);
         hull_next.assign(size, -1);
         hull_prev.assign(size, -1);
         hull_edge.assign(size, -1);
@@ -200,7 +218,8 @@ struct Sweep {
 
     // The mesh in the sweep's numbering (half-edges 3 t + slot there).
     void take_mesh(Mesh& mesh, bool neighbours) {
-        mesh.blocks.clear();
+        mesh.blocks.reset();
+        mesh.block_count = 0;
         const std::size_t slots = 3 * static_cast<std::size_t>(count);
         mesh.v.resize(slots);
         mesh.twin.resize(slots);
@@ -392,6 +411,12 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         sw.link(Sweep::code(t, 1), Sweep::code(t1, 2));
         sw.link(Sweep::code(t1, 1), Sweep::code(t2, 2));
         sw.link(Sweep::code(t2, 1), Sweep::code(t, 2));
+        // The three new edges are strictly Delaunay: p strictly inside (a, b, c) sees each
+        // side at a wider angle than the opposite corner does, so that corner lies
+        // strictly outside the circle through the side and p.
+        sw.tris[static_cast<std::size_t>(t)].aux |= 6;
+        sw.tris[static_cast<std::size_t>(t1)].aux |= 6;
+        sw.tris[static_cast<std::size_t>(t2)].aux |= 6;
         if (tab < 0) sw.hull_edge[a] = Sweep::code(t, 0);
         if (tbc < 0) sw.hull_edge[b] = Sweep::code(t1, 0);
         if (tca < 0) sw.hull_edge[c] = Sweep::code(t2, 0);
@@ -400,87 +425,123 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         sw.legalize(t2, 0);
         if (sw.tie) return false;
     }
-    // Last pass: every interior edge not already found strictly Delaunay since it last
-    // changed (legal bit), flipping until all are strictly Delaunay (the edges found
-    // non-Delaunay start the flip stack; there are rarely any).
-    auto in_circle = [&](int e, int f) {
-        const int te = e >> 2, j = e & 3, k = f & 3;
-        const int a = sw.vert(te, j), b = sw.vert(te, nxt(j)), c = sw.vert(te, prv(j));
-        const int d = sw.vert(f >> 2, prv(k));
-        return incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
-                        xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
-    };
-    std::vector<int> pending;
-    for (int te = 0; te < sw.count; ++te)
-        for (int j = 0; j < 3; ++j) {
-            const int e = Sweep::code(te, j), f = sw.twin(e);
-            if (f < e || (sw.tris[static_cast<std::size_t>(te)].aux >> j & 1) != 0) continue;
-            const double in = in_circle(e, f);
-            if (!(in != 0.0)) return false;
-            if (in > 0.0) pending.push_back(e);
-        }
-    long long budget = 64LL * n + 64;
-    while (!pending.empty()) {
-        if (--budget < 0) return false;
-        const int e = pending.back();
-        pending.pop_back();
-        const int f = sw.twin(e);
-        if (f < 0) continue;
-        const double in = in_circle(e, f);
-        if (!(in != 0.0)) return false;
-        if (in < 0.0) continue;
-        // Flip through the legalisation step (opposite vertex c), then recheck the
-        // quadrilateral's four sides.
-        const int te = e >> 2, j = e & 3, tf = f >> 2, k = f & 3;
-        const int x1 = sw.twin(Sweep::code(tf, nxt(k))), x2 = sw.twin(Sweep::code(tf, prv(k)));
-        const int y1 = sw.twin(Sweep::code(te, nxt(j))), y2 = sw.twin(Sweep::code(te, prv(j)));
-        sw.flip(te, j, tf, k);
-        for (int g : {x1, x2, y1, y2})
-            if (g >= 0) pending.push_back(g);
-    }
-    if (sw.tie) return false;
     // Back to the caller's numbering, the triangles ordered by their lowest node (a
-    // counting sort): the record is derived node by node in index order, and this keeps
-    // its walks local in memory.
+    // counting sort) and copied in that order with their legal bits: the uniqueness test
+    // below and the record's walks then read neighbouring triangles and nodes close
+    // together in memory (a scatter: independent writes, which overlap; permuting in
+    // place measured slower, its swaps wait on each other).
     const int tc = sw.count;
-    std::vector<int> first(static_cast<std::size_t>(n) + 1, 0), slot(static_cast<std::size_t>(tc));
-    for (int k = 0; k < tc; ++k) {
-        int* const corners = sw.tris[static_cast<std::size_t>(k)].v;
-        for (int s = 0; s < 3; ++s) corners[s] = global[corners[s]];
-        slot[k] = std::min({corners[0], corners[1], corners[2]});
-        ++first[slot[k] + 1];
-    }
-    for (int i = 0; i < n; ++i) first[i + 1] += first[i];
-    for (int k = 0; k < tc; ++k) slot[k] = first[slot[k]]++;
-    if (!neighbours) {
-        // Only the record is wanted: the blocks are copied in their new order, their
-        // links renumbered, and the record's walks read one block per triangle (a
-        // scatter: independent writes, which overlap; permuting in place measured slower,
-        // its swaps wait on each other).
-        mesh.blocks.resize(static_cast<std::size_t>(tc));
+    std::vector<int> first(static_cast<std::size_t>(n) + 1), slot(static_cast<std::size_t>(tc));
+    std::unique_ptr<TriangleBlock[]> blocks(new TriangleBlock[static_cast<std::size_t>(tc)]);
+    auto renumber = [&] {
+        std::fill(first.begin(), first.end(), 0);
+        for (int k = 0; k < tc; ++k) {
+            int* const corners = sw.tris[static_cast<std::size_t>(k)].v;
+            for (int s = 0; s < 3; ++s) corners[s] = global[corners[s]];
+            slot[k] = std::min({corners[0], corners[1], corners[2]});
+            ++first[slot[k] + 1];
+        }
+        for (int i = 0; i < n; ++i) first[i + 1] += first[i];
+        for (int k = 0; k < tc; ++k) slot[k] = first[slot[k]]++;
         for (int k = 0; k < tc; ++k) {
             const SweepTriangle& r = sw.tris[static_cast<std::size_t>(k)];
-            SweepTriangle& to = mesh.blocks[static_cast<std::size_t>(slot[k])];
+            TriangleBlock& to = blocks[static_cast<std::size_t>(slot[k])];
             for (int s = 0; s < 3; ++s) {
                 const int f = r.twin[s];
                 to.v[s] = r.v[s];
                 to.twin[s] = f < 0 ? -1 : 4 * slot[f >> 2] + (f & 3);
             }
+            to.aux = r.aux;
         }
+    };
+    renumber();
+    // Uniqueness: every interior edge not already found strictly Delaunay since it last
+    // changed (legal bit) is tested once. 0: all strictly Delaunay; 1: some edge must
+    // flip; 2: an exact tie (or NaN), which leaves the build to the sweep.
+    auto unique_test = [&] {
+        for (int te = 0; te < tc; ++te) {
+            const TriangleBlock& r = blocks[static_cast<std::size_t>(te)];
+            for (int j = 0; j < 3; ++j) {
+                const int f = r.twin[j];
+                if (f < 4 * te + j || (r.aux >> j & 1) != 0) continue;
+                const int a = r.v[j], b = r.v[nxt(j)], c = r.v[prv(j)];
+                const int d = blocks[static_cast<std::size_t>(f >> 2)].v[prv(f & 3)];
+                const double in = incircle(x[a], y[a], x[b], y[b], x[c], y[c], x[d], y[d]);
+                if (!(in != 0.0)) return 2;
+                if (in > 0.0) return 1;
+            }
+        }
+        return 0;
+    };
+    const int verdict = unique_test();
+    if (verdict == 2) return false;
+    if (verdict == 1) {
+        // Rare: back to the build's numbering, flip until every interior edge is strictly
+        // Delaunay (the edges found non-Delaunay start the flip stack), and order again.
+        for (int k = 0; k < tc; ++k) {
+            int* const corners = sw.tris[static_cast<std::size_t>(k)].v;
+            for (int s = 0; s < 3; ++s) corners[s] = local[corners[s]];
+        }
+        auto in_circle = [&](int e, int f) {
+            const int te = e >> 2, j = e & 3, k = f & 3;
+            const int a = sw.vert(te, j), b = sw.vert(te, nxt(j)), c = sw.vert(te, prv(j));
+            const int d = sw.vert(f >> 2, prv(k));
+            return incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
+                            xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
+        };
+        std::vector<int> pending;
+        for (int te = 0; te < tc; ++te)
+            for (int j = 0; j < 3; ++j) {
+                const int e = Sweep::code(te, j), f = sw.twin(e);
+                if (f < e || (sw.tris[static_cast<std::size_t>(te)].aux >> j & 1) != 0) continue;
+                const double in = in_circle(e, f);
+                if (!(in != 0.0)) return false;
+                if (in > 0.0) pending.push_back(e);
+            }
+        long long budget = 64LL * n + 64;
+        while (!pending.empty()) {
+            if (--budget < 0) return false;
+            const int e = pending.back();
+            pending.pop_back();
+            const int f = sw.twin(e);
+            if (f < 0) continue;
+            const double in = in_circle(e, f);
+            if (!(in != 0.0)) return false;
+            if (in < 0.0) continue;
+            // Flip through the legalisation step (opposite vertex c), then recheck the
+            // quadrilateral's four sides.
+            const int te = e >> 2, j = e & 3, tf = f >> 2, k = f & 3;
+            const int x1 = sw.twin(Sweep::code(tf, nxt(k))),
+                      x2 = sw.twin(Sweep::code(tf, prv(k)));
+            const int y1 = sw.twin(Sweep::code(te, nxt(j))),
+                      y2 = sw.twin(Sweep::code(te, prv(j)));
+            sw.flip(te, j, tf, k);
+            for (int g : {x1, x2, y1, y2})
+                if (g >= 0) pending.push_back(g);
+        }
+        if (sw.tie) return false;
+        renumber();
+    }
+    if (!neighbours) {
+        mesh.blocks = std::move(blocks);
+        mesh.block_count = tc;
         mesh.v.clear(), mesh.nb.clear(), mesh.twin.clear();
+        // The build's triangles are copied out: the record may take their storage.
+        mesh.spare = std::move(sw.tris_store);
+        mesh.spare_bytes = sw.tris_bytes;
     } else {
-        mesh.blocks.clear();
+        mesh.blocks.reset();
+        mesh.block_count = 0;
         mesh.v.resize(3 * static_cast<std::size_t>(tc));
         mesh.nb.resize(3 * static_cast<std::size_t>(tc));
         mesh.twin.resize(3 * static_cast<std::size_t>(tc));
         for (int k = 0; k < tc; ++k) {
-            const SweepTriangle& r = sw.tris[static_cast<std::size_t>(k)];
-            const std::size_t to = 3 * static_cast<std::size_t>(slot[k]);
+            const TriangleBlock& r = blocks[static_cast<std::size_t>(k)];
             for (int s = 0; s < 3; ++s) {
-                mesh.v[to + s] = r.v[s];
                 const int f = r.twin[s];
-                mesh.nb[to + s] = f < 0 ? -1 : slot[f >> 2];
-                mesh.twin[to + s] = f < 0 ? -1 : 3 * slot[f >> 2] + (f & 3);
+                mesh.v[3 * k + s] = r.v[s];
+                mesh.nb[3 * k + s] = f < 0 ? -1 : f >> 2;
+                mesh.twin[3 * k + s] = f < 0 ? -1 : 3 * (f >> 2) + (f & 3);
             }
         }
     }
@@ -533,7 +594,10 @@ int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& me
 int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh, bool neighbours) {
     mesh.v.clear();
     mesh.nb.clear();
-    mesh.blocks.clear();
+    mesh.blocks.reset();
+    mesh.block_count = 0;
+    mesh.spare.reset();
+    mesh.spare_bytes = 0;
     if (x.size() < 3) return 1;
     if (build_hilbert(x, y, mesh, neighbours)) return 0;
     return build_x_order(x, y, mesh, neighbours);

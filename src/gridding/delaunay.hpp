@@ -27,8 +27,12 @@
 // BRIO" (2003).
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <span>
 #include <vector>
+
+#include "core/allocate.hpp"
 
 namespace zemath {
 
@@ -42,6 +46,12 @@ struct alignas(32) TriangleBlock {
     int spare;
 };
 
+// Owner of a block from raw_alloc (released by raw_free, as a record's arrays are).
+struct RawFree {
+    void operator()(void* block) const noexcept { raw_free(block); }
+};
+using RawBlock = std::unique_ptr<void, RawFree>;
+
 struct Mesh {
     std::vector<int> v;     // 3 per triangle, counter-clockwise
     std::vector<int> nb;    // 3 per triangle: across (v0,v1), (v1,v2), (v2,v0); -1 on the hull
@@ -49,10 +59,13 @@ struct Mesh {
     std::vector<int> hull_next;  // per node: next hull node counter-clockwise, -1 if interior
     // Built without neighbours, the fast build leaves its triangles here instead (v, nb
     // and twin empty), ordered by lowest node.
-    std::vector<TriangleBlock> blocks;
-    int triangles() const {
-        return static_cast<int>(blocks.empty() ? v.size() / 3 : blocks.size());
-    }
+    std::unique_ptr<TriangleBlock[]> blocks;
+    int block_count = 0;
+    // Storage the build no longer needs (from raw_alloc, spare_bytes long), for the
+    // record to take as one of its arrays instead of mapping fresh memory.
+    RawBlock spare;
+    std::size_t spare_bytes = 0;
+    int triangles() const { return blocks ? block_count : static_cast<int>(v.size() / 3); }
 };
 
 // Builds the Delaunay triangulation of the points, which must be distinct and sorted

@@ -316,7 +316,8 @@ struct BlockLayout {  // one TriangleBlock per triangle
 // meshes; nothing is written past the arrays either way).
 template <class Layout>
 bool fill_record_from(Triangulation* out, Nodes& nodes, const Layout& L, int tc,
-                      const std::vector<int>& hull_next) {
+                      const std::vector<int>& hull_next, RawBlock& spare,
+                      std::size_t spare_bytes) {
     constexpr int W = Layout::W;
     const int n = static_cast<int>(nodes.x.size());
     // Offsets: edges by lower node (each edge counted once, from its hull slot or from
@@ -346,7 +347,15 @@ bool fill_record_from(Triangulation* out, Nodes& nodes, const Layout& L, int tc,
     out->y = copy_array(nodes.y);
     out->z = copy_array(nodes.z);
     out->nodes = n;
-    int* const tri = out->tri = alloc_array<int>(6 * static_cast<std::size_t>(tc));
+    // The triangle table in the build's spare storage when it is large enough (it is the
+    // fast build's triangle array, as large as this table's memory and already mapped).
+    int* tri;
+    if (spare && spare_bytes >= sizeof(int) * 6 * static_cast<std::size_t>(tc)) {
+        tri = static_cast<int*>(spare.release());
+    } else {
+        tri = alloc_array<int>(6 * static_cast<std::size_t>(tc));
+    }
+    out->tri = tri;
     out->triangles = tc;
     int* const edge = out->edge = alloc_array<int>(3 * static_cast<std::size_t>(edge_count));
     out->edges = edge_count;
@@ -424,12 +433,14 @@ bool fill_record_from(Triangulation* out, Nodes& nodes, const Layout& L, int tc,
     return true;
 }
 
-bool fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
+bool fill_record(Triangulation* out, Nodes& nodes, Mesh& m) {
     const int tc = m.triangles();
-    if (!m.blocks.empty())
-        return fill_record_from(out, nodes, BlockLayout{m.blocks.data()}, tc, m.hull_next);
+    if (m.blocks)
+        return fill_record_from(out, nodes, BlockLayout{m.blocks.get()}, tc, m.hull_next, m.spare,
+                                m.spare_bytes);
     if (m.twin.size() != m.v.size()) return false;
-    return fill_record_from(out, nodes, SlotLayout{m.v.data(), m.twin.data()}, tc, m.hull_next);
+    return fill_record_from(out, nodes, SlotLayout{m.v.data(), m.twin.data()}, tc, m.hull_next,
+                            m.spare, m.spare_bytes);
 }
 
 // Hole rings around the triangles that touch a missing z (see the public header).
