@@ -77,11 +77,12 @@ struct Sweep {
     // Legalises edge slot s of triangle t, whose opposite vertex is the new point, and
     // every edge that its flips expose.
     void legalize(int t0, int s0) {
-        stack.clear();
-        stack.push_back(code(t0, s0));
-        while (!stack.empty()) {
-            const int e = stack.back();
-            stack.pop_back();
+        // The flip stack grows by one per flip (at most the new point's degree).
+        int* pending = stack.data();
+        int top = 0;
+        pending[top++] = code(t0, s0);
+        while (top > 0) {
+            const int e = pending[--top];
             const int across = twin(e);
             if (across < 0) continue;
             const int t = e >> 2, j = e & 3;
@@ -103,9 +104,22 @@ struct Sweep {
                 continue;
             }
             flip(t, j, n, k);
-            stack.push_back(code(t, 1));  // (a,d), opposite c
-            stack.push_back(code(n, 0));  // (d,b), opposite c
+            if (top + 2 > static_cast<int>(stack.size())) {
+                stack.resize(2 * stack.size());
+                pending = stack.data();
+            }
+            pending[top++] = code(t, 1);  // (a,d), opposite c
+            pending[top++] = code(n, 0);  // (d,b), opposite c
         }
+    }
+
+    // Points half-edge f (if any) back at e, whose triangle has changed: f's legal bit
+    // goes.
+    void point_back(int f, int e) {
+        if (f < 0) return;
+        SweepTriangle& q = tris[static_cast<std::size_t>(f >> 2)];
+        q.twin[f & 3] = e;
+        q.aux &= ~(1 << (f & 3));
     }
 
     // Flips the edge in slot j of t (= slot k of n): t = (a,b,c), n = (b,a,d) become
@@ -121,16 +135,18 @@ struct Sweep {
         const int y2 = rt.twin[prv(j)];  // across (c,a)
         rt.v[0] = c, rt.v[1] = a, rt.v[2] = d;
         rn.v[0] = d, rn.v[1] = b, rn.v[2] = c;
-        link(code(t, 0), y2);
-        link(code(t, 1), x1);
-        link(code(n, 0), x2);
-        link(code(n, 1), y1);
-        link(code(t, 2), code(n, 2));
-        // The new diagonal (c, d) is strictly Delaunay: the flip follows a strictly
-        // positive in-circle test, and the test across the other diagonal of the same
-        // four points is the same determinant with its sign changed.
-        rt.aux |= 4;
-        rn.aux |= 4;
+        rt.twin[0] = y2, rt.twin[1] = x1, rt.twin[2] = code(n, 2);
+        rn.twin[0] = x2, rn.twin[1] = y1, rn.twin[2] = code(t, 2);
+        // Both triangles changed: no legal bit stays, except the new diagonal's (c, d),
+        // which is strictly Delaunay: the flip follows a strictly positive in-circle test,
+        // and the test across the other diagonal of the same four points is the same
+        // determinant with its sign changed.
+        rt.aux = 4;
+        rn.aux = 4;
+        point_back(y2, code(t, 0));
+        point_back(x1, code(t, 1));
+        point_back(x2, code(n, 0));
+        point_back(y1, code(n, 1));
         if (x1 < 0) hull_edge[a] = code(t, 1);
         if (y2 < 0) hull_edge[c] = code(t, 0);
         if (x2 < 0) hull_edge[d] = code(n, 0);
@@ -213,7 +229,7 @@ struct Sweep {
         hull_next.assign(size, -1);
         hull_prev.assign(size, -1);
         hull_edge.assign(size, -1);
-        stack.reserve(64);
+        stack.resize(64);
     }
 
     // The mesh in the sweep's numbering (half-edges 3 t + slot there).
@@ -403,20 +419,27 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         const SweepTriangle& r = sw.tris[static_cast<std::size_t>(t)];
         const int a = r.v[0], b = r.v[1], c = r.v[2];
         const int tab = r.twin[0], tbc = r.twin[1], tca = r.twin[2];
-        const int t1 = sw.add_triangle(b, c, p), t2 = sw.add_triangle(c, a, p);
-        sw.vert(t, 2) = p;
-        sw.link(Sweep::code(t, 0), tab);
-        sw.link(Sweep::code(t1, 0), tbc);
-        sw.link(Sweep::code(t2, 0), tca);
-        sw.link(Sweep::code(t, 1), Sweep::code(t1, 2));
-        sw.link(Sweep::code(t1, 1), Sweep::code(t2, 2));
-        sw.link(Sweep::code(t2, 1), Sweep::code(t, 2));
-        // The three new edges are strictly Delaunay: p strictly inside (a, b, c) sees each
-        // side at a wider angle than the opposite corner does, so that corner lies
-        // strictly outside the circle through the side and p.
-        sw.tris[static_cast<std::size_t>(t)].aux |= 6;
-        sw.tris[static_cast<std::size_t>(t1)].aux |= 6;
-        sw.tris[static_cast<std::size_t>(t2)].aux |= 6;
+        if (sw.count + 2 > sw.capacity) return false;  // cannot happen
+        const int t1 = sw.count, t2 = sw.count + 1;
+        sw.count += 2;
+        // The legal bits: the three new edges (slots 1 and 2) are strictly Delaunay: p
+        // strictly inside (a, b, c) sees each side at a wider angle than the opposite
+        // corner does, so that corner lies strictly outside the circle through the side
+        // and p. The old sides (slot 0) are tested by the legalisation.
+        SweepTriangle& r0 = sw.tris[static_cast<std::size_t>(t)];
+        SweepTriangle& r1 = sw.tris[static_cast<std::size_t>(t1)];
+        SweepTriangle& r2 = sw.tris[static_cast<std::size_t>(t2)];
+        r0.v[2] = p;
+        r0.twin[1] = Sweep::code(t1, 2), r0.twin[2] = Sweep::code(t2, 1), r0.aux = 6;
+        r1.v[0] = b, r1.v[1] = c, r1.v[2] = p;
+        r1.twin[0] = tbc, r1.twin[1] = Sweep::code(t2, 2), r1.twin[2] = Sweep::code(t, 1);
+        r1.aux = 6;
+        r2.v[0] = c, r2.v[1] = a, r2.v[2] = p;
+        r2.twin[0] = tca, r2.twin[1] = Sweep::code(t, 2), r2.twin[2] = Sweep::code(t1, 1);
+        r2.aux = 6;
+        sw.point_back(tab, Sweep::code(t, 0));
+        sw.point_back(tbc, Sweep::code(t1, 0));
+        sw.point_back(tca, Sweep::code(t2, 0));
         if (tab < 0) sw.hull_edge[a] = Sweep::code(t, 0);
         if (tbc < 0) sw.hull_edge[b] = Sweep::code(t1, 0);
         if (tca < 0) sw.hull_edge[c] = Sweep::code(t2, 0);
@@ -511,10 +534,8 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
             // Flip through the legalisation step (opposite vertex c), then recheck the
             // quadrilateral's four sides.
             const int te = e >> 2, j = e & 3, tf = f >> 2, k = f & 3;
-            const int x1 = sw.twin(Sweep::code(tf, nxt(k))),
-                      x2 = sw.twin(Sweep::code(tf, prv(k)));
-            const int y1 = sw.twin(Sweep::code(te, nxt(j))),
-                      y2 = sw.twin(Sweep::code(te, prv(j)));
+            const int x1 = sw.twin(Sweep::code(tf, nxt(k))), x2 = sw.twin(Sweep::code(tf, prv(k)));
+            const int y1 = sw.twin(Sweep::code(te, nxt(j))), y2 = sw.twin(Sweep::code(te, prv(j)));
             sw.flip(te, j, tf, k);
             for (int g : {x1, x2, y1, y2})
                 if (g >= 0) pending.push_back(g);
