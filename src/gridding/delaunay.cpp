@@ -255,17 +255,53 @@ struct Sweep {
 // (2 levels bits; levels at most 15).
 // Level by level from the top: the quadrant's digit, then the quadrant's reflection
 // (a swap of the axes, a complement of both) applied to the lower bits. The reflections
-// commute, so two flags carry them; no branches (the quadrants are random).
+// commute, so two flags carry them: a four-state machine, run two levels per table
+// look-up (no branches: the quadrants are random).
+struct HilbertStep {
+    std::uint32_t digit, state;  // state: swap | complement << 1
+};
+constexpr HilbertStep hilbert_step(std::uint32_t state, std::uint32_t x, std::uint32_t y) {
+    const std::uint32_t swap = state & 1u, complement = state >> 1;
+    const std::uint32_t bx = x ^ complement, by = y ^ complement;
+    const std::uint32_t rx = bx ^ (swap & (bx ^ by)), ry = by ^ (swap & (bx ^ by));
+    const std::uint32_t lower = ry ^ 1u;  // quadrants with ry = 0 reflect
+    return {(3u * rx) ^ ry, (swap ^ lower) | (complement ^ (lower & rx)) << 1};
+}
+// Entry [state << 4 | x1 x0 << 2 | y1 y0] (two bits of each coordinate, the upper level
+// first): both digits in the low 4 bits, the state after them above.
+struct HilbertTable {
+    std::uint8_t two[64] = {};
+    std::uint8_t one[16] = {};  // [state << 2 | x << 1 | y]: the digit, the state above
+    constexpr HilbertTable() {
+        for (std::uint32_t state = 0; state < 4; ++state)
+            for (std::uint32_t bits = 0; bits < 16; ++bits) {
+                const HilbertStep upper = hilbert_step(state, bits >> 3, (bits >> 1) & 1u);
+                const HilbertStep lower = hilbert_step(upper.state, (bits >> 2) & 1u, bits & 1u);
+                two[state << 4 | bits] =
+                    static_cast<std::uint8_t>(upper.digit << 2 | lower.digit | lower.state << 4);
+            }
+        for (std::uint32_t state = 0; state < 4; ++state)
+            for (std::uint32_t bits = 0; bits < 4; ++bits) {
+                const HilbertStep step = hilbert_step(state, bits >> 1, bits & 1u);
+                one[state << 2 | bits] = static_cast<std::uint8_t>(step.digit | step.state << 2);
+            }
+    }
+};
+constexpr HilbertTable kHilbert{};
+
 std::uint32_t hilbert_index(std::uint32_t qx, std::uint32_t qy, int levels) {
-    std::uint32_t d = 0, swap = 0, complement = 0;
-    for (int level = levels - 1; level >= 0; --level) {
-        const std::uint32_t bx = ((qx >> level) & 1u) ^ complement;
-        const std::uint32_t by = ((qy >> level) & 1u) ^ complement;
-        const std::uint32_t rx = bx ^ (swap & (bx ^ by)), ry = by ^ (swap & (bx ^ by));
-        d = d << 2 | ((3u * rx) ^ ry);
-        const std::uint32_t lower = ry ^ 1u;  // quadrants with ry = 0 reflect
-        complement ^= lower & rx;
-        swap ^= lower;
+    std::uint32_t d = 0, state = 0;
+    int level = levels;
+    if (level & 1) {
+        --level;
+        const std::uint32_t e = kHilbert.one[((qx >> level) & 1u) << 1 | ((qy >> level) & 1u)];
+        d = e & 3u, state = e >> 2;
+    }
+    while (level > 0) {
+        level -= 2;
+        const std::uint32_t e =
+            kHilbert.two[state << 4 | ((qx >> level) & 3u) << 2 | ((qy >> level) & 3u)];
+        d = d << 4 | (e & 15u), state = e >> 4;
     }
     return d;
 }

@@ -7,10 +7,15 @@
 // - Fast build, for points in general position: the convex hull (monotone chain) is
 //   split into a fan, the other points are inserted in rounds of random samples (a
 //   fixed hash of the index), each round along a Hilbert curve, each point located by a
-//   walk from the previous one and split into three, and a last flip pass makes every
-//   edge Delaunay. It is accepted only when no exact tie was met and every
-//   interior edge ends strictly Delaunay: the Delaunay triangulation is then unique, so
-//   the result does not depend on the build.
+//   walk from the previous one and split into three. It is accepted only when no exact
+//   tie was met and every interior edge ends strictly Delaunay: the Delaunay
+//   triangulation is then unique, so the result does not depend on the build. Edges
+//   proved strictly Delaunay on the way are not tested again: those a test found so,
+//   the three a split creates (the new point lies strictly inside the old triangle) and
+//   the diagonal a flip creates (its test is the flipped one's with the sign changed),
+//   while neither of their triangles changes. The rest are tested once, over the
+//   triangles ordered by lowest node (neighbours close in memory); only an edge found
+//   not Delaunay there (from the starting fan, rarely) starts a last flip pass.
 // - Sweep, for everything else (cocircular points such as grids, collinear hull
 //   points): the points are taken in lexicographic (x, then y) order; the first
 //   collinear run and the first point off its line form a fan; every later point lies
