@@ -490,10 +490,12 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     // together in memory (a scatter: independent writes, which overlap; permuting in
     // place measured slower, its swaps wait on each other).
     const int tc = sw.count;
-    std::vector<int> first(static_cast<std::size_t>(n) + 1), slot(static_cast<std::size_t>(tc));
+    // Not zero-filled: first is cleared and slot written whole by each renumbering.
+    const std::unique_ptr<int[]> first(new int[static_cast<std::size_t>(n) + 1]),
+        slot(new int[static_cast<std::size_t>(tc)]);
     std::unique_ptr<TriangleBlock[]> blocks(new TriangleBlock[static_cast<std::size_t>(tc)]);
     auto renumber = [&] {
-        std::fill(first.begin(), first.end(), 0);
+        std::fill(first.get(), first.get() + n + 1, 0);
         for (int k = 0; k < tc; ++k) {
             int* const corners = sw.tris[static_cast<std::size_t>(k)].v;
             for (int s = 0; s < 3; ++s) corners[s] = global[corners[s]];

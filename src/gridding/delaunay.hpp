@@ -43,7 +43,7 @@ namespace zemath {
 
 // One triangle in 32 bytes (one cache line holds its corners and links): corners
 // counter-clockwise, then per side the half-edge 4 t + slot of the same edge in the
-// triangle across (-1 on the hull); aux and spare are the builder's.
+// triangle across (-1 on the hull); aux is the builder's, spare the record walk's.
 struct alignas(32) TriangleBlock {
     int v[3];
     int aux;
