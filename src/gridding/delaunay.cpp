@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <memory>
+#include <new>
 
 #include "gridding/predicates.hpp"
 
@@ -30,7 +32,12 @@ using SweepTriangle = TriangleBlock;  // aux: the legal bits
 
 struct Sweep {
     std::vector<double> xy;
-    std::vector<SweepTriangle> tris;
+    // Triangles in raw storage (not zero-filled: every triangle is written whole when
+    // added), which the record may take over once the mesh has been copied out.
+    RawBlock tris_store;
+    std::size_t tris_bytes = 0;
+    SweepTriangle* tris = nullptr;
+    int capacity = 0;
     int count = 0;  // triangles so far
     std::vector<int> hull_next, hull_prev;
     std::vector<int> hull_edge;  // per hull node u: half-edge of the edge (u, hull_next[u])
@@ -70,11 +77,12 @@ struct Sweep {
     // Legalises edge slot s of triangle t, whose opposite vertex is the new point, and
     // every edge that its flips expose.
     void legalize(int t0, int s0) {
-        stack.clear();
-        stack.push_back(code(t0, s0));
-        while (!stack.empty()) {
-            const int e = stack.back();
-            stack.pop_back();
+        // The flip stack grows by one per flip (at most the new point's degree).
+        int* pending = stack.data();
+        int top = 0;
+        pending[top++] = code(t0, s0);
+        while (top > 0) {
+            const int e = pending[--top];
             const int across = twin(e);
             if (across < 0) continue;
             const int t = e >> 2, j = e & 3;
@@ -96,9 +104,22 @@ struct Sweep {
                 continue;
             }
             flip(t, j, n, k);
-            stack.push_back(code(t, 1));  // (a,d), opposite c
-            stack.push_back(code(n, 0));  // (d,b), opposite c
+            if (top + 2 > static_cast<int>(stack.size())) {
+                stack.resize(2 * stack.size());
+                pending = stack.data();
+            }
+            pending[top++] = code(t, 1);  // (a,d), opposite c
+            pending[top++] = code(n, 0);  // (d,b), opposite c
         }
+    }
+
+    // Points half-edge f (if any) back at e, whose triangle has changed: f's legal bit
+    // goes.
+    void point_back(int f, int e) {
+        if (f < 0) return;
+        SweepTriangle& q = tris[static_cast<std::size_t>(f >> 2)];
+        q.twin[f & 3] = e;
+        q.aux &= ~(1 << (f & 3));
     }
 
     // Flips the edge in slot j of t (= slot k of n): t = (a,b,c), n = (b,a,d) become
@@ -114,11 +135,18 @@ struct Sweep {
         const int y2 = rt.twin[prv(j)];  // across (c,a)
         rt.v[0] = c, rt.v[1] = a, rt.v[2] = d;
         rn.v[0] = d, rn.v[1] = b, rn.v[2] = c;
-        link(code(t, 0), y2);
-        link(code(t, 1), x1);
-        link(code(n, 0), x2);
-        link(code(n, 1), y1);
-        link(code(t, 2), code(n, 2));
+        rt.twin[0] = y2, rt.twin[1] = x1, rt.twin[2] = code(n, 2);
+        rn.twin[0] = x2, rn.twin[1] = y1, rn.twin[2] = code(t, 2);
+        // Both triangles changed: no legal bit stays, except the new diagonal's (c, d),
+        // which is strictly Delaunay: the flip follows a strictly positive in-circle test,
+        // and the test across the other diagonal of the same four points is the same
+        // determinant with its sign changed.
+        rt.aux = 4;
+        rn.aux = 4;
+        point_back(y2, code(t, 0));
+        point_back(x1, code(t, 1));
+        point_back(x2, code(n, 0));
+        point_back(y1, code(n, 1));
         if (x1 < 0) hull_edge[a] = code(t, 1);
         if (y2 < 0) hull_edge[c] = code(t, 0);
         if (x2 < 0) hull_edge[d] = code(n, 0);
@@ -155,7 +183,7 @@ struct Sweep {
         int e = s, first = -1, previous = -1;
         do {
             const int f = next[e];
-            if (count >= static_cast<int>(tris.size())) return false;  // cannot happen
+            if (count >= capacity) return false;  // cannot happen
             const int t = add_triangle(f, e, p);  // (f, e) is the old hull edge (e, f) reversed
             link(code(t, 0), hull_edge[e]);
             if (previous >= 0) {
@@ -189,18 +217,25 @@ struct Sweep {
             const std::size_t k = order != nullptr ? static_cast<std::size_t>(order[i]) : i;
             xy[2 * i] = x[k], xy[2 * i + 1] = y[k];
         }
-        // At most 2 n - 5 triangles in a triangulation of n points (touched here, before
-        // the insertion loop: appending instead measured slower).
-        tris.resize(2 * size);
+        // At most 2 n - 5 triangles in a triangulation of n points.
+        tris_bytes = 2 * size * sizeof(SweepTriangle) + alignof(SweepTriangle);
+        tris_store.reset(raw_alloc(tris_bytes));
+        if (!tris_store) throw std::bad_alloc();
+        void* aligned = tris_store.get();
+        std::size_t room = tris_bytes;
+        tris = static_cast<SweepTriangle*>(
+            std::align(alignof(SweepTriangle), 2 * size * sizeof(SweepTriangle), aligned, room));
+        capacity = static_cast<int>(2 * size);
         hull_next.assign(size, -1);
         hull_prev.assign(size, -1);
         hull_edge.assign(size, -1);
-        stack.reserve(64);
+        stack.resize(64);
     }
 
     // The mesh in the sweep's numbering (half-edges 3 t + slot there).
     void take_mesh(Mesh& mesh, bool neighbours) {
-        mesh.blocks.clear();
+        mesh.blocks.reset();
+        mesh.block_count = 0;
         const std::size_t slots = 3 * static_cast<std::size_t>(count);
         mesh.v.resize(slots);
         mesh.twin.resize(slots);
@@ -220,17 +255,53 @@ struct Sweep {
 // (2 levels bits; levels at most 15).
 // Level by level from the top: the quadrant's digit, then the quadrant's reflection
 // (a swap of the axes, a complement of both) applied to the lower bits. The reflections
-// commute, so two flags carry them; no branches (the quadrants are random).
+// commute, so two flags carry them: a four-state machine, run two levels per table
+// look-up (no branches: the quadrants are random).
+struct HilbertStep {
+    std::uint32_t digit, state;  // state: swap | complement << 1
+};
+constexpr HilbertStep hilbert_step(std::uint32_t state, std::uint32_t x, std::uint32_t y) {
+    const std::uint32_t swap = state & 1u, complement = state >> 1;
+    const std::uint32_t bx = x ^ complement, by = y ^ complement;
+    const std::uint32_t rx = bx ^ (swap & (bx ^ by)), ry = by ^ (swap & (bx ^ by));
+    const std::uint32_t lower = ry ^ 1u;  // quadrants with ry = 0 reflect
+    return {(3u * rx) ^ ry, (swap ^ lower) | (complement ^ (lower & rx)) << 1};
+}
+// Entry [state << 4 | x1 x0 << 2 | y1 y0] (two bits of each coordinate, the upper level
+// first): both digits in the low 4 bits, the state after them above.
+struct HilbertTable {
+    std::uint8_t two[64] = {};
+    std::uint8_t one[16] = {};  // [state << 2 | x << 1 | y]: the digit, the state above
+    constexpr HilbertTable() {
+        for (std::uint32_t state = 0; state < 4; ++state)
+            for (std::uint32_t bits = 0; bits < 16; ++bits) {
+                const HilbertStep upper = hilbert_step(state, bits >> 3, (bits >> 1) & 1u);
+                const HilbertStep lower = hilbert_step(upper.state, (bits >> 2) & 1u, bits & 1u);
+                two[state << 4 | bits] =
+                    static_cast<std::uint8_t>(upper.digit << 2 | lower.digit | lower.state << 4);
+            }
+        for (std::uint32_t state = 0; state < 4; ++state)
+            for (std::uint32_t bits = 0; bits < 4; ++bits) {
+                const HilbertStep step = hilbert_step(state, bits >> 1, bits & 1u);
+                one[state << 2 | bits] = static_cast<std::uint8_t>(step.digit | step.state << 2);
+            }
+    }
+};
+constexpr HilbertTable kHilbert{};
+
 std::uint32_t hilbert_index(std::uint32_t qx, std::uint32_t qy, int levels) {
-    std::uint32_t d = 0, swap = 0, complement = 0;
-    for (int level = levels - 1; level >= 0; --level) {
-        const std::uint32_t bx = ((qx >> level) & 1u) ^ complement;
-        const std::uint32_t by = ((qy >> level) & 1u) ^ complement;
-        const std::uint32_t rx = bx ^ (swap & (bx ^ by)), ry = by ^ (swap & (bx ^ by));
-        d = d << 2 | ((3u * rx) ^ ry);
-        const std::uint32_t lower = ry ^ 1u;  // quadrants with ry = 0 reflect
-        complement ^= lower & rx;
-        swap ^= lower;
+    std::uint32_t d = 0, state = 0;
+    int level = levels;
+    if (level & 1) {
+        --level;
+        const std::uint32_t e = kHilbert.one[((qx >> level) & 1u) << 1 | ((qy >> level) & 1u)];
+        d = e & 3u, state = e >> 2;
+    }
+    while (level > 0) {
+        level -= 2;
+        const std::uint32_t e =
+            kHilbert.two[state << 4 | ((qx >> level) & 3u) << 2 | ((qy >> level) & 3u)];
+        d = d << 4 | (e & 15u), state = e >> 4;
     }
     return d;
 }
@@ -384,14 +455,27 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         const SweepTriangle& r = sw.tris[static_cast<std::size_t>(t)];
         const int a = r.v[0], b = r.v[1], c = r.v[2];
         const int tab = r.twin[0], tbc = r.twin[1], tca = r.twin[2];
-        const int t1 = sw.add_triangle(b, c, p), t2 = sw.add_triangle(c, a, p);
-        sw.vert(t, 2) = p;
-        sw.link(Sweep::code(t, 0), tab);
-        sw.link(Sweep::code(t1, 0), tbc);
-        sw.link(Sweep::code(t2, 0), tca);
-        sw.link(Sweep::code(t, 1), Sweep::code(t1, 2));
-        sw.link(Sweep::code(t1, 1), Sweep::code(t2, 2));
-        sw.link(Sweep::code(t2, 1), Sweep::code(t, 2));
+        if (sw.count + 2 > sw.capacity) return false;  // cannot happen
+        const int t1 = sw.count, t2 = sw.count + 1;
+        sw.count += 2;
+        // The legal bits: the three new edges (slots 1 and 2) are strictly Delaunay: p
+        // strictly inside (a, b, c) sees each side at a wider angle than the opposite
+        // corner does, so that corner lies strictly outside the circle through the side
+        // and p. The old sides (slot 0) are tested by the legalisation.
+        SweepTriangle& r0 = sw.tris[static_cast<std::size_t>(t)];
+        SweepTriangle& r1 = sw.tris[static_cast<std::size_t>(t1)];
+        SweepTriangle& r2 = sw.tris[static_cast<std::size_t>(t2)];
+        r0.v[2] = p;
+        r0.twin[1] = Sweep::code(t1, 2), r0.twin[2] = Sweep::code(t2, 1), r0.aux = 6;
+        r1.v[0] = b, r1.v[1] = c, r1.v[2] = p;
+        r1.twin[0] = tbc, r1.twin[1] = Sweep::code(t2, 2), r1.twin[2] = Sweep::code(t, 1);
+        r1.aux = 6;
+        r2.v[0] = c, r2.v[1] = a, r2.v[2] = p;
+        r2.twin[0] = tca, r2.twin[1] = Sweep::code(t, 2), r2.twin[2] = Sweep::code(t1, 1);
+        r2.aux = 6;
+        sw.point_back(tab, Sweep::code(t, 0));
+        sw.point_back(tbc, Sweep::code(t1, 0));
+        sw.point_back(tca, Sweep::code(t2, 0));
         if (tab < 0) sw.hull_edge[a] = Sweep::code(t, 0);
         if (tbc < 0) sw.hull_edge[b] = Sweep::code(t1, 0);
         if (tca < 0) sw.hull_edge[c] = Sweep::code(t2, 0);
@@ -400,87 +484,123 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         sw.legalize(t2, 0);
         if (sw.tie) return false;
     }
-    // Last pass: every interior edge not already found strictly Delaunay since it last
-    // changed (legal bit), flipping until all are strictly Delaunay (the edges found
-    // non-Delaunay start the flip stack; there are rarely any).
-    auto in_circle = [&](int e, int f) {
-        const int te = e >> 2, j = e & 3, k = f & 3;
-        const int a = sw.vert(te, j), b = sw.vert(te, nxt(j)), c = sw.vert(te, prv(j));
-        const int d = sw.vert(f >> 2, prv(k));
-        return incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
-                        xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
-    };
-    std::vector<int> pending;
-    for (int te = 0; te < sw.count; ++te)
-        for (int j = 0; j < 3; ++j) {
-            const int e = Sweep::code(te, j), f = sw.twin(e);
-            if (f < e || (sw.tris[static_cast<std::size_t>(te)].aux >> j & 1) != 0) continue;
-            const double in = in_circle(e, f);
-            if (!(in != 0.0)) return false;
-            if (in > 0.0) pending.push_back(e);
-        }
-    long long budget = 64LL * n + 64;
-    while (!pending.empty()) {
-        if (--budget < 0) return false;
-        const int e = pending.back();
-        pending.pop_back();
-        const int f = sw.twin(e);
-        if (f < 0) continue;
-        const double in = in_circle(e, f);
-        if (!(in != 0.0)) return false;
-        if (in < 0.0) continue;
-        // Flip through the legalisation step (opposite vertex c), then recheck the
-        // quadrilateral's four sides.
-        const int te = e >> 2, j = e & 3, tf = f >> 2, k = f & 3;
-        const int x1 = sw.twin(Sweep::code(tf, nxt(k))), x2 = sw.twin(Sweep::code(tf, prv(k)));
-        const int y1 = sw.twin(Sweep::code(te, nxt(j))), y2 = sw.twin(Sweep::code(te, prv(j)));
-        sw.flip(te, j, tf, k);
-        for (int g : {x1, x2, y1, y2})
-            if (g >= 0) pending.push_back(g);
-    }
-    if (sw.tie) return false;
     // Back to the caller's numbering, the triangles ordered by their lowest node (a
-    // counting sort): the record is derived node by node in index order, and this keeps
-    // its walks local in memory.
+    // counting sort) and copied in that order with their legal bits: the uniqueness test
+    // below and the record's walks then read neighbouring triangles and nodes close
+    // together in memory (a scatter: independent writes, which overlap; permuting in
+    // place measured slower, its swaps wait on each other).
     const int tc = sw.count;
-    std::vector<int> first(static_cast<std::size_t>(n) + 1, 0), slot(static_cast<std::size_t>(tc));
-    for (int k = 0; k < tc; ++k) {
-        int* const corners = sw.tris[static_cast<std::size_t>(k)].v;
-        for (int s = 0; s < 3; ++s) corners[s] = global[corners[s]];
-        slot[k] = std::min({corners[0], corners[1], corners[2]});
-        ++first[slot[k] + 1];
-    }
-    for (int i = 0; i < n; ++i) first[i + 1] += first[i];
-    for (int k = 0; k < tc; ++k) slot[k] = first[slot[k]]++;
-    if (!neighbours) {
-        // Only the record is wanted: the blocks are copied in their new order, their
-        // links renumbered, and the record's walks read one block per triangle (a
-        // scatter: independent writes, which overlap; permuting in place measured slower,
-        // its swaps wait on each other).
-        mesh.blocks.resize(static_cast<std::size_t>(tc));
+    // Not zero-filled: first is cleared and slot written whole by each renumbering.
+    const std::unique_ptr<int[]> first(new int[static_cast<std::size_t>(n) + 1]),
+        slot(new int[static_cast<std::size_t>(tc)]);
+    std::unique_ptr<TriangleBlock[]> blocks(new TriangleBlock[static_cast<std::size_t>(tc)]);
+    auto renumber = [&] {
+        std::fill(first.get(), first.get() + n + 1, 0);
+        for (int k = 0; k < tc; ++k) {
+            int* const corners = sw.tris[static_cast<std::size_t>(k)].v;
+            for (int s = 0; s < 3; ++s) corners[s] = global[corners[s]];
+            slot[k] = std::min({corners[0], corners[1], corners[2]});
+            ++first[slot[k] + 1];
+        }
+        for (int i = 0; i < n; ++i) first[i + 1] += first[i];
+        for (int k = 0; k < tc; ++k) slot[k] = first[slot[k]]++;
         for (int k = 0; k < tc; ++k) {
             const SweepTriangle& r = sw.tris[static_cast<std::size_t>(k)];
-            SweepTriangle& to = mesh.blocks[static_cast<std::size_t>(slot[k])];
+            TriangleBlock& to = blocks[static_cast<std::size_t>(slot[k])];
             for (int s = 0; s < 3; ++s) {
                 const int f = r.twin[s];
                 to.v[s] = r.v[s];
                 to.twin[s] = f < 0 ? -1 : 4 * slot[f >> 2] + (f & 3);
             }
+            to.aux = r.aux;
         }
+    };
+    renumber();
+    // Uniqueness: every interior edge not already found strictly Delaunay since it last
+    // changed (legal bit) is tested once. 0: all strictly Delaunay; 1: some edge must
+    // flip; 2: an exact tie (or NaN), which leaves the build to the sweep.
+    auto unique_test = [&] {
+        for (int te = 0; te < tc; ++te) {
+            const TriangleBlock& r = blocks[static_cast<std::size_t>(te)];
+            for (int j = 0; j < 3; ++j) {
+                const int f = r.twin[j];
+                if (f < 4 * te + j || (r.aux >> j & 1) != 0) continue;
+                const int a = r.v[j], b = r.v[nxt(j)], c = r.v[prv(j)];
+                const int d = blocks[static_cast<std::size_t>(f >> 2)].v[prv(f & 3)];
+                const double in = incircle(x[a], y[a], x[b], y[b], x[c], y[c], x[d], y[d]);
+                if (!(in != 0.0)) return 2;
+                if (in > 0.0) return 1;
+            }
+        }
+        return 0;
+    };
+    const int verdict = unique_test();
+    if (verdict == 2) return false;
+    if (verdict == 1) {
+        // Rare: back to the build's numbering, flip until every interior edge is strictly
+        // Delaunay (the edges found non-Delaunay start the flip stack), and order again.
+        for (int k = 0; k < tc; ++k) {
+            int* const corners = sw.tris[static_cast<std::size_t>(k)].v;
+            for (int s = 0; s < 3; ++s) corners[s] = local[corners[s]];
+        }
+        auto in_circle = [&](int e, int f) {
+            const int te = e >> 2, j = e & 3, k = f & 3;
+            const int a = sw.vert(te, j), b = sw.vert(te, nxt(j)), c = sw.vert(te, prv(j));
+            const int d = sw.vert(f >> 2, prv(k));
+            return incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
+                            xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
+        };
+        std::vector<int> pending;
+        for (int te = 0; te < tc; ++te)
+            for (int j = 0; j < 3; ++j) {
+                const int e = Sweep::code(te, j), f = sw.twin(e);
+                if (f < e || (sw.tris[static_cast<std::size_t>(te)].aux >> j & 1) != 0) continue;
+                const double in = in_circle(e, f);
+                if (!(in != 0.0)) return false;
+                if (in > 0.0) pending.push_back(e);
+            }
+        long long budget = 64LL * n + 64;
+        while (!pending.empty()) {
+            if (--budget < 0) return false;
+            const int e = pending.back();
+            pending.pop_back();
+            const int f = sw.twin(e);
+            if (f < 0) continue;
+            const double in = in_circle(e, f);
+            if (!(in != 0.0)) return false;
+            if (in < 0.0) continue;
+            // Flip through the legalisation step (opposite vertex c), then recheck the
+            // quadrilateral's four sides.
+            const int te = e >> 2, j = e & 3, tf = f >> 2, k = f & 3;
+            const int x1 = sw.twin(Sweep::code(tf, nxt(k))), x2 = sw.twin(Sweep::code(tf, prv(k)));
+            const int y1 = sw.twin(Sweep::code(te, nxt(j))), y2 = sw.twin(Sweep::code(te, prv(j)));
+            sw.flip(te, j, tf, k);
+            for (int g : {x1, x2, y1, y2})
+                if (g >= 0) pending.push_back(g);
+        }
+        if (sw.tie) return false;
+        renumber();
+    }
+    if (!neighbours) {
+        mesh.blocks = std::move(blocks);
+        mesh.block_count = tc;
         mesh.v.clear(), mesh.nb.clear(), mesh.twin.clear();
+        // The build's triangles are copied out: the record may take their storage.
+        mesh.spare = std::move(sw.tris_store);
+        mesh.spare_bytes = sw.tris_bytes;
     } else {
-        mesh.blocks.clear();
+        mesh.blocks.reset();
+        mesh.block_count = 0;
         mesh.v.resize(3 * static_cast<std::size_t>(tc));
         mesh.nb.resize(3 * static_cast<std::size_t>(tc));
         mesh.twin.resize(3 * static_cast<std::size_t>(tc));
         for (int k = 0; k < tc; ++k) {
-            const SweepTriangle& r = sw.tris[static_cast<std::size_t>(k)];
-            const std::size_t to = 3 * static_cast<std::size_t>(slot[k]);
+            const TriangleBlock& r = blocks[static_cast<std::size_t>(k)];
             for (int s = 0; s < 3; ++s) {
-                mesh.v[to + s] = r.v[s];
                 const int f = r.twin[s];
-                mesh.nb[to + s] = f < 0 ? -1 : slot[f >> 2];
-                mesh.twin[to + s] = f < 0 ? -1 : 3 * slot[f >> 2] + (f & 3);
+                mesh.v[3 * k + s] = r.v[s];
+                mesh.nb[3 * k + s] = f < 0 ? -1 : f >> 2;
+                mesh.twin[3 * k + s] = f < 0 ? -1 : 3 * (f >> 2) + (f & 3);
             }
         }
     }
@@ -533,7 +653,10 @@ int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& me
 int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh, bool neighbours) {
     mesh.v.clear();
     mesh.nb.clear();
-    mesh.blocks.clear();
+    mesh.blocks.reset();
+    mesh.block_count = 0;
+    mesh.spare.reset();
+    mesh.spare_bytes = 0;
     if (x.size() < 3) return 1;
     if (build_hilbert(x, y, mesh, neighbours)) return 0;
     return build_x_order(x, y, mesh, neighbours);

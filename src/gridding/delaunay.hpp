@@ -7,10 +7,15 @@
 // - Fast build, for points in general position: the convex hull (monotone chain) is
 //   split into a fan, the other points are inserted in rounds of random samples (a
 //   fixed hash of the index), each round along a Hilbert curve, each point located by a
-//   walk from the previous one and split into three, and a last flip pass makes every
-//   edge Delaunay. It is accepted only when no exact tie was met and every
-//   interior edge ends strictly Delaunay: the Delaunay triangulation is then unique, so
-//   the result does not depend on the build.
+//   walk from the previous one and split into three. It is accepted only when no exact
+//   tie was met and every interior edge ends strictly Delaunay: the Delaunay
+//   triangulation is then unique, so the result does not depend on the build. Edges
+//   proved strictly Delaunay on the way are not tested again: those a test found so,
+//   the three a split creates (the new point lies strictly inside the old triangle) and
+//   the diagonal a flip creates (its test is the flipped one's with the sign changed),
+//   while neither of their triangles changes. The rest are tested once, over the
+//   triangles ordered by lowest node (neighbours close in memory); only an edge found
+//   not Delaunay there (from the starting fan, rarely) starts a last flip pass.
 // - Sweep, for everything else (cocircular points such as grids, collinear hull
 //   points): the points are taken in lexicographic (x, then y) order; the first
 //   collinear run and the first point off its line form a fan; every later point lies
@@ -27,20 +32,30 @@
 // BRIO" (2003).
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <span>
 #include <vector>
+
+#include "core/allocate.hpp"
 
 namespace zemath {
 
 // One triangle in 32 bytes (one cache line holds its corners and links): corners
 // counter-clockwise, then per side the half-edge 4 t + slot of the same edge in the
-// triangle across (-1 on the hull); aux and spare are the builder's.
+// triangle across (-1 on the hull); aux is the builder's, spare the record walk's.
 struct alignas(32) TriangleBlock {
     int v[3];
     int aux;
     int twin[3];
     int spare;
 };
+
+// Owner of a block from raw_alloc (released by raw_free, as a record's arrays are).
+struct RawFree {
+    void operator()(void* block) const noexcept { raw_free(block); }
+};
+using RawBlock = std::unique_ptr<void, RawFree>;
 
 struct Mesh {
     std::vector<int> v;     // 3 per triangle, counter-clockwise
@@ -49,10 +64,13 @@ struct Mesh {
     std::vector<int> hull_next;  // per node: next hull node counter-clockwise, -1 if interior
     // Built without neighbours, the fast build leaves its triangles here instead (v, nb
     // and twin empty), ordered by lowest node.
-    std::vector<TriangleBlock> blocks;
-    int triangles() const {
-        return static_cast<int>(blocks.empty() ? v.size() / 3 : blocks.size());
-    }
+    std::unique_ptr<TriangleBlock[]> blocks;
+    int block_count = 0;
+    // Storage the build no longer needs (from raw_alloc, spare_bytes long), for the
+    // record to take as one of its arrays instead of mapping fresh memory.
+    RawBlock spare;
+    std::size_t spare_bytes = 0;
+    int triangles() const { return blocks ? block_count : static_cast<int>(v.size() / 3); }
 };
 
 // Builds the Delaunay triangulation of the points, which must be distinct and sorted

@@ -12,6 +12,7 @@
 #include <limits>
 #include <new>
 #include <numeric>
+#include <span>
 #include <vector>
 
 #include "core/allocate.hpp"
@@ -123,9 +124,9 @@ void reset(Triangulation* t) {
 // merge. Whether nodes merge depends on the point set only: x values chained by gaps
 // within xtol form runs, inside a run y values chained by gaps within ytol form groups,
 // and a group of two or more merges.
-bool sort_distinct_nodes(Nodes& nodes, double xtol, double ytol) {
-    const std::size_t n = nodes.x.size();
-    const double *x = nodes.x.data(), *y = nodes.y.data();
+// The nodes are read from x, y and z (n each) and written to nodes, which may hold them.
+bool sort_distinct_nodes(std::size_t n, const double* x, const double* y, const double* z,
+                         Nodes& nodes, double xtol, double ytol) {
     std::vector<KeyedPosition> order(n);
     for (std::size_t i = 0; i < n; ++i) order[i] = keyed(x[i], static_cast<int>(i));
     sort_by_key(order);
@@ -156,11 +157,14 @@ bool sort_distinct_nodes(Nodes& nodes, double xtol, double ytol) {
         }
         first = last;
     }
-    std::vector<double> sx(n), sy(n), sz(n);
-    const double* const z = nodes.z.data();
+    std::vector<double> sx, sy, sz;
+    sx.reserve(n), sy.reserve(n), sz.reserve(n);
+    // x from the sorted keys (equal keys are equal values, zeros apart: -0.0 == 0.0),
+    // which saves one of the three scattered reads.
     for (std::size_t k = 0; k < n; ++k) {
         const std::size_t i = static_cast<std::size_t>(idx[k]);
-        sx[k] = x[i], sy[k] = y[i], sz[k] = z[i];
+        const double key = key_of(order[k]);
+        sx.push_back(key != 0.0 ? key : x[i]), sy.push_back(y[i]), sz.push_back(z[i]);
     }
     nodes.x.swap(sx), nodes.y.swap(sy), nodes.z.swap(sz);
     return true;
@@ -172,24 +176,44 @@ int prepare_nodes(int n, const double* x, const double* y, const double* z, unsi
                   Nodes& nodes) {
     const bool keep_missing = (options & kKeepMissingZ) != 0;
     nodes.x.clear(), nodes.y.clear(), nodes.z.clear();
-    nodes.x.reserve(static_cast<std::size_t>(n));
-    nodes.y.reserve(static_cast<std::size_t>(n));
-    nodes.z.reserve(static_cast<std::size_t>(n));
-    for (int i = 0; i < n; ++i) {
-        if (!usable_coordinate(x[i]) || !usable_coordinate(y[i])) continue;
-        if (!keep_missing && is_missing(z[i])) continue;
-        nodes.x.push_back(x[i]), nodes.y.push_back(y[i]), nodes.z.push_back(z[i]);
+    auto usable = [&](int i) {
+        return usable_coordinate(x[i]) && usable_coordinate(y[i]) &&
+               (keep_missing || !is_missing(z[i]));
+    };
+    int first_unusable = 0;
+    while (first_unusable < n && usable(first_unusable)) ++first_unusable;
+    // Every node usable, the usual case: the sort reads the caller's arrays (no copy).
+    const bool all_usable = first_unusable == n;
+    if (!all_usable) {
+        nodes.x.reserve(static_cast<std::size_t>(n));
+        nodes.y.reserve(static_cast<std::size_t>(n));
+        nodes.z.reserve(static_cast<std::size_t>(n));
+        for (int i = 0; i < n; ++i)
+            if (usable(i))
+                nodes.x.push_back(x[i]), nodes.y.push_back(y[i]), nodes.z.push_back(z[i]);
+        if (nodes.x.size() < 3) return -2;
+    } else if (n < 3) {
+        return -2;
     }
-    if (nodes.x.size() < 3) return -2;
-    const auto [xlo, xhi] = std::minmax_element(nodes.x.begin(), nodes.x.end());
-    const auto [ylo, yhi] = std::minmax_element(nodes.y.begin(), nodes.y.end());
+    const std::span<const double> sx = all_usable
+                                           ? std::span<const double>(x, static_cast<std::size_t>(n))
+                                           : std::span<const double>(nodes.x);
+    const std::span<const double> sy = all_usable
+                                           ? std::span<const double>(y, static_cast<std::size_t>(n))
+                                           : std::span<const double>(nodes.y);
+    const double* const sz = all_usable ? z : nodes.z.data();
+    const auto [xlo, xhi] = std::minmax_element(sx.begin(), sx.end());
+    const auto [ylo, yhi] = std::minmax_element(sy.begin(), sy.end());
     double xr = *xhi - *xlo, yr = *yhi - *ylo;
     if (!(xr > 0.0) || !std::isfinite(xr)) xr = 1.0;  // a zero range: no scaling on that axis
     if (!(yr > 0.0) || !std::isfinite(yr)) yr = 1.0;
     // Duplicates within 1e-8 of the ranges, merged on the caller's coordinates (the same
     // test as on coordinates divided by the ranges, up to rounding) so that the nodes keep
     // the caller's exact values when they are not normalised.
-    if (!sort_distinct_nodes(nodes, kDuplicateTol * xr, kDuplicateTol * yr)) {
+    if (!sort_distinct_nodes(sx.size(), sx.data(), sy.data(), sz, nodes, kDuplicateTol * xr,
+                             kDuplicateTol * yr)) {
+        if (all_usable)
+            nodes.x.assign(x, x + n), nodes.y.assign(y, y + n), nodes.z.assign(z, z + n);
         double* const values[] = {nodes.z.data()};
         const int count = merge_duplicates(static_cast<int>(nodes.x.size()), nodes.x.data(),
                                            nodes.y.data(), values, DupMethod::mean,
@@ -290,18 +314,22 @@ int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh, bool nei
 }
 
 // The mesh's triangles as the record's walk reads them: half-edge codes W t + slot, the
-// corner and the twin code of a half-edge.
-struct SlotLayout {  // v and twin, 3 per triangle
+// corner and the twin code of a half-edge, and a place per triangle for the walk's own
+// mark (-1 before the walk, which sets it).
+struct SlotLayout {  // v and twin, 3 per triangle; the marks beside them
     static constexpr int W = 3;
     const int *v, *tw;
+    int* marks;
     int vert(int e) const { return v[e]; }
     int twin(int e) const { return tw[e]; }
+    int& placed(int t) const { return marks[t]; }
 };
-struct BlockLayout {  // one TriangleBlock per triangle
+struct BlockLayout {  // one TriangleBlock per triangle, the mark in its spare field
     static constexpr int W = 4;
-    const TriangleBlock* b;
-    int vert(int e) const { return b[e >> 2].v[e & 3]; }
-    int twin(int e) const { return b[e >> 2].twin[e & 3]; }
+    TriangleBlock* b;
+    int vert(int e) const { return b[static_cast<unsigned>(e) >> 2].v[e & 3]; }
+    int twin(int e) const { return b[static_cast<unsigned>(e) >> 2].twin[e & 3]; }
+    int& placed(int t) const { return b[t].spare; }
 };
 
 // Derives the record's lists from the mesh, straight into the record's arrays. The order
@@ -316,7 +344,7 @@ struct BlockLayout {  // one TriangleBlock per triangle
 // meshes; nothing is written past the arrays either way).
 template <class Layout>
 bool fill_record_from(Triangulation* out, Nodes& nodes, const Layout& L, int tc,
-                      const std::vector<int>& hull_next) {
+                      const std::vector<int>& hull_next, RawBlock& spare, std::size_t spare_bytes) {
     constexpr int W = Layout::W;
     const int n = static_cast<int>(nodes.x.size());
     // Offsets: edges by lower node (each edge counted once, from its hull slot or from
@@ -329,6 +357,7 @@ bool fill_record_from(Triangulation* out, Nodes& nodes, const Layout& L, int tc,
         const int a = L.vert(W * t), b = L.vert(W * t + 1), c = L.vert(W * t + 2);
         if (std::min({a, b, c}) < 0 || std::max({a, b, c}) >= n) return false;
         ++tri_next[std::min({a, b, c}) + 1];
+        L.placed(t) = -1;
         const int corner[3][2] = {{a, b}, {b, c}, {c, a}};
         for (int s = 0; s < 3; ++s) {
             const int e = W * t + s, i = corner[s][0], j = corner[s][1];
@@ -346,22 +375,35 @@ bool fill_record_from(Triangulation* out, Nodes& nodes, const Layout& L, int tc,
     out->y = copy_array(nodes.y);
     out->z = copy_array(nodes.z);
     out->nodes = n;
-    int* const tri = out->tri = alloc_array<int>(6 * static_cast<std::size_t>(tc));
+    // The triangle table in the build's spare storage when it is large enough: the fast
+    // build's triangle array, already mapped (32 bytes per triangle where the table needs
+    // 24; the record keeps the whole block, fresh pages cost more than the difference).
+    int* tri;
+    if (spare && spare_bytes >= sizeof(int) * 6 * static_cast<std::size_t>(tc)) {
+        tri = static_cast<int*>(spare.release());
+    } else {
+        tri = alloc_array<int>(6 * static_cast<std::size_t>(tc));
+    }
+    out->tri = tri;
     out->triangles = tc;
     int* const edge = out->edge = alloc_array<int>(3 * static_cast<std::size_t>(edge_count));
     out->edges = edge_count;
     int* const neighbor = out->neighbor = alloc_array<int>(3 * static_cast<std::size_t>(tc));
     // Per triangle of the mesh, once its lowest vertex's walk has met it: 4 k + r, k its
-    // place in the record and r the corner the record starts it from.
-    std::vector<int> placed(static_cast<std::size_t>(tc), -1);
+    // place in the record and r the corner the record starts it from (L.placed, -1 until
+    // then). Half-edge codes are not negative here.
+    auto placed = [&](int e) -> int& {
+        return L.placed(static_cast<int>(static_cast<unsigned>(e) / W));
+    };
     long long incidences = 0;  // triangle sides given their edge (3 tc in the end)
     // Gives the side in slot of a placed triangle its edge id and its neighbour.
     auto mark = [&](int slot, int id, int across) {
-        const int code = placed[slot / W];
+        const int code = placed(slot);
         if (code < 0) return false;
-        const int k = code >> 2, s = (slot % W - (code & 3) + 3) % 3;
+        const int k = code >> 2, d = static_cast<int>(static_cast<unsigned>(slot) % W) - (code & 3);
+        const int s = d < 0 ? d + 3 : d;
         tri[6 * k + 3 + s] = id;
-        neighbor[3 * k + s] = across < 0 ? -1 : placed[across / W] >> 2;
+        neighbor[3 * k + s] = across < 0 ? -1 : placed(across) >> 2;
         ++incidences;
         return true;
     };
@@ -372,7 +414,7 @@ bool fill_record_from(Triangulation* out, Nodes& nodes, const Layout& L, int tc,
         if (id >= edge_count) return false;
         const int across = L.twin(slot);
         edge[3 * id] = i, edge[3 * id + 1] = j, edge[3 * id + 2] = across < 0 ? 1 : 0;
-        if (across >= 0 && placed[across / W] < 0) {
+        if (across >= 0 && placed(across) < 0) {
             if (late >= 0) return false;
             late = slot, late_id = id;
             return true;
@@ -391,8 +433,8 @@ bool fill_record_from(Triangulation* out, Nodes& nodes, const Layout& L, int tc,
             const int b = L.vert(W * t + nxt(r)), c = L.vert(W * t + prv(r));
             if (i < b && i < c) {
                 const int k = tri_next[i]++;
-                if (k >= tc || placed[t] >= 0) return false;
-                placed[t] = 4 * k + r;
+                if (k >= tc || L.placed(t) >= 0) return false;
+                L.placed(t) = 4 * k + r;
                 tri[6 * k] = i, tri[6 * k + 1] = b, tri[6 * k + 2] = c;
             }
             if (b > i && !list_edge(i, b, W * t + r, late, late_id)) return false;
@@ -410,7 +452,7 @@ bool fill_record_from(Triangulation* out, Nodes& nodes, const Layout& L, int tc,
     }
     if (incidences != 3LL * tc) return false;
     for (int k = 0; k < tc; ++k)
-        if (placed[k] < 0) return false;
+        if (L.placed(k) < 0) return false;
     std::vector<int> boundary;
     if (!hull_next.empty() && hull_next[0] >= 0) {
         int u = 0;
@@ -424,12 +466,15 @@ bool fill_record_from(Triangulation* out, Nodes& nodes, const Layout& L, int tc,
     return true;
 }
 
-bool fill_record(Triangulation* out, Nodes& nodes, const Mesh& m) {
+bool fill_record(Triangulation* out, Nodes& nodes, Mesh& m) {
     const int tc = m.triangles();
-    if (!m.blocks.empty())
-        return fill_record_from(out, nodes, BlockLayout{m.blocks.data()}, tc, m.hull_next);
+    if (m.blocks)
+        return fill_record_from(out, nodes, BlockLayout{m.blocks.get()}, tc, m.hull_next, m.spare,
+                                m.spare_bytes);
     if (m.twin.size() != m.v.size()) return false;
-    return fill_record_from(out, nodes, SlotLayout{m.v.data(), m.twin.data()}, tc, m.hull_next);
+    std::vector<int> marks(static_cast<std::size_t>(tc));
+    return fill_record_from(out, nodes, SlotLayout{m.v.data(), m.twin.data(), marks.data()}, tc,
+                            m.hull_next, m.spare, m.spare_bytes);
 }
 
 // Hole rings around the triangles that touch a missing z (see the public header).

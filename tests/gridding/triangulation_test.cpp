@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <map>
 #include <random>
@@ -698,6 +699,93 @@ TEST(Triangulation, EngineNeverPrints) {
                                  : c.x == same.x ? ZEMATH_ERR_TOO_FEW_CURVES
                                                  : 0;
             EXPECT_EQ(status, expected);
+        }
+    }
+}
+
+namespace {
+
+bool same_bits(const double* a, const double* b, int n) {
+    return n == 0 || std::memcmp(a, b, sizeof(double) * static_cast<std::size_t>(n)) == 0;
+}
+
+bool same_ints(const int* a, const int* b, std::size_t n) {
+    return n == 0 || std::memcmp(a, b, sizeof(int) * n) == 0;
+}
+
+}  // namespace
+
+TEST(Triangulation, UnusableEntriesAndSignedZeros) {
+    // Entries dropped as unusable (NaN, infinite or NANUM coordinates, NANUM z) must not
+    // change the record of the rest: an all-usable input is sorted straight from the
+    // caller's arrays, one with dropped entries from a filtered copy, and both must give
+    // the same record. The nodes keep the caller's exact values, the sign of a zero
+    // coordinate included (x = -0.0 and 0.0 compare equal while sorting).
+    std::mt19937_64 rng(23);
+    std::uniform_real_distribution<double> u(-1, 1);
+    std::vector<Cloud> clouds;
+    Cloud zeros{"signed zeros on both axes", {}, {}};
+    for (int k = 0; k < 40; ++k) {
+        const double s = (k % 2 == 0) ? -0.0 : 0.0;
+        zeros.x.push_back(k % 4 < 2 ? s : u(rng)), zeros.y.push_back(k % 4 >= 2 ? s : u(rng));
+        zeros.x.push_back(u(rng)), zeros.y.push_back(u(rng));
+    }
+    clouds.push_back(zeros);
+    Cloud column{"a column at x = -0.0 beside one at 0.0", {}, {}};
+    for (int k = 0; k < 30; ++k)
+        column.x.push_back(k % 2 ? 0.0 : -0.0), column.y.push_back(k + 0.25 * (k % 2)),
+            column.x.push_back(1.0 + 1e-3 * u(rng)), column.y.push_back(k + 0.5);
+    clouds.push_back(column);
+    Cloud scattered{"uniform 3000", {}, {}};
+    for (int k = 0; k < 3000; ++k) scattered.x.push_back(u(rng)), scattered.y.push_back(u(rng));
+    clouds.push_back(scattered);
+    for (const Cloud& c : clouds) {
+        SCOPED_TRACE(c.name);
+        const int n = static_cast<int>(c.x.size());
+        Vec z;
+        for (int k = 0; k < n; ++k) z.push_back(k);
+        // The same points with an unusable entry after every fifth.
+        Vec dx, dy, dz;
+        const double bad[][3] = {{kNaN, 0, 1}, {0, kInf, 1}, {NANUM, 0, 1}, {0.5, 0.5, NANUM}};
+        for (int k = 0; k < n; ++k) {
+            dx.push_back(c.x[k]), dy.push_back(c.y[k]), dz.push_back(z[k]);
+            if (k % 5 == 4) {
+                const double* b = bad[(k / 5) % 4];
+                dx.push_back(b[0]), dy.push_back(b[1]), dz.push_back(b[2]);
+            }
+        }
+        for (unsigned options : {0u, kEngine}) {
+            SCOPED_TRACE(testing::Message() << "options " << options);
+            Record clean, dirty;
+            ASSERT_EQ(zemath_triangulation(n, c.x.data(), c.y.data(), z.data(), &clean.t, options),
+                      0);
+            ASSERT_EQ(zemath_triangulation(static_cast<int>(dx.size()), dx.data(), dy.data(),
+                                           dz.data(), &dirty.t, options),
+                      0);
+            const Triangulation &a = clean.t, &b = dirty.t;
+            ASSERT_EQ(a.nodes, n);
+            ASSERT_EQ(b.nodes, a.nodes);
+            ASSERT_EQ(b.triangles, a.triangles);
+            ASSERT_EQ(b.edges, a.edges);
+            ASSERT_EQ(b.boundaryCount, a.boundaryCount);
+            EXPECT_TRUE(same_bits(a.x, b.x, a.nodes));
+            EXPECT_TRUE(same_bits(a.y, b.y, a.nodes));
+            EXPECT_TRUE(same_bits(a.z, b.z, a.nodes));
+            EXPECT_TRUE(same_ints(a.tri, b.tri, 6 * static_cast<std::size_t>(a.triangles)));
+            EXPECT_TRUE(same_ints(a.edge, b.edge, 3 * static_cast<std::size_t>(a.edges)));
+            EXPECT_TRUE(
+                same_ints(a.neighbor, b.neighbor, 3 * static_cast<std::size_t>(a.triangles)));
+            EXPECT_TRUE(
+                same_ints(a.boundary, b.boundary, static_cast<std::size_t>(a.boundaryCount)));
+            // Each node is the caller's point of its z (the z values are the indices), bit
+            // for bit.
+            for (int i = 0; i < a.nodes; ++i) {
+                const int k = static_cast<int>(a.z[i]);
+                ASSERT_TRUE(k >= 0 && k < n);
+                EXPECT_TRUE(same_bits(&a.x[i], &c.x[k], 1) && same_bits(&a.y[i], &c.y[k], 1))
+                    << "node " << i << " (point " << k << ")";
+            }
+            check_invariants(a);
         }
     }
 }
