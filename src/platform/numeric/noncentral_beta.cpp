@@ -70,8 +70,11 @@ double psi_rough(double z) {
 
 double noncentral_beta_lower_double(double a, double b, double lambda, TwoPart x, TwoPart y) {
     const double h = 0.5 * lambda;
-    if (!(lambda >= 0.0 && lambda <= kNoncentralBetaDoubleLambdaMax) || !(a > 0.0) ||
-        !(b > 0.0 && b <= kSeriesShapeMax) || !std::isnormal(x.hi) || !std::isnormal(y.hi))
+    const double lambda_max = std::max(a, b) > kNoncentralBetaLargeShape
+                                  ? kNoncentralBetaLargeLambdaMax
+                                  : kNoncentralBetaDoubleLambdaMax;
+    if (!(lambda >= 0.0 && lambda <= lambda_max) || !(a > 0.0) ||
+        !(b > 0.0 && b <= kNoncentralBetaShapeMax) || !std::isnormal(x.hi) || !std::isnormal(y.hi))
         return kNaN;
     if (h == 0.0) {  // the central law
         const auto tails = incomplete_beta_double(a, b, x, y);
@@ -92,7 +95,7 @@ double noncentral_beta_lower_double(double a, double b, double lambda, TwoPart x
             }
         }
     }
-    if (a + top > kSeriesShapeMax) return kNaN;
+    if (!(a + top <= kNoncentralBetaShapeMax)) return kNaN;
     const TwoPart shape = two_sum(a, static_cast<double>(top));
     const auto tails = incomplete_beta_double(shape.hi, b, x, y);
     if (!tails) return kNaN;

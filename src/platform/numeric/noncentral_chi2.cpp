@@ -80,7 +80,7 @@ double noncentral_chi2_lower_double(double x, double df, double lambda) {
     }
     // The ratios are formed by division: a product with a rounded 1/y would carry the same
     // rounding into every step, a drift linear in the number of steps.
-    if (a + top > kGammaDoubleShapeMax) return kNaN;
+    if (!(a + top <= kGammaTemmeShapeMax)) return kNaN;
     // The shape a + T rounds (by up to half an ulp of a + T, which would move the result
     // by that times |ln y - psi|, 2e-14 at y = 0.01 and a + T = 48); the starting terms are
     // moved back to the exact shape by their logarithmic derivative
