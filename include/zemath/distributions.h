@@ -205,9 +205,13 @@ ZEMATH_API double poisspdf(int x, double lambda, int* status) ZEMATH_NOEXCEPT;
 ZEMATH_API double hygecdf(int k, int m, int n, int l, int tail, int* status) ZEMATH_NOEXCEPT;
 
 /* Non-central t lower tail P(T <= t) with df >= 1 degrees of freedom and non-centrality
- * |delta| <= 1e4 (the series' length grows with delta). maxiter must be >= 1; the series
- * are always summed to full precision, so maxiter never truncates them.
- * Codes: NaN 15; df < 1: 5; df = +infinity or |delta| > 1e4: 7; maxiter < 1: 11; 300. */
+ * |delta| <= 1e4 (the series' length grows with delta). Above df = 1e10 the law is taken
+ * from its expansion in 1/df, Phi(c) - phi(c) t (1 + c t) / (4 df) with c = t - delta, where
+ * t^2 (1 + c^2) <= 1e-7 df (there within 1e-15 of the law), and refused elsewhere. maxiter
+ * must be >= 1; the series are always summed to full precision, so maxiter never truncates
+ * them.
+ * Codes: NaN 15; df < 1: 5; df = +infinity, |delta| > 1e4, or df > 1e10 with
+ * t^2 (1 + (t - delta)^2) > 1e-7 df: 7; maxiter < 1: 11; 300. */
 ZEMATH_API double nctcdf(double t, double df, double delta, int maxiter,
                          int* status) ZEMATH_NOEXCEPT;
 /* Non-central chi-square lower tail at x >= 0 with 0 < f <= 1e10 degrees of freedom (the

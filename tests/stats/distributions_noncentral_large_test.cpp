@@ -99,4 +99,36 @@ TEST(NoncentralLarge, RefusedAboveTheShapeLimits) {
     }
 }
 
+// The non-central t at df 1e6 .. 1e300 (the quadrature up to 1e10, the expansion in 1/df
+// beyond) against its integral over the scale law in mpmath.
+struct TRow {
+    double t, df, delta, expected;
+};
+const TRow kTRows[] = {
+#include "reference/noncentral_t_huge_df_ref.inc"
+};
+
+TEST(NoncentralLarge, StudentAtHugeDegreesOfFreedom) {
+    for (const TRow& r : kTRows) {
+        int status = -1;
+        const double v = nctcdf(r.t, r.df, r.delta, 100, &status);
+        const double c = r.t - r.delta;
+        if (r.df > 1e10 && r.t * r.t * (1 + c * c) > 1e-7 * r.df) {  // the documented refusal
+            EXPECT_EQ(v, NANUM);
+            EXPECT_EQ(status, 7) << r.t << " " << r.df << " " << r.delta;
+            continue;
+        }
+        EXPECT_EQ(status, 0) << r.t << " " << r.df << " " << r.delta;
+        EXPECT_NEAR(v, r.expected, 1e-13 * r.expected)
+            << "nctcdf(" << r.t << ", " << r.df << ", " << r.delta << ")";
+    }
+    // Above df 1e10 the expansion's bound t^2 (1 + (t - delta)^2) <= 1e-7 df decides: at
+    // df 1e15, t = delta = 1e4 gives 1e8 (1 + 0) = 1e-7 df (taken), t = 1e4 + 0.1 refused.
+    int status = -1;
+    EXPECT_NEAR(nctcdf(1e4, 1e15, 1e4, 100, &status), 0.5, 1e-11);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(nctcdf(1e4 + 0.1, 1e15, 1e4, 100, &status), NANUM);
+    EXPECT_EQ(status, 7);
+}
+
 }  // namespace
