@@ -205,26 +205,33 @@ ZEMATH_API double poisspdf(int x, double lambda, int* status) ZEMATH_NOEXCEPT;
 ZEMATH_API double hygecdf(int k, int m, int n, int l, int tail, int* status) ZEMATH_NOEXCEPT;
 
 /* Non-central t lower tail P(T <= t) with df >= 1 degrees of freedom and non-centrality
- * |delta| <= 1e4 (the series' length grows with delta). maxiter must be >= 1; the series
- * are always summed to full precision, so maxiter never truncates them.
- * Codes: NaN 15; df < 1: 5; df = +infinity or |delta| > 1e4: 7; maxiter < 1: 11; 300. */
+ * |delta| <= 1e4 (the series' length grows with delta). Above df = 1e10 the law is taken
+ * from its expansion in 1/df, Phi(c) - phi(c) t (1 + c t) / (4 df) with c = t - delta, where
+ * t^2 (1 + c^2) <= 1e-7 df (there within 1e-15 of the law), and refused elsewhere. maxiter
+ * must be >= 1; the series are always summed to full precision, so maxiter never truncates
+ * them.
+ * Codes: NaN 15; df < 1: 5; df = +infinity, |delta| > 1e4, or df > 1e10 with
+ * t^2 (1 + (t - delta)^2) > 1e-7 df: 7; maxiter < 1: 11; 300. */
 ZEMATH_API double nctcdf(double t, double df, double delta, int maxiter,
                          int* status) ZEMATH_NOEXCEPT;
-/* Non-central chi-square lower tail at x >= 0 with f > 0 degrees of freedom and
- * non-centrality 0 <= lambda <= 1e9.
- * Codes: x NaN 15, x < 0: 5; f NaN 15, f <= 0: 6, f = +infinity: 7; lambda NaN 15,
- * lambda < 0: 5, lambda > 1e9: 7; 300 (seen at f = 4.9e-324, the smallest double). */
+/* Non-central chi-square lower tail at x >= 0 with 0 < f <= 1e10 degrees of freedom (the
+ * central law's limit) and non-centrality 0 <= lambda <= 1e9.
+ * Codes: x NaN 15, x < 0: 5; f NaN 15, f <= 0: 6, f > 1e10 (+infinity included): 7;
+ * lambda NaN 15, lambda < 0: 5, lambda > 1e9: 7; 300 (seen at f = 4.9e-324, the smallest
+ * double). */
 ZEMATH_API double ncchi2cdf(double x, double f, double lambda, int* status) ZEMATH_NOEXCEPT;
-/* Non-central F lower tail at f >= 0 with df1, df2 > 0 and non-centrality
- * 0 <= lambda <= 1e9.
- * Codes: f NaN 15, f < 0: 5; then df1, then df2: NaN 15, <= 0: 6, +infinity: 7; lambda
- * NaN 15, lambda < 0: 5, lambda > 1e9: 7; 300. */
+/* Non-central F lower tail at f >= 0 with 0 < df1, df2 <= 2e9 and non-centrality
+ * 0 <= lambda <= 1e9, where a df above 2e5 allows lambda up to 1600 only.
+ * Codes: f NaN 15, f < 0: 5; then df1, then df2: NaN 15, <= 0: 6, > 2e9 (+infinity
+ * included): 7; lambda NaN 15, lambda < 0: 5, lambda > 1e9: 7; lambda > 1600 beside a df
+ * above 2e5: 7; 300. */
 ZEMATH_API double ncfcdf(double f, double df1, double df2, double lambda,
                          int* status) ZEMATH_NOEXCEPT;
-/* Non-central beta lower tail at 0 <= x <= 1 with shapes a, b > 0 and non-centrality
- * 0 <= lambda <= 1e9.
- * Codes: x NaN 15, x < 0: 5, x > 1: 7; then a, then b: NaN 15, <= 0: 6, +infinity: 7;
- * lambda NaN 15, lambda < 0: 5, lambda > 1e9: 7; 300. */
+/* Non-central beta lower tail at 0 <= x <= 1 with shapes 0 < a, b <= 1e9 and
+ * non-centrality 0 <= lambda <= 1e9, where a shape above 1e5 allows lambda up to 1600 only.
+ * Codes: x NaN 15, x < 0: 5, x > 1: 7; then a, then b: NaN 15, <= 0: 6, > 1e9 (+infinity
+ * included): 7; lambda NaN 15, lambda < 0: 5, lambda > 1e9: 7; lambda > 1600 beside a shape
+ * above 1e5: 7; 300. */
 ZEMATH_API double ncbetacdf(double x, double a, double b, double lambda,
                             int* status) ZEMATH_NOEXCEPT;
 /* Standard bivariate normal P(X <= x, Y <= y) with correlation corre, |corre| <= 1.

@@ -126,9 +126,10 @@ TEST(NoncentralDouble, KernelsDeclineOutsideTheirRange) {
     struct BetaCase {
         double x, a, b, lambda;
     };
-    const BetaCase beta_declined[] = {{0.5, 2, 3, 1601}, {0.5, 2, 1001, 10}, {0.5, 990, 3, 30},
-                                      {0.5, 2, 3, -1},   {1e-310, 2, 3, 10}, {0.5, 0, 3, 1},
-                                      {0.5, 2, NAN, 1},  {1e-300, 50, 3, 10}};
+    const BetaCase beta_declined[] = {
+        {0.5, 2, 3, 1601},     {0.5, 2, 1.5e9, 10}, {0.5, 1e9 - 5, 3, 30},
+        {0.5, 2e5, 2e5, 1601}, {0.5, 2, 3, -1},     {1e-310, 2, 3, 10},
+        {0.5, 0, 3, 1},        {0.5, 2, NAN, 1},    {1e-300, 50, 3, 10}};
     for (const BetaCase& c : beta_declined) {
         EXPECT_TRUE(std::isnan(noncentral_beta_lower_double(c.a, c.b, c.lambda, {c.x, 0.0},
                                                             zemath::numeric::two_sum(1.0, -c.x))))

@@ -16,6 +16,7 @@
 #include <climits>
 #include <cmath>
 #include <cstdio>
+#include <initializer_list>
 #include <limits>
 #include <random>
 #include <string>
@@ -275,6 +276,9 @@ TEST(DistributionsRandom, ExtremeArgumentsThatOnceFailed) {
         {Fn::ncfcdf, {1.7070002041212748e+225, 1e-200, 1.6648832469206443e-79, 0.86}, 2},
         {Fn::finv, {8.0511372291962623e-196, 6.5440474331690179e-125, 1.9305918745095462e-197}, 2},
         {Fn::betainv, {8.0511372291962623e-196, 3.2720237165845090e-125, 9.652959372547731e-198}, 2},
+        {Fn::ncfcdf, {1, 1e300, 1e300, 1.4015357800167431e-309}, 2},
+        {Fn::ncfcdf, {1, 1e20, 1e20, 1}, 2}, {Fn::ncbetacdf, {0.5, 1e20, 1e20, 1e-3}, 2},
+        {Fn::ncchi2cdf, {1e15, 1e15, 1}, 2}, {Fn::ncchi2cdf, {1e300, 1e300, 1}, 2},
     };
     // clang-format on
     for (const Case& c : cases) {
@@ -283,6 +287,45 @@ TEST(DistributionsRandom, ExtremeArgumentsThatOnceFailed) {
         Slowest slowest;
         check_call(*e, c.a, c.tail, slowest);
     }
+}
+
+// The non-central laws with degrees of freedom and shapes drawn log-uniformly up to the
+// double range, non-centralities from subnormal to past their limit, and x within a few
+// standard deviations of the mean, where the mixtures' central terms sit in the body of
+// huge laws (hangs in an unbounded fraction and wrong values hid there).
+double pick_from(std::mt19937& engine, std::initializer_list<double> values) {
+    return values.begin()[engine() % values.size()];
+}
+
+TEST(DistributionsRandom, NoncentralLawsAtHugeShapesNearTheMean) {
+    std::mt19937 engine(20261124u);
+    const auto uniform = [&](double lo, double hi) {
+        return std::uniform_real_distribution<double>(lo, hi)(engine);
+    };
+    const auto find = [](Fn fn) {
+        return std::find_if(std::begin(kExports), std::end(kExports),
+                            [&](const Export& x) { return x.fn == fn; });
+    };
+    const Export* laws[3] = {find(Fn::ncchi2cdf), find(Fn::ncfcdf), find(Fn::ncbetacdf)};
+    Slowest slowest[3];
+    for (int c = 0; c < 600; ++c) {
+        const double d1 = std::pow(10.0, uniform(0.0, 308.0));
+        const double d2 = pick_from(engine, {d1, std::pow(10.0, uniform(0.0, 308.0)), 3.0});
+        const double lambda = std::pow(10.0, uniform(-310.0, 10.0));
+        const double z = uniform(-8.0, 8.0);
+        const double x_chi2[4] = {d1 + lambda + z * std::sqrt(2 * d1 + 4 * lambda), d1, lambda, 0};
+        check_call(*laws[0], x_chi2, 2, slowest[0]);
+        const double x_f[4] = {std::exp(z * std::sqrt(2 / d1 + 2 / d2)) * (1 + lambda / d1), d1, d2,
+                               lambda};
+        check_call(*laws[1], x_f, 2, slowest[1]);
+        const double a = d1 + lambda / 2, b = d2;
+        const double mean = a / (a + b), sd = std::sqrt(mean * (b / (a + b)) / (a + b + 1));
+        const double x_beta[4] = {std::clamp(mean + z * sd, 0.0, 1.0), d1, d2, lambda};
+        check_call(*laws[2], x_beta, 2, slowest[2]);
+    }
+    for (int k = 0; k < 3; ++k)
+        std::printf("[slowest] %-12s %9.4f ms at %s (huge shapes)\n", name(laws[k]->fn),
+                    slowest[k].ms, slowest[k].args.c_str());
 }
 
 }  // namespace

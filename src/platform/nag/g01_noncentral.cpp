@@ -38,6 +38,16 @@
 //               3 sqrt(n) ulps over n terms (measured 3e-14). Where it declines for that
 //               cancellation, the bound it hands back decides: below the series' floor the
 //               quadrature follows at once, without Boost's series first.
+//   large shapes (beside the above): the chi-square mixture's starting term by Temme's expansion
+//               of the incomplete gamma up to df 1e10 (x/2 within |eta| <= 1/2 of the shape);
+//               the beta and F mixtures' by the double incomplete beta's large-shape paths up to
+//               shapes 1e9 (F df 2e9), lambda <= 1600; measured within 3.1e-15 against mpmath
+//               near the mean (tests/reference/gen_noncentral_large.py). Larger shapes, and
+//               lambda above 1600 beside a shape above 1e5 (where Boost's extended mixture loses
+//               digits with the shape and its fraction runs without a term cap), are refused.
+//   t, df > 1e5 where the series declines: the quadrature E[Phi(t S - delta)] (Boost's series
+//               erred up to 1.6e-5 at df 1e8, delta 1e4); df > 1e10: the expansion in 1/df
+//               where its remainder is below 1e-15, refused elsewhere.
 //   elsewhere   (far tails where a double starting term leaves the normal range, larger
 //               parameters, t < 0 < delta below the series' floor) the extended paths above:
 //               Boost's long double series, the forward sums from j = 0, the quadrature.
@@ -104,11 +114,30 @@ bool bad_lambda(double lambda, NagError* fail) {
     return false;
 }
 
-// A positive, finite shape or degrees-of-freedom parameter.
-bool bad_positive(double value, NagError* fail) {
+// A positive shape or degrees-of-freedom parameter up to `limit`.
+bool bad_positive(double value, double limit, NagError* fail) {
     if (std::isnan(value)) return fail->set(NE_REAL), true;
     if (value <= 0.0) return fail->set(NE_REAL_ARG_LE), true;
-    if (std::isinf(value)) return fail->set(NE_REAL_ARG_GT), true;
+    if (!(value <= limit)) return fail->set(NE_REAL_ARG_GT), true;
+    return false;
+}
+
+// Shape limits. The beta mixture's shapes up to 1e9 (F degrees of freedom up to 2e9), where
+// the double mixture was measured within 3.1e-15 (tests/reference/gen_noncentral_large.py); the
+// chi-square's degrees of freedom up to 1e10, as the central law's. Beyond them Boost's incomplete
+// beta runs its continued fraction without a term cap (no answer in minutes at shapes 1e20) and
+// both its beta and gamma mixtures lose the value (0.62 for 0.5 at F df 1e20), so they are refused.
+constexpr double kMaxMixtureShape = numeric::kNoncentralBetaShapeMax;
+constexpr double kMaxChi2Df = 1e10;
+constexpr double kMaxFDf = 2.0 * kMaxMixtureShape;
+// Above kBoostBetaShapeMax Boost's extended beta mixture loses digits with the shape (its
+// prefactor: 2.8e-14 at 1e6, 3.6e-12 at 1e8, 1e-9 at 5e9) and takes up to 36 ms at 1e6: there
+// only the double mixture runs (non-centralities up to numeric::kNoncentralBetaLargeLambdaMax),
+// and a larger non-centrality beside such a shape is refused.
+constexpr double kBoostBetaShapeMax = numeric::kNoncentralBetaLargeShape;
+bool bad_beta_mixture(double a, double b, double lambda, NagError* fail) {
+    if (std::max(a, b) > kBoostBetaShapeMax && lambda > numeric::kNoncentralBetaLargeLambdaMax)
+        return fail->set(NE_REAL_ARG_GT), true;
     return false;
 }
 
@@ -209,6 +238,27 @@ double beta_mixture_from_top(double lambda, double a, double b, double x) {
 
 }  // namespace
 
+// Above kQuadratureDf the quadrature below replaces Boost's series (see g01gbc); above
+// kQuadratureDfMax the quadrature's scale density loses digits (5e-6 at df = 1e15: its
+// deviance a (e^(2y) - 1 - 2y) cancels), and the law is taken from its expansion in 1/df.
+constexpr double kQuadratureDf = 1e5;
+constexpr double kQuadratureDfMax = 1e10;
+// Above kQuadratureDfMax, with S = 1 + e: E[e] = -1/(4 df), E[e^2] = 1/(2 df), so
+//     P(T <= t) = E[Phi(t S - delta)] = Phi(c) - phi(c) t (1 + c t) / (4 df) + R,  c = t - delta,
+// R led by the fourth moment's t^4 (c^3 - 3c) phi(c) / (32 df^2), relative to Phi(c) ~ phi(c)/|c|
+// about q^2 / 32, q = t^2 (1 + c^2) / df; taken where q <= kExpansionQ (R below 1e-15
+// relative), refused beyond.
+constexpr double kExpansionQ = 1e-7;
+bool nct_expansion_applies(double t, double df, double delta) {
+    const double c = t - delta;
+    return t * t * (1.0 + c * c) <= kExpansionQ * df;
+}
+double nct_lower_by_expansion(double t, double df, double delta) {
+    const numeric::TwoPart c = numeric::two_sum(t, -delta);  // c's rounding matters in the tails
+    const double density = numeric::normal_density(c.hi);
+    return normal_lower(c.hi, c.lo) - density * t * (1.0 + c.hi * t) / (4.0 * df);
+}
+
 double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter, NagError* fail) {
     if (std::isnan(t) || std::isnan(df) || std::isnan(delta)) return fail->set(NE_REAL), 0.0;
     if (df < 1.0) return fail->set(NE_REAL_ARG_LT), 0.0;
@@ -218,10 +268,13 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter, N
     constexpr double kMaxNonCentrality = 1e4;
     if (std::isinf(df) || !(std::fabs(delta) <= kMaxNonCentrality))
         return fail->set(NE_REAL_ARG_GT), 0.0;
+    if (df > kQuadratureDfMax && !(std::isinf(t) || nct_expansion_applies(t, df, delta)))
+        return fail->set(NE_REAL_ARG_GT), 0.0;
     if (max_iter < 1) return fail->set(NE_INT_ARG_LT), 0.0;
     fail->set(NE_NOERROR);
     if (t == -INFINITY) return 0.0;
     if (t == INFINITY) return 1.0;
+    if (df > kQuadratureDfMax) return checked(nct_lower_by_expansion(t, df, delta), fail);
     // For t < 0 < delta the series' terms cancel down to the result: its relative error
     // is about eps / P, fine above 1/100 and worthless far below.
     constexpr double kSeriesFloor = 0.01;
@@ -237,6 +290,11 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter, N
     if (!std::isnan(fast)) return checked(fast, fail);
     if (t < 0.0 && delta > 0.0 && bound < kSeriesFloor)
         return checked(nct_lower_by_quadrature(t, df, delta), fail);
+    // Large df beside a large |delta|: Boost's series lost digits there (1.6e-5 relative at
+    // df = 1e8, delta = 1e4; its terms' incomplete betas run at shapes near delta^2 / 2 and
+    // df / 2 together), while E[Phi(t S - delta)] keeps a log-concave integrand whose
+    // width in ln S is 1/sqrt(2 df).
+    if (df > kQuadratureDf) return checked(nct_lower_by_quadrature(t, df, delta), fail);
     const boost::math::non_central_t_distribution<double, BoostPolicy> law(df, delta);
     const double series = boost::math::cdf(law, t);
     if (t < 0.0 && delta > 0.0 && !(series >= kSeriesFloor))
@@ -247,7 +305,7 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter, N
 double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter, NagError* fail) {
     if (std::isnan(x)) return fail->set(NE_REAL), 0.0;
     if (x < 0.0) return fail->set(NE_REAL_ARG_LT), 0.0;
-    if (bad_positive(df, fail) || bad_lambda(lambda, fail)) return 0.0;
+    if (bad_positive(df, kMaxChi2Df, fail) || bad_lambda(lambda, fail)) return 0.0;
     if (max_iter < 1) return fail->set(NE_INT_ARG_LT), 0.0;
     fail->set(NE_NOERROR);
     if (x == INFINITY) return 1.0;
@@ -282,21 +340,13 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
               NagError* fail) {
     if (std::isnan(f)) return fail->set(NE_REAL), 0.0;
     if (f < 0.0) return fail->set(NE_REAL_ARG_LT), 0.0;
-    if (bad_positive(df1, fail) || bad_positive(df2, fail) || bad_lambda(lambda, fail)) return 0.0;
+    if (bad_positive(df1, kMaxFDf, fail) || bad_positive(df2, kMaxFDf, fail) ||
+        bad_lambda(lambda, fail) || bad_beta_mixture(0.5 * df1, 0.5 * df2, lambda, fail))
+        return 0.0;
     if (max_iter < 1) return fail->set(NE_INT_ARG_LT), 0.0;
     fail->set(NE_NOERROR);
     if (f == INFINITY) return 1.0;
     if (f == 0.0) return 0.0;
-    if (lambda == 0.0) {
-        // Central F: I_x(df1/2, df2/2), x = df1 f / (df1 f + df2); with x above 1/2 as
-        // 1 - I_y(df2/2, df1/2), y = df2 / (df1 f + df2) formed directly, so that a large f
-        // keeps the digits of 1 - x.
-        const double x = df1 * f / (df1 * f + df2);
-        if (x <= 0.5)
-            return checked(boost::math::ibeta(0.5 * df1, 0.5 * df2, x, BoostPolicy()), fail);
-        const double y = df2 / (df1 * f + df2);
-        return checked(boost::math::ibetac(0.5 * df2, 0.5 * df1, y, BoostPolicy()), fail);
-    }
     // The F law is the beta mixture at x = df1 f / (df1 f + df2), a = df1/2, b = df2/2.
     const double a = 0.5 * df1, b = 0.5 * df2;
     {
@@ -309,6 +359,17 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
             numeric::noncentral_beta_lower_double(a, b, lambda, numeric::divide(product, total),
                                                   numeric::divide(TwoPart{df2, 0.0}, total));
         if (!std::isnan(fast)) return checked(fast, fail);
+    }
+    if (lambda == 0.0) {
+        // Central F where the double kernel declines (far tails, shapes beyond its reach):
+        // I_x(df1/2, df2/2), x = df1 f / (df1 f + df2); with x above 1/2 as
+        // 1 - I_y(df2/2, df1/2), y = df2 / (df1 f + df2) formed directly, so that a large f
+        // keeps the digits of 1 - x.
+        const double x = df1 * f / (df1 * f + df2);
+        if (x <= 0.5)
+            return checked(boost::math::ibeta(0.5 * df1, 0.5 * df2, x, BoostPolicy()), fail);
+        const double y = df2 / (df1 * f + df2);
+        return checked(boost::math::ibetac(0.5 * df2, 0.5 * df1, y, BoostPolicy()), fail);
     }
     // Elsewhere far in its lower tail, summed forwards from j = 0 as the beta law is.
     const double x = df1 * f / (df1 * f + df2);
@@ -341,7 +402,9 @@ double g01gec(double x, double a, double b, double lambda, double /*tol*/, int m
     if (std::isnan(x)) return fail->set(NE_REAL), 0.0;
     if (x < 0.0) return fail->set(NE_REAL_ARG_LT), 0.0;
     if (x > 1.0) return fail->set(NE_REAL_ARG_GT), 0.0;
-    if (bad_positive(a, fail) || bad_positive(b, fail) || bad_lambda(lambda, fail)) return 0.0;
+    if (bad_positive(a, kMaxMixtureShape, fail) || bad_positive(b, kMaxMixtureShape, fail) ||
+        bad_lambda(lambda, fail) || bad_beta_mixture(a, b, lambda, fail))
+        return 0.0;
     if (max_iter < 1) return fail->set(NE_INT_ARG_LT), 0.0;
     fail->set(NE_NOERROR);
     if (x == 0.0) return 0.0;

@@ -36,9 +36,11 @@
 // about 2 sqrt(T) ulps in practice, at most 4 T
 // ulps. Measured against mpmath within 1.9e-14 (F) and 2.3e-15 (beta) on the rows of
 // tests/reference/gen_noncentral_double.py and gen_distributions_other.py.
-// Declined: lambda above 1600 (up to 1200 terms; the kernel's shape limit 1000 is passed
-// soon after anyway), a + T or b past that limit, a starting side the kernel does not give,
-// and results below 1e-280 (a weight below the normal range could then matter).
+// Declined: lambda above 1600 (up to 1200 terms), a + T or b past kNoncentralBetaShapeMax
+// (1e9: the kernel's large-shape paths, Temme's expansion where both shapes are at least 1000,
+// measured within 2.3e-15 (beta) and 1.7e-15 (F) up to there by
+// tests/reference/gen_noncentral_large.py), a starting side the kernel does not give, and
+// results below 1e-280 (a weight below the normal range could then matter).
 // References: Benton and Krishnamoorthy (2003), "Computing discrete mixtures of continuous
 // distributions: noncentral chisquare, noncentral t and the distribution of the square of
 // the sample multiple correlation coefficient"; Frick (1990), "Algorithm AS R84"; DLMF
@@ -70,8 +72,11 @@ double psi_rough(double z) {
 
 double noncentral_beta_lower_double(double a, double b, double lambda, TwoPart x, TwoPart y) {
     const double h = 0.5 * lambda;
-    if (!(lambda >= 0.0 && lambda <= kNoncentralBetaDoubleLambdaMax) || !(a > 0.0) ||
-        !(b > 0.0 && b <= kSeriesShapeMax) || !std::isnormal(x.hi) || !std::isnormal(y.hi))
+    const double lambda_max = std::max(a, b) > kNoncentralBetaLargeShape
+                                  ? kNoncentralBetaLargeLambdaMax
+                                  : kNoncentralBetaDoubleLambdaMax;
+    if (!(lambda >= 0.0 && lambda <= lambda_max) || !(a > 0.0) ||
+        !(b > 0.0 && b <= kNoncentralBetaShapeMax) || !std::isnormal(x.hi) || !std::isnormal(y.hi))
         return kNaN;
     if (h == 0.0) {  // the central law
         const auto tails = incomplete_beta_double(a, b, x, y);
@@ -92,7 +97,7 @@ double noncentral_beta_lower_double(double a, double b, double lambda, TwoPart x
             }
         }
     }
-    if (a + top > kSeriesShapeMax) return kNaN;
+    if (!(a + top <= kNoncentralBetaShapeMax)) return kNaN;
     const TwoPart shape = two_sum(a, static_cast<double>(top));
     const auto tails = incomplete_beta_double(shape.hi, b, x, y);
     if (!tails) return kNaN;

@@ -29,8 +29,9 @@
 // the ratio recurrences over the at most T + 1 terms run: two per step, independent (the
 // ratios are divided out each step, never multiplied by a rounded reciprocal, which would
 // drift linearly), so about 2 sqrt(T) ulps in practice, at most 4 T ulps. Measured within
-// 3e-15 against mpmath (tests/reference/gen_noncentral_chi2_double.py). Declined: lambda
-// above 2000 (up to 1200 terms), a + T past the double kernel's shape limit 1000, and
+// 3e-15 against mpmath (tests/reference/gen_noncentral_chi2_double.py; 3.1e-15 at df up to
+// 1e10, gen_noncentral_large.py). Declined: lambda above 2000 (up to 1200 terms), a + T past
+// 1000 where y lies outside the double kernel's Temme region (|eta| <= 1/2), and
 // where the double kernel declines (a starting term outside the normal range: the far
 // lower tail, where the routine sums from j = 0 in extended precision).
 // References: Ding (1992), "Algorithm AS 275: computing the non-central chi-squared
@@ -80,7 +81,7 @@ double noncentral_chi2_lower_double(double x, double df, double lambda) {
     }
     // The ratios are formed by division: a product with a rounded 1/y would carry the same
     // rounding into every step, a drift linear in the number of steps.
-    if (a + top > kGammaDoubleShapeMax) return kNaN;
+    if (!(a + top <= kGammaTemmeShapeMax)) return kNaN;
     // The shape a + T rounds (by up to half an ulp of a + T, which would move the result
     // by that times |ln y - psi|, 2e-14 at y = 0.01 and a + T = 48); the starting terms are
     // moved back to the exact shape by their logarithmic derivative
