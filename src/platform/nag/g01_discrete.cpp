@@ -176,7 +176,8 @@ void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double
 bool binomial_in_double(int n, double p, int k, double* plek, double* pgtk) {
     const double a = static_cast<double>(k) + 1.0;
     const double b = static_cast<double>(n) - static_cast<double>(k);
-    if (a > numeric::kBetaDoubleLargeShapeMax || b > numeric::kBetaDoubleLargeShapeMax) return false;
+    if (a > numeric::kBetaDoubleLargeShapeMax || b > numeric::kBetaDoubleLargeShapeMax)
+        return false;
     const numeric::TwoPart q = numeric::two_sum(1.0, -p);  // 1 - p exactly, in two parts
     if (p < kSmallestNormal || q.hi < kSmallestNormal) return false;
     const auto tails = numeric::incomplete_beta_double(a, b, {p, 0.0}, q);
