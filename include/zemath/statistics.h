@@ -320,7 +320,8 @@ ZEMATH_API int zemath_frequency_count(const double* data, unsigned int n, double
  * distinct usable values ascending, then one value above them all (max + max(1, |max|))
  * at which nothing is classified positive (+infinity when that sum overflows); *count
  * receives their number (distinct + 1). When the largest value is +infinity nothing lies
- * above it: the list ends there and holds distinct values only. Returns 0; -156 when a
+ * above it: the list ends there and holds distinct values only; when every usable value
+ * is -infinity the cut above is -DBL_MAX. Returns 0; -156 when a
  * pointer is NULL; -158 when no value is usable; -155 when capacity is below the list's
  * length (nothing written). */
 ZEMATH_API int zemath_threshold_list(const double* data, unsigned int n, double* thresholds,

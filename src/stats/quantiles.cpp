@@ -2,6 +2,7 @@
 // percentiles: thin layers over the percentile engine (percentiles.hpp) and the
 // five-number summary of the back end (g01alc).
 #include <algorithm>
+#include <cfloat>
 #include <climits>
 #include <cmath>
 #include <cstring>
@@ -374,7 +375,11 @@ ZEMATH_API int zemath_threshold_list(const double* data, unsigned int n, double*
         if (distinct + (cut_above ? 1 : 0) > static_cast<std::size_t>(std::max(capacity, 0)))
             return ZEMATH_ERR_SIZES_DIFFER;
         for (std::size_t i = 0; i < distinct; ++i) thresholds[i] = v[i];
-        if (cut_above) thresholds[distinct] = top + std::max(1.0, std::fabs(top));
+        // Above -infinity alone the sum below is -inf + inf: the least finite double is
+        // the cut there.
+        if (cut_above)
+            thresholds[distinct] =
+                top == -INFINITY ? -DBL_MAX : top + std::max(1.0, std::fabs(top));
         *count = static_cast<int>(distinct) + (cut_above ? 1 : 0);
         return ZEMATH_OK;
     });

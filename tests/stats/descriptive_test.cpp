@@ -526,6 +526,12 @@ TEST(Quantiles, RangeMedianFrequenciesAndBinWidth) {
     ASSERT_EQ(zemath_threshold_list(with_max, 2, thresholds, 3, &count), 0);
     EXPECT_EQ(count, 3);
     EXPECT_EQ(thresholds[2], INFINITY);
+    // Above -infinity alone the cut is the least finite double (not -inf + inf = NaN).
+    const double only_minus_inf[] = {-INFINITY, kNA, -INFINITY};
+    ASSERT_EQ(zemath_threshold_list(only_minus_inf, 3, thresholds, 2, &count), 0);
+    EXPECT_EQ(count, 2);
+    EXPECT_EQ(std::vector<double>(thresholds, thresholds + 2),
+              (std::vector<double>{-INFINITY, -DBL_MAX}));
     const int groups[] = {0, 0, 1, 1, 1, 0, 1, 0};
     const double p50 = 50;
     double by_group[2];
