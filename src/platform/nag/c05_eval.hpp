@@ -93,7 +93,7 @@ inline double lower_branch(double x) {
         const double w = binade(kLowerBinades[(kBias - 3) - e], x);
         return e == kBias - 3 ? polish(w, x) : w;
     }
-    // |x| < 2^-30: W = -s - ln(-W), s = -ln(-x) (exact for subnormal x as well).
+    // |x| < 2^-30: W = -s - ln(-W), s = -ln(-x) (as accurate for subnormal x).
     const double s = -std::log(-x);
     const LambertPiece& piece = kLowerLogs[biased_exponent(s) - (kBias + 4)];
     return -s - (piece.value + ratio(piece, s - piece.centre));
