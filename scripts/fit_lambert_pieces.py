@@ -10,8 +10,9 @@ beside each table and is what src/platform/nag/c05.cpp quotes.
 
 Pieces (x the argument, L = ln|x|):
   binades   x in [2^k, 2^(k+1)] (or its negative), z = x - 1.5 * 2^k (exact in double):
-            W = value + P/Q.  Principal branch for x in [2^-4, 2^20) and in [-1/4, -1/16];
-            lower branch for x in [-1/4, -2^-30].
+            W = value + P/Q.  Principal branch for x in [-1/4, -1/16], lower branch for x in
+            [-1/4, -2^-30]; the principal branch for x in [2^-4, 2^20) in halves of binades,
+            z = x - 1.25 2^k or x - 1.75 2^k (exact as well), of degree 5.
   zero      principal branch, |x| <= 1/16: W = x - x^2 P(x)/Q(x).
   logs      s = |L| in [2^k, 2^(k+1)]: W = L - R with R = ln|W| = value + P/Q, z = s - 1.5 2^k;
             principal x >= 2^20 (s = L up to 709.8), lower |x| < 2^-30 (s = -L up to 745.2,
@@ -190,8 +191,11 @@ MAKERS.update({
 
 # (table name, comment, kind, [(lo, hi), ...], degrees)
 TABLES = [
-    ("kPrincipalBinades", "Principal branch, x in [2^k, 2^(k+1)], k = -4..19; z = x - 1.5 2^k.",
-     "principal", [(2.0 ** k, 2.0 ** (k + 1)) for k in range(-4, 20)], (6, 7)),
+    ("kPrincipalHalves",
+     "Principal branch, x in halves of [2^k, 2^(k+1)], k = -4..19 (the common arguments: degree\n"
+     "// 5, half the work of a degree-7 piece); z = x - 1.25 2^k or x - 1.75 2^k.",
+     "principal", [(m * 2.0 ** k, (m + 0.5) * 2.0 ** k) for k in range(-4, 20) for m in (1.0, 1.5)],
+     (5,)),
     ("kPrincipalNegative", "Principal branch, x in [-2^(k+1), -2^k], k = -4, -3; z = x + 1.5 2^k.",
      "principal-negative", [(2.0 ** k, 2.0 ** (k + 1)) for k in (-4, -3)], (6, 7)),
     ("kLowerBinades", "Lower branch, x in [-2^(k+1), -2^k], k = -3 down to -30; z = x + 1.5 2^k.",

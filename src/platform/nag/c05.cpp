@@ -7,7 +7,8 @@
 // ordinary argument costs one table row, one rational and no branch on its value beyond a
 // few range tests. Worst relative error of W of each table's fit, coefficients rounded to
 // double (the script's check on 401 points per piece):
-//   principal, x in [2^k, 2^(k+1)], k = -4..19, z = x - 1.5 2^k (exact)         4.9e-17
+//   principal, x in halves of [2^k, 2^(k+1)], k = -4..19, degree 5,
+//     z = x - 1.25 2^k or x - 1.75 2^k (exact)                                   1.7e-17
 //   principal, x in [-1/4, -1/16] (two binades)                                  3.3e-17
 //   principal, |x| <= 1/16: W = x - x^2 P(x)/Q(x) (zero, subnormals: W = x)       1.5e-18
 //   principal, x >= 2^20: t = ln x, W = t - R(t), R = ln W in t's binade        1.1e-17
@@ -24,12 +25,13 @@
 // alone is exact to double precision. Direct x near -1/e gives dx = (x + hi) + lo exactly
 // enough (1/e split in two parts); an offset above 0.118 gives x = (dx - hi) - lo, exact
 // enough that W keeps its relative accuracy up to x = 0.
-// Accuracy: the fits add at most 0.5 ulp of W (0.2 where no step follows); with the rounding
+// Accuracy: where no step follows, the fits add at most 0.45 ulp of W; with the rounding
 // of the evaluation w e^w = x holds within 3.2 units of (one ulp of x + the change of x over
 // one ulp of W) at every double of the dense sweeps (tests/platform/c05_test.cpp); against
 // mpmath within 2 eps of W (tests/platform/c05_test.cpp, g01_other_test.cpp).
 // References: Corless, Gonnet, Hare, Jeffrey and Knuth (1996), Adv. Comput. Math. 5, 329-359
-// (the series); Barry, Culligan-Hensley and Barry (1995), ACM TOMS 21, 161-171.
+// (the series); Sanathanan and Koerner (1963), IEEE Trans. Automat. Control 8, 56-58 (the
+// linearised rational fits).
 //
 // Failures: NE_INT for a branch other than 0 or -1; NE_REAL for NaN, infinity, or x
 // outside the branch's domain (x < -1/e; x >= 0 on the lower branch); NE_CONV if the

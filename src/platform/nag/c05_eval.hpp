@@ -37,6 +37,13 @@ inline double ratio(const LambertPiece& piece, double z) {
     return estrin7(piece.num, z, z2, z4) / estrin7(piece.den, z, z2, z4);
 }
 
+// The degree-5 pieces (the principal branch's halves of binades): the same with three pairs.
+inline double estrin5(const double* c, double z, double z2, double z4) {
+    const double c01 = c[0] + c[1] * z, c23 = c[2] + c[3] * z, c45 = c[4] + c[5] * z;
+    return (c01 + z2 * c23) + z4 * c45;
+}
+static_assert(kPrincipalHalvesDegree <= 5);
+
 // A binade piece: W = value + P(z)/Q(z), z = x - centre exact (x and the centre lie within
 // a factor 2 of each other).
 inline double binade(const LambertPiece& piece, double x) {
@@ -66,7 +73,13 @@ inline double principal_branch(double x) {
     const int e = biased_exponent(x);
     if (x > 0.0) {
         if (e >= kBias - 4) {
-            if (e < kBias + 20) return binade(kPrincipalBinades[e - (kBias - 4)], x);
+            if (e < kBias + 20) {
+                // The half of the binade is the leading bit of the fraction; z is exact.
+                const int half = static_cast<int>((std::bit_cast<std::uint64_t>(x) >> 51) & 1);
+                const LambertPiece& piece = kPrincipalHalves[2 * (e - (kBias - 4)) + half];
+                const double z = x - piece.centre, z2 = z * z, z4 = z2 * z2;
+                return piece.value + estrin5(piece.num, z, z2, z4) / estrin5(piece.den, z, z2, z4);
+            }
             // x >= 2^20: W = t - ln W, t = ln x; R = ln W from the piece of t's binade.
             const double t = std::log(x);
             const LambertPiece& piece = kPrincipalLogs[biased_exponent(t) - (kBias + 3)];
