@@ -133,8 +133,8 @@ TEST(LambertW, BothBranchesMeetTheirEquationOverDenseSweeps) {
 }
 
 // Every double within 3000 of each edge where the evaluation changes piece: the binade edges
-// 2^k of x, the edges of the pieces in ln|x| (x = e^(2^k), -e^(-2^k)), and the switch to the
-// branch-point method (x = -1/4, offset 0.118).
+// 2^k of x and their middles, the edges of the pieces in ln|x| (x = e^(2^k), -e^(-2^k)), and the
+// switch to the branch-point method (x = -1/4, offset 0.118).
 TEST(LambertW, EveryDoubleAroundThePieceEdges) {
     constexpr long kEach = 3000;
     auto sweep_around = [&](double edge, int branch, bool offset) {
@@ -143,6 +143,7 @@ TEST(LambertW, EveryDoubleAroundThePieceEdges) {
         check_sweep({"around a piece edge", start, 2.0 * kEach, 0}, branch, offset);
     };
     for (int k = -4; k <= 20; ++k) sweep_around(std::ldexp(1.0, k), 0, false);
+    for (int k = -4; k <= 19; ++k) sweep_around(std::ldexp(1.5, k), 0, false);  // the halves
     for (int k = 3; k <= 9; ++k) sweep_around(std::exp(std::ldexp(1.0, k)), 0, false);
     for (int k = -4; k <= -2; ++k) sweep_around(-std::ldexp(1.0, k), 0, false);
     for (int k = -2; k >= -30; --k) sweep_around(-std::ldexp(1.0, k), -1, false);

@@ -2,9 +2,9 @@
 """Reference values of the real Lambert W function at the edges of its evaluation pieces.
 
 Writes tests/reference/lambert_pieces_ref.inc. The rows sit on both sides of every edge where
-the evaluation changes piece (binade edges 2^k of x, the edges of the pieces in ln|x|, the
-switch to the branch-point piece at x = -1/4 and at offset 0.118), at the middle of each
-piece, and at the extremes (subnormal x, the largest double). Each value is
+the evaluation changes piece (binade edges 2^k of x and their middles 1.5 2^k, the edges of
+the pieces in ln|x|, the switch to the branch-point method at x = -1/4 and at offset 0.118),
+inside pieces, and at the extremes (subnormal x, the largest double). Each value is
 mpmath.lambertw at 50 digits on the exact double argument; offset rows take W(-1/e + dx)
 with -1/e + dx formed exactly. Run: /usr/bin/python3 tests/reference/gen_lambert_pieces.py
 """
@@ -32,7 +32,7 @@ def main():
     principal = set()
     for k in range(-4, 21):  # binade edges of the principal branch, both halves of each
         principal.update(around(2.0 ** k))
-        principal.add(1.5 * 2.0 ** k)
+        principal.update(around(1.5 * 2.0 ** k))
         principal.add(1.2 * 2.0 ** k)
     for k in range(3, 11):  # edges of the pieces in t = ln x
         principal.update(around(float(mp.exp(2 ** k))) if 2 ** k < 709 else [])
