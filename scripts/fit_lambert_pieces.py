@@ -11,8 +11,9 @@ beside each table and is what src/platform/nag/c05.cpp quotes.
 Pieces (x the argument, L = ln|x|):
   binades   x in [2^k, 2^(k+1)] (or its negative), z = x - 1.5 * 2^k (exact in double):
             W = value + P/Q.  Principal branch for x in [-1/4, -1/16], lower branch for x in
-            [-1/4, -2^-30]; the principal branch for x in [2^-4, 2^20) in halves of binades,
-            z = x - 1.25 2^k or x - 1.75 2^k (exact as well), of degree 5.
+            [-1/8, -2^-30]; in halves of binades, z = x -+ 1.25 2^k or x -+ 1.75 2^k (exact
+            as well), the principal branch for x in [2^-4, 2^20) (of degree 5) and the lower
+            branch for x in [-1/4, -1/8].
   zero      principal branch, |x| <= 1/16: W = x - x^2 P(x)/Q(x).
   logs      s = |L| in [2^k, 2^(k+1)]: W = L - R with R = ln|W| = value + P/Q, z = s - 1.5 2^k;
             principal x >= 2^20 (s = L up to 709.8), lower |x| < 2^-30 (s = -L up to 745.2,
@@ -198,8 +199,10 @@ TABLES = [
      (5,)),
     ("kPrincipalNegative", "Principal branch, x in [-2^(k+1), -2^k], k = -4, -3; z = x + 1.5 2^k.",
      "principal-negative", [(2.0 ** k, 2.0 ** (k + 1)) for k in (-4, -3)], (6, 7)),
-    ("kLowerBinades", "Lower branch, x in [-2^(k+1), -2^k], k = -3 down to -30; z = x + 1.5 2^k.",
-     "lower", [(2.0 ** k, 2.0 ** (k + 1)) for k in range(-3, -31, -1)], (6, 7)),
+    ("kLowerQuarter", "Lower branch, x in the halves of [-1/4, -1/8]; z = x + 5/32 or x + 7/32.",
+     "lower", [(0.125, 0.1875), (0.1875, 0.25)], (6, 7)),
+    ("kLowerBinades", "Lower branch, x in [-2^(k+1), -2^k], k = -4 down to -30; z = x + 1.5 2^k.",
+     "lower", [(2.0 ** k, 2.0 ** (k + 1)) for k in range(-4, -31, -1)], (6, 7)),
     ("kPrincipalZero", "Principal branch, |x| <= 1/16: W = x - x^2 P(x)/Q(x).",
      "principal-zero", [(-0.0625, 0.0625)], (4, 5, 6, 7)),
     ("kPrincipalLogs", "Principal branch, x >= 2^20: t = ln x in [2^k, 2^(k+1)], k = 3..9; W = t - R.",

@@ -147,6 +147,7 @@ TEST(LambertW, EveryDoubleAroundThePieceEdges) {
     for (int k = 3; k <= 9; ++k) sweep_around(std::exp(std::ldexp(1.0, k)), 0, false);
     for (int k = -4; k <= -2; ++k) sweep_around(-std::ldexp(1.0, k), 0, false);
     for (int k = -2; k >= -30; --k) sweep_around(-std::ldexp(1.0, k), -1, false);
+    sweep_around(-0.1875, -1, false);  // the halves of [-1/4, -1/8]
     for (int k = 4; k <= 9; ++k) sweep_around(-std::exp(-std::ldexp(1.0, k)), -1, false);
     for (int branch : {0, -1}) sweep_around(0.118, branch, true);
 }

@@ -49,6 +49,7 @@ def main():
     for k in range(4, 11):  # edges of the pieces in s = -ln(-x)
         if 2 ** k < 745:
             lower.update(around(-float(mp.exp(-(2 ** k)))))
+    lower.update(around(-0.1875))  # the halves of [-1/4, -1/8]
     lower.update([-0.3, -0.36, -0.367, -1e-100, -1e-300, -2.2250738585072014e-308,
                   -1e-315, -5e-324])
     rows += [(x, -1, 0) for x in sorted(lower)]

@@ -8,13 +8,13 @@
 // few range tests. Worst relative error of W of each table's fit, coefficients rounded to
 // double (the script's check on 401 points per piece):
 //   principal, x in halves of [2^k, 2^(k+1)], k = -4..19, degree 5,
-//     z = x - 1.25 2^k or x - 1.75 2^k (exact)                                   1.7e-17
-//   principal, x in [-1/4, -1/16] (two binades)                                  3.3e-17
-//   principal, |x| <= 1/16: W = x - x^2 P(x)/Q(x) (zero, subnormals: W = x)       1.5e-18
-//   principal, x >= 2^20: t = ln x, W = t - R(t), R = ln W in t's binade        1.1e-17
-//   lower, x in [-2^(k+1), -2^k], k = -4..-30                                     4.9e-17
-//   lower, x in [-1/4, -1/8]: 2.7e-16, then one Newton step on w e^w = x (an exp)
-//   lower, |x| < 2^-30: s = -ln(-x), W = -s - R(s), R = ln(-W) in s's binade     3.7e-18
+//     z = x - 1.25 2^k or x - 1.75 2^k (exact)                                             1.7e-17
+//   principal, x in [-1/4, -1/16] (two binades)                                            3.3e-17
+//   principal, |x| <= 1/16: W = x - x^2 P(x)/Q(x) (zero, subnormals: W = x)                1.5e-18
+//   principal, x >= 2^20: t = ln x, W = t - R(t), R = ln W in t's binade                   1.1e-17
+//   lower, x in the halves of [-1/4, -1/8]                                                 1.0e-17
+//   lower, x in [-2^(k+1), -2^k], k = -4..-30                                              4.9e-17
+//   lower, |x| < 2^-30: s = -ln(-x), W = -s - R(s), R = ln(-W) in s's binade               3.7e-18
 // Near the branch point (x <= -1/4, or offset below 0.118) the answer is found from the
 // distance dx = x + 1/e itself, since forming -1/e + dx would already cost the digits that
 // matter there: with W = u - 1,
@@ -25,7 +25,7 @@
 // alone is exact to double precision. Direct x near -1/e gives dx = (x + hi) + lo exactly
 // enough (1/e split in two parts); an offset above 0.118 gives x = (dx - hi) - lo, exact
 // enough that W keeps its relative accuracy up to x = 0.
-// Accuracy: where no step follows, the fits add at most 0.45 ulp of W; with the rounding
+// Accuracy: the fits add at most 0.45 ulp of W; with the rounding
 // of the evaluation w e^w = x holds within 3.2 units of (one ulp of x + the change of x over
 // one ulp of W) at every double of the dense sweeps (tests/platform/c05_test.cpp); against
 // mpmath within 2 eps of W (tests/platform/c05_test.cpp, g01_other_test.cpp).

@@ -59,13 +59,9 @@ inline double branch_distance(double x) {
     return (x + kInvEHi) + kInvELo;
 }
 
-// One Newton step on w e^w = x (the lower branch's piece next to -1/4, whose fit is the
-// least accurate). The residual w e^w - x is rounded twice (exp and the product), half an ulp
-// of x each, which moves the root by about one ulp of x over the slope: the step's own error,
-// within the bound; the start's error (2.7e-16 of W) is squared away.
-inline double polish(double w, double x) {
-    const double ew = std::exp(w);
-    return w - (w * ew - x) / ((1.0 + w) * ew);
+// The half of x's binade: the leading bit of the fraction (0 below 1.5 2^k, 1 above).
+inline int binade_half(double x) {
+    return static_cast<int>((std::bit_cast<std::uint64_t>(x) >> 51) & 1);
 }
 
 // Principal branch, x >= -kInvEHi finite.
@@ -74,9 +70,8 @@ inline double principal_branch(double x) {
     if (x > 0.0) {
         if (e >= kBias - 4) {
             if (e < kBias + 20) {
-                // The half of the binade is the leading bit of the fraction; z is exact.
-                const int half = static_cast<int>((std::bit_cast<std::uint64_t>(x) >> 51) & 1);
-                const LambertPiece& piece = kPrincipalHalves[2 * (e - (kBias - 4)) + half];
+                const LambertPiece& piece =
+                    kPrincipalHalves[2 * (e - (kBias - 4)) + binade_half(x)];
                 const double z = x - piece.centre, z2 = z * z, z4 = z2 * z2;
                 return piece.value + estrin5(piece.num, z, z2, z4) / estrin5(piece.den, z, z2, z4);
             }
@@ -102,10 +97,8 @@ inline double lower_branch(double x) {
         const double dx = branch_distance(x);
         return dx > 0.0 ? near_branch_point(dx, false) : -1.0;
     }
-    if (e >= kBias - 30) {  // -1/4 < x <= -2^-30
-        const double w = binade(kLowerBinades[(kBias - 3) - e], x);
-        return e == kBias - 3 ? polish(w, x) : w;
-    }
+    if (e == kBias - 3) return binade(kLowerQuarter[binade_half(x)], x);    // -1/4 < x <= -1/8
+    if (e >= kBias - 30) return binade(kLowerBinades[(kBias - 4) - e], x);  // down to -2^-30
     // |x| < 2^-30: W = -s - ln(-W), s = -ln(-x) (as accurate for subnormal x).
     const double s = -std::log(-x);
     const LambertPiece& piece = kLowerLogs[biased_exponent(s) - (kBias + 4)];
