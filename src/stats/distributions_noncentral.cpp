@@ -6,10 +6,12 @@
 // on otherwise.
 #include <cmath>
 #include <initializer_list>
+#include <limits>
 
 #include "core/guard.hpp"
 #include "core/missing.hpp"
 #include "platform/nag/c05.hpp"
+#include "platform/nag/c05_eval.hpp"
 #include "platform/nag/g01.hpp"
 #include "stats/distribution_common.hpp"
 #include "zemath/distributions.h"
@@ -70,6 +72,19 @@ ZEMATH_API double srangeinv(double p, double v, int ir, int* status) noexcept {
 }
 
 ZEMATH_API double lambertW(double x, int branch, int offset, int* status) noexcept {
+    // The common call on a short path: a direct argument inside its branch's domain goes
+    // straight to the inline evaluation (NaN, the infinities and NANUM fail these tests and
+    // take the full checks below; nothing on this path allocates).
+    if (offset == 0 && !is_missing(x) && x >= -nag::lambert::kInvEHi) {
+        if (branch == 0 && x <= std::numeric_limits<double>::max()) {
+            set_status(status, nag::NE_NOERROR);
+            return nag::lambert::principal_branch(x);
+        }
+        if (branch == -1 && x < 0.0) {
+            set_status(status, nag::NE_NOERROR);
+            return nag::lambert::lower_branch(x);
+        }
+    }
     return routine_frame(status, [&] {
         if (is_missing(x)) return reject(status);
         if (branch != 0 && branch != -1) return reject(status);

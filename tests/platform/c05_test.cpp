@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/nag/c05.hpp"
+#include "reference/lambert_pieces_ref.inc"
 
 namespace {
 
@@ -129,6 +130,38 @@ TEST(LambertW, BothBranchesMeetTheirEquationOverDenseSweeps) {
                                       {"positive", 1e-3, 1e3, 100000},
                                       {"large", 1e3, 1.7e308, 20000}};
     for (const Sweep& s : principal_direct) check_sweep(s, 0, false);
+}
+
+// Every double within 3000 of each edge where the evaluation changes piece: the binade edges
+// 2^k of x and their middles, the edges of the pieces in ln|x| (x = e^(2^k), -e^(-2^k)), and the
+// switch to the branch-point method (x = -1/4, offset 0.118).
+TEST(LambertW, EveryDoubleAroundThePieceEdges) {
+    constexpr long kEach = 3000;
+    auto sweep_around = [&](double edge, int branch, bool offset) {
+        double start = edge;
+        for (long i = 0; i < kEach; ++i) start = std::nextafter(start, -1e300);
+        check_sweep({"around a piece edge", start, 2.0 * kEach, 0}, branch, offset);
+    };
+    for (int k = -4; k <= 20; ++k) sweep_around(std::ldexp(1.0, k), 0, false);
+    for (int k = -4; k <= 19; ++k) sweep_around(std::ldexp(1.5, k), 0, false);  // the halves
+    for (int k = 3; k <= 9; ++k) sweep_around(std::exp(std::ldexp(1.0, k)), 0, false);
+    for (int k = -4; k <= -2; ++k) sweep_around(-std::ldexp(1.0, k), 0, false);
+    for (int k = -2; k >= -30; --k) sweep_around(-std::ldexp(1.0, k), -1, false);
+    sweep_around(-0.1875, -1, false);  // the halves of [-1/4, -1/8]
+    for (int k = 4; k <= 9; ++k) sweep_around(-std::exp(-std::ldexp(1.0, k)), -1, false);
+    for (int branch : {0, -1}) sweep_around(0.118, branch, true);
+}
+
+// Against mpmath at 50 digits on both sides of the same edges, at the middle of pieces and at
+// the extremes (tests/reference/gen_lambert_pieces.py).
+TEST(LambertW, PieceEdgesAgainstReference) {
+    for (const auto& r : ref_lambert::kPieceEdges) {
+        NagError fail;
+        const double w = c05bac(r.x, r.branch, r.offset != 0, &fail);
+        ASSERT_FALSE(fail.failed()) << r.x << " " << r.branch << " " << r.offset;
+        EXPECT_NEAR(w, r.w, 4 * std::numeric_limits<double>::epsilon() * std::fabs(r.w))
+            << r.x << " branch " << r.branch << (r.offset ? " offset" : "");
+    }
 }
 
 TEST(LambertW, ArgumentsOutsideTheBranchFail) {

@@ -1,25 +1,37 @@
 // c05bac: the real Lambert W function, w e^w = x, on the principal branch (W >= -1,
 // x >= -1/e) or the lower branch (W <= -1, -1/e <= x < 0).
 //
-// Method: away from the branch point, Boost.Math's lambert_w0 / lambert_wm1 (rational
-// approximations) for the argument given directly, followed by one Newton step on
-// w e^w = x where Boost is more than about 2 ulps off (principal branch x in [-0.2, -0.08),
-// lower branch x < -0.1; elsewhere Boost is within 1.9 ulps of x and taken as it is); on the
-// lower branch at subnormal x, Newton on w + ln(-w) = ln(-x). With offset the argument is
-// dx = x + 1/e, and near the branch point (e dx <= 1/2, and x < -0.2 given directly) the
-// answer is found from dx itself, since forming -1/e + dx would already cost the digits
-// that matter there: with W = u - 1,
+// Method: piecewise rational approximations, each W = value + P(z)/Q(z) in a local variable
+// z, fitted by scripts/fit_lambert_pieces.py (c05_pieces.inc; P, Q of degree 5 to 7, summed
+// by Estrin's scheme), the piece chosen from the exponent bits of its variable, so an
+// ordinary argument costs one table row, one rational and no branch on its value beyond a
+// few range tests. Worst relative error of W of each table's fit, coefficients rounded to
+// double (the script's check on 401 points per piece):
+//   principal, x in halves of [2^k, 2^(k+1)], k = -4..19, degree 5,
+//     z = x - 1.25 2^k or x - 1.75 2^k (exact)                                             1.7e-17
+//   principal, x in [-1/4, -1/16] (two binades)                                            3.3e-17
+//   principal, |x| <= 1/16: W = x - x^2 P(x)/Q(x) (zero, subnormals: W = x)                1.5e-18
+//   principal, x >= 2^20: t = ln x, W = t - R(t), R = ln W in t's binade                   1.1e-17
+//   lower, x in the halves of [-1/4, -1/8]                                                 1.0e-17
+//   lower, x in [-2^(k+1), -2^k], k = -4..-30                                              4.9e-17
+//   lower, |x| < 2^-30: s = -ln(-x), W = -s - R(s), R = ln(-W) in s's binade               3.7e-18
+// Near the branch point (x <= -1/4, or offset below 0.118) the answer is found from the
+// distance dx = x + 1/e itself, since forming -1/e + dx would already cost the digits that
+// matter there: with W = u - 1,
 //     g(u) = (u - 1) e^u + 1 = e dx,   g(u) = sum_{n>=2} (n-1) u^n / n!,
 // u starts from a rational fit in p = +-sqrt(2 e dx) (scripts/fit_lambert_branch.py: within
-// 4.8e-10 relatively, so one Newton step reaches rounding level; the number of steps is
+// 4.8e-10 relatively), and one Newton step reaches rounding level (the number of steps is
 // fixed); below |p| = 1e-4 the branch-point series W = -1 + p - p^2/3 + 11 p^3/72 - ...
-// alone is exact to double precision. Away from the branch point (e dx > 1/2) x is formed
-// as (dx - hi) - lo with 1/e split in two parts, exact enough that W keeps its relative
-// accuracy up to x = 0.
-// Accuracy: w e^w = x within about one ulp of x (and of W's own rounding) at every
-// double; against mpmath within 8 ulps (tests/platform/g01_other_test.cpp).
-// Reference: Corless, Gonnet, Hare, Jeffrey and Knuth (1996), Adv. Comput. Math. 5,
-// 329-359 (the series); Barry, Culligan-Hensley and Barry (1995), ACM TOMS 21, 161-171.
+// alone is exact to double precision. Direct x near -1/e gives dx = (x + hi) + lo exactly
+// enough (1/e split in two parts); an offset above 0.118 gives x = (dx - hi) - lo, exact
+// enough that W keeps its relative accuracy up to x = 0.
+// Accuracy: the fits add at most 0.45 ulp of W; with the rounding
+// of the evaluation w e^w = x holds within 3.2 units of (one ulp of x + the change of x over
+// one ulp of W) at every double of the dense sweeps (tests/platform/c05_test.cpp); against
+// mpmath within 2 eps of W (tests/platform/c05_test.cpp, g01_other_test.cpp).
+// References: Corless, Gonnet, Hare, Jeffrey and Knuth (1996), Adv. Comput. Math. 5, 329-359
+// (the series); Sanathanan and Koerner (1963), IEEE Trans. Automat. Control 8, 56-58 (the
+// linearised rational fits).
 //
 // Failures: NE_INT for a branch other than 0 or -1; NE_REAL for NaN, infinity, or x
 // outside the branch's domain (x < -1/e; x >= 0 on the lower branch); NE_CONV if the
@@ -28,22 +40,12 @@
 #include <limits>
 #include <numbers>
 
-#include "platform/numeric/boost_policy.hpp"  // first: configures Boost
-#include <boost/math/special_functions/lambert_w.hpp>
-
 #include "platform/nag/c05.hpp"
+#include "platform/nag/c05_eval.hpp"
 
 namespace zemath::nag {
 
 namespace {
-
-// Lower branch: below this distance from 0 (the subnormal range) the solution is found
-// from logarithms, where Boost's evaluation loses the argument.
-constexpr double kSubnormalEdge = 2.2250738585072014e-308;
-
-// 1/e = kInvEHi + kInvELo to about 107 bits.
-constexpr double kInvEHi = 0.36787944117144233;
-constexpr double kInvELo = -1.2428753672788363e-17;
 
 #include "platform/nag/c05_branch_fit.inc"
 
@@ -60,7 +62,9 @@ constexpr double kSeriesBelow = 0.05;
 // below 1e-18: the result is as accurate as g's rounding allows, and no convergence test is
 // needed (the step count is fixed, so no stopping rule can fail at isolated doubles). Below
 // |p| = 1e-4 the branch-point series alone is exact to double precision.
-double near_branch_point(double dx, bool principal) {
+}  // namespace
+
+double lambert::near_branch_point(double dx, bool principal) {
     const double c = std::numbers::e * dx;
     const double p = principal ? std::sqrt(2.0 * c) : -std::sqrt(2.0 * c);
     constexpr double kSeriesOnly = 1e-4;  // the series' remainder, 0.015 |p|^7, below 1e-29
@@ -96,93 +100,34 @@ double near_branch_point(double dx, bool principal) {
     return (u - (g - c) / slope) - 1.0;
 }
 
-// One Newton step on w e^w = x. Boost's rational approximations are up to about 10 ulps
-// off (in x) between x = -0.2 and -0.1 on the principal branch and 2.5 on the lower one
-// below x = -0.1; the step brings them within one. The residual w e^w - x is rounded
-// twice (exp and the product), half an ulp of x each: the step's own error, well inside
-// the few ulps allowed, so no fused or two-part product is needed. Used where e^w is a
-// normal number and the condition w / (1 + w) is modest.
-double polish(double w, double x) {
-    const double ew = std::exp(w);
-    const double slope = (1.0 + w) * ew;
-    if (slope == 0.0 || !std::isfinite(slope)) return w;
-    const double step = (w * ew - x) / slope;
-    return std::isfinite(step) ? w - step : w;
-}
+namespace {
 
-// Boost's answer, polished where it is more than about 2 ulps off (see polish()): on the
-// principal branch below x = -0.08, on the lower one below x = -0.1.
-constexpr double kPrincipalPolishBelow = -0.08;
-constexpr double kLowerPolishBelow = -0.1;
+using namespace lambert;
 
-double principal_away(double x) {
-    const double w = boost::math::lambert_w0(x, numeric::BoostPolicy());
-    return x < kPrincipalPolishBelow ? polish(w, x) : w;
-}
-
-// The same on the lower branch, x < 0 normal; Boost is within about 2.5 ulps below x = -0.1
-// and 1.9 above.
-double lower_away(double x) {
-    const double w = boost::math::lambert_wm1(x, numeric::BoostPolicy());
-    return x < kLowerPolishBelow ? polish(w, x) : w;
-}
-
-// W_{-1}(x) for x so close to 0 that x e^{-w} leaves the normal range (x subnormal):
-// Newton's method on w + ln(-w) = ln(-x), from the asymptotic start L1 - ln(-L1).
-double lower_branch_near_zero(double x) {
-    const double l1 = std::log(-x);
-    double w = l1 - std::log(-l1);
-    for (int iter = 0; iter < 8; ++iter) {
-        const double f = w + std::log(-w) - l1;
-        const double step = f / (1.0 + 1.0 / w);
-        w -= step;
-        // Newton converges quadratically here (see kQuadratic): after a step of 1e-9 relative the
-        // error is at rounding level.
-        if (std::fabs(step) <= 1e-9 * std::fabs(w)) break;
-    }
-    return w;
-}
+// The offset form switches to x = dx - 1/e above this distance (x > -0.2499 there, so the
+// direct pieces never send it back to the branch-point piece).
+constexpr double kOffsetBranchZone = 0.118;
 
 }  // namespace
 
 double c05bac(double x, int branch, bool offset, NagError* fail) {
-    // The common arguments first, where Boost's value stands as it is (a NaN fails both
-    // comparisons and goes on to the checks below).
-    if (!offset && x >= kPrincipalPolishBelow && x <= std::numeric_limits<double>::max() &&
-        branch == 0) {
-        fail->set(NE_NOERROR);
-        return boost::math::lambert_w0(x, numeric::BoostPolicy());
-    }
-    if (!offset && x >= kLowerPolishBelow && x < -kSubnormalEdge && branch == -1) {
-        fail->set(NE_NOERROR);
-        return boost::math::lambert_wm1(x, numeric::BoostPolicy());
-    }
     if (branch != 0 && branch != -1) return fail->set(NE_INT), 0.0;
     if (!std::isfinite(x)) return fail->set(NE_REAL), 0.0;
     const bool principal = branch == 0;
-    fail->set(NE_NOERROR);
     if (offset) {
         if (x < 0.0 || (!principal && x >= kInvEHi + kInvELo)) return fail->set(NE_REAL), 0.0;
-        constexpr double kBranchZone = 0.5;  // e dx below this: solve from dx
-        if (std::numbers::e * x <= kBranchZone) return near_branch_point(x, principal);
+        fail->set(NE_NOERROR);
+        if (x < kOffsetBranchZone) return near_branch_point(x, principal);
         const double z = (x - kInvEHi) - kInvELo;
-        if (principal) return principal_away(z);
+        if (principal) return principal_branch(z);
         if (z >= 0.0) return fail->set(NE_REAL), 0.0;
-        if (z > -kSubnormalEdge) return lower_branch_near_zero(z);
-        return lower_away(z);
+        return lower_branch(z);
     }
-    const double branch_point = -kInvEHi;  // the double nearest -1/e
-    if (x < branch_point) return fail->set(NE_REAL), 0.0;
-    if (x == branch_point) return -1.0;
-    // Near the branch point the distance x + 1/e is formed exactly (x + hi is exact there)
-    // and the offset method used, which keeps the digits W loses to x's closeness to -1/e.
-    constexpr double kNearBranch = -0.2;  // e dx below about 1/2
-    if (x < kNearBranch) return near_branch_point((x + kInvEHi) + kInvELo, principal);
-    if (principal) return principal_away(x);
-    if (x >= 0.0) return fail->set(NE_REAL), 0.0;
-    if (x > -kSubnormalEdge) return lower_branch_near_zero(x);
-    const double w = lower_away(x);
-    if (!std::isfinite(w)) return fail->set(NE_CONV), 0.0;
+    if (x < -kInvEHi || (!principal && x >= 0.0)) return fail->set(NE_REAL), 0.0;
+    fail->set(NE_NOERROR);
+    if (principal) return principal_branch(x);
+    const double w = lower_branch(x);
+    if (!std::isfinite(w)) fail->set(NE_CONV);
     return w;
 }
 
