@@ -2,9 +2,9 @@
 // their builds (the fused multiply-add one, taken where the processor has it, and the portable
 // one), against every mpmath density table: the grids of gen_distributions_other.py and
 // gen_distributions_discrete_paths.py, and the switch points of
-// gen_distributions_discrete_switch.py (the deviance's series beside its logarithm at |v| = 1/64,
-// deep in the tails at means up to 1.5e6; Stirling's error on both sides of its table's end at
-// 128).
+// gen_distributions_discrete_switch.py (the deviance's two series and its logarithm at |v| = 1/64
+// and 1/5, deep in the tails at means up to 1.5e6; Stirling's error on both sides of its table's
+// end at 128).
 #include <gtest/gtest.h>
 
 #include <string>
