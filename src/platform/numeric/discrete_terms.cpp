@@ -24,11 +24,14 @@
 //   1/64 <= |v| < 1/5           the same series to v^29/29, with 2x v^3/3 in two parts too
 //                               (the rest is at most 0.003 D). D within 3e-18 relative;
 //   elsewhere                   x times a two-part logarithm of x/m minus x - m formed
-//                               exactly. The logarithm is e ln 2 + 2 atanh(s), s = (x - M)/(x
-//                               + M), M = m 2^e exact with e from the exponents (so no
-//                               quotient x/m is formed and one division is on the chain), its
-//                               terms 2s and 2s^3/3 carried in two parts. D within 3e-18
-//                               relative plus 2^-104 |x - m| absolute.
+//                               exactly, D >= 0.063 x. The logarithm is table-driven:
+//                               x/m = 2^e f, ln f = ln(1/inverse_i) + ln(1 + r) from a table
+//                               of 128 cells (mpmath, two parts) and r = f inverse_i - 1
+//                               exact, |r| <= 2^-8, the series to r^8/8: within 1e-20
+//                               absolute plus 2^-100 relative. D within 2e-19 relative.
+// The two-part logarithms of p and 1 - p (x = 0, x = n, n < 64) are e ln 2 + 2 atanh(s),
+// s = (f - 1)/(f + 1), f the significand in [3/4, 3/2), 2s and 2s^3/3 carried in two parts:
+// within 1.2e-19 absolute, and relatively accurate for 1 - p near 1.
 // So e^-D loses at most 7e-18 D relative to D's error: under 5.2e-15 wherever e^-D is a
 // normal double, under 2.8e-16 for D <= 40 (probabilities above 4e-18). Stirling's error
 // terms come from an mpmath table below 128 (exact to the rounding) and a three-term series
@@ -177,9 +180,8 @@ template <bool Fma>
     const double s_low = ((num.hi - sd.hi) - sd.lo + num.lo - s * den.lo) * inverse;
     // 2s^3/3 in two parts (s^2 exact, s_low's share 3 s^2 s_low kept) where |s| > 1/64: the
     // rest, 2 s^5 (1/5 + s^2/7 + ... + s^24/29), is below 1.3e-4 and its rounding under
-    // 4e-20. For |s| <= 1/64 2s^3/3 is formed in double (a tenth of the cost of a density):
-    // its two ulps, 1.5e-16 |s|^3, cost the deviance x ln(x/m) + m - x (about 2 x s^2 for
-    // e = 0, at least 0.045 x otherwise) at most 1.2e-18 of itself.
+    // 4e-20. For |s| <= 1/64 2s^3/3 is formed in double: its two ulps, 1.5e-16 |s|^3, are at
+    // most 1.8e-20 of the logarithm (about 2s where e = 0, at least ln(4/3) otherwise).
     constexpr double kOneThird = 1.0 / 3.0;
     constexpr double kSmallS = 1.0 / 64.0;
     double s2, twice, third, third_lo;
@@ -230,11 +232,6 @@ struct Binary {
             std::bit_cast<double>((bits & 0x000fffffffffffffULL) | (1023ULL << 52))};
 }
 
-// 2^e for -1022 <= e <= 1023.
-double power_of_two(int e) {
-    return std::bit_cast<double>(static_cast<std::uint64_t>(1023 + e) << 52);
-}
-
 // ln(r (1 + rel)) for r > 0 normal, |rel| below a few ulps: r = 2^e f with f in [3/4, 3/2),
 // s = (f - 1)/(f + 1) (f - 1 exact, f + 1 by two-sum).
 template <bool Fma>
@@ -247,38 +244,57 @@ template <bool Fma>
     return log_atanh<Fma>({u, 0.0}, two_sum(2.0, u), b.exponent + (doubled ? 1 : 0), rel);
 }
 
-// ln(x / (m + m_low)) for normal positive x and m with x/m between 2^-1000 and 2^1000, without
-// forming the ratio: e is chosen from the exponents and significands so that f = x / (m 2^e)
-// lies in [3/4, 3/2) (to within a rounding, which leaves |s| <= 1/5 to within 1e-16), and
-// s = (x - M)/(x + M), M = (m + m_low) 2^e exact, both formed exactly in two parts: one
-// division on the chain instead of the ratio's and s's.
+// The cells of the table-driven logarithm below (tests/reference/gen_log_table.py, mpmath).
+struct LogCell {
+    double inverse, ln_hi, ln_lo;
+};
+#include "platform/numeric/log_table.inc"
+
+// ln(x / (m + m_low)) in two parts, for normal positive x and m with x/m between 2^-1000 and
+// 2^1000, within 1e-20 absolute plus 2^-100 relative. The ratio is formed once, rho = x (1/m),
+// with its error left to the correction (x - rho (m + m_low)) / x (the product exact); rho =
+// 2^e f, f in [1, 2), the cell i of f's top seven significand bits gives ln f = ln(1/inverse_i)
+// (tabulated in two parts) + ln(1 + r), r = f inverse_i - 1 formed exactly in two parts
+// (|r| <= 2^-8), ln(1 + r) = r - r^2/2 + ... - r^8/8 (truncated by under 3e-23; every term
+// after r is below 2^-17, so its roundings stay under 2^-69). e ln 2 in Cody and Waite's two
+// parts. No division on the chain but 1/m, and eight terms where the atanh series needs
+// fourteen: the deviance's form away from the mean (|v| >= 1/5, where D >= 0.063 x, so this
+// error costs D under 2e-19 relative).
 template <bool Fma>
-[[gnu::always_inline]] inline Pair log_ratio(double x, double m, double m_low) {
-    const Binary bx = binary(x), bm = binary(m);
-    // x/m's significand ratio is in (1/2, 2); e from the exponents, moved by one where it
-    // is at least 3/2 or below 3/4 (chosen without a branch: x/m falls on either side of 1).
-    const int e = bx.exponent - bm.exponent + (bx.significand >= 1.5 * bm.significand ? 1 : 0) -
-                  (bx.significand < 0.75 * bm.significand ? 1 : 0);
-    const double scale = power_of_two(e);
-    const double big = m * scale, big_low = m_low * scale;  // exact
-    Pair num = two_sum(x, -big);
-    num = quick_two_sum(num.hi, num.lo - big_low);
-    Pair den = two_sum(x, big);
-    den = quick_two_sum(den.hi, den.lo + big_low);
-    return log_atanh<Fma>(num, den, e, 0.0);
+[[gnu::always_inline]] inline Pair log_ratio_by_table(double x, double m, double m_low) {
+    const double inverse_m = 1.0 / m;
+    const double rho = x * inverse_m;
+    const Pair rm = exact_product<Fma>(rho, m);
+    const double correction = ((x - rm.hi) - rm.lo - rho * m_low) / x;
+    const std::uint64_t bits = std::bit_cast<std::uint64_t>(rho);
+    const int e = static_cast<int>(bits >> 52 & 0x7ff) - 1023;
+    const double f = std::bit_cast<double>((bits & 0x000fffffffffffffULL) | (1023ULL << 52));
+    const LogCell& cell = kLogTable[bits >> 45 & (kLogTableCells - 1)];
+    const Pair product = exact_product<Fma>(f, cell.inverse);
+    const double r = (product.hi - 1.0) + product.lo;  // |product.lo| is below an ulp of 1
+    const double r_low = product.lo - (r - (product.hi - 1.0));
+    const double r2 = r * r;
+    constexpr double c2 = -1.0 / 2, c3 = 1.0 / 3, c4 = -1.0 / 4, c5 = 1.0 / 5, c6 = -1.0 / 6,
+                     c7 = 1.0 / 7, c8 = -1.0 / 8;
+    const double poly =
+        r2 * ((c2 + c3 * r) + r2 * ((c4 + c5 * r) + r2 * ((c6 + c7 * r) + r2 * c8))) - r * r_low;
+    constexpr double kLn2Hi = 6.93147180369123816490e-01;  // 0x3fe62e42fee00000
+    constexpr double kLn2Lo = 1.90821492927058770002e-10;  // ln 2 - kLn2Hi, to 2e-26
+    const double de = e;
+    const Pair lead = two_sum(de * kLn2Hi, cell.ln_hi);  // e kLn2Hi exact (33 bits by 11)
+    const Pair with_r = two_sum(lead.hi, r);
+    return quick_two_sum(
+        with_r.hi, with_r.lo + lead.lo + r_low + cell.ln_lo + de * kLn2Lo + poly + correction);
 }
 
 template <bool Fma>
 [[gnu::always_inline]] inline Pair deviance_of(double x, double m, double m_low) {
-    // x ln(x/m) + m - x, m = m + m_low: x times the two-part logarithm of the ratio
-    // (log_ratio), minus x - m formed exactly. Where x is near m the two terms cancel to
-    // D ~ (x - m)^2 / (x + m), but each is carried to 2^-104 of its size (about 2^-104
-    // |x - m| absolute, far below an ulp of D), and the logarithm's own error there is
-    // 1e-15 s^4 of ln(x/m), s =
-    // (x - m)/(x + m): D keeps 1e-15 s^3 relative + 3e-32 |x - m|. Away from m (x/m outside
-    // [3/4, 3/2)) D >= 0.045 x and the logarithm's 1.2e-19 absolute error costs D at most
-    // 3e-18 relative. So D to 3e-18 relative, plus a few ulps of its low part: e^-D keeps
-    // 3e-18 D relative, under 2.2e-15 wherever e^-D is a normal double.
+    // x ln(x/m) + m - x, m = m + m_low, by v = (x - m)/(x + m): two forms of Loader's series
+    // near the mean (|v| < 1/5), x times the table-driven two-part logarithm of x/m minus
+    // x - m formed exactly beyond (where D >= 0.063 x, so the logarithm's 1e-20 and the
+    // products' 2^-100 cost D under 2e-19 relative). D to 7e-18 relative at most, plus a few
+    // ulps of its low part: e^-D keeps 7e-18 D relative, under 5.2e-15 wherever e^-D is a
+    // normal double.
     if (x == 0.0) return quick_two_sum(m, m_low);
     Pair diff = two_sum(x, -m);
     diff = quick_two_sum(diff.hi, diff.lo - m_low);
@@ -342,7 +358,7 @@ template <bool Fma>
         return quick_two_sum(head.hi,
                              head.lo + dv.lo + (diff.hi * v_low + diff.lo * v) + third_low + tail);
     }
-    return add(scale<Fma>(log_ratio<Fma>(x, m, m_low), x), negate(diff));
+    return add(scale<Fma>(log_ratio_by_table<Fma>(x, m, m_low), x), negate(diff));
 }
 
 #include "platform/numeric/stirling_table.inc"
@@ -489,6 +505,9 @@ __attribute__((target("fma"))) double binomial_point_fma(int x, int nt, double p
 __attribute__((target("fma"))) double poisson_point_fma(int x, double lambda) {
     return poisson_point_of<true>(x, lambda);
 }
+__attribute__((target("fma"))) Pair log_ratio_fma(double x, double m, double m_low) {
+    return log_ratio_by_table<true>(x, m, m_low);
+}
 bool processor_has_fma() {
     return __builtin_cpu_supports("fma");
 }
@@ -507,6 +526,17 @@ double poisson_point(int x, double lambda) {
     if (processor_has_fma()) return poisson_point_fma(x, lambda);
 #endif
     return poisson_point_of<false>(x, lambda);
+}
+
+TwoPart log_ratio_two_part(double x, double m, double m_low) {
+#if ZEMATH_DISCRETE_FMA
+    if (processor_has_fma()) return log_ratio_fma(x, m, m_low);
+#endif
+    return log_ratio_by_table<false>(x, m, m_low);
+}
+
+TwoPart log_ratio_two_part_portable(double x, double m, double m_low) {
+    return log_ratio_by_table<false>(x, m, m_low);
 }
 
 double binomial_point_portable(int x, int nt, double p) {
