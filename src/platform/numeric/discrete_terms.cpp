@@ -306,11 +306,14 @@ template <bool Fma>
     // the logarithmic form at the end, which takes |v| >= 1/5.
     const Pair sum = two_sum(x, m);
     const double total = sum.hi;
-    const double v = diff.hi / total;
+    // v from one reciprocal, its error (a few ulps) left to v's remainder below: one division.
+    const double inverse_total = 1.0 / total;
+    const double v = diff.hi * inverse_total;
     constexpr double kNearMean = 1.0 / 64.0;
     if (std::fabs(v) < kNearMean) {
         const Pair vt = exact_product<Fma>(v, total);
-        const double v_low = ((diff.hi - vt.hi) - vt.lo + diff.lo - v * (sum.lo + m_low)) / total;
+        const double v_low =
+            ((diff.hi - vt.hi) - vt.lo + diff.lo - v * (sum.lo + m_low)) * inverse_total;
         const Pair dv = exact_product<Fma>(diff.hi, v);
         const double v2 = v * v;
         constexpr double c0 = 2.0 / 3, c1 = 2.0 / 5, c2 = 2.0 / 7, c3 = 2.0 / 9, c4 = 2.0 / 11;
@@ -327,7 +330,8 @@ template <bool Fma>
     constexpr double kSeriesEnd = 1.0 / 5.0;
     if (std::fabs(v) < kSeriesEnd) {
         const Pair vt = exact_product<Fma>(v, total);
-        const double v_low = ((diff.hi - vt.hi) - vt.lo + diff.lo - v * (sum.lo + m_low)) / total;
+        const double v_low =
+            ((diff.hi - vt.hi) - vt.lo + diff.lo - v * (sum.lo + m_low)) * inverse_total;
         const Pair dv = exact_product<Fma>(diff.hi, v);
         const Pair sq = exact_product<Fma>(v, v);
         const Pair cube = exact_product<Fma>(sq.hi, v);
