@@ -124,8 +124,8 @@ constexpr int kSumMinCount = 1000;
 constexpr double kSumMaxMean = 50.0;
 
 void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double* peqk) {
-    // A term below 1e-17 of its tail (a tenth of an ulp), away from the mean where the terms
-    // only fall, ends the sum.
+    // A sum ends once the terms fall (a ratio r below 1; the ratios only decrease outward)
+    // and the rest, at most the next term over 1 - r, is below 1e-17 of it (a tenth of an ulp).
     constexpr double kNegligible = 1e-17;
     constexpr int kMaxTerms = 4000;  // the tails above need under 500 at mean 50
     constexpr double kComplementLimit = 0.5;
@@ -158,10 +158,12 @@ void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double
             const double a = dn - static_cast<double>(j), b = static_cast<double>(j) + 1.0;
             const double reciprocal = 1.0 / (b * (b + 1.0));
             const double a_rho = a * rho;
-            const double next = term * (a_rho * (b + 1.0) * reciprocal);           // P(j+1)
+            const double ratio = a_rho * (b + 1.0) * reciprocal;                   // r_j
+            const double next = term * ratio;                                      // P(j+1)
             const double after = term * (a_rho * ((a - 1.0) * rho) * reciprocal);  // P(j+2)
             upper += term + next;
-            if (static_cast<double>(j) + 1.0 > mean && (next < kNegligible * upper || next == 0.0))
+            // The rest, P(j+2) + ..., is at most P(j+2) / (1 - r_j) once r_j < 1.
+            if (after == 0.0 || (ratio < 1.0 && after <= kNegligible * upper * (1.0 - ratio)))
                 break;
             term = after;
         }
@@ -178,10 +180,13 @@ void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double
             }
             const double reciprocal = 1.0 / (b * (b + 1.0));
             const double a_sigma = a * sigma;
-            const double previous = term * (a_sigma * (b + 1.0) * reciprocal);  // P(j-1)
+            const double ratio = a_sigma * (b + 1.0) * reciprocal;  // P(j-1) / P(j)
+            const double previous = term * ratio;
             const double before = term * (a_sigma * ((a - 1.0) * sigma) * reciprocal);
             lower += term + previous;
-            if (a - 1.0 < mean && previous < kNegligible * lower) break;
+            // The rest, P(j-2) + ..., is at most P(j-2) / (1 - ratio) once the ratio is below 1.
+            if (before == 0.0 || (ratio < 1.0 && before <= kNegligible * lower * (1.0 - ratio)))
+                break;
             term = before;
         }
         return lower;
