@@ -443,17 +443,20 @@ template <bool Fma>
     // ln p and ln(1-p) in two parts (1 - p split exactly by two-sum), so that exponents
     // of several hundred keep their last digits; formed only where they are used.
     const Pair q_exact = two_sum(1.0, -p);
-    const auto log_p = [p] { return log_relative<Fma>(p, 0.0); };
-    const auto log_q = [q_exact] { return log_relative<Fma>(q_exact.hi, q_exact.lo / q_exact.hi); };
-    const auto times = [](double count, Pair log_value) { return scale<Fma>(log_value, count); };
-    if (x == 0) return numeric::exp_two_part(times(nt, log_q()));
-    if (x == nt) return numeric::exp_two_part(times(nt, log_p()));
+    // (Plain calls, not lambdas: a lambda is not inlined into the fused build's entry point,
+    // and built without the fused multiply-add it would call the library's fma.)
+    if (x == 0)
+        return numeric::exp_two_part(
+            scale<Fma>(log_relative<Fma>(q_exact.hi, q_exact.lo / q_exact.hi), nt));
+    if (x == nt) return numeric::exp_two_part(scale<Fma>(log_relative<Fma>(p, 0.0), nt));
     if (nt < kBinomialLiteralLimit) {
         // C(n, x) below 2^64, exact, times p^x q^(n-x) from its two-part logarithm: a few ulps
         // (the logarithm of C(n, x) rounded once would cost |ln C(n, x)| ulps, 40 at n = 60).
         const Pair c = combinations_two_part(nt, x);
+        const Pair log_p = log_relative<Fma>(p, 0.0);
+        const Pair log_q = log_relative<Fma>(q_exact.hi, q_exact.lo / q_exact.hi);
         return (c.hi + c.lo) *
-               numeric::exp_two_part(add(times(x, log_p()), times(nt - x, log_q())));
+               numeric::exp_two_part(add(scale<Fma>(log_p, x), scale<Fma>(log_q, nt - x)));
     }
     const double n = nt;
     const double k = x;
