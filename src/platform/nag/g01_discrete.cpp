@@ -124,32 +124,70 @@ constexpr int kSumMinCount = 1000;
 constexpr double kSumMaxMean = 50.0;
 
 void binomial_by_sums(int n, double p, int k, double* plek, double* pgtk, double* peqk) {
-    // A term below 1e-17 of its tail (a tenth of an ulp), away from the mean where the terms
-    // only fall, ends the sum.
+    // A sum ends once the terms fall (a ratio r below 1; the ratios only decrease outward)
+    // and the rest, at most the next term over 1 - r, is below 1e-17 of it (a tenth of an ulp).
     constexpr double kNegligible = 1e-17;
     constexpr int kMaxTerms = 4000;  // the tails above need under 500 at mean 50
     constexpr double kComplementLimit = 0.5;
-    const double dn = n, q = 1.0 - p, mean = dn * p;
+    const double dn = n, mean = dn * p;
     const double at_k = numeric::binomial_point(k, n, p);
+    // The ratios of consecutive probabilities, P(j+1)/P(j) = (n - j) rho / (j + 1) with
+    // rho = p/q, and P(j-1)/P(j) = j sigma / (n - j + 1) with sigma = q/p, taken two at a
+    // time: both of a pair from one division, R = 1/(b (b + 1)) for the pair's denominators b
+    // and b + 1, the first as a (b + 1) rho R, the pair's product as (a rho)((a - 1) rho) R.
+    // The walk then carries one product per two terms (the chain of one product and one
+    // division per term was most of the sums' time). Each term keeps two or three roundings
+    // per step, like the single steps, and rho's (or sigma's) rounding, common to every step:
+    // 1 - p split exactly (q = q_hi + q_lo) and the quotient corrected by -q_lo/q_hi, within
+    // an ulp.
+    const numeric::TwoPart q = numeric::two_sum(1.0, -p);
+    const double rho_first = p / q.hi;
+    const double rho = rho_first - rho_first * (q.lo / q.hi);
+    const double sigma_first = q.hi / p;
+    const double sigma = sigma_first + q.lo / p;
     // P(k+1 ..) from P(k), upwards: the terms climb to the mode first where k is below it.
     const auto upper_sum = [&] {
         double upper = 0.0;
         if (k == n) return upper;
-        double term = at_k * ((dn - k) * p / ((k + 1.0) * q));
-        for (long j = k + 1L, i = 0; j <= n && i < kMaxTerms; ++j, ++i) {
-            upper += term;
-            if (j > mean && term < kNegligible * upper) break;
-            term *= (dn - j) * p / ((j + 1.0) * q);
+        double term = at_k * ((dn - k) * rho / (k + 1.0));  // P(j), j = k + 1
+        for (long j = k + 1L, i = 0; i < kMaxTerms; j += 2, i += 2) {
+            if (j >= n) {
+                upper += term;  // P(n), the last
+                break;
+            }
+            const double a = dn - static_cast<double>(j), b = static_cast<double>(j) + 1.0;
+            const double reciprocal = 1.0 / (b * (b + 1.0));
+            const double a_rho = a * rho;
+            const double ratio = a_rho * (b + 1.0) * reciprocal;                   // r_j
+            const double next = term * ratio;                                      // P(j+1)
+            const double after = term * (a_rho * ((a - 1.0) * rho) * reciprocal);  // P(j+2)
+            upper += term + next;
+            // The rest, P(j+2) + ..., is at most P(j+2) / (1 - r_j) once r_j < 1.
+            if (after == 0.0 || (ratio < 1.0 && after <= kNegligible * upper * (1.0 - ratio)))
+                break;
+            term = after;
         }
         return upper;
     };
     // P(.. k) from P(k), downwards.
     const auto lower_sum = [&] {
-        double lower = 0.0, term = at_k;
-        for (int j = k; j >= 0; --j) {
-            lower += term;
-            if (j < mean && term < kNegligible * lower) break;
-            term *= j * q / ((dn - j + 1.0) * p);
+        double lower = 0.0, term = at_k;  // P(j), j = k
+        for (long j = k; j >= 0; j -= 2) {
+            const double a = static_cast<double>(j), b = dn - a + 1.0;
+            if (j <= 1) {
+                lower += j == 1 ? term + term * (sigma / b) : term;  // P(1) and P(0), or P(0)
+                break;
+            }
+            const double reciprocal = 1.0 / (b * (b + 1.0));
+            const double a_sigma = a * sigma;
+            const double ratio = a_sigma * (b + 1.0) * reciprocal;  // P(j-1) / P(j)
+            const double previous = term * ratio;
+            const double before = term * (a_sigma * ((a - 1.0) * sigma) * reciprocal);
+            lower += term + previous;
+            // The rest, P(j-2) + ..., is at most P(j-2) / (1 - ratio) once the ratio is below 1.
+            if (before == 0.0 || (ratio < 1.0 && before <= kNegligible * lower * (1.0 - ratio)))
+                break;
+            term = before;
         }
         return lower;
     };
