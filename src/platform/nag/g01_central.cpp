@@ -1229,7 +1229,7 @@ double g01efc(Nag_TailProbability tail, double g, double a, double b, NagError* 
     const double x = g / b;
     // g above 1e-290 and x normal: the residual g - x b is exact.
     if (g > 1e-290 && std::isnormal(x) && std::isfinite(x)) {
-        const double fast = gamma_tail_double(upper, a, x, std::fma(-x, b, g) / b);
+        const double fast = gamma_tail_double(upper, a, x, numeric::remainder_of(g, x, b) / b);
         if (!std::isnan(fast)) {
             if (watch.reduced()) fail->set(NE_CONV);
             return fast;

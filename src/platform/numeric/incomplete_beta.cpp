@@ -178,7 +178,7 @@ TwoPart log_shifted(double big) {
     const TwoPart den = two_sum(2.0, u);
     const double inv = 1.0 / den.hi;
     const double s = u * inv;  // its rounding is taken up by s_low (the exact remainder)
-    const double s_low = (std::fma(-s, den.hi, u) - s * den.lo) * inv;
+    const double s_low = (remainder_of(u, s, den.hi) - s * den.lo) * inv;
     const double s2 = s * s, s4 = s2 * s2;
     const double series =
         (1.0 / 3 + s2 * (1.0 / 5)) + s4 * ((1.0 / 7 + s2 * (1.0 / 9)) + s4 * (1.0 / 11));
@@ -339,7 +339,7 @@ TwoPart deviance_large(double k, TwoPart m) {
     const TwoPart d = two_sum(m.hi - k, m.lo);  // m.hi - k exact (m.hi / k within 0.6 .. 1.67)
     // 1/total in two parts (one division), then v = -d/total and the leading term -d v.
     const double inv = 1.0 / total.hi;
-    const TwoPart reciprocal_total{inv, (std::fma(-inv, total.hi, 1.0) - inv * total.lo) * inv};
+    const TwoPart reciprocal_total{inv, (remainder_of(1.0, inv, total.hi) - inv * total.lo) * inv};
     const TwoPart v = multiply(negate(d), reciprocal_total);
     const TwoPart lead = multiply(d, negate(v));
     const TwoPart v2 = multiply(v, v);
@@ -400,7 +400,7 @@ double temme_smaller_side(double a, double b, TwoPart f, double stirling, double
     double erfcx = 1.0, z0 = 0.0;
     if (fh > 1e-300) {
         z0 = std::sqrt(fh);
-        const double z0_low = (std::fma(-z0, z0, f.hi) + f.lo) / (2.0 * z0);
+        const double z0_low = (remainder_of(f.hi, z0, z0) + f.lo) / (2.0 * z0);
         erfcx = std::erfc(z0) / t - e0 * z0_low;
     }
     const double z = 0.5 * (z0 / e1), z2 = fh + fh;
@@ -482,7 +482,7 @@ double half_shape_side(double l, TwoPart log_v, double* e_out, double* ratio_out
     if (!(z.hi > 1e-300 && z.hi <= kTemmeHighestDeviance)) return kNaN;
     const double e = exp_two_part(negate(z));
     const double z0 = std::sqrt(z.hi);
-    const double z0_low = (std::fma(-z0, z0, z.hi) + z.lo) / (2.0 * z0);
+    const double z0_low = (remainder_of(z.hi, z0, z0) + z.lo) / (2.0 * z0);
     const double q = std::erfc(z0) - e0 * e * z0_low;
     const double r = e * z0 * kInvSqrtPi;
     const double step = 0.25 / (nu * nu), t2 = 0.25 * log_v.hi * log_v.hi;
@@ -768,7 +768,7 @@ std::optional<double> student_t_beyond(double t, double df) {
     // ln v = -ln(1 + w), w = t^2/df in two parts (one division and its remainder).
     const TwoPart t2 = two_product(t, t);
     const double w = t2.hi / df;
-    const double w_low = (std::fma(-w, df, t2.hi) + t2.lo) / df;
+    const double w_low = (remainder_of(t2.hi, w, df) + t2.lo) / df;
     const TwoPart one_plus = two_sum(1.0, w);
     const TwoPart log_v = negate(log_two_part(one_plus.hi, one_plus.lo + w_low));
     double e = 0.0, ratio = 0.0;
