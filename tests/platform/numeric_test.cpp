@@ -151,11 +151,11 @@ TEST(NumericTwoPart, OperationsAreExactWhereTheyMustBe) {
     EXPECT_EQ(negate(add(ln, negate(ln))).hi, 0.0);
 }
 
-// The exact product without an inlined fma (Dekker's product of Veltkamp halves, std::fma past
-// the split's range) against the correctly rounded std::fma of the C library: the error of a
-// product and the remainder of a quotient or a square root must be the same doubles, bit for
-// bit, over each range, including the guard's (factors beyond 2^996, products near the top of
-// the range, where the split would overflow) and non-finite operands.
+// The exact product without an fma (Dekker's product of Veltkamp halves, std::fma past the
+// split's range) and the dispatching forms against the correctly rounded std::fma of the C
+// library: the error of a product and the remainder of a quotient or a square root must be the
+// same doubles, bit for bit, over each range, including the guard's (factors beyond 2^996,
+// products near the top of the range, where the split would overflow) and non-finite operands.
 TEST(NumericTwoPart, ProductErrorAndRemainderAreTheFusedOnes) {
     const auto same = [](double x, double y) { return (std::isnan(x) && std::isnan(y)) || x == y; };
     // clang-format off
@@ -180,7 +180,8 @@ TEST(NumericTwoPart, ProductErrorAndRemainderAreTheFusedOnes) {
             if (!std::isfinite(a) || !std::isfinite(b)) continue;
             const double p = a * b;
             if (std::isfinite(p)) {
-                ASSERT_TRUE(same(product_error(a, b, p), std::fma(a, b, -p)))
+                ASSERT_TRUE(same(product_error(a, b, p), std::fma(a, b, -p)));
+                ASSERT_TRUE(same(split_product_error(a, b, p), std::fma(a, b, -p)))
                     << r.name << ": " << a << " * " << b;
                 const TwoPart t = two_product(a, b);
                 ASSERT_EQ(t.hi, p);
@@ -189,23 +190,24 @@ TEST(NumericTwoPart, ProductErrorAndRemainderAreTheFusedOnes) {
             // a / b and sqrt(|a|): their remainders.
             const double q = a / b;
             if (std::isnormal(q)) {
-                ASSERT_TRUE(same(remainder_of(a, q, b), std::fma(-q, b, a)))
+                ASSERT_TRUE(same(remainder_of(a, q, b), std::fma(-q, b, a)));
+                ASSERT_TRUE(same(split_remainder(a, q, b), std::fma(-q, b, a)))
                     << r.name << ": " << a << " / " << b;
             }
             const double root = std::sqrt(std::fabs(a));
-            ASSERT_TRUE(
-                same(remainder_of(std::fabs(a), root, root), std::fma(-root, root, std::fabs(a))))
+            ASSERT_TRUE(same(split_remainder(std::fabs(a), root, root),
+                             std::fma(-root, root, std::fabs(a))))
                 << r.name << ": sqrt " << a;
         }
     }
     // The quotient next to the largest double: q b rounds past it, the remainder does not.
     const double q = DBL_MAX / 56.482427061184382;
-    EXPECT_TRUE(same(remainder_of(DBL_MAX, q, 56.482427061184382),
+    EXPECT_TRUE(same(split_remainder(DBL_MAX, q, 56.482427061184382),
                      std::fma(-q, 56.482427061184382, DBL_MAX)));
     constexpr double kInf = std::numeric_limits<double>::infinity();
     for (const double v : {kInf, -kInf, std::numeric_limits<double>::quiet_NaN()}) {
-        EXPECT_TRUE(same(product_error(v, 2.0, v * 2.0), std::fma(v, 2.0, -(v * 2.0))));
-        EXPECT_TRUE(same(remainder_of(1.0, v, 3.0), std::fma(-v, 3.0, 1.0)));
+        EXPECT_TRUE(same(split_product_error(v, 2.0, v * 2.0), std::fma(v, 2.0, -(v * 2.0))));
+        EXPECT_TRUE(same(split_remainder(1.0, v, 3.0), std::fma(-v, 3.0, 1.0)));
     }
 }
 
