@@ -1,6 +1,8 @@
 // Nanoseconds per call of Student's t, F and beta at large degrees of freedom and shapes next
 // to Boost.Math in double and GSL, on the same arguments: df log-uniform in [1e3, 1e6] (t and
 // F), beta shapes log-uniform in [100, 1e5], otherwise drawn as in distributions_bench.cpp.
+// The deviates finv and betainv take their degrees of freedom and shapes log-uniform in [100,
+// 1e5] (the shapes of F from 50 to 5e4), p log-uniform from 1e-12 to 1/2 in either tail.
 // The ratio printed is ours over the faster peer.
 #include <benchmark/benchmark.h>
 
@@ -82,6 +84,12 @@ const Call kCalls[] = {
      F(bm::cdf(bm::fisher_f_distribution<double, InDouble>(r.df[i], r.df[kArgs - 1 - i]),
                std::exp(r.x[i] / 2))),
      GSL(gsl_cdf_fdist_P(std::exp(r.x[i] / 2), r.df[i], r.df[kArgs - 1 - i]))},
+    {"finv", F(finv(r.p[i], r.a[i], r.b[i], nullptr)),
+     F(bm::quantile(bm::fisher_f_distribution<double, InDouble>(r.a[i], r.b[i]), r.p[i])),
+     GSL(gsl_cdf_fdist_Pinv(r.p[i], r.a[i], r.b[i]))},
+    {"betainv", F(betainv(r.p[i], r.a[i], r.b[i], nullptr)),
+     F(bm::quantile(bm::beta_distribution<double, InDouble>(r.a[i], r.b[i]), r.p[i])),
+     GSL(gsl_cdf_beta_Pinv(r.p[i], r.a[i], r.b[i]))},
 };
 
 void run(benchmark::State& state, Fn f) {

@@ -29,6 +29,7 @@
 #include "core/missing.hpp"
 #include "platform/nag/g01.hpp"
 #include "platform/nag/g01_extended.hpp"
+#include "platform/numeric/double_double.hpp"
 #include "platform/numeric/extended.hpp"
 #include "platform/util/probability.hpp"
 #include "stats/distribution_common.hpp"
@@ -76,11 +77,12 @@ int truncated_df(double df) {
 }
 
 // ln(x / a) for finite x, a > 0, with the quotient carried to about 106 bits: q + r/a with
-// r = x - q a exact by fma. The Weibull shape multiplies this logarithm, up to 1e6 times.
+// r = x - q a exact (the remainder of the division). The Weibull shape multiplies this logarithm,
+// up to 1e6 times.
 Real log_ratio(double x, double a) {
     const double q = x / a;
     if (std::isnormal(q) && std::fabs(x) > 1e-290) {  // r exact: no overflow, no underflow
-        const double r = std::fma(-q, a, x);
+        const double r = numeric::remainder_of(x, q, a);
         return std::log(Real(q)) + std::log1p(Real(r) / (Real(q) * a));
     }
     return std::log(Real(x)) - std::log(Real(a));

@@ -6,6 +6,7 @@
 #include <cfloat>
 #include <cmath>
 #include <limits>
+#include <random>
 
 #include "platform/numeric/extended.hpp"
 #include "platform/numeric/gauss_kronrod.hpp"
@@ -148,6 +149,66 @@ TEST(NumericTwoPart, OperationsAreExactWhereTheyMustBe) {
     const TwoPart ln = log_two_part(1e-300, 0.0);
     EXPECT_NEAR(ln.hi, -690.7755278982137, 1e-12);
     EXPECT_EQ(negate(add(ln, negate(ln))).hi, 0.0);
+}
+
+// The exact product without an fma (Dekker's product of Veltkamp halves, std::fma past the
+// split's range) and the dispatching forms against the correctly rounded std::fma of the C
+// library: the error of a product and the remainder of a quotient or a square root must be the
+// same doubles, bit for bit, over each range, including the guard's (factors beyond 2^996,
+// products near the top of the range, where the split would overflow) and non-finite operands.
+TEST(NumericTwoPart, ProductErrorAndRemainderAreTheFusedOnes) {
+    const auto same = [](double x, double y) { return (std::isnan(x) && std::isnan(y)) || x == y; };
+    // clang-format off
+    struct Range { const char* name; double lo_exp, hi_exp, other_lo_exp, other_hi_exp; };
+    const Range ranges[] = {
+        {"moderate",                -3, 3, -3, 3},
+        {"large factors",          150, 299, -10, 10},
+        {"beyond the split",       299.9, 308.2, -300, -290},
+        {"near the top",           300, 308, 0, 8},  // products up to and past 2^1022
+        {"small products",        -200, -150, -80, -60},  // the error still normal
+        {"opposite scales",       -200, 200, -100, 100},
+    };
+    // clang-format on
+    std::mt19937_64 engine(7);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    for (const Range& r : ranges) {
+        for (int i = 0; i < 2000; ++i) {
+            const double sign = i % 2 ? -1.0 : 1.0;
+            const double a = sign * std::pow(10.0, r.lo_exp + (r.hi_exp - r.lo_exp) * unit(engine));
+            const double b =
+                std::pow(10.0, r.other_lo_exp + (r.other_hi_exp - r.other_lo_exp) * unit(engine));
+            if (!std::isfinite(a) || !std::isfinite(b)) continue;
+            const double p = a * b;
+            if (std::isfinite(p)) {
+                ASSERT_TRUE(same(product_error(a, b, p), std::fma(a, b, -p)));
+                ASSERT_TRUE(same(split_product_error(a, b, p), std::fma(a, b, -p)))
+                    << r.name << ": " << a << " * " << b;
+                const TwoPart t = two_product(a, b);
+                ASSERT_EQ(t.hi, p);
+                ASSERT_TRUE(same(t.lo, std::fma(a, b, -p)));
+            }
+            // a / b and sqrt(|a|): their remainders.
+            const double q = a / b;
+            if (std::isnormal(q)) {
+                ASSERT_TRUE(same(remainder_of(a, q, b), std::fma(-q, b, a)));
+                ASSERT_TRUE(same(split_remainder(a, q, b), std::fma(-q, b, a)))
+                    << r.name << ": " << a << " / " << b;
+            }
+            const double root = std::sqrt(std::fabs(a));
+            ASSERT_TRUE(same(split_remainder(std::fabs(a), root, root),
+                             std::fma(-root, root, std::fabs(a))))
+                << r.name << ": sqrt " << a;
+        }
+    }
+    // The quotient next to the largest double: q b rounds past it, the remainder does not.
+    const double q = DBL_MAX / 56.482427061184382;
+    EXPECT_TRUE(same(split_remainder(DBL_MAX, q, 56.482427061184382),
+                     std::fma(-q, 56.482427061184382, DBL_MAX)));
+    constexpr double kInf = std::numeric_limits<double>::infinity();
+    for (const double v : {kInf, -kInf, std::numeric_limits<double>::quiet_NaN()}) {
+        EXPECT_TRUE(same(split_product_error(v, 2.0, v * 2.0), std::fma(v, 2.0, -(v * 2.0))));
+        EXPECT_TRUE(same(split_remainder(1.0, v, 3.0), std::fma(-v, 3.0, 1.0)));
+    }
 }
 
 TEST(NumericNormal, TailsAreSymmetricAndTheCorrectionIsUsed) {

@@ -71,6 +71,12 @@ const RefCase kLargeDfCases[] = {
 const RefCase kLargeShapeCases[] = {
 #include "reference/distributions_beta_large_shapes_ref.inc"
 };
+// The F and beta deviates at large shapes (from 50, where their start is the normal form of the
+// F law's cube root, past 5000, up to the limits 5e9 for F and 1e6 for beta), both tails
+// (gen_distributions_large_shape_deviates.py).
+const RefCase kLargeShapeDeviateCases[] = {
+#include "reference/distributions_large_shape_deviates_ref.inc"
+};
 #undef REF
 
 // The accuracy asked of every function: 1e-13 relative, about 450 ulp.
@@ -119,6 +125,10 @@ TEST(DistributionAccuracy, StudentAtLargeDegreesOfFreedomWithin1e13) {
 
 TEST(DistributionAccuracy, BetaFBinomialAtLargeShapesWithin1e13) {
     EXPECT_EQ(expect_within_tolerance(kLargeShapeCases), 3u) << "beta, F and binomial cdfs";
+}
+
+TEST(DistributionAccuracy, FAndBetaDeviatesAtLargeShapesWithin1e13) {
+    EXPECT_EQ(expect_within_tolerance(kLargeShapeDeviateCases), 2u) << "F and beta deviates";
 }
 
 TEST(DistributionAccuracy, DiscreteDensitiesAgainstReference) {

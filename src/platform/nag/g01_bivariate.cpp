@@ -25,6 +25,7 @@
 
 #include "platform/nag/g01.hpp"
 #include "platform/nag/log_concave_quadrature.hpp"
+#include "platform/numeric/double_double.hpp"
 #include "platform/numeric/gauss_legendre.hpp"
 #include "platform/numeric/normal.hpp"
 
@@ -132,16 +133,19 @@ double lower_orthant_by_quadrature(double x, double y, double rho) {
     const double plus = 1.0 + rho;
     const double plus_low = (1.0 - plus) + rho;
     const double sigma2 = minus * plus;
-    const double sigma2_low = std::fma(minus, plus, -sigma2) + minus * plus_low + plus * minus_low;
+    const double sigma2_low =
+        numeric::product_error(minus, plus, sigma2) + minus * plus_low + plus * minus_low;
     const double sigma = std::sqrt(sigma2);
-    const double sigma_low = (std::fma(-sigma, sigma, sigma2) + sigma2_low) / (2.0 * sigma);
+    const double sigma_low =
+        (numeric::remainder_of(sigma2, sigma, sigma) + sigma2_low) / (2.0 * sigma);
     const double product = rho * a;
-    const double product_low = std::fma(rho, a, -product);
+    const double product_low = numeric::product_error(rho, a, product);
     const double numerator = b - product;
     const double numerator_low = ((b - numerator) - product) - product_low;
     const double c_end = numerator / sigma;
     const double c_end_low =
-        (std::fma(-c_end, sigma, numerator) + numerator_low - c_end * sigma_low) / sigma;
+        (numeric::remainder_of(numerator, c_end, sigma) + numerator_low - c_end * sigma_low) /
+        sigma;
     const double slope_ratio = rho / sigma;
     const double density_end = numeric::normal_density(a);
 

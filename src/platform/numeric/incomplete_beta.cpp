@@ -10,11 +10,17 @@
 //   a shape 1/2 beside one l >= 500 (Student's t from df = 1000, F with one degree of
 //       freedom): the side of the large shape, I_v(l, 1/2), by DiDonato and Morris's BGRAT
 //       expansion at b = 1/2 (erfc of the root of z = -(l - 1/4) ln v in two parts plus terms
-//       with constant coefficients, falling by 4e-3 or more each: 2 to 11 of them), the other
-//       side as 1 minus it where that is at least 0.1; within about 1e-15 (measured against
-//       mpmath: gen_incomplete_beta_large.py); student_t_beyond forms ln v = -ln(1 + t^2/df)
-//       from t itself. Elsewhere (|t| below about 0.13) the fraction below;
-//   both shapes at least 250 and f w0^2 <= 0.09 (f, w0 below): Temme's uniform expansion
+//       with constant coefficients: 2 to 13 of them), the other side as 1 minus it where that
+//       is at least 0.1; within about 1e-15 (measured against mpmath:
+//       gen_incomplete_beta_large.py); student_t_beyond forms ln v = -ln(1 + t^2/df) from t
+//       itself. Elsewhere (|t| below about 0.13) the fraction below. Truncation, by a ratio
+//       argument: the terms are summed until one is below 2^-56 of the sum; after that each is
+//       at most rho = 0.05 of the one before, so the rest is below rho / (1 - rho) < 0.053 of
+//       that last term, under 6e-19 relative. rho is computed, not proven: the terms formed in
+//       50 digits out to n = 60 over l 500 .. 1e6 and z 1e-6 .. 700
+//       (gen_incomplete_beta_temme_switch.py, incomplete_beta_temme_terms.txt: rho 0.049, at
+//       most 13 terms, what is left out 1.4e-19);
+//   both shapes at least 250 and f w0^2 <= 0.06 (f, w0 below): Temme's uniform expansion
 //       (DiDonato and Morris's BASYM) on the side below the mean, the other as 1 minus it (at
 //       least about 0.48); the summed deviances f in two parts by Loader's series with its rest
 //       in two parts too where it exceeds 1/3 (about 1e-18 f + 1e-16 absolute; the log form is
@@ -22,10 +28,24 @@
 //       expansion's terms fall by about w0 = 1/sqrt(min(a, b) (1 + h)), h = min/max, summed
 //       until a pair is below 2^-56 of the sum (at most 20 terms); bound: erfc's and exp's few
 //       ulps, Stirling's 1e-16 and the sum's rounding, about 2e-15 relative (measured against
-//       mpmath with the exact f: within 2e-15 from shapes 250 to 2e9 out to the underflow);
-//       the test on f w0^2 (found against the recurrences at shapes 250 .. 2e4: the sum settles
-//       within 20 terms below 0.1) leaves the far tails of the smaller of these shapes to the
-//       fraction, which is short there (a few tens of terms), as is f above 700;
+//       mpmath with the exact f: within 2e-15 from shapes 250 to 2e9 out to the underflow).
+//       Truncation, by a ratio argument: after the stop each pair of terms is at most rho =
+//       0.44 of the pair before wherever f w0^2 <= 0.06, so what is left out is below rho / (1
+//       - rho) < 0.8 of the last pair, itself below 2^-56 of the sum: under 1.1e-17 relative.
+//       The switch f w0^2 <= 0.06 is where the stop comes within the 20 terms, with a margin:
+//       the terms formed in 50 digits out to n = 40 over h 1e-4 .. 1 (12 values, both orders of
+//       the shapes), the smaller shape 250 .. 1e9 (9 values, f <= 700) and f w0^2 1e-6 .. 0.2
+//       (gen_incomplete_beta_temme_switch.py, incomplete_beta_temme_terms.txt) stop by the
+//       20th term at every point up to 0.08 (rho 0.434 up to 0.06, 0.555 at 0.08; what is left
+//       out at most 1.2e-18 up to 0.06), while at 0.09 (the switch used before) 2 of 136 points
+//       need more (they declined to the fraction) and rho reaches 0.62. What remains measured:
+//       rho between the grid points and beyond n = 40 (the expansion is asymptotic: its
+//       remainder past the terms formed is not bounded here), and the rounding bound above
+//       (against mpmath). Rows on both sides of the switch (f w0^2 0.055 and 0.065, and 0.02,
+//       0.085, 0.095, 0.15; the smaller shape 249 and 250; within 1.0e-15):
+//       incomplete_beta_temme_switch_ref.inc.
+//       The far tails of the smaller of these shapes go to the fraction, which is short there
+//       (a few tens of terms), as does f above 700;
 //   both shapes <= 5000 otherwise (or a shape 1/2 where the expansion above does not apply):
 //       the continued fraction with the prefactors below (the deviance of shapes from 250 by
 //       the two-part series of the next case);
@@ -131,12 +151,13 @@ constexpr int kMaxTermsBeyond = 400;
 constexpr double kTemmeFrom = 250.0;
 // The expansion's terms after the leading one, in pairs (DiDonato and Morris keep 20).
 constexpr int kTemmeTerms = 20;
-// f w0^2 below which the expansion settles within kTemmeTerms terms (with a margin).
-constexpr double kTemmeSettles = 0.09;
+// f w0^2 up to which the expansion settles within kTemmeTerms terms (see the opening block:
+// computed over the series' terms in 50 digits; 0.09 left a few points unsettled).
+constexpr double kTemmeSettles = 0.06;
 // Beyond this exponent of e^-f (f the summed deviances) the value leaves the normal range.
 constexpr double kTemmeHighestDeviance = 700.0;
 // The large shape from which a shape of 1/2 beside it takes its expansion (Student's t from df
-// = 1000): its terms then fall by 4e-3 or more each.
+// = 1000): its terms then fall to 0.05 of the one before or less after the stop.
 constexpr double kHalfExpansionFrom = 500.0;
 // Summed deviances beyond which the far side is below half the smallest subnormal for any
 // two shapes from 16 to kBetaDoubleLargeShapeMax (745.2 + 31, with a margin).
@@ -178,7 +199,7 @@ TwoPart log_shifted(double big) {
     const TwoPart den = two_sum(2.0, u);
     const double inv = 1.0 / den.hi;
     const double s = u * inv;  // its rounding is taken up by s_low (the exact remainder)
-    const double s_low = (std::fma(-s, den.hi, u) - s * den.lo) * inv;
+    const double s_low = (remainder_of(u, s, den.hi) - s * den.lo) * inv;
     const double s2 = s * s, s4 = s2 * s2;
     const double series =
         (1.0 / 3 + s2 * (1.0 / 5)) + s4 * ((1.0 / 7 + s2 * (1.0 / 9)) + s4 * (1.0 / 11));
@@ -339,7 +360,7 @@ TwoPart deviance_large(double k, TwoPart m) {
     const TwoPart d = two_sum(m.hi - k, m.lo);  // m.hi - k exact (m.hi / k within 0.6 .. 1.67)
     // 1/total in two parts (one division), then v = -d/total and the leading term -d v.
     const double inv = 1.0 / total.hi;
-    const TwoPart reciprocal_total{inv, (std::fma(-inv, total.hi, 1.0) - inv * total.lo) * inv};
+    const TwoPart reciprocal_total{inv, (remainder_of(1.0, inv, total.hi) - inv * total.lo) * inv};
     const TwoPart v = multiply(negate(d), reciprocal_total);
     const TwoPart lead = multiply(d, negate(v));
     const TwoPart v2 = multiply(v, v);
@@ -400,7 +421,7 @@ double temme_smaller_side(double a, double b, TwoPart f, double stirling, double
     double erfcx = 1.0, z0 = 0.0;
     if (fh > 1e-300) {
         z0 = std::sqrt(fh);
-        const double z0_low = (std::fma(-z0, z0, f.hi) + f.lo) / (2.0 * z0);
+        const double z0_low = (remainder_of(f.hi, z0, z0) + f.lo) / (2.0 * z0);
         erfcx = std::erfc(z0) / t - e0 * z0_low;
     }
     const double z = 0.5 * (z0 / e1), z2 = fh + fh;
@@ -482,7 +503,7 @@ double half_shape_side(double l, TwoPart log_v, double* e_out, double* ratio_out
     if (!(z.hi > 1e-300 && z.hi <= kTemmeHighestDeviance)) return kNaN;
     const double e = exp_two_part(negate(z));
     const double z0 = std::sqrt(z.hi);
-    const double z0_low = (std::fma(-z0, z0, z.hi) + z.lo) / (2.0 * z0);
+    const double z0_low = (remainder_of(z.hi, z0, z0) + z.lo) / (2.0 * z0);
     const double q = std::erfc(z0) - e0 * e * z0_low;
     const double r = e * z0 * kInvSqrtPi;
     const double step = 0.25 / (nu * nu), t2 = 0.25 * log_v.hi * log_v.hi;
@@ -651,9 +672,9 @@ std::optional<BetaTailsDouble> temme_tails(double a, double b, TwoPart x, TwoPar
     const TwoPart n = two_sum(a, b);
     const TwoPart nx = scaled(n, x), ny = scaled(n, y);
     const TwoPart f = add(deviance_large(a, nx), deviance_large(b, ny));
-    // The expansion settles within kTemmeTerms terms where f w0^2 <= 0.1 or so, w0^2 = 1 /
-    // (min (1 + h)) (found against the recurrences at shapes 250 .. 2e4, h 1e-4 .. 1, f up to
-    // 700); beyond, the fraction (short there) is the cheaper, without a vain attempt first.
+    // The expansion settles within kTemmeTerms terms where f w0^2 <= kTemmeSettles, w0^2 = 1 /
+    // (min (1 + h)) (the opening block); beyond, the fraction (short there) is the cheaper,
+    // without a vain attempt first.
     const double smaller = std::min(a, b), larger = std::max(a, b);
     if (!(f.hi <= kTemmeHighestDeviance &&
           f.hi <= kTemmeSettles * (smaller + smaller * smaller / larger)))
@@ -768,7 +789,7 @@ std::optional<double> student_t_beyond(double t, double df) {
     // ln v = -ln(1 + w), w = t^2/df in two parts (one division and its remainder).
     const TwoPart t2 = two_product(t, t);
     const double w = t2.hi / df;
-    const double w_low = (std::fma(-w, df, t2.hi) + t2.lo) / df;
+    const double w_low = (remainder_of(t2.hi, w, df) + t2.lo) / df;
     const TwoPart one_plus = two_sum(1.0, w);
     const TwoPart log_v = negate(log_two_part(one_plus.hi, one_plus.lo + w_low));
     double e = 0.0, ratio = 0.0;

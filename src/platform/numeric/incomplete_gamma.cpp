@@ -194,7 +194,7 @@ double lower_series(double a, double x, bool* converged) {
     const double r = e * kInvSqrtTwoPi / std::sqrt(a) * total;
     // erfc(z + dz) / 2 with z + dz = sqrt(D) to twice the precision: the first-order term
     // -e^(-D) dz / sqrt(pi) carries D's low part (erfc's relative slope is 2z, up to 75).
-    const double dz = z > 0.0 ? (std::fma(-z, z, deviance.hi) + deviance.lo) / (2.0 * z) : 0.0;
+    const double dz = z > 0.0 ? (remainder_of(deviance.hi, z, z) + deviance.lo) / (2.0 * z) : 0.0;
     const double half_erfc = 0.5 * std::erfc(z) - e * dz * kInvSqrtPi;
     const double density = e * std::sqrt(a) * kInvSqrtTwoPi * std::exp(-stirling);
     if (x >= a) {
@@ -326,7 +326,7 @@ TwoPart gamma_deviance(double a, double x, double x_low) {
         return add(lead, two_sum(s, slope * x_low));
     }
     const double q = x / a;
-    const double q_low = (std::fma(-q, a, x) + x_low) / a;
+    const double q_low = (remainder_of(x, q, a) + x_low) / a;
     const TwoPart log_q = log_two_part(q, q_low);
     const TwoPart difference = add(two_sum(x, -a), TwoPart{x_low, 0.0});
     return add(difference, negate(multiply(TwoPart{a, 0.0}, log_q)));
