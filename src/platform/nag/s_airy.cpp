@@ -61,7 +61,7 @@ enum Kind { kAi = 0, kBi = 1, kAiPrime = 2, kBiPrime = 3 };
 // zeta = (2/3) y^(3/2), y > 0, in two parts.
 TwoPart zeta_two_part(double y) {
     const double s = std::sqrt(y);
-    const double s_low = std::fma(-s, s, y) / (2.0 * s);
+    const double s_low = numeric::remainder_of(y, s, s) / (2.0 * s);
     TwoPart p = numeric::two_product(y, s);
     p = numeric::quick_two_sum(p.hi, p.lo + y * s_low);
     return numeric::multiply(p, kTwoThirds);

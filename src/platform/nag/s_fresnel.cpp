@@ -17,6 +17,7 @@
 #include <numbers>
 
 #include "platform/nag/s.hpp"
+#include "platform/numeric/double_double.hpp"
 
 namespace zemath::nag {
 
@@ -35,7 +36,7 @@ struct Fresnel {
 // sin and cos of pi x^2 / 2 with x^2 reduced exactly modulo 4.
 void phase(double x, double* sin_t, double* cos_t) {
     const double hi = x * x;
-    const double lo = std::fma(x, x, -hi);
+    const double lo = numeric::product_error(x, x, hi);
     double r = std::fmod(hi, 4.0) + lo;
     if (r >= 2.0) r -= 4.0;
     const double angle = 0.5 * kPi * r;

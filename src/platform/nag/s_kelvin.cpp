@@ -24,6 +24,7 @@
 #include <numbers>
 
 #include "platform/nag/s.hpp"
+#include "platform/numeric/double_double.hpp"
 
 namespace zemath::nag {
 
@@ -114,7 +115,7 @@ Cx ker_kei_asymptotic(double x) {
     constexpr double kRsqrt2Hi = 0.7071067811865476;
     constexpr double kRsqrt2Lo = -4.8336466567264565e-17;
     const double p = x * kRsqrt2Hi;
-    const double p_lo = std::fma(x, kRsqrt2Hi, -p) + x * kRsqrt2Lo;
+    const double p_lo = numeric::product_error(x, kRsqrt2Hi, p) + x * kRsqrt2Lo;
     const Cx z(p, p);
     const Cx inv = 1.0 / z;
     Cx sum = 1.0, term = 1.0;
