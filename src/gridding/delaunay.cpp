@@ -10,7 +10,27 @@
 
 #include "gridding/predicates.hpp"
 
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
 namespace zemath {
+
+void prefault(void* block, std::size_t bytes) noexcept {
+#if defined(__linux__) && defined(MADV_POPULATE_WRITE)
+    constexpr std::uintptr_t kPage = 4096;
+    if (block == nullptr || bytes < (std::size_t{1} << 22)) return;
+    const std::uintptr_t first =
+        (reinterpret_cast<std::uintptr_t>(block) + kPage - 1) & ~(kPage - 1);
+    const std::uintptr_t last = (reinterpret_cast<std::uintptr_t>(block) + bytes) & ~(kPage - 1);
+    // Contents are kept (pages already mapped stay as they are); a failure leaves the
+    // mapping to the writes.
+    if (last > first) madvise(reinterpret_cast<void*>(first), last - first, MADV_POPULATE_WRITE);
+#else
+    (void)block, (void)bytes;
+#endif
+}
+
 namespace {
 
 inline int nxt(int k) {
@@ -224,6 +244,7 @@ struct Sweep {
         tris_bytes = 2 * size * sizeof(SweepTriangle) + alignof(SweepTriangle);
         tris_store.reset(raw_alloc(tris_bytes));
         if (!tris_store) throw std::bad_alloc();
+        prefault(tris_store.get(), tris_bytes);
         void* aligned = tris_store.get();
         std::size_t room = tris_bytes;
         tris = static_cast<SweepTriangle*>(
@@ -497,6 +518,7 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     const std::unique_ptr<int[]> first(new int[static_cast<std::size_t>(n) + 1]),
         slot(new int[static_cast<std::size_t>(tc)]);
     std::unique_ptr<TriangleBlock[]> blocks(new TriangleBlock[static_cast<std::size_t>(tc)]);
+    prefault(blocks.get(), sizeof(TriangleBlock) * static_cast<std::size_t>(tc));
     auto renumber = [&] {
         std::fill(first.get(), first.get() + n + 1, 0);
         for (int k = 0; k < tc; ++k) {

@@ -44,6 +44,7 @@ template <class T>
 T* alloc_array(std::size_t count) {
     T* p = raw_array<T>(count);
     if (p == nullptr) throw std::bad_alloc();
+    prefault(p, count * sizeof(T));  // record arrays, written whole once filled
     return p;
 }
 
