@@ -10,7 +10,27 @@
 
 #include "gridding/predicates.hpp"
 
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
 namespace zemath {
+
+void prefault(void* block, std::size_t bytes) noexcept {
+#if defined(__linux__) && defined(MADV_POPULATE_WRITE)
+    constexpr std::uintptr_t kPage = 4096;
+    if (block == nullptr || bytes < (std::size_t{1} << 22)) return;
+    const std::uintptr_t first =
+        (reinterpret_cast<std::uintptr_t>(block) + kPage - 1) & ~(kPage - 1);
+    const std::uintptr_t last = (reinterpret_cast<std::uintptr_t>(block) + bytes) & ~(kPage - 1);
+    // Contents are kept (pages already mapped stay as they are); a failure leaves the
+    // mapping to the writes.
+    if (last > first) madvise(reinterpret_cast<void*>(first), last - first, MADV_POPULATE_WRITE);
+#else
+    (void)block, (void)bytes;
+#endif
+}
+
 namespace {
 
 inline int nxt(int k) {
@@ -209,8 +229,11 @@ struct Sweep {
         return true;
     }
 
-    // Point i of the sweep is point order[i] of x and y (i itself without an order).
-    void setup(std::span<const double> x, std::span<const double> y, const int* order = nullptr) {
+    // Point i of the sweep is point order[i] of x and y (i itself without an order). The
+    // hull arrays cover points 0 .. hull_points - 1 (all of them for the sweep; the fast
+    // build's hull keeps its first points, the others being inside it).
+    void setup(std::span<const double> x, std::span<const double> y, const int* order,
+               std::size_t hull_points) {
         const std::size_t size = x.size();
         xy.resize(2 * size);
         for (std::size_t i = 0; i < size; ++i) {
@@ -221,14 +244,15 @@ struct Sweep {
         tris_bytes = 2 * size * sizeof(SweepTriangle) + alignof(SweepTriangle);
         tris_store.reset(raw_alloc(tris_bytes));
         if (!tris_store) throw std::bad_alloc();
+        prefault(tris_store.get(), tris_bytes);
         void* aligned = tris_store.get();
         std::size_t room = tris_bytes;
         tris = static_cast<SweepTriangle*>(
             std::align(alignof(SweepTriangle), 2 * size * sizeof(SweepTriangle), aligned, room));
         capacity = static_cast<int>(2 * size);
-        hull_next.assign(size, -1);
-        hull_prev.assign(size, -1);
-        hull_edge.assign(size, -1);
+        hull_next.assign(hull_points, -1);
+        hull_prev.assign(hull_points, -1);
+        hull_edge.assign(hull_points, -1);
         stack.resize(64);
     }
 
@@ -411,7 +435,7 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         }
     }
     Sweep sw;
-    sw.setup(x, y, global.data());
+    sw.setup(x, y, global.data(), static_cast<std::size_t>(h));
     // Fan (0, k, k+1) over the hull.
     for (int k = 1; k + 1 < h; ++k) {
         const int t = sw.add_triangle(0, k, k + 1);
@@ -494,6 +518,7 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     const std::unique_ptr<int[]> first(new int[static_cast<std::size_t>(n) + 1]),
         slot(new int[static_cast<std::size_t>(tc)]);
     std::unique_ptr<TriangleBlock[]> blocks(new TriangleBlock[static_cast<std::size_t>(tc)]);
+    prefault(blocks.get(), sizeof(TriangleBlock) * static_cast<std::size_t>(tc));
     auto renumber = [&] {
         std::fill(first.get(), first.get() + n + 1, 0);
         for (int k = 0; k < tc; ++k) {
@@ -618,7 +643,7 @@ int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& me
     while (k < n && orient2d(x[0], y[0], x[1], y[1], x[k], y[k]) == 0.0) ++k;
     if (k == n) return 3;
     Sweep sweep;
-    sweep.setup(x, y);
+    sweep.setup(x, y, nullptr, x.size());
     // Fan from the collinear run 0..k-1 (ordered along its line) to point k. The fan is
     // Delaunay: each circle meets the line only at its own two run points.
     const bool left = orient2d(x[0], y[0], x[1], y[1], x[k], y[k]) > 0.0;

@@ -51,6 +51,12 @@ struct alignas(32) TriangleBlock {
     int spare;
 };
 
+// Maps the pages of a block of at least 4 MB about to be written whole, in one system
+// call instead of one page fault per 4 kB page as it is first written (the builds' and the
+// record's large arrays; measured 3 to 4 % of a build at 1e6 nodes). A hint only: where it
+// is not supported the pages are mapped by the writes as before.
+void prefault(void* block, std::size_t bytes) noexcept;
+
 // Owner of a block from raw_alloc (released by raw_free, as a record's arrays are).
 struct RawFree {
     void operator()(void* block) const noexcept { raw_free(block); }

@@ -44,6 +44,7 @@ template <class T>
 T* alloc_array(std::size_t count) {
     T* p = raw_array<T>(count);
     if (p == nullptr) throw std::bad_alloc();
+    prefault(p, count * sizeof(T));  // record arrays, written whole once filled
     return p;
 }
 
@@ -52,6 +53,12 @@ T* copy_array(const std::vector<T>& v) {
     T* p = alloc_array<T>(v.size());
     if (!v.empty()) std::memcpy(p, v.data(), v.size() * sizeof(T));
     return p;
+}
+
+// The node array's storage for a record (n is at least 3 where records are filled).
+double* take_array(NodeArray& a) {
+    double* const block = a.release();
+    return block != nullptr ? block : alloc_array<double>(0);
 }
 
 inline int nxt(int k) {
@@ -94,7 +101,7 @@ bool build_engine(const Nodes& nodes, bool scaled, Mesh& mesh) {
     if (!link_mesh(n, mesh)) return false;
     // Accept the engine's mesh only when it is exactly Delaunay with a convex hull; the
     // engine works in rounded arithmetic and may not be on nearly degenerate inputs.
-    const std::vector<double>&x = nodes.x, &y = nodes.y;
+    const NodeArray &x = nodes.x, &y = nodes.y;
     int u = 0;
     do {
         const int v = mesh.hull_next[u], w = mesh.hull_next[v];
@@ -157,7 +164,7 @@ bool sort_distinct_nodes(std::size_t n, const double* x, const double* y, const 
         }
         first = last;
     }
-    std::vector<double> sx, sy, sz;
+    NodeArray sx, sy, sz;
     sx.reserve(n), sy.reserve(n), sz.reserve(n);
     // x from the sorted keys (equal keys are equal values, zeros apart: -0.0 == 0.0),
     // which saves one of the three scattered reads.
@@ -242,7 +249,7 @@ int prepare_nodes(int n, const double* x, const double* y, const double* z, unsi
                 order.resize(static_cast<std::size_t>(last - first));
                 std::iota(order.begin(), order.end(), first);
                 std::sort(order.begin(), order.end(), less);
-                for (std::vector<double>* axis : {&nodes.x, &nodes.y, &nodes.z}) {
+                for (NodeArray* axis : {&nodes.x, &nodes.y, &nodes.z}) {
                     moved.clear();
                     for (int k : order) moved.push_back((*axis)[k]);
                     std::copy(moved.begin(), moved.end(), axis->begin() + first);
@@ -294,7 +301,7 @@ int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh, bool nei
         const int e = std::ilogb(largest);
         scaled = nodes;
         bool exact = true;
-        for (std::vector<double>* axis : {&scaled.x, &scaled.y})
+        for (NodeArray* axis : {&scaled.x, &scaled.y})
             for (double& v : *axis) {
                 const double w = std::ldexp(v, -e);
                 exact = exact && (w == 0.0 || std::fabs(w) >= std::numeric_limits<double>::min());
@@ -371,9 +378,10 @@ bool fill_record_from(Triangulation* out, Nodes& nodes, const Layout& L, int tc,
     }
     for (int i = 0; i < n; ++i) edge_next[i + 1] += edge_next[i], tri_next[i + 1] += tri_next[i];
     const int edge_count = edge_next[n];
-    out->x = copy_array(nodes.x);
-    out->y = copy_array(nodes.y);
-    out->z = copy_array(nodes.z);
+    // The record takes the nodes' storage (no copy).
+    out->x = take_array(nodes.x);
+    out->y = take_array(nodes.y);
+    out->z = take_array(nodes.z);
     out->nodes = n;
     // The triangle table in the build's spare storage when it is large enough: the fast
     // build's triangle array, already mapped (32 bytes per triangle where the table needs

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "gridding/predicates.hpp"
+#include "gridding/triangulation.hpp"
 #include "zemath/status.h"
 #include "zemath/triangulation.h"
 
@@ -787,5 +788,30 @@ TEST(Triangulation, UnusableEntriesAndSignedZeros) {
             }
             check_invariants(a);
         }
+    }
+}
+
+// The node array a record takes over: growth keeps the values, a copy is independent of
+// its source, release hands over storage holding the values and leaves the array empty
+// and reusable.
+TEST(Triangulation, NodeArrayKeepsValuesThroughGrowthCopiesAndRelease) {
+    for (std::size_t count : {std::size_t{1}, std::size_t{7}, std::size_t{9}, std::size_t{1000}}) {
+        zemath::NodeArray a;
+        for (std::size_t i = 0; i < count; ++i) a.push_back(0.5 * static_cast<double>(i) - 3.0);
+        zemath::NodeArray b = a;
+        b[0] = 99.0;
+        a.resize(count + 5);  // grows with zeros after the values
+        ASSERT_EQ(a.size(), count + 5);
+        for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(a[i], 0.5 * static_cast<double>(i) - 3.0);
+        for (std::size_t i = count; i < count + 5; ++i) EXPECT_EQ(a[i], 0.0);
+        EXPECT_EQ(b.size(), count);
+        EXPECT_EQ(b[0], 99.0);
+        double* const block = a.release();
+        ASSERT_NE(block, nullptr);
+        EXPECT_EQ(block[count - 1], 0.5 * static_cast<double>(count - 1) - 3.0);
+        zemath::raw_free(block);
+        EXPECT_TRUE(a.empty());
+        a.assign(b.begin(), b.end());
+        EXPECT_TRUE(std::equal(a.begin(), a.end(), b.begin(), b.end()));
     }
 }
