@@ -75,16 +75,14 @@
 #include <boost/math/distributions/non_central_beta.hpp>
 #include <boost/math/distributions/non_central_chi_squared.hpp>
 #include <boost/math/distributions/non_central_f.hpp>
-#include <boost/math/distributions/non_central_t.hpp>
 #include <boost/math/special_functions/beta.hpp>
 #include <boost/math/special_functions/gamma.hpp>
 
 #include "platform/nag/g01.hpp"
-#include "platform/nag/log_concave_quadrature.hpp"
-#include "platform/numeric/chi_scale.hpp"
 #include "platform/numeric/noncentral_beta.hpp"
 #include "platform/numeric/noncentral_chi2.hpp"
 #include "platform/numeric/noncentral_t.hpp"
+#include "platform/numeric/noncentral_t_scale.hpp"
 #include "platform/numeric/normal.hpp"
 #include "platform/numeric/stirling.hpp"
 
@@ -141,33 +139,7 @@ bool bad_beta_mixture(double a, double b, double lambda, NagError* fail) {
     return false;
 }
 
-using numeric::inverse_mills;
 using numeric::normal_lower;
-
-// P(T <= t) for t < 0 < delta, where the series' terms cancel down to a tiny result:
-//     P = E[Phi(t S - delta)] = integral_0^inf Phi(t s - delta) f_S(s) ds,
-// S = sqrt(chi2_v / v), f_S(s) = v s * gamma_p_derivative(v/2, v s^2/2). In y = ln s the
-// integrand has no end-point singularity (f_S ~ s^(v-1) at 0) and stays log-concave:
-// L'(y) = v - v s^2 + t s m(c), L''(y) = -2 v s^2 + t s m(c) - (t s)^2 m (m + c),
-// c = t s - delta, m the inverse Mills ratio.
-double nct_lower_by_quadrature(double t, double df, double delta) {
-    const numeric::ChiScaleLogDensity scale_density(df);
-    const auto integrand = [=](double y) {
-        const double s = std::exp(y);
-        return scale_density(y, s) * normal_lower(t * s - delta);
-    };
-    const auto d1 = [=](double y) {
-        const double s = std::exp(y);
-        return df - df * s * s + t * s * inverse_mills(t * s - delta);
-    };
-    const auto d2 = [=](double y) {
-        const double s = std::exp(y);
-        const double c = t * s - delta;
-        const double m = inverse_mills(c);
-        return -2.0 * df * s * s + t * s * m - t * t * s * s * std::clamp(m * (m + c), 0.0, 1.0);
-    };
-    return detail::integrate_log_concave(integrand, d1, d2, -INFINITY, INFINITY, 0.0);
-}
 
 // Far in the lower tail of the chi-square and beta mixtures the Poisson weights rise
 // more slowly than the central probabilities fall, so the terms shrink from j = 0 on;
@@ -238,11 +210,9 @@ double beta_mixture_from_top(double lambda, double a, double b, double x) {
 
 }  // namespace
 
-// Above kQuadratureDf the quadrature below replaces Boost's series (see g01gbc); above
-// kQuadratureDfMax the quadrature's scale density loses digits (5e-6 at df = 1e15: its
-// deviance a (e^(2y) - 1 - 2y) cancels), and the law is taken from its expansion in 1/df.
-constexpr double kQuadratureDf = 1e5;
-constexpr double kQuadratureDfMax = 1e10;
+// Above kQuadratureDfMax the scale law's width 1/sqrt(2 df) nears the rounding of the
+// quadrature's breaks, and the law is taken from its expansion in 1/df.
+constexpr double kQuadratureDfMax = numeric::kNoncentralTScaleDfMax;
 // Above kQuadratureDfMax, with S = 1 + e: E[e] = -1/(4 df), E[e^2] = 1/(2 df), so
 //     P(T <= t) = E[Phi(t S - delta)] = Phi(c) - phi(c) t (1 + c t) / (4 df) + R,  c = t - delta,
 // R led by the fourth moment's t^4 (c^3 - 3c) phi(c) / (32 df^2), relative to Phi(c) ~ phi(c)/|c|
@@ -275,31 +245,17 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter, N
     if (t == -INFINITY) return 0.0;
     if (t == INFINITY) return 1.0;
     if (df > kQuadratureDfMax) return checked(nct_lower_by_expansion(t, df, delta), fail);
-    // For t < 0 < delta the series' terms cancel down to the result: its relative error
-    // is about eps / P, fine above 1/100 and worthless far below.
+    // For t < 0 < delta the double series' terms cancel down to the result; there
+    // P = E[Phi(t S - delta)] <= Phi(-delta), so where that bound is already below
+    // kSeriesFloor the series is not summed at all.
     constexpr double kSeriesFloor = 0.01;
-    // There P = E[Phi(t S - delta)] <= Phi(-delta), so where that bound is already below
-    // the floor the series is not summed at all.
     if (t < 0.0 && delta > 0.0 && normal_lower(-delta) < kSeriesFloor)
-        return checked(nct_lower_by_quadrature(t, df, delta), fail);
-    // The double evaluation where it answers. Where its series cancels, its value still
-    // bounds P: below the floor the quadrature follows at once (Boost's series would only
-    // be discarded).
-    double bound = INFINITY;
-    const double fast = numeric::noncentral_t_lower_double(t, df, delta, &bound);
+        return checked(numeric::noncentral_t_lower_by_scale(t, df, delta), fail);
+    // The double series where it answers; elsewhere (|delta| > 40, df > 2000, a cancelling
+    // series, far tails) the integral over the scale law, whose integrand is positive.
+    const double fast = numeric::noncentral_t_lower_double(t, df, delta);
     if (!std::isnan(fast)) return checked(fast, fail);
-    if (t < 0.0 && delta > 0.0 && bound < kSeriesFloor)
-        return checked(nct_lower_by_quadrature(t, df, delta), fail);
-    // Large df beside a large |delta|: Boost's series lost digits there (1.6e-5 relative at
-    // df = 1e8, delta = 1e4; its terms' incomplete betas run at shapes near delta^2 / 2 and
-    // df / 2 together), while E[Phi(t S - delta)] keeps a log-concave integrand whose
-    // width in ln S is 1/sqrt(2 df).
-    if (df > kQuadratureDf) return checked(nct_lower_by_quadrature(t, df, delta), fail);
-    const boost::math::non_central_t_distribution<double, BoostPolicy> law(df, delta);
-    const double series = boost::math::cdf(law, t);
-    if (t < 0.0 && delta > 0.0 && !(series >= kSeriesFloor))
-        return checked(nct_lower_by_quadrature(t, df, delta), fail);
-    return checked(series, fail);
+    return checked(numeric::noncentral_t_lower_by_scale(t, df, delta), fail);
 }
 
 double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter, NagError* fail) {
