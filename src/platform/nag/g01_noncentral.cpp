@@ -280,6 +280,9 @@ double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter, 
     // The double evaluation where it answers (the body of moderate non-centralities).
     const double fast = numeric::noncentral_chi2_lower_double(x, df, lambda);
     if (!std::isnan(fast)) return checked(fast, fail);
+    // Larger non-centralities: the mixture summed with a stride.
+    const double stride = numeric::noncentral_chi2_lower_stride(x, df, lambda);
+    if (!std::isnan(stride)) return checked(stride, fail);
     // Ratio of consecutive mixture terms ~ (lambda/2) (x/2) / ((j+1)(df/2+j+1)).
     if (lambda > 0.0 && 0.25 * lambda * x < kForwardRatio * (0.5 * df + 1.0)) {
         const double y = 0.5 * x, a = 0.5 * df;

@@ -39,6 +39,7 @@
 // of continuous distributions"; DLMF 8.8.5-8.8.6 (the recurrences).
 #include "platform/numeric/noncentral_chi2.hpp"
 
+#include <initializer_list>
 #include <cmath>
 #include <limits>
 
@@ -116,6 +117,83 @@ double noncentral_chi2_lower_double(double x, double df, double lambda) {
         }
     }
     return std::fmin(sum, 1.0);
+}
+
+}  // namespace zemath::numeric
+
+// Large non-centralities (see noncentral_chi2.hpp): the mixture as a sum with stride H.
+namespace zemath::numeric {
+
+namespace {
+
+constexpr double kStrideNegligible = 1e-18;
+constexpr int kStrideSteps = 4000;
+// Where the double incomplete gamma declines at a shape s outside [kAllShapesUpTo,
+// kUnderflowFrom], the smaller tail is not known to be negligible: the sum declines.
+constexpr double kAllShapesUpTo = kGammaDoubleShapeMax;
+constexpr double kUnderflowFrom = 7200.0;
+
+// w(u) P(s, y), u = s - a carried in two parts, s exact.
+double stride_term(double s, double a, double y, double h, bool* declined) {
+    const TwoPart u = two_sum(s, -a);
+    if (!(u.hi > 0.0)) return 0.0;
+    double central;
+    const auto tails = incomplete_gamma_double(s, y, 0.0);
+    if (tails) {
+        central = tails->lower;
+    } else if (s <= kAllShapesUpTo || s >= kUnderflowFrom) {
+        central = y > s ? 1.0 : 0.0;  // the smaller tail is below the double range
+    } else {
+        *declined = true;
+        return 0.0;
+    }
+    if (central == 0.0) return 0.0;
+    const TwoPart deviance = gamma_deviance(u.hi, h, 0.0);
+    const double log_ratio = std::log(h / u.hi);
+    const double log_weight =
+        -deviance.hi - (deviance.lo + stirling_error(u.hi)) + u.lo * log_ratio;
+    return std::exp(log_weight) / std::sqrt(2.0 * 3.141592653589793 * u.hi) * central;
+}
+
+}  // namespace
+
+double noncentral_chi2_lower_stride(double x, double df, double lambda) {
+    const double a = 0.5 * df, y = 0.5 * x, h = 0.5 * lambda;
+    if (!(lambda > kNoncentralChi2DoubleLambdaMax && lambda <= kNoncentralChi2StrideLambdaMax) ||
+        !(a > 0.0 && a <= 0.5 * kNoncentralChi2StrideDfMax) || !std::isnormal(y) ||
+        !std::isfinite(y))
+        return kNaN;
+    // The summand's width in the index: the weights' sqrt(h) beside the central terms'
+    // sqrt(y) (its logarithm's curvature is at most 1/h + 1/y); the stride a power of two
+    // at most a quarter of it, so that every node a + u is an exact double.
+    const double width = 1.0 / std::sqrt(1.0 / h + 1.0 / y);
+    const double stride = std::exp2(std::floor(std::log2(0.25 * width)));
+    if (!(stride >= 1.0)) return kNaN;
+    // Start near the largest term: with the weights' logarithm about -(u - h)^2 / (2h) and,
+    // below the central law's mean (a + u > y), the central term's about
+    // -(a + u - y)^2 / (2y), the sum of the two peaks at u* = (2y - a) h / (y + h).
+    double peak = h;
+    const double guess = (2.0 * y - a) * h / (y + h);
+    if (a + guess > y && guess > 0.0) peak = guess;
+    const double start = stride * std::nearbyint((a + peak) / stride);
+    bool declined = false;
+    double sum = 0.0;
+    // Downwards from the Poisson mode, then upwards: the terms are log-concave in the index
+    // (a product of log-concave factors), so past the largest they fall for good; each side
+    // stops once a falling term is below 1e-18 of the sum.
+    for (int side : {-1, +1}) {
+        double previous = INFINITY;
+        for (int k = side > 0 ? 1 : 0; k < kStrideSteps; ++k) {
+            const double s = start + side * k * stride;
+            if (s <= a) break;
+            const double term = stride_term(s, a, y, h, &declined);
+            if (declined) return kNaN;
+            sum += term;
+            if (sum > 0.0 && term <= previous && term <= kStrideNegligible * sum) break;
+            previous = term;
+        }
+    }
+    return std::fmin(stride * sum, 1.0);
 }
 
 }  // namespace zemath::numeric
