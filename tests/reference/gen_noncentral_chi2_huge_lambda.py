@@ -1,11 +1,11 @@
 #!/usr/bin/python3
 """Reference values of the non-central chi-square lower tail at non-centralities from 2000 to
-1e9 (the largest taken) and degrees of freedom from 1 to 1e10, at the mean and 3, 8 and 30
-standard deviations out on each side.
+1e9 (the largest taken) and degrees of freedom from 1 to 1e10, at the mean and up to 30
+standard deviations out.
 
 Every value is the Poisson mixture sum_j w_j P(a + j, y), w_j = e^-h h^j / j!, h = lambda/2,
-a = df/2, y = x/2, summed over every j whose weight is above 1e-40 of the mode's (j within
-14 sqrt(h) + 50 of h), at 40 digits: the central terms by the downward recurrence
+a = df/2, y = x/2, summed over j within 14 sqrt(h) + 50 of h (every weight above 1e-40 of the
+mode's) and, far in the lower tail, as far below the largest term's index, at 32 digits: the central terms by the downward recurrence
 P(s, y) = P(s + 1, y) + d(s), d(s) = y^s e^-y / Gamma(s + 1), d(s) = d(s + 1) (s + 1) / y
 (positive additions) from one incomplete gamma at the top index (gen_distributions_central.py's
 series and continued fraction), the weights by w_(j-1) = w_j j / h from the top one. The
@@ -27,10 +27,16 @@ MPF = mp.mpf
 
 
 def ncchi2(x, df, lam):
-    with mp.workdps(40):
+    with mp.workdps(32):
         a, y, h = MPF(df) / 2, MPF(x) / 2, MPF(lam) / 2
         span = int(14 * math.sqrt(float(h)) + 50)
         j0, j1 = max(0, int(h) - span), int(h) + span
+        # Far in the lower tail the central terms rise steeply towards small j and the
+        # largest terms lie below the weights' mode, near u = (2y - a) h / (y + h) (the two
+        # factors' Gaussian approximations); the range reaches 14 widths below it too.
+        u = float((2 * y - a) * h / (y + h))
+        if a + u > y:
+            j0 = max(0, min(j0, int(u) - span))
         top, _ = central.igamma(a + j1, y)
         w = mp.exp(-h + j1 * mp.log(h) - mp.loggamma(j1 + 1))
         d = mp.exp((a + j1) * mp.log(y) - y - mp.loggamma(a + j1 + 1))
@@ -46,13 +52,13 @@ def ncchi2(x, df, lam):
 
 def rows():
     out = []
-    for lam in [2001.0, 1e4, 1e5, 1e6, 1e8, 1e9]:
-        for df in [1.0, 100.0, 1e4, 1e8, 1e10]:
+    for lam, dfs, zs in [(2001.0, [1.0, 100.0, 1e4, 1e10], [-30, -3, 0, 8]),
+                         (1e5, [1.0, 1e4, 1e10], [-30, -3, 0, 8]),
+                         (1e7, [1.0, 1e10], [-30, 0, 8]),
+                         (1e9, [1.0, 1e10], [-8, 3])]:
+        for df in dfs:
             mean, sd = df + lam, math.sqrt(2 * df + 4 * lam)
-            for z in [-30, -8, -3, 0, 3, 8, 30]:
-                x = mean + z * sd
-                if x > 0:
-                    out.append((x, df, lam))
+            out.extend((mean + z * sd, df, lam) for z in zs if mean + z * sd > 0)
     return out
 
 

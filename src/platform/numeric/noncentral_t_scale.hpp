@@ -7,6 +7,9 @@ namespace zemath::numeric {
 
 // The largest degrees of freedom taken (see noncentral_t_scale.cpp for why).
 inline constexpr double kNoncentralTScaleDfMax = 1e10;
+// From |t| = kNoncentralTHugeT on, the law's tails are taken in closed form (t > 0: 1;
+// t < 0: the scale law's cdf a power of |t|), for any delta and df.
+inline constexpr double kNoncentralTHugeT = 1e50;
 
 // P(T <= t) = E[Phi(t S - delta)], S = sqrt(chi2_df / df), for t and delta finite and
 // 1 <= df <= kNoncentralTScaleDfMax, any result size (the integrand is positive). NaN for
