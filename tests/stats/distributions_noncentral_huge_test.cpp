@@ -12,9 +12,9 @@
 
 namespace {
 
+// Flat members, as the generated rows are written (no inner braces).
 struct Row {
-    double p[3];
-    double expected;
+    double a, b, c, expected;
 };
 
 const Row kStudentLargeDelta[] = {
@@ -33,21 +33,21 @@ double check_table(const char* name, const Row (&rows)[N], F call) {
     double worst = 0.0;
     for (const Row& r : rows) {
         int status = -1;
-        const double v = call(r.p, &status);
-        EXPECT_EQ(status, 0) << name << "(" << r.p[0] << ", " << r.p[1] << ", " << r.p[2] << ")";
+        const double v = call(r.a, r.b, r.c, &status);
+        EXPECT_EQ(status, 0) << name << "(" << r.a << ", " << r.b << ", " << r.c << ")";
         const double error = std::fabs(v - r.expected) / r.expected;
-        EXPECT_LE(error, 1e-13) << name << "(" << r.p[0] << ", " << r.p[1] << ", " << r.p[2]
-                                << ") = " << v << ", expected " << r.expected;
+        EXPECT_LE(error, 1e-13) << name << "(" << r.a << ", " << r.b << ", " << r.c << ") = " << v
+                                << ", expected " << r.expected;
         if (error > worst) worst = error;
     }
     return worst;
 }
 
-double student(const double* p, int* status) {
-    return nctcdf(p[0], p[1], p[2], 100, status);
+double student(double t, double df, double delta, int* status) {
+    return nctcdf(t, df, delta, 100, status);
 }
-double chi_square(const double* p, int* status) {
-    return ncchi2cdf(p[0], p[1], p[2], status);
+double chi_square(double x, double df, double lambda, int* status) {
+    return ncchi2cdf(x, df, lambda, status);
 }
 
 TEST(NoncentralHuge, StudentAtLargeNoncentralities) {
