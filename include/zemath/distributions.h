@@ -205,7 +205,7 @@ ZEMATH_API double poisspdf(int x, double lambda, int* status) ZEMATH_NOEXCEPT;
 ZEMATH_API double hygecdf(int k, int m, int n, int l, int tail, int* status) ZEMATH_NOEXCEPT;
 
 /* Non-central t lower tail P(T <= t) with df >= 1 degrees of freedom and non-centrality
- * |delta| <= 1e4 (the series' length grows with delta). Above df = 1e10 the law is taken
+ * |delta| <= 1e4. Above df = 1e10 the law is taken
  * from its expansion in 1/df, Phi(c) - phi(c) t (1 + c t) / (4 df) with c = t - delta, where
  * t^2 (1 + c^2) <= 1e-7 df (there within 1e-15 of the law), and refused elsewhere. maxiter
  * must be >= 1; the series are always summed to full precision, so maxiter never truncates

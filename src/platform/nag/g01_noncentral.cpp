@@ -8,9 +8,10 @@
 // gamma / beta terms (Ding; Benton and Krishnamoorthy), and takes the complement series
 // when the lower tail is the larger one, so both tails keep their accuracy. The t law
 // uses the series of Benton and Krishnamoorthy (2003) over I_x(j+1/2, v/2) and
-// I_x(j+1, v/2) with the same complement switch, except for t < 0 < delta: there the
-// lower tail is a small difference of the series' terms, and it is computed instead as
-// E[Phi(t S - delta)], S = sqrt(chi2_v / v), by quadrature of a positive integrand.
+// I_x(j+1, v/2) with the same complement switch at moderate parameters (|delta| <= 40,
+// df <= 1e5), except for t < 0 < delta: there the lower tail is a small difference of the
+// series' terms, and it is computed instead as E[Phi(t S - delta)], S = sqrt(chi2_v / v),
+// by quadrature of a positive (log-concave) integrand.
 // Two more exceptions: far in the lower tail of the chi-square, beta and F mixtures (where
 // Boost's sum from the Poisson mode underflows), and for beta shapes below 1e-8 (where
 // Boost's series stops at its cap), the mixture is summed from j = 0 (the beta and F
@@ -35,9 +36,13 @@
 //               for t < 0; |delta| <= 40, df <= 2000, starting shape <= 1000, and for
 //               t < 0 < delta (terms of both signs) only while their magnitudes stay within
 //               4 times the result; within the kernel's error times that factor plus about
-//               3 sqrt(n) ulps over n terms (measured 3e-14). Where it declines for that
-//               cancellation, the bound it hands back decides: below the series' floor the
-//               quadrature follows at once, without Boost's series first.
+//               3 sqrt(n) ulps over n terms (measured 3e-14).
+//   chi-square, 2000 < lambda <= 1e9: platform/numeric/noncentral_chi2 (stride): the mixture
+//               summed over every H-th index, H a power of two at most a quarter of the
+//               summand's width (Poisson's summation formula: the error is below e^-300),
+//               terms from the double incomplete gamma; at most about 200 terms at any lambda
+//               (measured 1.6e-15 and 0.05 ms, where Boost's series erred up to 4e-10 and took
+//               up to 50 ms).
 //   large shapes (beside the above): the chi-square mixture's starting term by Temme's expansion
 //               of the incomplete gamma up to df 1e10 (x/2 within |eta| <= 1/2 of the shape);
 //               the beta and F mixtures' by the double incomplete beta's large-shape paths up to
@@ -45,14 +50,21 @@
 //               near the mean (tests/reference/gen_noncentral_large.py). Larger shapes, and
 //               lambda above 1600 beside a shape above 1e5 (where Boost's extended mixture loses
 //               digits with the shape and its fraction runs without a term cap), are refused.
-//   t, df > 1e5 where the series declines: the quadrature E[Phi(t S - delta)] (Boost's series
-//               erred up to 1.6e-5 at df 1e8, delta 1e4); df > 1e10: the expansion in 1/df
-//               where its remainder is below 1e-15, refused elsewhere.
+//   t, |delta| > 40 or df > 1e5 or |t| >= 1e50, wherever the double series declines (and
+//               df <= 1e10): platform/numeric/noncentral_t_scale, the integral over the
+//               scale law on Gauss-Legendre panels laid at the density's mode,
+//               the step of Phi and the integrand's own mode, nodes exact in two parts (the law
+//               is ill-conditioned in t at large |delta|); measured within 6.7e-14 against mpmath
+//               over |delta| in [41, 1e4] and df in [1, 1e10], at most 0.3 ms (Boost's series
+//               erred up to 5e-6 at |delta| = 1e4 and took up to 20 ms). df > 1e10: the
+//               expansion in 1/df where its remainder is below 1e-15, refused elsewhere.
+//               |t| >= 1e50: the tails in closed form (t > 0: 1; t < 0: the scale law's cdf
+//               a power of |t| there), measured within 1e-15 (gen_noncentral_t_large_delta.py).
 //   elsewhere   (far tails where a double starting term leaves the normal range, larger
 //               parameters, t < 0 < delta below the series' floor) the extended paths above:
 //               Boost's long double series, the forward sums from j = 0, the quadrature.
-// The t law's quadrature weights its nodes by the log chi-scale density in double
-// (platform/numeric/chi_scale).
+// The t law's log-concave quadrature weights its nodes by the log chi-scale density in
+// double (platform/numeric/chi_scale).
 // Accuracy against mpmath over the test grids (df to 1e6, lambda to 1e4, values down to
 // 1e-300; tests/reference/gen_distributions_other.py, gen_noncentral_chi2_double.py,
 // gen_noncentral_double.py): 3.2e-14 (t), 2.9e-15 (chi-square), 1.9e-14 (F), 2.3e-15
@@ -85,6 +97,7 @@
 #include "platform/numeric/noncentral_beta.hpp"
 #include "platform/numeric/noncentral_chi2.hpp"
 #include "platform/numeric/noncentral_t.hpp"
+#include "platform/numeric/noncentral_t_scale.hpp"
 #include "platform/numeric/normal.hpp"
 #include "platform/numeric/stirling.hpp"
 
@@ -238,11 +251,13 @@ double beta_mixture_from_top(double lambda, double a, double b, double x) {
 
 }  // namespace
 
-// Above kQuadratureDf the quadrature below replaces Boost's series (see g01gbc); above
-// kQuadratureDfMax the quadrature's scale density loses digits (5e-6 at df = 1e15: its
-// deviance a (e^(2y) - 1 - 2y) cancels), and the law is taken from its expansion in 1/df.
-constexpr double kQuadratureDf = 1e5;
-constexpr double kQuadratureDfMax = 1e10;
+// Above kQuadratureDfMax the scale law's width 1/sqrt(2 df) nears the rounding of the
+// quadrature's breaks, and the law is taken from its expansion in 1/df.
+constexpr double kQuadratureDfMax = numeric::kNoncentralTScaleDfMax;
+// Up to kModerateDf (with |delta| <= 40) Boost's series and the log-concave quadrature were
+// measured within 3.2e-14 (tests/reference/gen_distributions_other.py); above it they lost
+// digits (1.1e-11 at df 1e6 .. 1e10), and the integral over the scale law takes over.
+constexpr double kModerateDf = 1e5;
 // Above kQuadratureDfMax, with S = 1 + e: E[e] = -1/(4 df), E[e^2] = 1/(2 df), so
 //     P(T <= t) = E[Phi(t S - delta)] = Phi(c) - phi(c) t (1 + c t) / (4 df) + R,  c = t - delta,
 // R led by the fourth moment's t^4 (c^3 - 3c) phi(c) / (32 df^2), relative to Phi(c) ~ phi(c)/|c|
@@ -275,30 +290,35 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter, N
     if (t == -INFINITY) return 0.0;
     if (t == INFINITY) return 1.0;
     if (df > kQuadratureDfMax) return checked(nct_lower_by_expansion(t, df, delta), fail);
+    // Moderate parameters keep their established paths beside the double series (the
+    // log-concave quadrature for t < 0 < delta, Boost's series elsewhere: a few
+    // microseconds); large |delta| or df take the integral over the scale law (Boost's series
+    // erred up to 5e-6 at |delta| = 1e4 and took up to 20 ms).
+    // (|t| >= 1e50 always takes the scale law's closed form: Boost's series gave 0 for
+    // 3.2e-201 at t = -1e200, df = 1, delta = 0.)
+    const bool moderate = std::fabs(delta) <= numeric::kNoncentralTDoubleDeltaMax &&
+                          df <= kModerateDf && std::fabs(t) < numeric::kNoncentralTHugeT;
     // For t < 0 < delta the series' terms cancel down to the result: its relative error
-    // is about eps / P, fine above 1/100 and worthless far below.
+    // is about eps / P, fine above 1/100 and worthless far below. There
+    // P = E[Phi(t S - delta)] <= Phi(-delta), so where that bound is already below the
+    // floor the series is not summed at all.
     constexpr double kSeriesFloor = 0.01;
-    // There P = E[Phi(t S - delta)] <= Phi(-delta), so where that bound is already below
-    // the floor the series is not summed at all.
-    if (t < 0.0 && delta > 0.0 && normal_lower(-delta) < kSeriesFloor)
-        return checked(nct_lower_by_quadrature(t, df, delta), fail);
+    const auto quadrature = [&] {
+        return checked(moderate ? nct_lower_by_quadrature(t, df, delta)
+                                : numeric::noncentral_t_lower_by_scale(t, df, delta),
+                       fail);
+    };
+    if (t < 0.0 && delta > 0.0 && normal_lower(-delta) < kSeriesFloor) return quadrature();
     // The double evaluation where it answers. Where its series cancels, its value still
-    // bounds P: below the floor the quadrature follows at once (Boost's series would only
-    // be discarded).
+    // bounds P: below the floor the quadrature follows at once.
     double bound = INFINITY;
     const double fast = numeric::noncentral_t_lower_double(t, df, delta, &bound);
     if (!std::isnan(fast)) return checked(fast, fail);
-    if (t < 0.0 && delta > 0.0 && bound < kSeriesFloor)
-        return checked(nct_lower_by_quadrature(t, df, delta), fail);
-    // Large df beside a large |delta|: Boost's series lost digits there (1.6e-5 relative at
-    // df = 1e8, delta = 1e4; its terms' incomplete betas run at shapes near delta^2 / 2 and
-    // df / 2 together), while E[Phi(t S - delta)] keeps a log-concave integrand whose
-    // width in ln S is 1/sqrt(2 df).
-    if (df > kQuadratureDf) return checked(nct_lower_by_quadrature(t, df, delta), fail);
+    if (t < 0.0 && delta > 0.0 && bound < kSeriesFloor) return quadrature();
+    if (!moderate) return checked(numeric::noncentral_t_lower_by_scale(t, df, delta), fail);
     const boost::math::non_central_t_distribution<double, BoostPolicy> law(df, delta);
     const double series = boost::math::cdf(law, t);
-    if (t < 0.0 && delta > 0.0 && !(series >= kSeriesFloor))
-        return checked(nct_lower_by_quadrature(t, df, delta), fail);
+    if (t < 0.0 && delta > 0.0 && !(series >= kSeriesFloor)) return quadrature();
     return checked(series, fail);
 }
 
@@ -324,6 +344,9 @@ double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter, 
     // The double evaluation where it answers (the body of moderate non-centralities).
     const double fast = numeric::noncentral_chi2_lower_double(x, df, lambda);
     if (!std::isnan(fast)) return checked(fast, fail);
+    // Larger non-centralities: the mixture summed with a stride.
+    const double stride = numeric::noncentral_chi2_lower_stride(x, df, lambda);
+    if (!std::isnan(stride)) return checked(stride, fail);
     // Ratio of consecutive mixture terms ~ (lambda/2) (x/2) / ((j+1)(df/2+j+1)).
     if (lambda > 0.0 && 0.25 * lambda * x < kForwardRatio * (0.5 * df + 1.0)) {
         const double y = 0.5 * x, a = 0.5 * df;

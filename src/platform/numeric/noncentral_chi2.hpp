@@ -14,4 +14,14 @@ inline constexpr double kNoncentralChi2DoubleLambdaMax = 2000.0;
 // shapes pass the double incomplete gamma's limit, a starting term outside the normal range.
 double noncentral_chi2_lower_double(double x, double df, double lambda);
 
+// Non-centralities above kNoncentralChi2DoubleLambdaMax, up to the routine's limit.
+inline constexpr double kNoncentralChi2StrideLambdaMax = 1e9;
+inline constexpr double kNoncentralChi2StrideDfMax = 1e10;
+
+// The same for kNoncentralChi2DoubleLambdaMax < lambda <= kNoncentralChi2StrideLambdaMax,
+// 0 < df <= kNoncentralChi2StrideDfMax, x/2 normal and finite, by the mixture summed with a
+// stride (see noncentral_chi2.cpp). NaN where it declines (outside that range, or where
+// the double incomplete gamma declines at a shape whose smaller tail might still matter).
+double noncentral_chi2_lower_stride(double x, double df, double lambda);
+
 }  // namespace zemath::numeric

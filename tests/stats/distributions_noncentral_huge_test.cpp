@@ -1,0 +1,124 @@
+// The non-central t at large non-centralities and the non-central chi-square at large
+// non-centralities: mpmath references (tests/reference/gen_noncentral_t_large_delta.py,
+// gen_noncentral_chi2_huge_lambda.py) across the paths and their switch points, and the
+// refusals on either side of each bound.
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <cmath>
+
+#include "zemath/distributions.h"
+#include "zemath/status.h"
+
+namespace {
+
+// Flat members, as the generated rows are written (no inner braces).
+struct Row {
+    double a, b, c, expected;
+};
+
+const Row kStudentLargeDelta[] = {
+#include "reference/noncentral_t_large_delta_ref.inc"
+};
+const Row kStudentHugeT[] = {
+#include "reference/noncentral_t_huge_t_ref.inc"
+};
+const Row kChiSquareHugeLambda[] = {
+#include "reference/noncentral_chi2_huge_lambda_ref.inc"
+};
+
+// Every row within 1e-13 relative, status 0; returns the worst error seen.
+template <class F, std::size_t N>
+double check_table(const char* name, const Row (&rows)[N], F call) {
+    double worst = 0.0;
+    for (const Row& r : rows) {
+        int status = -1;
+        const double v = call(r.a, r.b, r.c, &status);
+        EXPECT_EQ(status, 0) << name << "(" << r.a << ", " << r.b << ", " << r.c << ")";
+        const double error = std::fabs(v - r.expected) / r.expected;
+        EXPECT_LE(error, 1e-13) << name << "(" << r.a << ", " << r.b << ", " << r.c << ") = " << v
+                                << ", expected " << r.expected;
+        if (error > worst) worst = error;
+    }
+    return worst;
+}
+
+double student(double t, double df, double delta, int* status) {
+    return nctcdf(t, df, delta, 100, status);
+}
+double chi_square(double x, double df, double lambda, int* status) {
+    return ncchi2cdf(x, df, lambda, status);
+}
+
+TEST(NoncentralHuge, StudentAtLargeNoncentralities) {
+    const double worst = check_table("nctcdf", kStudentLargeDelta, student);
+    std::printf("[accuracy] nctcdf |delta| 41..1e4: %zu rows, worst relative error %.2e\n",
+                std::size(kStudentLargeDelta), worst);
+}
+
+// t <= -1e50: the law's far lower tail in closed form; t >= 1e50 gives 1 (the upper tail is
+// below 1e-46 there). Across the switch at |t| = 1e50 the lower tail scales as |t|^-df.
+TEST(NoncentralHuge, StudentAtHugeT) {
+    check_table("nctcdf", kStudentHugeT, student);
+    int status = -1;
+    EXPECT_EQ(nctcdf(1e50, 1.0, 1e4, 100, &status), 1.0);
+    EXPECT_EQ(status, 0);
+    struct Case {
+        double df, delta;
+    };
+    for (const Case c : {Case{1.0, -1.3}, Case{3.0, -100.0}, Case{2.0, 5.0}, Case{6.0, -1e4}}) {
+        const double below = std::nextafter(-1e50, 0.0);  // the quadrature's side
+        const double at = nctcdf(-1e50, c.df, c.delta, 100, &status);
+        EXPECT_EQ(status, 0);
+        const double near = nctcdf(below, c.df, c.delta, 100, &status);
+        EXPECT_EQ(status, 0);
+        EXPECT_NEAR(near / at, std::pow(-1e50 / below, c.df), 1e-13) << c.df << " " << c.delta;
+    }
+}
+
+TEST(NoncentralHuge, ChiSquareAtLargeNoncentralities) {
+    const double worst = check_table("ncchi2cdf", kChiSquareHugeLambda, chi_square);
+    std::printf("[accuracy] ncchi2cdf lambda 2001..1e9: %zu rows, worst relative error %.2e\n",
+                std::size(kChiSquareHugeLambda), worst);
+}
+
+// The switch from the mixture run term by term (lambda <= 2000) to the strided sum: one ulp
+// of lambda moves the law by under 5e-14 relative at these points (d ln P / d lambda is at
+// most about |z| / sd = 0.1), so the two paths must agree to their own accuracy.
+TEST(NoncentralHuge, ChiSquareAcrossTheStrideSwitch) {
+    const double above = std::nextafter(2000.0, 3000.0);
+    for (double df : {1.0, 50.0, 3000.0}) {
+        const double sd = std::sqrt(2.0 * df + 8000.0);
+        for (double z : {-8.0, -3.0, 0.0, 3.0}) {
+            const double x = df + 2000.0 + z * sd;
+            int s1 = -1, s2 = -1;
+            const double at = ncchi2cdf(x, df, 2000.0, &s1);
+            const double next = ncchi2cdf(x, df, above, &s2);
+            EXPECT_EQ(s1, 0);
+            EXPECT_EQ(s2, 0);
+            EXPECT_NEAR(next / at, 1.0, 1e-13) << x << " " << df;
+        }
+    }
+}
+
+// The documented bounds, both sides: |delta| <= 1e4 computed, beyond refused with 7;
+// lambda <= 1e9 computed, beyond refused with 7.
+TEST(NoncentralHuge, RefusalBounds) {
+    int status = -1;
+    for (double delta : {1e4, -1e4}) {
+        const double v = nctcdf(delta, 1e3, delta, 100, &status);
+        EXPECT_EQ(status, 0);
+        EXPECT_GT(v, 0.4);
+        EXPECT_LT(v, 0.6);
+        EXPECT_EQ(nctcdf(delta, 1e3, std::nextafter(delta, 2 * delta), 100, &status), NANUM);
+        EXPECT_EQ(status, 7);
+    }
+    const double v = ncchi2cdf(1e9 + 1e4, 1e4, 1e9, &status);
+    EXPECT_EQ(status, 0);
+    EXPECT_GT(v, 0.4);
+    EXPECT_LT(v, 0.6);
+    EXPECT_EQ(ncchi2cdf(1e9 + 1e4, 1e4, std::nextafter(1e9, 2e9), &status), NANUM);
+    EXPECT_EQ(status, 7);
+}
+
+}  // namespace
