@@ -1,7 +1,7 @@
-// The non-central t at large non-centralities and the non-central chi-square at large
-// non-centralities: mpmath references (tests/reference/gen_noncentral_t_large_delta.py,
-// gen_noncentral_chi2_huge_lambda.py) across the paths and their switch points, and the
-// refusals on either side of each bound.
+// The non-central t at large non-centralities and the non-central chi-square, beta and F at
+// large non-centralities: mpmath references (tests/reference/gen_noncentral_t_large_delta.py,
+// gen_noncentral_chi2_huge_lambda.py, gen_noncentral_beta_huge_lambda.py) across the paths
+// and their switch points, and the refusals on either side of each bound.
 #include <gtest/gtest.h>
 
 #include <cfloat>
@@ -25,6 +25,14 @@ const Row kStudentHugeT[] = {
 };
 const Row kChiSquareHugeLambda[] = {
 #include "reference/noncentral_chi2_huge_lambda_ref.inc"
+};
+
+// kind 1: ncbetacdf(x, a, b, lambda); kind 2: ncfcdf(f, df1, df2, lambda).
+struct MixtureRow {
+    double kind, p0, p1, p2, lambda, expected;
+};
+const MixtureRow kBetaHugeLambda[] = {
+#include "reference/noncentral_beta_huge_lambda_ref.inc"
 };
 
 // Every row within 1e-13 relative, status 0; returns the worst error seen.
@@ -101,6 +109,53 @@ TEST(NoncentralHuge, ChiSquareAcrossTheStrideSwitch) {
     }
 }
 
+TEST(NoncentralHuge, BetaAndFAtLargeNoncentralities) {
+    double worst = 0.0;
+    for (const MixtureRow& r : kBetaHugeLambda) {
+        int status = -1;
+        const double v = r.kind == 1.0 ? ncbetacdf(r.p0, r.p1, r.p2, r.lambda, &status)
+                                       : ncfcdf(r.p0, r.p1, r.p2, r.lambda, &status);
+        EXPECT_EQ(status, 0) << r.kind << ": " << r.p0 << ", " << r.p1 << ", " << r.p2 << ", "
+                             << r.lambda;
+        const double error = std::fabs(v - r.expected) / r.expected;
+        EXPECT_LE(error, 1e-13) << r.kind << ": " << r.p0 << ", " << r.p1 << ", " << r.p2 << ", "
+                                << r.lambda << " = " << v << ", expected " << r.expected;
+        worst = std::fmax(worst, error);
+    }
+    std::printf(
+        "[accuracy] ncbetacdf, ncfcdf lambda 1500..1e9: %zu rows, worst relative error %.2e\n",
+        std::size(kBetaHugeLambda), worst);
+}
+
+// The beta and F mixtures' switch from the term-by-term run (lambda <= 1600) to the strided
+// sum: one ulp of lambda moves the law by far less than 1e-13 relative at these points, so
+// the two paths must agree to their own accuracy.
+TEST(NoncentralHuge, BetaAndFAcrossTheStrideSwitch) {
+    const double lambda = 1600.0, above = std::nextafter(lambda, 3000.0);
+    struct Shapes {
+        double a, b;
+    };
+    for (const Shapes& sh :
+         {Shapes{0.5, 2.0}, Shapes{2.5, 5.0}, Shapes{300.0, 40.0}, Shapes{50.0, 1000.0}}) {
+        const double mu = 2.0 * sh.a + lambda, mv = 2.0 * sh.b;
+        const double sd = std::sqrt(mv * mv * (4.0 * sh.a + 8.0 * lambda) + mu * mu * 4.0 * sh.b) /
+                          ((mu + mv) * (mu + mv));
+        for (double z : {-6.0, -2.0, 0.0, 3.0}) {
+            const double x = mu / (mu + mv) + z * sd;
+            if (!(x > 0.0 && x < 1.0)) continue;
+            const double f = (x / (2.0 * sh.a)) / ((1.0 - x) / (2.0 * sh.b));
+            int s1 = -1, s2 = -1, s3 = -1, s4 = -1;
+            const double beta_at = ncbetacdf(x, sh.a, sh.b, lambda, &s1);
+            const double beta_next = ncbetacdf(x, sh.a, sh.b, above, &s2);
+            const double f_at = ncfcdf(f, 2.0 * sh.a, 2.0 * sh.b, lambda, &s3);
+            const double f_next = ncfcdf(f, 2.0 * sh.a, 2.0 * sh.b, above, &s4);
+            EXPECT_EQ(s1 | s2 | s3 | s4, 0);
+            EXPECT_NEAR(beta_next / beta_at, 1.0, 1e-13) << x << " " << sh.a << " " << sh.b;
+            EXPECT_NEAR(f_next / f_at, 1.0, 1e-13) << f << " " << sh.a << " " << sh.b;
+        }
+    }
+}
+
 // The documented bounds, both sides: |delta| <= 1e4 computed, beyond refused with 7;
 // lambda <= 1e9 computed, beyond refused with 7.
 TEST(NoncentralHuge, RefusalBounds) {
@@ -118,6 +173,10 @@ TEST(NoncentralHuge, RefusalBounds) {
     EXPECT_GT(v, 0.4);
     EXPECT_LT(v, 0.6);
     EXPECT_EQ(ncchi2cdf(1e9 + 1e4, 1e4, std::nextafter(1e9, 2e9), &status), NANUM);
+    EXPECT_EQ(status, 7);
+    EXPECT_EQ(ncbetacdf(0.99999999, 2.5, 5.0, std::nextafter(1e9, 2e9), &status), NANUM);
+    EXPECT_EQ(status, 7);
+    EXPECT_EQ(ncfcdf(1e5, 1e4, 1e5, std::nextafter(1e9, 2e9), &status), NANUM);
     EXPECT_EQ(status, 7);
 }
 
