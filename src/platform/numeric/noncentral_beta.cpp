@@ -55,7 +55,8 @@
 // up to terms of order e^(-2 pi^2 sigma^2 / H^2): with the stride H a power of two at most
 // sigma/4 that is below e^-300 (declined where sigma/4 < 1). The nodes s = c + k H are exact
 // doubles; I_x(s, b) comes from the double incomplete beta at the exact shape (its
-// large-shape paths; the sum declines wherever it declines at a node), and w(u), u = s - a
+// large-shape paths; 1 minus the upper side where only that is given, up to 0.95; the sum
+// declines wherever the kernel declines at a node), and w(u), u = s - a
 // in two parts, from the deviance h - u - u ln(h/u) in two parts and Stirling's error term:
 // w(u) = e^-(deviance + mu(u)) / sqrt(2 pi u). The sum runs from the largest term (located
 // from Gaussian approximations of both factors) outwards, each side until a falling term is
@@ -177,6 +178,7 @@ constexpr double kStrideNegligible = 1e-18;
 // nodes a side; a longer walk (far tails, where the guess of the largest term is off by
 // many widths) declines, and the routines' other paths take over.
 constexpr int kStrideSteps = 200;
+constexpr double kUpperSideMax = 0.95;
 
 // w(u) I_x(s, b), u = s - a carried in two parts, s exact. NaN where the double incomplete
 // beta declines.
@@ -184,13 +186,18 @@ double stride_term(double s, double a, double b, double h, TwoPart x, TwoPart y)
     const TwoPart u = two_sum(s, -a);
     if (!(u.hi > 0.0)) return 0.0;
     const auto tails = incomplete_beta_double(s, b, x, y, /*one_side=*/true);
-    if (!tails || std::isnan(tails->lower)) return kNaN;
-    if (tails->lower == 0.0) return 0.0;
+    if (!tails) return kNaN;
+    // Where the kernel gives the upper side only (a small b: I falls slowly past the
+    // switch), the lower is 1 minus it while that loses at most a factor 20 of its digits.
+    double lower = tails->lower;
+    if (std::isnan(lower) && tails->upper <= kUpperSideMax) lower = 1.0 - tails->upper;
+    if (std::isnan(lower)) return kNaN;
+    if (lower == 0.0) return 0.0;
     const TwoPart deviance = gamma_deviance(u.hi, h, 0.0);
     const double log_ratio = std::log(h / u.hi);
     const double log_weight =
         -deviance.hi - (deviance.lo + stirling_error(u.hi)) + u.lo * log_ratio;
-    return std::exp(log_weight) / std::sqrt(2.0 * 3.141592653589793 * u.hi) * tails->lower;
+    return std::exp(log_weight) / std::sqrt(2.0 * 3.141592653589793 * u.hi) * lower;
 }
 
 }  // namespace
