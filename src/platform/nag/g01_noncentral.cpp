@@ -45,10 +45,10 @@
 //               up to 50 ms).
 //   beta, F, 1600 < lambda <= 1e9: platform/numeric/noncentral_beta (stride): the same
 //               strided sum over the beta mixture, terms from the double incomplete beta
-//               (shapes up to 1e5); a few dozen terms at any lambda (measured within 1.1e-15 and
-//               0.06 ms, where Boost's series erred up to 3e-13 and took up to 14 ms); where it
-//               declines (a summand narrower than four indices, far tails, a node the double
-//               kernel does not take) the paths below.
+//               (shapes up to 1e5); a few dozen terms at any lambda (measured within 1.1e-15
+//               and about 0.1 ms, where Boost's series erred up to 3e-13 and took up to 14 ms);
+//               where it declines (a summand narrower than four indices, far tails, a node the
+//               double kernel does not take) the paths below.
 //   large shapes (beside the above): the chi-square mixture's starting term by Temme's expansion
 //               of the incomplete gamma up to df 1e10 (x/2 within |eta| <= 1/2 of the shape);
 //               the beta and F mixtures' by the double incomplete beta's large-shape paths up to
