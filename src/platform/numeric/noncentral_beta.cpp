@@ -193,11 +193,7 @@ double stride_term(double s, double a, double b, double h, TwoPart x, TwoPart y)
     if (std::isnan(lower) && tails->upper <= kUpperSideMax) lower = 1.0 - tails->upper;
     if (std::isnan(lower)) return kNaN;
     if (lower == 0.0) return 0.0;
-    const TwoPart deviance = gamma_deviance(u.hi, h, 0.0);
-    const double log_ratio = std::log(h / u.hi);
-    const double log_weight =
-        -deviance.hi - (deviance.lo + stirling_error(u.hi)) + u.lo * log_ratio;
-    return std::exp(log_weight) / std::sqrt(2.0 * 3.141592653589793 * u.hi) * lower;
+    return poisson_weight_at(u, h) * lower;
 }
 
 }  // namespace

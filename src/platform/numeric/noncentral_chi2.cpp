@@ -175,11 +175,7 @@ double stride_term(double s, double a, double y, double h, bool* declined) {
         return 0.0;
     }
     if (central == 0.0) return 0.0;
-    const TwoPart deviance = gamma_deviance(u.hi, h, 0.0);
-    const double log_ratio = std::log(h / u.hi);
-    const double log_weight =
-        -deviance.hi - (deviance.lo + stirling_error(u.hi)) + u.lo * log_ratio;
-    return std::exp(log_weight) / std::sqrt(2.0 * 3.141592653589793 * u.hi) * central;
+    return poisson_weight_at(u, h) * central;
 }
 
 }  // namespace

@@ -24,6 +24,7 @@
 #include "platform/numeric/discrete_terms.hpp"
 #include "platform/numeric/double_double.hpp"
 #include "platform/numeric/extended.hpp"
+#include "platform/numeric/incomplete_gamma.hpp"
 #include "platform/numeric/stirling.hpp"
 
 namespace zemath::numeric {
@@ -43,6 +44,17 @@ inline int poisson_top_index(double h, double truncation) {
         rel *= r;
     }
     return top;
+}
+
+// The Poisson weight e^-h h^u / Gamma(u + 1) at a real index u = u.hi + u.lo > 0 (the
+// strided mixture sums' nodes), in Loader's saddle-point form: the two-part deviance of u
+// from h, Stirling's error term, and the low part of u through the logarithm's slope.
+inline double poisson_weight_at(TwoPart u, double h) {
+    const TwoPart deviance = gamma_deviance(u.hi, h, 0.0);
+    const double log_ratio = std::log(h / u.hi);
+    const double log_weight =
+        -deviance.hi - (deviance.lo + stirling_error(u.hi)) + u.lo * log_ratio;
+    return std::exp(log_weight) / std::sqrt(2.0 * 3.141592653589793 * u.hi);
 }
 
 inline Extended widen(TwoPart v) {
