@@ -34,6 +34,10 @@ struct MixtureRow {
 const MixtureRow kBetaHugeLambda[] = {
 #include "reference/noncentral_beta_huge_lambda_ref.inc"
 };
+// kind 0: ncchi2cdf(p0, p1, lambda); 1 and 2 as above. Expected 0 below 2^-1075.
+const MixtureRow kUnderflowCut[] = {
+#include "reference/noncentral_underflow_cut_ref.inc"
+};
 
 // Every row within 1e-13 relative, status 0; returns the worst error seen.
 template <class F, std::size_t N>
@@ -153,6 +157,33 @@ TEST(NoncentralHuge, BetaAndFAcrossTheStrideSwitch) {
             EXPECT_NEAR(beta_next / beta_at, 1.0, 1e-13) << x << " " << sh.a << " " << sh.b;
             EXPECT_NEAR(f_next / f_at, 1.0, 1e-13) << f << " " << sh.a << " " << sh.b;
         }
+    }
+}
+
+// On both sides of the point where the lower tails leave the double range: results above
+// 1e-300 within 1e-13, subnormal ones (below the accuracy promised) within 1% and two units
+// of the last place, and exact zeros below half the smallest subnormal, whether proven at once
+// or found by summing.
+TEST(NoncentralHuge, LowerTailsAcrossTheUnderflowCut) {
+    constexpr double kSubnormalUnit = 4.9406564584124654e-324;
+    for (const MixtureRow& r : kUnderflowCut) {
+        int status = -1;
+        const double v = r.kind == 0.0   ? ncchi2cdf(r.p0, r.p1, r.lambda, &status)
+                         : r.kind == 1.0 ? ncbetacdf(r.p0, r.p1, r.p2, r.lambda, &status)
+                                         : ncfcdf(r.p0, r.p1, r.p2, r.lambda, &status);
+        const auto where = [&] {
+            return ::testing::Message()
+                   << r.kind << ": " << r.p0 << ", " << r.p1 << ", " << r.p2 << ", " << r.lambda
+                   << " = " << v << ", expected " << r.expected;
+        };
+        EXPECT_EQ(status, 0) << where();
+        if (r.expected == 0.0)
+            EXPECT_EQ(v, 0.0) << where();
+        else if (r.expected < DBL_MIN)
+            EXPECT_LE(std::fabs(v - r.expected), 0.01 * r.expected + 2.0 * kSubnormalUnit)
+                << where();
+        else
+            EXPECT_LE(std::fabs(v - r.expected), 1e-13 * r.expected) << where();
     }
 }
 

@@ -101,6 +101,7 @@
 #include "platform/nag/log_concave_quadrature.hpp"
 #include "platform/numeric/chi_scale.hpp"
 #include "platform/numeric/noncentral_beta.hpp"
+#include "platform/numeric/noncentral_bound.hpp"
 #include "platform/numeric/noncentral_chi2.hpp"
 #include "platform/numeric/noncentral_t.hpp"
 #include "platform/numeric/noncentral_t_scale.hpp"
@@ -350,6 +351,10 @@ double g01gcc(double x, double df, double lambda, double /*tol*/, int max_iter, 
     // The double evaluation where it answers (the body of moderate non-centralities).
     const double fast = numeric::noncentral_chi2_lower_double(x, df, lambda);
     if (!std::isnan(fast)) return checked(fast, fail);
+    // Where a Chernoff bound proves the lower tail below half the smallest subnormal, it
+    // is 0 (the sums below took up to 50 ms to find that).
+    if (numeric::lower_tail_underflows(numeric::noncentral_chi2_lower_log_bound(x, df, lambda)))
+        return 0.0;
     // Larger non-centralities: the mixture summed with a stride.
     const double stride = numeric::noncentral_chi2_lower_stride(x, df, lambda);
     if (!std::isnan(stride)) return checked(stride, fail);
@@ -388,6 +393,11 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
             numeric::noncentral_beta_lower_double(a, b, lambda, numeric::divide(product, total),
                                                   numeric::divide(TwoPart{df2, 0.0}, total));
         if (!std::isnan(fast)) return checked(fast, fail);
+        // A lower tail proven below half the smallest subnormal (Chernoff) is 0.
+        const numeric::Extended ratio = static_cast<numeric::Extended>(df1) * f / df2;
+        if (numeric::lower_tail_underflows(
+                numeric::noncentral_beta_lower_log_bound(a, b, lambda, ratio)))
+            return 0.0;
         // Larger non-centralities: the mixture summed with a stride.
         const double stride =
             numeric::noncentral_beta_lower_stride(a, b, lambda, numeric::divide(product, total),
@@ -427,8 +437,16 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
                            }),
                        fail);
     }
-    const boost::math::non_central_f_distribution<double, BoostPolicy> law(df1, df2, lambda);
-    return checked(boost::math::cdf(law, f), fail);
+    // Elsewhere Boost's extended beta mixture at x in the extended type, formed from its two
+    // parts: the law's condition number in x reaches thousands in the far lower tail, where a
+    // double x (Boost's F law forms one) cost up to 1.5e-13.
+    using numeric::Extended;
+    const numeric::TwoPart product = numeric::two_product(df1, f);
+    const numeric::TwoPart total = numeric::add(product, numeric::TwoPart{df2, 0.0});
+    const Extended x_ext = (static_cast<Extended>(product.hi) + product.lo) /
+                           (static_cast<Extended>(total.hi) + total.lo);
+    const boost::math::non_central_beta_distribution<Extended, BoostPolicy> law(a, b, lambda);
+    return checked(static_cast<double>(boost::math::cdf(law, x_ext)), fail);
 }
 
 double g01gec(double x, double a, double b, double lambda, double /*tol*/, int max_iter,
@@ -447,9 +465,14 @@ double g01gec(double x, double a, double b, double lambda, double /*tol*/, int m
     const double fast =
         numeric::noncentral_beta_lower_double(a, b, lambda, {x, 0.0}, numeric::two_sum(1.0, -x));
     if (!std::isnan(fast)) return checked(fast, fail);
+    // A lower tail proven below half the smallest subnormal (Chernoff) is 0.
+    const numeric::TwoPart y = numeric::two_sum(1.0, -x);
+    const numeric::Extended ratio = x / (static_cast<numeric::Extended>(y.hi) + y.lo);
+    if (numeric::lower_tail_underflows(
+            numeric::noncentral_beta_lower_log_bound(a, b, lambda, ratio)))
+        return 0.0;
     // Larger non-centralities: the mixture summed with a stride.
-    const double stride =
-        numeric::noncentral_beta_lower_stride(a, b, lambda, {x, 0.0}, numeric::two_sum(1.0, -x));
+    const double stride = numeric::noncentral_beta_lower_stride(a, b, lambda, {x, 0.0}, y);
     if (!std::isnan(stride)) return checked(stride, fail);
     // Ratio of consecutive mixture terms ~ (lambda/2) x (a+b+j)/((j+1)(a+j+1)).
     if (lambda > 0.0 && 0.5 * lambda * x * std::max(1.0, (a + b) / (a + 1.0)) < kForwardRatio &&

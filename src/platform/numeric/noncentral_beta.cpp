@@ -179,10 +179,12 @@ constexpr double kStrideNegligible = 1e-18;
 // many widths) declines, and the routines' other paths take over.
 constexpr int kStrideSteps = 200;
 constexpr double kUpperSideMax = 0.95;
+// The weights' scale for results below kSmallestResult (e^690 is about 1e300).
+constexpr double kLowScale = 690.0;
 
 // w(u) I_x(s, b), u = s - a carried in two parts, s exact. NaN where the double incomplete
 // beta declines.
-double stride_term(double s, double a, double b, double h, TwoPart x, TwoPart y) {
+double stride_term(double s, double a, double b, double h, TwoPart x, TwoPart y, double log_scale) {
     const TwoPart u = two_sum(s, -a);
     if (!(u.hi > 0.0)) return 0.0;
     const auto tails = incomplete_beta_double(s, b, x, y, /*one_side=*/true);
@@ -193,7 +195,7 @@ double stride_term(double s, double a, double b, double h, TwoPart x, TwoPart y)
     if (std::isnan(lower) && tails->upper <= kUpperSideMax) lower = 1.0 - tails->upper;
     if (std::isnan(lower)) return kNaN;
     if (lower == 0.0) return 0.0;
-    return poisson_weight_at(u, h) * lower;
+    return poisson_weight_at(u, h, log_scale) * lower;
 }
 
 }  // namespace
@@ -223,26 +225,38 @@ double noncentral_beta_lower_stride(double a, double b, double lambda, TwoPart x
         (1.0 + (switch_shape - a) / central_width2) / (1.0 / h + 1.0 / central_width2);
     if (a + guess > switch_shape && guess > 0.0 && guess < h) peak = guess;
     const double start = stride * std::nearbyint((a + peak) / stride);
-    double sum = 0.0;
-    // Downwards from the start, then upwards: the terms are log-concave in the index, so
-    // past the largest they fall for good; each side stops once a falling term is below
-    // 1e-18 of the sum.
-    for (int side : {-1, +1}) {
-        double previous = INFINITY;
-        for (int k = side > 0 ? 1 : 0; k < kStrideSteps; ++k) {
-            const double s = start + side * k * stride;
-            if (s <= a) break;
-            const double term = stride_term(s, a, b, h, x, y);
-            if (std::isnan(term)) return kNaN;
-            sum += term;
-            if (sum > 0.0 && term <= previous && term <= kStrideNegligible * sum) break;
-            previous = term;
-            if (k + 1 == kStrideSteps) return kNaN;
+    // The sum with every weight times e^log_scale.
+    const auto scaled_sum = [&](double log_scale) {
+        double sum = 0.0;
+        // Downwards from the start, then upwards: the terms are log-concave in the index, so
+        // past the largest they fall for good; each side stops once a falling term is below
+        // 1e-18 of the sum.
+        for (int side : {-1, +1}) {
+            double previous = INFINITY;
+            for (int k = side > 0 ? 1 : 0; k < kStrideSteps; ++k) {
+                const double s = start + side * k * stride;
+                if (s <= a) break;
+                const double term = stride_term(s, a, b, h, x, y, log_scale);
+                if (std::isnan(term)) return kNaN;
+                sum += term;
+                if (sum > 0.0 && term <= previous && term <= kStrideNegligible * sum) break;
+                previous = term;
+                if (k + 1 == kStrideSteps) return kNaN;
+            }
         }
-    }
-    const double result = stride * sum;
-    if (!(result >= kSmallestResult)) return kNaN;
-    return std::fmin(result, 1.0);
+        return stride * sum;
+    };
+    const double result = scaled_sum(0.0);
+    if (result >= kSmallestResult) return std::fmin(result, 1.0);
+    if (std::isnan(result)) return kNaN;
+    // Near the bottom of the double range the weights that matter may leave it: the sum runs
+    // again with them scaled by e^kLowScale (exactly the same terms otherwise), and is scaled
+    // back once, rounding once into the subnormal range where it ends there. A scaled sum
+    // still below kSmallestResult puts the law below e^-1300: 0.
+    const double scaled = scaled_sum(kLowScale);
+    if (std::isnan(scaled)) return kNaN;
+    if (!(scaled >= kSmallestResult)) return 0.0;
+    return scaled * std::exp(-kLowScale);
 }
 
 }  // namespace zemath::numeric

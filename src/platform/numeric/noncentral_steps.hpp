@@ -48,12 +48,14 @@ inline int poisson_top_index(double h, double truncation) {
 
 // The Poisson weight e^-h h^u / Gamma(u + 1) at a real index u = u.hi + u.lo > 0 (the
 // strided mixture sums' nodes), in Loader's saddle-point form: the two-part deviance of u
-// from h, Stirling's error term, and the low part of u through the logarithm's slope.
-inline double poisson_weight_at(TwoPart u, double h) {
+// from h, Stirling's error term, and the low part of u through the logarithm's slope. The
+// weight times e^log_scale where given (sums whose result lies near the bottom of the double
+// range run scaled, so that no weight that matters leaves the normal range).
+inline double poisson_weight_at(TwoPart u, double h, double log_scale = 0.0) {
     const TwoPart deviance = gamma_deviance(u.hi, h, 0.0);
     const double log_ratio = std::log(h / u.hi);
     const double log_weight =
-        -deviance.hi - (deviance.lo + stirling_error(u.hi)) + u.lo * log_ratio;
+        (log_scale - deviance.hi) - (deviance.lo + stirling_error(u.hi)) + u.lo * log_ratio;
     return std::exp(log_weight) / std::sqrt(2.0 * 3.141592653589793 * u.hi);
 }
 
