@@ -437,16 +437,14 @@ double g01gdc(double f, double df1, double df2, double lambda, double /*tol*/, i
                            }),
                        fail);
     }
-    // Elsewhere Boost's extended beta mixture at x in the extended type, formed from its two
-    // parts: the law's condition number in x reaches thousands in the far lower tail, where a
-    // double x (Boost's F law forms one) cost up to 1.5e-13.
-    using numeric::Extended;
-    const numeric::TwoPart product = numeric::two_product(df1, f);
-    const numeric::TwoPart total = numeric::add(product, numeric::TwoPart{df2, 0.0});
-    const Extended x_ext = (static_cast<Extended>(product.hi) + product.lo) /
-                           (static_cast<Extended>(total.hi) + total.lo);
-    const boost::math::non_central_beta_distribution<Extended, BoostPolicy> law(a, b, lambda);
-    return checked(static_cast<double>(boost::math::cdf(law, x_ext)), fail);
+    // Elsewhere Boost's F law in the extended type throughout: its x = y / (1 + y) and
+    // 1 - x = 1 / (1 + y), y = df1 f / df2, are then formed to 2^-64 (the law's condition
+    // number in x reaches thousands in the far lower tail, where the double ones cost up to
+    // 1.5e-13).
+    const boost::math::non_central_f_distribution<numeric::Extended, BoostPolicy> law(df1, df2,
+                                                                                      lambda);
+    return checked(static_cast<double>(boost::math::cdf(law, static_cast<numeric::Extended>(f))),
+                   fail);
 }
 
 double g01gec(double x, double a, double b, double lambda, double /*tol*/, int max_iter,
