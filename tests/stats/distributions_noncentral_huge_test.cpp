@@ -1,7 +1,8 @@
 // The non-central t at large non-centralities and the non-central chi-square, beta and F at
 // large non-centralities: mpmath references (tests/reference/gen_noncentral_t_large_delta.py,
-// gen_noncentral_chi2_huge_lambda.py, gen_noncentral_beta_huge_lambda.py) across the paths
-// and their switch points, and the refusals on either side of each bound.
+// gen_noncentral_chi2_huge_lambda.py, gen_noncentral_beta_huge_lambda.py,
+// gen_noncentral_far_tails.py) across the paths and their switch points, and the refusals on either
+// side of each bound.
 #include <gtest/gtest.h>
 
 #include <cfloat>
@@ -35,8 +36,8 @@ const MixtureRow kBetaHugeLambda[] = {
 #include "reference/noncentral_beta_huge_lambda_ref.inc"
 };
 // kind 0: ncchi2cdf(p0, p1, lambda); 1 and 2 as above. Expected 0 below 2^-1075.
-const MixtureRow kUnderflowCut[] = {
-#include "reference/noncentral_underflow_cut_ref.inc"
+const MixtureRow kFarLowerTails[] = {
+#include "reference/noncentral_far_tails_ref.inc"
 };
 
 // Every row within 1e-13 relative, status 0; returns the worst error seen.
@@ -164,9 +165,9 @@ TEST(NoncentralHuge, BetaAndFAcrossTheStrideSwitch) {
 // 1e-300 within 1e-13, subnormal ones (below the accuracy promised) within 1% and two units
 // of the last place, and exact zeros below half the smallest subnormal, whether proven at once
 // or found by summing.
-TEST(NoncentralHuge, LowerTailsAcrossTheUnderflowCut) {
+TEST(NoncentralHuge, FarLowerTails) {
     constexpr double kSubnormalUnit = 4.9406564584124654e-324;
-    for (const MixtureRow& r : kUnderflowCut) {
+    for (const MixtureRow& r : kFarLowerTails) {
         int status = -1;
         const double v = r.kind == 0.0   ? ncchi2cdf(r.p0, r.p1, r.lambda, &status)
                          : r.kind == 1.0 ? ncbetacdf(r.p0, r.p1, r.p2, r.lambda, &status)

@@ -179,23 +179,40 @@ constexpr double kStrideNegligible = 1e-18;
 // many widths) declines, and the routines' other paths take over.
 constexpr int kStrideSteps = 200;
 constexpr double kUpperSideMax = 0.95;
+// Newton steps placing the start at the largest term.
+constexpr int kStartSteps = 4;
 // The weights' scale for results below kSmallestResult (e^690 is about 1e300).
 constexpr double kLowScale = 690.0;
 
-// w(u) I_x(s, b), u = s - a carried in two parts, s exact. NaN where the double incomplete
-// beta declines.
-double stride_term(double s, double a, double b, double h, TwoPart x, TwoPart y, double log_scale) {
-    const TwoPart u = two_sum(s, -a);
-    if (!(u.hi > 0.0)) return 0.0;
+// I_x(s, b), NaN where the double incomplete beta declines.
+double stride_central(double s, double b, TwoPart x, TwoPart y) {
     const auto tails = incomplete_beta_double(s, b, x, y, /*one_side=*/true);
     if (!tails) return kNaN;
     // Where the kernel gives the upper side only (a small b: I falls slowly past the
     // switch), the lower is 1 minus it while that loses at most a factor 20 of its digits.
     double lower = tails->lower;
     if (std::isnan(lower) && tails->upper <= kUpperSideMax) lower = 1.0 - tails->upper;
+    return lower;
+}
+
+// w(u) I_x(s, b), u = s - a carried in two parts, s exact. NaN where the double incomplete
+// beta declines.
+double stride_term(double s, double a, double b, double h, TwoPart x, TwoPart y, double log_scale) {
+    const TwoPart u = two_sum(s, -a);
+    if (!(u.hi > 0.0)) return 0.0;
+    const double lower = stride_central(s, b, x, y);
     if (std::isnan(lower)) return kNaN;
     if (lower == 0.0) return 0.0;
     return poisson_weight_at(u, h, log_scale) * lower;
+}
+
+// ln(w(u) I_x(s, b)), NaN where it is not finite.
+double stride_log_term(double s, double a, double b, double h, TwoPart x, TwoPart y) {
+    const TwoPart u = two_sum(s, -a);
+    if (!(u.hi > 0.0)) return kNaN;
+    const double lower = stride_central(s, b, x, y);
+    if (!(lower > 0.0)) return kNaN;
+    return log_poisson_weight_at(u, h) + std::log(lower);
 }
 
 }  // namespace
@@ -224,7 +241,25 @@ double noncentral_beta_lower_stride(double a, double b, double lambda, TwoPart x
     const double guess =
         (1.0 + (switch_shape - a) / central_width2) / (1.0 / h + 1.0 / central_width2);
     if (a + guess > switch_shape && guess > 0.0 && guess < h) peak = guess;
-    const double start = stride * std::nearbyint((a + peak) / stride);
+    double start = stride * std::nearbyint((a + peak) / stride);
+    // The guess assumes the central term's logarithm a parabola about the switch; where it is
+    // far from that (a small b: I_x(s, b) then falls like e^(-s y) past the switch, and the
+    // guess lands many widths off) the walk would run through underflowed terms. So the start
+    // moves by Newton steps on the summand's logarithm, its slope and curvature from the
+    // neighbouring nodes, while a step exceeds two nodes (the nodes stay on the same lattice:
+    // the sum does not depend on the start).
+    for (int i = 0; i < kStartSteps; ++i) {
+        const double here = stride_log_term(start, a, b, h, x, y);
+        const double below = stride_log_term(start - stride, a, b, h, x, y);
+        const double above = stride_log_term(start + stride, a, b, h, x, y);
+        const double slope = 0.5 * (above - below), curvature = above - 2.0 * here + below;
+        if (!(curvature < 0.0)) break;  // NaN included
+        const double step = std::nearbyint(-slope / curvature);
+        if (!(std::fabs(step) > 2.0)) break;
+        const double moved = start + stride * step;
+        if (!(moved - stride > a)) break;
+        start = moved;
+    }
     // The sum with every weight times e^log_scale.
     const auto scaled_sum = [&](double log_scale) {
         double sum = 0.0;

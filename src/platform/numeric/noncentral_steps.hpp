@@ -59,6 +59,13 @@ inline double poisson_weight_at(TwoPart u, double h, double log_scale = 0.0) {
     return std::exp(log_weight) / std::sqrt(2.0 * 3.141592653589793 * u.hi);
 }
 
+// Its logarithm, to a few ulps of the deviance (enough to locate a sum's largest term).
+inline double log_poisson_weight_at(TwoPart u, double h) {
+    const TwoPart deviance = gamma_deviance(u.hi, h, 0.0);
+    return -deviance.hi - (deviance.lo + stirling_error(u.hi)) + u.lo * std::log(h / u.hi) -
+           0.5 * std::log(2.0 * 3.141592653589793 * u.hi);
+}
+
 inline Extended widen(TwoPart v) {
     return static_cast<Extended>(v.hi) + static_cast<Extended>(v.lo);
 }
