@@ -47,8 +47,18 @@
 //               strided sum over the beta mixture, terms from the double incomplete beta
 //               (shapes up to 1e5); a few dozen terms at any lambda (measured within 1.1e-15
 //               and about 0.1 ms, where Boost's series erred up to 3e-13 and took up to 14 ms);
-//               where it declines (a summand narrower than four indices, far tails, a node the
-//               double kernel does not take) the paths below.
+//               with b <= 1 beside shapes above 1000, where the double kernel gives no lower
+//               side (x within about 1e-6 of 1), the central terms from their expansion in
+//               1/s (measured within 1e-15 of mpmath on the mixture; 0.07 ms where Boost's
+//               series took 8 ms); where it declines (a summand narrower than four indices, a
+//               node the double kernel does not take: results near the bottom of the double
+//               range, shapes below 1e-290) the paths below.
+//   far lower tails of the chi-square, beta and F laws, wherever the double mixtures decline:
+//               platform/numeric/noncentral_bound, a Chernoff bound from the moment
+//               generating function, proves the lower tail below half the smallest subnormal,
+//               and 0 is returned at once (the sums took up to 50 ms to find it). The bound
+//               lies within a few e-folds of the law, so only results within about e^-740 ..
+//               e^-745 (subnormal or 0) are still summed.
 //   large shapes (beside the above): the chi-square mixture's starting term by Temme's expansion
 //               of the incomplete gamma up to df 1e10 (x/2 within |eta| <= 1/2 of the shape);
 //               the beta and F mixtures' by the double incomplete beta's large-shape paths up to
@@ -68,7 +78,11 @@
 //               a power of |t| there), measured within 1e-15 (gen_noncentral_t_large_delta.py).
 //   elsewhere   (far tails where a double starting term leaves the normal range, larger
 //               parameters, t < 0 < delta below the series' floor) the extended paths above:
-//               Boost's long double series, the forward sums from j = 0, the quadrature.
+//               Boost's long double series, the forward sums from j = 0, the quadrature. The
+//               F law's runs Boost's F law in the extended type, so that x = y / (1 + y) and
+//               1 - x = 1 / (1 + y), y = df1 f / df2, keep 2^-64 (its condition number in x
+//               reaches thousands in the far lower tail: the double x and 1 - x cost up to
+//               4e-12 there, and a huge f beside a tiny df2 gave 1 for a lower tail of 5e-321).
 // The t law's log-concave quadrature weights its nodes by the log chi-scale density in
 // double (platform/numeric/chi_scale).
 // Accuracy against mpmath over the test grids (df to 1e6, lambda to 1e4, values down to

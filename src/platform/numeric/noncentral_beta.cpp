@@ -65,8 +65,15 @@
 // where it matters, in two parts), the truncation's 1e-17. Measured within 1.1e-15 against
 // 40-digit mpmath sums of every term (tests/reference/gen_noncentral_beta_huge_lambda.py,
 // lambda 1999 to 1e9, values down to 1e-25), about 0.1 ms per call at most, where the extended
-// series erred up to 3e-13 and took up to 14 ms. Declined (the routines' other paths take
-// over): a result below 1e-280, shapes above 1e5, a walk past 200 nodes a side.
+// series erred up to 3e-13 and took up to 14 ms. The start is moved to the largest term by
+// Newton steps on the summand's logarithm (slope and curvature from neighbouring nodes): with a
+// small b the central terms fall like e^(-s y) past the switch, not like a Gaussian, and the
+// first guess could lie thousands of widths off. Where the double incomplete beta gives no
+// lower side at a node (b <= 1 beside s of millions, x within about 1e-6 of 1), the central
+// term comes from the expansion in 1/s (central_large_shape below). A result below 1e-280 (where
+// a weight that matters may leave the normal range) is summed again with every weight scaled by
+// e^690 and scaled back once. Declined (the routines' other paths take over): shapes above
+// 1e5, a walk past 200 nodes a side, a node where no central term is given.
 // References: Benton and Krishnamoorthy (2003), "Computing discrete mixtures of continuous
 // distributions: noncentral chisquare, noncentral t and the distribution of the square of
 // the sample multiple correlation coefficient"; Frick (1990), "Algorithm AS R84"; DLMF

@@ -34,8 +34,8 @@ inline constexpr double kNoncentralBetaStrideLambdaMax = 1e9;
 // The same for kNoncentralBetaDoubleLambdaMax < lambda <= kNoncentralBetaStrideLambdaMax and
 // shapes 0 < a, b <= kNoncentralBetaLargeShape, by the mixture summed with a stride (see
 // noncentral_beta.cpp). NaN where it declines: outside that range, a summand narrower than
-// four indices, the double incomplete beta declining at a node, a walk past 200 nodes a side
-// (far tails), a result below 1e-280.
+// four indices, no central term at a node (the double incomplete beta declining where the
+// expansion for b <= 1 beside a large shape does not apply), a walk past 200 nodes a side.
 double noncentral_beta_lower_stride(double a, double b, double lambda, TwoPart x, TwoPart y);
 
 }  // namespace zemath::numeric
