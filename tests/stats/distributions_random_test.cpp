@@ -279,6 +279,9 @@ TEST(DistributionsRandom, ExtremeArgumentsThatOnceFailed) {
         {Fn::ncfcdf, {1, 1e300, 1e300, 1.4015357800167431e-309}, 2},
         {Fn::ncfcdf, {1, 1e20, 1e20, 1}, 2}, {Fn::ncbetacdf, {0.5, 1e20, 1e20, 1e-3}, 2},
         {Fn::ncchi2cdf, {1e15, 1e15, 1}, 2}, {Fn::ncchi2cdf, {1e300, 1e300, 1}, 2},
+        {Fn::ncchi2cdf, {67767746.34129897, 69531365.77630731, 2.149683931463758}, 2},
+        {Fn::ncfcdf, {27.255, 10291.4, 11.52, 5.55e8}, 2},
+        {Fn::ncbetacdf, {0.9999999982356719, 10.55, 0.01619, 5.08e8}, 2},
     };
     // clang-format on
     for (const Case& c : cases) {

@@ -189,6 +189,8 @@ constexpr double kUpperSideMax = 0.95;
 // The expansion of I_x(s, b) for s >= kExpansionShapeMin beside b <= 1: its terms.
 constexpr double kExpansionShapeMin = 1000.0;
 constexpr int kExpansionTerms = 30;
+// Below it, b's incomplete gamma from its limit b E1(z) (see central_large_shape).
+constexpr double kTinyShape = 1e-20;
 // Newton steps placing the start at the largest term.
 constexpr int kStartSteps = 4;
 // The weights' scale for results below kSmallestResult (e^690 is about 1e300).
@@ -215,8 +217,14 @@ double central_large_shape(double s, double b, TwoPart y) {
     const double z = static_cast<double>(z_ext);
     const double z_low = static_cast<double>(z_ext - z);
     if (!(z > 0.0)) return kNaN;
-    const auto gamma = incomplete_gamma_double(b, z, z_low);
+    // Below kTinyShape, Q(b, z) = b E1(z) (1 + O(b ln(z)^2)) and r = b e^-z (1 + O(b ln z)):
+    // both are taken at kTinyShape and scaled by b / kTinyShape (relative error below 1e-17),
+    // where the double incomplete gamma at b itself would leave the normal range.
+    const double shape = std::fmax(b, kTinyShape);
+    const double scale = b / shape;
+    const auto gamma = incomplete_gamma_double(shape, z, z_low);
     if (!gamma) return z > 800.0 ? 0.0 : kNaN;
+    const double upper = scale * gamma->upper;
     const double nu_d = static_cast<double>(nu);
     const double log_prefactor = (s - 0.5) * std::log1p(b / s) - b +
                                  b * std::log1p(0.5 * (b + 1.0) / nu_d) +
@@ -224,8 +232,8 @@ double central_large_shape(double s, double b, TwoPart y) {
     // The series' corrections, relative to r.
     const double bm1 = b - 1.0, v = 0.25 / (nu_d * nu_d);
     const double lx = static_cast<double>(log_x), t2 = 0.25 * lx * lx;
-    const double r = gamma->x_density;
-    double j = r > 0.0 ? gamma->upper / r : 0.0;
+    const double r = scale * gamma->x_density;
+    double j = r > 0.0 ? upper / r : 0.0;
     double correction = 0.0, t = 1.0, cn = 1.0;
     double c[kExpansionTerms + 1] = {}, d[kExpansionTerms + 1] = {};
     int n2 = 0;
@@ -241,9 +249,9 @@ double central_large_shape(double s, double b, TwoPart y) {
         d[n] = bm1 * cn + sum / n;
         const double dj = d[n] * j;
         correction += dj;
-        if (std::fabs(dj * r) <= 1e-17 * gamma->upper) break;
+        if (std::fabs(dj * r) <= 1e-17 * upper) break;
     }
-    return std::exp(log_prefactor) * (gamma->upper + r * correction);
+    return std::exp(log_prefactor) * (upper + r * correction);
 }
 
 // I_x(s, b), NaN where the double incomplete beta declines.
