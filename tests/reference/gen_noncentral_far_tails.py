@@ -117,6 +117,25 @@ PROVEN_ZERO = [
 ]
 
 
+# A huge f beside the smallest df2 (1 - x = 5e-438 leaves the double range; once gave 1):
+# there P(X <= x) = P(V/2 >= U y / (2x)), V/2 ~ Gamma(b), and with b = df2/2 = 5e-324 and
+# u = U y / (2x) near 1e-428, Q(b, u) = 1 - u^b / Gamma(1 + b) = b (-ln u - gamma) to a
+# relative O(b), so P = b (-gamma - ln(y / (2x)) - E[ln U]), E[ln U] = ln m - v / (2 m^2) to
+# a relative 1e-18 (m = df1 + lambda, v = 2 df1 + 4 lambda: U's mean and variance). (The
+# mixture summed at 40 digits cannot resolve a lower side 1e-321 below 1.)
+LIMIT_ROWS = [(2, 2.2535402901289257e+108, 97361.36179066765, 1e-323, 900418354.819508)]
+
+
+def limit_line(row):
+    kind, f, df1, df2, lam = row
+    with mp.workdps(50):
+        b = MPF(df2) / 2
+        ratio = MPF(df2) / (MPF(df1) * MPF(f))  # y / x
+        m, v = MPF(df1) + lam, 2 * MPF(df1) + 4 * MPF(lam)
+        p = b * (-mp.euler - mp.log(ratio / 2) - (mp.log(m) - v / (2 * m * m)))
+    return f"    {{{kind}, {f!r}, {df1!r}, {df2!r}, {lam!r}, {float(p)!r}}},  // {mp.nstr(p, 6)}"
+
+
 def proven_zero_line(row):
     kind, p0, p1, p2, lam = row
     with mp.workdps(50):
@@ -149,6 +168,7 @@ def main():
     procs = int(os.environ.get('REF_PROCS', '1'))
     with multiprocessing.Pool(procs) as pool:
         lines = pool.map(line, rows(), chunksize=1)
+    lines += [limit_line(row) for row in LIMIT_ROWS]
     lines += [proven_zero_line(row) for row in PROVEN_ZERO]
     out = os.path.join(os.path.dirname(os.path.abspath(__file__)),
                        'noncentral_far_tails_ref.inc')
