@@ -86,37 +86,36 @@ struct Sweep {
         if (f >= 0) tris[static_cast<std::size_t>(f >> 2)].twin[f & 3] = e;
     }
 
-    // Legalises edge slot s of triangle t, whose opposite vertex is the new point, and
-    // every edge that its flips expose.
-    void legalize(int t0, int s0) {
+    // Legalises edge slot 0 of triangle t, whose opposite vertex (slot 2) is the new point,
+    // and every edge that its flips expose. Every triangle a flip leaves at the new point
+    // has that form again, so the stack holds triangles and no corner is looked up.
+    void legalize(int t0) {
         // The flip stack grows by one per flip (at most the new point's degree).
         int* pending = stack.data();
         int top = 0;
-        pending[top++] = code(t0, s0);
+        pending[top++] = t0;
         while (top > 0) {
-            const int e = pending[--top];
-            const int across = twin(e);
+            const int t = pending[--top];
+            SweepTriangle& rt = tris[static_cast<std::size_t>(t)];
+            const int across = rt.twin[0];
             if (across < 0) continue;
-            const int t = e >> 2, j = e & 3;
             const int n = across >> 2, k = across & 3;
-            SweepTriangle &rt = tris[static_cast<std::size_t>(t)],
-                          &rn = tris[static_cast<std::size_t>(n)];
-            const int a = rt.v[j], b = rt.v[nxt(j)], c = rt.v[prv(j)];
-            const int d = rn.v[prv(k)];
+            const int a = rt.v[0], b = rt.v[1], c = rt.v[2];
+            const int d = tris[static_cast<std::size_t>(n)].v[prv(k)];
             const double in = incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1],
                                        xy[2 * c], xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
             // Flip only on a definite 'inside' (a NaN from overflowing input never flips).
             if (!(in > 0.0)) {
-                tie = tie || !(in < 0.0);
+                if (!(in < 0.0)) tie = true;
                 continue;
             }
-            flip(t, j, n, k);
+            flip(t, 0, n, k);
             if (top + 2 > static_cast<int>(stack.size())) {
                 stack.resize(2 * stack.size());
                 pending = stack.data();
             }
-            pending[top++] = code(t, 1);  // (a,d), opposite c
-            pending[top++] = code(n, 0);  // (d,b), opposite c
+            pending[top++] = t;  // (a,d), opposite c
+            pending[top++] = n;  // (d,b), opposite c
         }
     }
 
@@ -130,7 +129,8 @@ struct Sweep {
     }
 
     // Flips the edge in slot j of t (= slot k of n): t = (a,b,c), n = (b,a,d) become
-    // t = (c,a,d), n = (d,b,c).
+    // t = (a,d,c), n = (d,b,c), the quadrilateral's outer sides in slot 0 and the corner
+    // c, opposite them, in slot 2 (the form legalize reads).
     void flip(int t, int j, int n, int k) {
         SweepTriangle &rt = tris[static_cast<std::size_t>(t)],
                       &rn = tris[static_cast<std::size_t>(n)];
@@ -141,16 +141,16 @@ struct Sweep {
         const int y1 = rt.twin[nxt(j)];  // across (b,c)
         const int y2 = rt.twin[prv(j)];  // across (c,a)
         prefetch(x1);                    // tested after (d,b)'s test and flips
-        rt.v[0] = c, rt.v[1] = a, rt.v[2] = d;
+        rt.v[0] = a, rt.v[1] = d, rt.v[2] = c;
         rn.v[0] = d, rn.v[1] = b, rn.v[2] = c;
-        rt.twin[0] = y2, rt.twin[1] = x1, rt.twin[2] = code(n, 2);
-        rn.twin[0] = x2, rn.twin[1] = y1, rn.twin[2] = code(t, 2);
-        point_back(y2, code(t, 0));
-        point_back(x1, code(t, 1));
+        rt.twin[0] = x1, rt.twin[1] = code(n, 2), rt.twin[2] = y2;
+        rn.twin[0] = x2, rn.twin[1] = y1, rn.twin[2] = code(t, 1);
+        point_back(x1, code(t, 0));
+        point_back(y2, code(t, 2));
         point_back(x2, code(n, 0));
         point_back(y1, code(n, 1));
-        if (x1 < 0) hull_edge[a] = code(t, 1);
-        if (y2 < 0) hull_edge[c] = code(t, 0);
+        if (x1 < 0) hull_edge[a] = code(t, 0);
+        if (y2 < 0) hull_edge[c] = code(t, 2);
         if (x2 < 0) hull_edge[d] = code(n, 0);
         if (y1 < 0) hull_edge[b] = code(n, 1);
     }
@@ -241,7 +241,7 @@ struct Sweep {
         hull_prev[t_end] = p;
         hull_edge[s] = code(first, 1);
         hull_edge[p] = code(previous, 2);
-        for (int t = first; t <= previous; ++t) legalize(t, 0);
+        for (int t = first; t <= previous; ++t) legalize(t);
         return true;
     }
 
@@ -518,9 +518,9 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         if (tab < 0) sw.hull_edge[a] = Sweep::code(t, 0);
         if (tbc < 0) sw.hull_edge[b] = Sweep::code(t1, 0);
         if (tca < 0) sw.hull_edge[c] = Sweep::code(t2, 0);
-        sw.legalize(t, 0);
-        sw.legalize(t1, 0);
-        sw.legalize(t2, 0);
+        sw.legalize(t);
+        sw.legalize(t1);
+        sw.legalize(t2);
         if (sw.tie) return false;
     }
     // Back to the caller's numbering, the triangles ordered by their lowest node (a
