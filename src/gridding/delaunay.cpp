@@ -49,7 +49,8 @@ inline int prv(int k) {
 using SweepTriangle = TriangleBlock;
 
 struct Sweep {
-    std::vector<double> xy;
+    std::unique_ptr<double[]> xy_store;  // not zero-filled: setup writes it whole
+    double* xy = nullptr;
     // Triangles in raw storage (not zero-filled: every triangle is written whole when
     // added), which the record may take over once the mesh has been copied out.
     RawBlock tris_store;
@@ -251,7 +252,8 @@ struct Sweep {
     void setup(std::span<const double> x, std::span<const double> y, const int* order,
                std::size_t hull_points) {
         const std::size_t size = x.size();
-        xy.resize(2 * size);
+        xy_store.reset(new double[2 * size]);
+        xy = xy_store.get();
         for (std::size_t i = 0; i < size; ++i) {
             const std::size_t k = order != nullptr ? static_cast<std::size_t>(order[i]) : i;
             xy[2 * i] = x[k], xy[2 * i + 1] = y[k];
@@ -363,19 +365,20 @@ int insertion_round(std::uint64_t i) {
 // Stable LSD radix sort of keys on bits 31 .. 31 + bits - 1 (bits at most 33) in the
 // fewest digits of at most 12 bits; the low 31 bits carry the point index, already
 // ascending, so the order is (round, curve, index).
-void sort_keys(std::vector<std::uint64_t>& keys, int bits) {
-    std::vector<std::uint64_t> other(keys.size());
+// The m keys are sorted between keys and other (m each); returns the one holding them.
+const std::uint64_t* sort_keys(std::uint64_t* keys, std::uint64_t* other, std::size_t m, int bits) {
     const int passes = (bits + 11) / 12, width = (bits + passes - 1) / passes;
     const std::uint64_t mask = (std::uint64_t{1} << width) - 1;
     std::vector<std::size_t> count((std::size_t{1} << width) + 1);
     for (int shift = 31; shift < 31 + bits; shift += width) {
         std::fill(count.begin(), count.end(), std::size_t{0});
-        for (std::uint64_t k : keys) ++count[((k >> shift) & mask) + 1];
-        if (count[((keys[0] >> shift) & mask) + 1] == keys.size()) continue;  // one digit
+        for (std::size_t i = 0; i < m; ++i) ++count[((keys[i] >> shift) & mask) + 1];
+        if (count[((keys[0] >> shift) & mask) + 1] == m) continue;  // one digit
         for (std::size_t d = 0; d + 1 < count.size(); ++d) count[d + 1] += count[d];
-        for (std::uint64_t k : keys) other[count[(k >> shift) & mask]++] = k;
-        keys.swap(other);
+        for (std::size_t i = 0; i < m; ++i) other[count[(keys[i] >> shift) & mask]++] = keys[i];
+        std::swap(keys, other);
     }
+    return keys;
 }
 
 // Fast build for points in general position: the hull (monotone chain over the x
@@ -412,9 +415,10 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     const int h = static_cast<int>(hull.size());
     if (h < 3) return false;
     // Local numbering: hull nodes in order, then the rest along the Hilbert curve.
-    std::vector<int> local(static_cast<std::size_t>(n), -1), global;
+    std::vector<unsigned char> on_hull(static_cast<std::size_t>(n), 0);
+    std::vector<int> global;
     global.reserve(static_cast<std::size_t>(n));
-    for (int k = 0; k < h; ++k) local[hull[k]] = k, global.push_back(hull[k]);
+    for (int k = 0; k < h; ++k) on_hull[hull[k]] = 1, global.push_back(hull[k]);
     {
         const auto [xlo, xhi] = std::minmax_element(x.begin(), x.end());
         const auto [ylo, yhi] = std::minmax_element(y.begin(), y.end());
@@ -433,7 +437,7 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         std::vector<std::uint64_t> keys;
         keys.reserve(static_cast<std::size_t>(n - h));
         for (int i = 0; i < n; ++i) {
-            if (local[i] >= 0) continue;
+            if (on_hull[i] != 0) continue;
             // NaN from an overflowed range (infinite difference times 0) goes to cell 0.
             double fx = (x[i] - *xlo) * sx, fy = (y[i] - *ylo) * sy;
             fx = fx >= 0.0 ? std::min(fx, top) : 0.0;
@@ -443,11 +447,14 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
             const std::uint64_t round = static_cast<std::uint64_t>(insertion_round(i));
             keys.push_back((round << (2 * levels) | d) << 31 | static_cast<std::uint32_t>(i));
         }
-        if (!keys.empty()) sort_keys(keys, 3 + 2 * levels);
-        for (std::uint64_t key : keys) {
-            const int i = static_cast<int>(key & 0x7fffffffu);
-            local[i] = static_cast<int>(global.size());
-            global.push_back(i);
+        const std::size_t m = keys.size();
+        // Not zero-filled: the sort writes it whole before reading it.
+        const std::unique_ptr<std::uint64_t[]> other(new std::uint64_t[m > 0 ? m : 1]);
+        const std::uint64_t* const sorted =
+            m > 0 ? sort_keys(keys.data(), other.get(), m, 3 + 2 * levels) : keys.data();
+        for (std::size_t q = 0; q < m; ++q) {
+            const std::uint64_t key = sorted[q];
+            global.push_back(static_cast<int>(key & 0x7fffffffu));
         }
     }
     Sweep sw;
@@ -466,7 +473,7 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     // The fan made Delaunay: each insertion below then keeps the triangulation strictly
     // Delaunay (see build_hilbert's comment). The flips are bounded as the sweep's are.
     if (!sw.flip_to_delaunay(64LL * n + 64)) return false;
-    const std::vector<double>& xy = sw.xy;
+    const double* const xy = sw.xy;
     auto side_of = [&](int a, int b, int p) {
         return orient2d(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * p],
                         xy[2 * p + 1]);

@@ -134,11 +134,13 @@ void reset(Triangulation* t) {
 // The nodes are read from x, y and z (n each) and written to nodes, which may hold them.
 bool sort_distinct_nodes(std::size_t n, const double* x, const double* y, const double* z,
                          Nodes& nodes, double xtol, double ytol) {
-    std::vector<KeyedPosition> order(n);
-    for (std::size_t i = 0; i < n; ++i) order[i] = keyed(x[i], static_cast<int>(i));
+    std::vector<KeyedPosition> order;
+    order.reserve(n);
+    for (std::size_t i = 0; i < n; ++i) order.push_back(keyed(x[i], static_cast<int>(i)));
     sort_by_key(order);
-    std::vector<int> idx(n);
-    for (std::size_t k = 0; k < n; ++k) idx[k] = position_of(order[k]);
+    std::vector<int> idx;
+    idx.reserve(n);
+    for (std::size_t k = 0; k < n; ++k) idx.push_back(position_of(order[k]));
     auto chained = [](double a, double b, double tol) { return b == a || b - a <= tol; };
     std::vector<double> run_y;
     for (std::size_t first = 0; first < n;) {
