@@ -43,7 +43,8 @@ namespace zemath {
 
 // One triangle in 32 bytes (one cache line holds its corners and links): corners
 // counter-clockwise, then per side the half-edge 4 t + slot of the same edge in the
-// triangle across (-1 on the hull); aux is the builder's, spare the record walk's.
+// triangle across (-1 on the hull); aux is unused (0 in the build's ordered copy), spare
+// the record walk's.
 struct alignas(32) TriangleBlock {
     int v[3];
     int aux;
