@@ -45,13 +45,12 @@ inline int prv(int k) {
 // its twin half-edges in one 32-byte block (a walk or a flip touches one cache line per
 // triangle). A half-edge is coded 4 t + slot; its twin is the same edge seen from the
 // other triangle (-1 on the hull), so that a flip finds and relinks its neighbours
-// without searching them. Bit s of aux (the legal bits): the edge in slot s was found strictly
-// Delaunay by a test and neither of its triangles has changed since (every change relinks the edge,
-// which clears the bit on both sides); the last pass does not test such edges again.
-using SweepTriangle = TriangleBlock;  // aux: the legal bits
+// without searching them.
+using SweepTriangle = TriangleBlock;
 
 struct Sweep {
-    std::vector<double> xy;
+    std::unique_ptr<double[]> xy_store;  // not zero-filled: setup writes it whole
+    double* xy = nullptr;
     // Triangles in raw storage (not zero-filled: every triangle is written whole when
     // added), which the record may take over once the mesh has been copied out.
     RawBlock tris_store;
@@ -78,7 +77,6 @@ struct Sweep {
     int add_triangle(int a, int b, int c) {
         SweepTriangle& r = tris[static_cast<std::size_t>(count)];
         r.v[0] = a, r.v[1] = b, r.v[2] = c;
-        r.aux = 0;
         r.twin[0] = r.twin[1] = r.twin[2] = -1;
         return count++;
     }
@@ -86,64 +84,54 @@ struct Sweep {
     void link(int e, int f) {
         SweepTriangle& r = tris[static_cast<std::size_t>(e >> 2)];
         r.twin[e & 3] = f;
-        r.aux &= ~(1 << (e & 3));
-        if (f >= 0) {
-            SweepTriangle& q = tris[static_cast<std::size_t>(f >> 2)];
-            q.twin[f & 3] = e;
-            q.aux &= ~(1 << (f & 3));
-        }
+        if (f >= 0) tris[static_cast<std::size_t>(f >> 2)].twin[f & 3] = e;
     }
 
-    // Legalises edge slot s of triangle t, whose opposite vertex is the new point, and
-    // every edge that its flips expose.
-    void legalize(int t0, int s0) {
+    // Legalises edge slot 0 of triangle t, whose opposite vertex (slot 2) is the new point,
+    // and every edge that its flips expose. Every triangle a flip leaves at the new point
+    // has that form again, so the stack holds triangles and no corner is looked up.
+    void legalize(int t0) {
         // The flip stack grows by one per flip (at most the new point's degree).
         int* pending = stack.data();
         int top = 0;
-        pending[top++] = code(t0, s0);
+        pending[top++] = t0;
         while (top > 0) {
-            const int e = pending[--top];
-            const int across = twin(e);
+            const int t = pending[--top];
+            SweepTriangle& rt = tris[static_cast<std::size_t>(t)];
+            const int across = rt.twin[0];
             if (across < 0) continue;
-            const int t = e >> 2, j = e & 3;
             const int n = across >> 2, k = across & 3;
-            SweepTriangle &rt = tris[static_cast<std::size_t>(t)],
-                          &rn = tris[static_cast<std::size_t>(n)];
-            const int a = rt.v[j], b = rt.v[nxt(j)], c = rt.v[prv(j)];
-            const int d = rn.v[prv(k)];
+            const int a = rt.v[0], b = rt.v[1], c = rt.v[2];
+            const int d = tris[static_cast<std::size_t>(n)].v[prv(k)];
             const double in = incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1],
                                        xy[2 * c], xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
             // Flip only on a definite 'inside' (a NaN from overflowing input never flips).
             if (!(in > 0.0)) {
-                if (in < 0.0) {
-                    rt.aux |= 1 << j;
-                    rn.aux |= 1 << k;
-                } else {
-                    tie = true;
-                }
+                if (!(in < 0.0)) tie = true;
                 continue;
             }
-            flip(t, j, n, k);
+            flip(t, 0, n, k);
             if (top + 2 > static_cast<int>(stack.size())) {
                 stack.resize(2 * stack.size());
                 pending = stack.data();
             }
-            pending[top++] = code(t, 1);  // (a,d), opposite c
-            pending[top++] = code(n, 0);  // (d,b), opposite c
+            pending[top++] = t;  // (a,d), opposite c
+            pending[top++] = n;  // (d,b), opposite c
         }
     }
 
-    // Points half-edge f (if any) back at e, whose triangle has changed: f's legal bit
-    // goes.
+    // Starts loading the triangle of half-edge e (if any), which a test reads soon: the
+    // triangles across a new point's edges lie anywhere in the array.
+    void prefetch(int e) const { __builtin_prefetch(tris + (e < 0 ? 0 : e >> 2)); }
+
+    // Points half-edge f (if any) back at e.
     void point_back(int f, int e) {
-        if (f < 0) return;
-        SweepTriangle& q = tris[static_cast<std::size_t>(f >> 2)];
-        q.twin[f & 3] = e;
-        q.aux &= ~(1 << (f & 3));
+        if (f >= 0) tris[static_cast<std::size_t>(f >> 2)].twin[f & 3] = e;
     }
 
     // Flips the edge in slot j of t (= slot k of n): t = (a,b,c), n = (b,a,d) become
-    // t = (c,a,d), n = (d,b,c).
+    // t = (a,d,c), n = (d,b,c), the quadrilateral's outer sides in slot 0 and the corner
+    // c, opposite them, in slot 2 (the form legalize reads).
     void flip(int t, int j, int n, int k) {
         SweepTriangle &rt = tris[static_cast<std::size_t>(t)],
                       &rn = tris[static_cast<std::size_t>(n)];
@@ -153,24 +141,53 @@ struct Sweep {
         const int x2 = rn.twin[prv(k)];  // across (d,b)
         const int y1 = rt.twin[nxt(j)];  // across (b,c)
         const int y2 = rt.twin[prv(j)];  // across (c,a)
-        rt.v[0] = c, rt.v[1] = a, rt.v[2] = d;
+        prefetch(x1);                    // tested after (d,b)'s test and flips
+        rt.v[0] = a, rt.v[1] = d, rt.v[2] = c;
         rn.v[0] = d, rn.v[1] = b, rn.v[2] = c;
-        rt.twin[0] = y2, rt.twin[1] = x1, rt.twin[2] = code(n, 2);
-        rn.twin[0] = x2, rn.twin[1] = y1, rn.twin[2] = code(t, 2);
-        // Both triangles changed: no legal bit stays, except the new diagonal's (c, d),
-        // which is strictly Delaunay: the flip follows a strictly positive in-circle test,
-        // and the test across the other diagonal of the same four points is the same
-        // determinant with its sign changed.
-        rt.aux = 4;
-        rn.aux = 4;
-        point_back(y2, code(t, 0));
-        point_back(x1, code(t, 1));
+        rt.twin[0] = x1, rt.twin[1] = code(n, 2), rt.twin[2] = y2;
+        rn.twin[0] = x2, rn.twin[1] = y1, rn.twin[2] = code(t, 1);
+        point_back(x1, code(t, 0));
+        point_back(y2, code(t, 2));
         point_back(x2, code(n, 0));
         point_back(y1, code(n, 1));
-        if (x1 < 0) hull_edge[a] = code(t, 1);
-        if (y2 < 0) hull_edge[c] = code(t, 0);
+        if (x1 < 0) hull_edge[a] = code(t, 0);
+        if (y2 < 0) hull_edge[c] = code(t, 2);
         if (x2 < 0) hull_edge[d] = code(n, 0);
         if (y1 < 0) hull_edge[b] = code(n, 1);
+    }
+
+    // Flips edges of the current triangles until every interior edge is strictly Delaunay
+    // (Lawson's flip algorithm: each flip lowers the lifted surface, so it ends). False on
+    // an exact tie (or NaN), or when more than budget flips are needed.
+    bool flip_to_delaunay(long long budget) {
+        auto in_circle = [&](int e, int f) {
+            const int a = vert(e >> 2, e & 3), b = vert(e >> 2, nxt(e & 3));
+            const int c = vert(e >> 2, prv(e & 3)), d = vert(f >> 2, prv(f & 3));
+            return incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
+                            xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
+        };
+        std::vector<int> pending;
+        for (int t = 0; t < count; ++t)
+            for (int j = 0; j < 3; ++j)
+                if (twin(code(t, j)) > code(t, j)) pending.push_back(code(t, j));
+        while (!pending.empty()) {
+            const int e = pending.back();
+            pending.pop_back();
+            const int f = twin(e);
+            if (f < 0) continue;
+            const double in = in_circle(e, f);
+            if (!(in != 0.0)) return false;
+            if (in < 0.0) continue;
+            if (--budget < 0) return false;
+            // Flip, then recheck the quadrilateral's four sides.
+            const int t = e >> 2, j = e & 3, n = f >> 2, k = f & 3;
+            const int x1 = twin(code(n, nxt(k))), x2 = twin(code(n, prv(k)));
+            const int y1 = twin(code(t, nxt(j))), y2 = twin(code(t, prv(j)));
+            flip(t, j, n, k);
+            for (int g : {x1, x2, y1, y2})
+                if (g >= 0) pending.push_back(g);
+        }
+        return true;
     }
 
     bool visible(int a, int b, int p) {
@@ -225,7 +242,7 @@ struct Sweep {
         hull_prev[t_end] = p;
         hull_edge[s] = code(first, 1);
         hull_edge[p] = code(previous, 2);
-        for (int t = first; t <= previous; ++t) legalize(t, 0);
+        for (int t = first; t <= previous; ++t) legalize(t);
         return true;
     }
 
@@ -235,7 +252,8 @@ struct Sweep {
     void setup(std::span<const double> x, std::span<const double> y, const int* order,
                std::size_t hull_points) {
         const std::size_t size = x.size();
-        xy.resize(2 * size);
+        xy_store.reset(new double[2 * size]);
+        xy = xy_store.get();
         for (std::size_t i = 0; i < size; ++i) {
             const std::size_t k = order != nullptr ? static_cast<std::size_t>(order[i]) : i;
             xy[2 * i] = x[k], xy[2 * i + 1] = y[k];
@@ -347,30 +365,31 @@ int insertion_round(std::uint64_t i) {
 // Stable LSD radix sort of keys on bits 31 .. 31 + bits - 1 (bits at most 33) in the
 // fewest digits of at most 12 bits; the low 31 bits carry the point index, already
 // ascending, so the order is (round, curve, index).
-void sort_keys(std::vector<std::uint64_t>& keys, int bits) {
-    std::vector<std::uint64_t> other(keys.size());
+// The m keys are sorted between keys and other (m each); returns the one holding them.
+const std::uint64_t* sort_keys(std::uint64_t* keys, std::uint64_t* other, std::size_t m, int bits) {
     const int passes = (bits + 11) / 12, width = (bits + passes - 1) / passes;
     const std::uint64_t mask = (std::uint64_t{1} << width) - 1;
     std::vector<std::size_t> count((std::size_t{1} << width) + 1);
     for (int shift = 31; shift < 31 + bits; shift += width) {
         std::fill(count.begin(), count.end(), std::size_t{0});
-        for (std::uint64_t k : keys) ++count[((k >> shift) & mask) + 1];
-        if (count[((keys[0] >> shift) & mask) + 1] == keys.size()) continue;  // one digit
+        for (std::size_t i = 0; i < m; ++i) ++count[((keys[i] >> shift) & mask) + 1];
+        if (count[((keys[0] >> shift) & mask) + 1] == m) continue;  // one digit
         for (std::size_t d = 0; d + 1 < count.size(); ++d) count[d + 1] += count[d];
-        for (std::uint64_t k : keys) other[count[(k >> shift) & mask]++] = k;
-        keys.swap(other);
+        for (std::size_t i = 0; i < m; ++i) other[count[(keys[i] >> shift) & mask]++] = keys[i];
+        std::swap(keys, other);
     }
+    return keys;
 }
 
 // Fast build for points in general position: the hull (monotone chain over the x
-// order) is split into a fan, the other points are inserted in Hilbert-curve order
-// (each located by a walk from the previous one, so consecutive steps touch nearby
-// triangles in memory) and legalised by Lawson flips, and a last flip pass makes the
-// fan's edges Delaunay. True only when no exact tie was met and every interior edge
-// ends strictly Delaunay: then the Delaunay triangulation is unique, and equal to the
-// one the x-order sweep gives. Otherwise (cocircular or collinear points, a point on
-// an edge, a walk that does not end) false, and the caller runs the sweep, which
-// decides ties by its insertion order.
+// order) is split into a fan and flipped to its Delaunay triangulation, the other points
+// are inserted in Hilbert-curve order (each located by a walk from the previous one, so
+// consecutive steps touch nearby triangles in memory) and legalised by Lawson flips.
+// True only when no exact tie was met: then every step kept the triangulation strictly
+// Delaunay (delaunay.hpp), the Delaunay triangulation is unique, and equal to the one
+// the x-order sweep gives. Otherwise (cocircular or collinear points, a point on an
+// edge, a walk that does not end, a hull needing too many flips) false, and the caller
+// runs the sweep, which decides ties by its insertion order.
 bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& mesh,
                    bool neighbours) {
     const int n = static_cast<int>(x.size());
@@ -396,9 +415,10 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     const int h = static_cast<int>(hull.size());
     if (h < 3) return false;
     // Local numbering: hull nodes in order, then the rest along the Hilbert curve.
-    std::vector<int> local(static_cast<std::size_t>(n), -1), global;
+    std::vector<unsigned char> on_hull(static_cast<std::size_t>(n), 0);
+    std::vector<int> global;
     global.reserve(static_cast<std::size_t>(n));
-    for (int k = 0; k < h; ++k) local[hull[k]] = k, global.push_back(hull[k]);
+    for (int k = 0; k < h; ++k) on_hull[hull[k]] = 1, global.push_back(hull[k]);
     {
         const auto [xlo, xhi] = std::minmax_element(x.begin(), x.end());
         const auto [ylo, yhi] = std::minmax_element(y.begin(), y.end());
@@ -417,7 +437,7 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         std::vector<std::uint64_t> keys;
         keys.reserve(static_cast<std::size_t>(n - h));
         for (int i = 0; i < n; ++i) {
-            if (local[i] >= 0) continue;
+            if (on_hull[i] != 0) continue;
             // NaN from an overflowed range (infinite difference times 0) goes to cell 0.
             double fx = (x[i] - *xlo) * sx, fy = (y[i] - *ylo) * sy;
             fx = fx >= 0.0 ? std::min(fx, top) : 0.0;
@@ -427,11 +447,14 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
             const std::uint64_t round = static_cast<std::uint64_t>(insertion_round(i));
             keys.push_back((round << (2 * levels) | d) << 31 | static_cast<std::uint32_t>(i));
         }
-        if (!keys.empty()) sort_keys(keys, 3 + 2 * levels);
-        for (std::uint64_t key : keys) {
-            const int i = static_cast<int>(key & 0x7fffffffu);
-            local[i] = static_cast<int>(global.size());
-            global.push_back(i);
+        const std::size_t m = keys.size();
+        // Not zero-filled: the sort writes it whole before reading it.
+        const std::unique_ptr<std::uint64_t[]> other(new std::uint64_t[m > 0 ? m : 1]);
+        const std::uint64_t* const sorted =
+            m > 0 ? sort_keys(keys.data(), other.get(), m, 3 + 2 * levels) : keys.data();
+        for (std::size_t q = 0; q < m; ++q) {
+            const std::uint64_t key = sorted[q];
+            global.push_back(static_cast<int>(key & 0x7fffffffu));
         }
     }
     Sweep sw;
@@ -447,7 +470,10 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     sw.hull_next[0] = 1;
     sw.hull_edge[h - 1] = Sweep::code(h - 3, 2);
     sw.hull_next[h - 1] = 0;
-    const std::vector<double>& xy = sw.xy;
+    // The fan made Delaunay: each insertion below then keeps the triangulation strictly
+    // Delaunay (see build_hilbert's comment). The flips are bounded as the sweep's are.
+    if (!sw.flip_to_delaunay(64LL * n + 64)) return false;
+    const double* const xy = sw.xy;
     auto side_of = [&](int a, int b, int p) {
         return orient2d(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * p],
                         xy[2 * p + 1]);
@@ -479,47 +505,42 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
         const SweepTriangle& r = sw.tris[static_cast<std::size_t>(t)];
         const int a = r.v[0], b = r.v[1], c = r.v[2];
         const int tab = r.twin[0], tbc = r.twin[1], tca = r.twin[2];
+        sw.prefetch(tbc), sw.prefetch(tca);            // tested after (a, b)
         if (sw.count + 2 > sw.capacity) return false;  // cannot happen
         const int t1 = sw.count, t2 = sw.count + 1;
         sw.count += 2;
-        // The legal bits: the three new edges (slots 1 and 2) are strictly Delaunay: p
-        // strictly inside (a, b, c) sees each side at a wider angle than the opposite
-        // corner does, so that corner lies strictly outside the circle through the side
-        // and p. The old sides (slot 0) are tested by the legalisation.
+        // The old sides (slot 0) are tested by the legalisation.
         SweepTriangle& r0 = sw.tris[static_cast<std::size_t>(t)];
         SweepTriangle& r1 = sw.tris[static_cast<std::size_t>(t1)];
         SweepTriangle& r2 = sw.tris[static_cast<std::size_t>(t2)];
         r0.v[2] = p;
-        r0.twin[1] = Sweep::code(t1, 2), r0.twin[2] = Sweep::code(t2, 1), r0.aux = 6;
+        r0.twin[1] = Sweep::code(t1, 2), r0.twin[2] = Sweep::code(t2, 1);
         r1.v[0] = b, r1.v[1] = c, r1.v[2] = p;
         r1.twin[0] = tbc, r1.twin[1] = Sweep::code(t2, 2), r1.twin[2] = Sweep::code(t, 1);
-        r1.aux = 6;
         r2.v[0] = c, r2.v[1] = a, r2.v[2] = p;
         r2.twin[0] = tca, r2.twin[1] = Sweep::code(t, 2), r2.twin[2] = Sweep::code(t1, 1);
-        r2.aux = 6;
         sw.point_back(tab, Sweep::code(t, 0));
         sw.point_back(tbc, Sweep::code(t1, 0));
         sw.point_back(tca, Sweep::code(t2, 0));
         if (tab < 0) sw.hull_edge[a] = Sweep::code(t, 0);
         if (tbc < 0) sw.hull_edge[b] = Sweep::code(t1, 0);
         if (tca < 0) sw.hull_edge[c] = Sweep::code(t2, 0);
-        sw.legalize(t, 0);
-        sw.legalize(t1, 0);
-        sw.legalize(t2, 0);
+        sw.legalize(t);
+        sw.legalize(t1);
+        sw.legalize(t2);
         if (sw.tie) return false;
     }
     // Back to the caller's numbering, the triangles ordered by their lowest node (a
-    // counting sort) and copied in that order with their legal bits: the uniqueness test
-    // below and the record's walks then read neighbouring triangles and nodes close
-    // together in memory (a scatter: independent writes, which overlap; permuting in
-    // place measured slower, its swaps wait on each other).
+    // counting sort) and copied in that order: the record's walks then read neighbouring
+    // triangles and nodes close together in memory (a scatter: independent writes, which
+    // overlap; permuting in place measured slower, its swaps wait on each other).
     const int tc = sw.count;
-    // Not zero-filled: first is cleared and slot written whole by each renumbering.
-    const std::unique_ptr<int[]> first(new int[static_cast<std::size_t>(n) + 1]),
-        slot(new int[static_cast<std::size_t>(tc)]);
     std::unique_ptr<TriangleBlock[]> blocks(new TriangleBlock[static_cast<std::size_t>(tc)]);
     prefault(blocks.get(), sizeof(TriangleBlock) * static_cast<std::size_t>(tc));
-    auto renumber = [&] {
+    {
+        // Not zero-filled: first is cleared and slot written whole.
+        const std::unique_ptr<int[]> first(new int[static_cast<std::size_t>(n) + 1]),
+            slot(new int[static_cast<std::size_t>(tc)]);
         std::fill(first.get(), first.get() + n + 1, 0);
         for (int k = 0; k < tc; ++k) {
             int* const corners = sw.tris[static_cast<std::size_t>(k)].v;
@@ -537,74 +558,8 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
                 to.v[s] = r.v[s];
                 to.twin[s] = f < 0 ? -1 : 4 * slot[f >> 2] + (f & 3);
             }
-            to.aux = r.aux;
+            to.aux = 0;
         }
-    };
-    renumber();
-    // Uniqueness: every interior edge not already found strictly Delaunay since it last
-    // changed (legal bit) is tested once. 0: all strictly Delaunay; 1: some edge must
-    // flip; 2: an exact tie (or NaN), which leaves the build to the sweep.
-    auto unique_test = [&] {
-        for (int te = 0; te < tc; ++te) {
-            const TriangleBlock& r = blocks[static_cast<std::size_t>(te)];
-            for (int j = 0; j < 3; ++j) {
-                const int f = r.twin[j];
-                if (f < 4 * te + j || (r.aux >> j & 1) != 0) continue;
-                const int a = r.v[j], b = r.v[nxt(j)], c = r.v[prv(j)];
-                const int d = blocks[static_cast<std::size_t>(f >> 2)].v[prv(f & 3)];
-                const double in = incircle(x[a], y[a], x[b], y[b], x[c], y[c], x[d], y[d]);
-                if (!(in != 0.0)) return 2;
-                if (in > 0.0) return 1;
-            }
-        }
-        return 0;
-    };
-    const int verdict = unique_test();
-    if (verdict == 2) return false;
-    if (verdict == 1) {
-        // Rare: back to the build's numbering, flip until every interior edge is strictly
-        // Delaunay (the edges found non-Delaunay start the flip stack), and order again.
-        for (int k = 0; k < tc; ++k) {
-            int* const corners = sw.tris[static_cast<std::size_t>(k)].v;
-            for (int s = 0; s < 3; ++s) corners[s] = local[corners[s]];
-        }
-        auto in_circle = [&](int e, int f) {
-            const int te = e >> 2, j = e & 3, k = f & 3;
-            const int a = sw.vert(te, j), b = sw.vert(te, nxt(j)), c = sw.vert(te, prv(j));
-            const int d = sw.vert(f >> 2, prv(k));
-            return incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
-                            xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]);
-        };
-        std::vector<int> pending;
-        for (int te = 0; te < tc; ++te)
-            for (int j = 0; j < 3; ++j) {
-                const int e = Sweep::code(te, j), f = sw.twin(e);
-                if (f < e || (sw.tris[static_cast<std::size_t>(te)].aux >> j & 1) != 0) continue;
-                const double in = in_circle(e, f);
-                if (!(in != 0.0)) return false;
-                if (in > 0.0) pending.push_back(e);
-            }
-        long long budget = 64LL * n + 64;
-        while (!pending.empty()) {
-            if (--budget < 0) return false;
-            const int e = pending.back();
-            pending.pop_back();
-            const int f = sw.twin(e);
-            if (f < 0) continue;
-            const double in = in_circle(e, f);
-            if (!(in != 0.0)) return false;
-            if (in < 0.0) continue;
-            // Flip through the legalisation step (opposite vertex c), then recheck the
-            // quadrilateral's four sides.
-            const int te = e >> 2, j = e & 3, tf = f >> 2, k = f & 3;
-            const int x1 = sw.twin(Sweep::code(tf, nxt(k))), x2 = sw.twin(Sweep::code(tf, prv(k)));
-            const int y1 = sw.twin(Sweep::code(te, nxt(j))), y2 = sw.twin(Sweep::code(te, prv(j)));
-            sw.flip(te, j, tf, k);
-            for (int g : {x1, x2, y1, y2})
-                if (g >= 0) pending.push_back(g);
-        }
-        if (sw.tie) return false;
-        renumber();
     }
     if (!neighbours) {
         mesh.blocks = std::move(blocks);

@@ -5,17 +5,17 @@
 // across the edge), both legalising new triangles by Lawson flips with the exact
 // predicates (predicates.hpp).
 // - Fast build, for points in general position: the convex hull (monotone chain) is
-//   split into a fan, the other points are inserted in rounds of random samples (a
-//   fixed hash of the index), each round along a Hilbert curve, each point located by a
-//   walk from the previous one and split into three. It is accepted only when no exact
-//   tie was met and every interior edge ends strictly Delaunay: the Delaunay
-//   triangulation is then unique, so the result does not depend on the build. Edges
-//   proved strictly Delaunay on the way are not tested again: those a test found so,
-//   the three a split creates (the new point lies strictly inside the old triangle) and
-//   the diagonal a flip creates (its test is the flipped one's with the sign changed),
-//   while neither of their triangles changes. The rest are tested once, over the
-//   triangles ordered by lowest node (neighbours close in memory); only an edge found
-//   not Delaunay there (from the starting fan, rarely) starts a last flip pass.
+//   split into a fan and made Delaunay by flips, the other points are inserted in rounds
+//   of random samples (a fixed hash of the index), each round along a Hilbert curve, each
+//   point located by a walk from the previous one and split into three. It is accepted
+//   only when no exact tie was met; then every step keeps the triangulation strictly
+//   Delaunay (below), the Delaunay triangulation is unique, and the result does not
+//   depend on the build. A strictly Delaunay triangulation stays so through an insertion
+//   when no test ties: the edges at the new point are strongly Delaunay (each has an
+//   empty circle with every other point strictly outside: the circle of the split or
+//   flipped triangle shrunk onto the new point), which makes them strictly Delaunay in
+//   any triangulation; the edges opposite it are tested with their final neighbours; the
+//   others keep both their triangles. So no edge is tested again at the end.
 // - Sweep, for everything else (cocircular points such as grids, collinear hull
 //   points): the points are taken in lexicographic (x, then y) order; the first
 //   collinear run and the first point off its line form a fan; every later point lies
@@ -43,7 +43,8 @@ namespace zemath {
 
 // One triangle in 32 bytes (one cache line holds its corners and links): corners
 // counter-clockwise, then per side the half-edge 4 t + slot of the same edge in the
-// triangle across (-1 on the hull); aux is the builder's, spare the record walk's.
+// triangle across (-1 on the hull); aux is unused (0 in the build's ordered copy), spare
+// the record walk's.
 struct alignas(32) TriangleBlock {
     int v[3];
     int aux;

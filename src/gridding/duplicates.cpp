@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 #include "core/missing.hpp"
 
@@ -71,10 +72,11 @@ void sort_by_key(std::vector<KeyedPosition>& records) {
         return key_of(a) < key_of(b);
     };
     if (n >= 2048) {
-        std::vector<KeyedPosition> scratch(n);
+        // Not zero-filled: the sort writes it before reading it.
+        const std::unique_ptr<KeyedPosition[]> scratch(new KeyedPosition[n]);
         if (util::radix_sort<double, sizeof(KeyedPosition), false>(
                 reinterpret_cast<unsigned char*>(records.data()), n,
-                reinterpret_cast<unsigned char*>(scratch.data())))
+                reinterpret_cast<unsigned char*>(scratch.get())))
             return;
     }
     util::intro_sort(records.data(), n, less);

@@ -23,9 +23,11 @@ constexpr double kEps = 1.1102230246251565e-16;  // 2^-53, half an ulp of 1
 // Error bounds of the plain floating-point evaluations (Shewchuk 1997, section 4.3).
 constexpr double kOrientBound = (3.0 + 16.0 * kEps) * kEps;
 constexpr double kInCircleBound = (10.0 + 96.0 * kEps) * kEps;
-// The bounds are relative and assume no underflow: below this permanent (2^-900) an
-// underflowed product could decide the sign, so the exact path decides instead.
-constexpr double kSmallestPermanent = 0x1p-900;
+// The bounds are relative and assume no underflow. Adding this to a bound covers the
+// absolute error of every product that underflowed (each under 2^-1074) and refuses every
+// evaluation whose permanent is below 2^-900 (its determinant is smaller than that), so
+// one comparison decides: an infinite or NaN bound (a product overflowed) refuses too.
+constexpr double kUnderflowSlack = 0x1p-880;
 }  // namespace predicate_detail
 
 // The exact evaluations behind the filters below (predicates.cpp).
@@ -42,12 +44,8 @@ inline double orient2d(double ax, double ay, double bx, double by, double cx, do
     const double right = acy * bcx;
     const double det = left - right;
     const double permanent = std::fabs(left) + std::fabs(right);
-    // An overflowed product makes the permanent infinite or NaN, and one that underflowed
-    // can matter only when the permanent is tiny: both fail this test. A product
-    // underflowed beside a permanent of at least 2^-900 errs by under 2^-1074, which
-    // the bound's margin (16 eps^2 times the permanent) covers.
-    if (std::fabs(det) >= predicate_detail::kOrientBound * permanent &&
-        permanent >= predicate_detail::kSmallestPermanent && permanent < HUGE_VAL)
+    if (std::fabs(det) >
+        predicate_detail::kOrientBound * permanent + predicate_detail::kUnderflowSlack)
         return det;
     // Both products exactly 0 by a zero factor each (axis-parallel points): exactly 0.
     if (permanent == 0.0 && (acx == 0.0 || bcy == 0.0) && (acy == 0.0 || bcx == 0.0)) return 0.0;
@@ -71,9 +69,8 @@ inline double incircle(double ax, double ay, double bx, double by, double cx, do
     const double permanent = (std::fabs(bdxcdy) + std::fabs(cdxbdy)) * alift +
                              (std::fabs(cdxady) + std::fabs(adxcdy)) * blift +
                              (std::fabs(adxbdy) + std::fabs(bdxady)) * clift;
-    // An infinite or NaN permanent (overflow) or a tiny one (underflow) fails the test.
-    if (std::fabs(det) > predicate_detail::kInCircleBound * permanent &&
-        permanent >= predicate_detail::kSmallestPermanent && permanent < HUGE_VAL)
+    if (std::fabs(det) >
+        predicate_detail::kInCircleBound * permanent + predicate_detail::kUnderflowSlack)
         return det;
     return incircle_exact(ax, ay, bx, by, cx, cy, dx, dy);
 }

@@ -815,3 +815,25 @@ TEST(Triangulation, NodeArrayKeepsValuesThroughGrowthCopiesAndRelease) {
         EXPECT_TRUE(std::equal(a.begin(), a.end(), b.begin(), b.end()));
     }
 }
+
+namespace {
+#include "reference/gridding_predicates_ref.inc"
+
+int sign_of(double v) {
+    return (v > 0.0) - (v < 0.0);
+}
+
+// The predicates' signs are exact: the floating-point filter decides only where its bound
+// holds, the exact path elsewhere (underflowed or overflowed products, permanents near the
+// filters' cut-offs, ties and one-ulp perturbations).
+TEST(Predicates, ExactSignsNearTheFilterLimits) {
+    for (const auto& r : kPredicateReference) {
+        SCOPED_TRACE(testing::Message() << r.ax << " " << r.ay << " " << r.bx << " " << r.by << " "
+                                        << r.cx << " " << r.cy << " " << r.dx << " " << r.dy);
+        EXPECT_EQ(sign_of(zemath::orient2d(r.ax, r.ay, r.bx, r.by, r.cx, r.cy)), r.orient);
+        EXPECT_EQ(sign_of(zemath::incircle(r.ax, r.ay, r.bx, r.by, r.cx, r.cy, r.dx, r.dy)),
+                  r.incircle);
+    }
+}
+
+}  // namespace
