@@ -279,6 +279,10 @@ TEST(DistributionsRandom, ExtremeArgumentsThatOnceFailed) {
         {Fn::ncfcdf, {1, 1e300, 1e300, 1.4015357800167431e-309}, 2},
         {Fn::ncfcdf, {1, 1e20, 1e20, 1}, 2}, {Fn::ncbetacdf, {0.5, 1e20, 1e20, 1e-3}, 2},
         {Fn::ncchi2cdf, {1e15, 1e15, 1}, 2}, {Fn::ncchi2cdf, {1e300, 1e300, 1}, 2},
+        {Fn::srangeinv, {1.9493284874924116e-156, 5, 122651915}, 2},
+        {Fn::srangeinv, {0.71001608832554908, 64.14144843699448, 1559149104}, 2},
+        {Fn::srangeinv, {4.9406564584124654e-324, 4.2239931967099444, 46}, 2},
+        {Fn::hygecdf, {270168233, 746250299, 1889071879, 683898649}, 1},
     };
     // clang-format on
     for (const Case& c : cases) {
