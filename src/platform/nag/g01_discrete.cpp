@@ -103,48 +103,57 @@ struct HypergeometricWalk {
                (static_cast<double>(marked - x + 1) * static_cast<double>(sample - x + 1));
     }
 
-    // Sum of the probabilities after P(x) = first, stepping by `step` (+1 or -1) up to and
+    // P(x) = first plus the probabilities after it, stepping by `step` (+1 or -1) up to and
     // including `end`, until the rest can no longer change first + the sum. A walk that starts
     // on the far side of the mode first climbs: terms are compared with the running total
-    // only after they have begun to fall. Every kRestart steps the term is taken afresh.
+    // only after they have begun to fall. Every kRestart steps the term is taken afresh, and
+    // the terms are summed by those blocks.
     double beyond(long x, int step, double first, long end) const {
-        constexpr double kNegligible = std::numeric_limits<double>::epsilon() / 4;
+        // The rest below half an ulp of the sum (a bound on it, not a single term).
+        constexpr double kNegligible = std::numeric_limits<double>::epsilon() / 2;
         double term = first;
-        double previous = first;
-        double rest = 0.0;   // the finished blocks
-        double block = 0.0;  // the current block's terms
-        int since_restart = 0;
-        while (step > 0 ? x < end : x > end) {
-            const double ratio = step > 0 ? up(x) : down(x);
-            x += step;
-            if (++since_restart == kRestart) {
-                since_restart = 0;
-                term = point(x);
-                rest += block;
-                block = 0.0;
-            } else {
+        double total = first;  // first and the finished blocks
+        const auto before_end = [&](long at, long limit) {
+            return step > 0 ? at < limit : at > limit;
+        };
+        while (before_end(x, end)) {
+            const long block_end =
+                step > 0 ? std::min(end, x + kRestart) : std::max(end, x - kRestart);
+            double block = 0.0;
+            bool done = false;
+            while (before_end(x, block_end)) {
+                const double ratio = step > 0 ? up(x) : down(x);
+                x += step;
                 term *= ratio;
+                block += term;
+                // The law is log-concave: once the terms fall (a ratio below 1), each ratio
+                // is below the one before, so the rest is at most term r / (1 - r).
+                // (Stopping at the first term that no longer changed the sum left out the
+                // thousands just below it: 7e-14 at a standard deviation of 1e4.) A walk
+                // from the far side of the mode climbs first, where the ratios exceed 1.
+                if (term == 0.0 || (ratio < 1.0 && term * ratio <= kNegligible * (1.0 - ratio) *
+                                                                       (total + block))) {
+                    done = true;
+                    break;
+                }
             }
-            block += term;
-            const bool falling = term <= previous;
-            previous = term;
-            // The law is log-concave: once the terms fall, each ratio is below the one
-            // before, so the rest is at most term r / (1 - r). (Stopping at the first term
-            // that no longer changes the sum left out the thousands just below it: 7e-14 at
-            // a standard deviation of 1e4.)
-            if (term == 0.0 ||
-                (falling && ratio < 1.0 &&
-                 term * ratio <= kNegligible * (1.0 - ratio) * (first + rest + block)))
-                break;
+            if (!done && before_end(x, end)) {
+                // The block's last term taken afresh, and the walk goes on from it.
+                const double fresh = point(x);
+                block += fresh - term;
+                term = fresh;
+            }
+            total += block;
+            if (done) break;
         }
-        return rest + block;
+        return total;
     }
 
     // P(x) = first plus the walk beyond it to the end of the support.
     double tail(long x, int step, double first) const {
         const long end =
             step > 0 ? std::min(sample, marked) : std::max(0L, sample + marked - population);
-        return first + beyond(x, step, first, end);
+        return beyond(x, step, first, end);
     }
 };
 
