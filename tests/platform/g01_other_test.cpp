@@ -242,6 +242,17 @@ TEST(G01Srange, LowerTailBelowTheRangeLawsDoubleRange) {
         previous = p;
         previous_q = q;
     }
+    // q at the subnormals, where w/2 underflows erf's argument: a probability, never NaN
+    // (the scaled law once divided by a subnormal D there), at most q: R(w) <= w / sqrt(pi)
+    // (two groups, the most likely range) and E[S] <= 1.
+    for (double tiny : {5e-324, 1e-320, 1e-310, DBL_MIN, 1e-300})
+        for (int groups : {2, 3, 10, 46, 100000})
+            for (double df : {1.0, 5.0, 1e6}) {
+                NagError fail;
+                const double p = g01emc(tiny, df, groups, &fail);
+                EXPECT_TRUE(fail.code == 0 && p >= 0.0 && p <= tiny)
+                    << tiny << " " << df << " " << groups << ": " << p;
+            }
     for (double target : {1.9493284874924116e-156, 1e-250, 3e-300}) {
         NagError fail;
         const double q = g01fmc(target, v, r, &fail);
