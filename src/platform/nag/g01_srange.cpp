@@ -30,10 +30,10 @@
 // step leaves it), until P is within rounding of p, the step within rounding of q, or the
 // quadratic convergence predicts the next residual below rounding; 3-6 evaluations. Where
 // the slope of the computed P between the last two points differs from the density by more
-// than 1% (many groups: P follows its adaptive panels to about 1e-9), the secant slope is
-// used. Measured per deviate: median 1.2 ms, at most 4 ms for r up to 100 and v up to
-// 1e3; median 7 ms, up to 19 ms for r from 100 to 2^31 - 1 (the start, fitted for r <= 100,
-// lies far from the root there, and each evaluation costs about 0.7 ms).
+// than 1% past 500 groups (P then follows its adaptive panels, to about 1e-9), the secant
+// slope is used. Measured per deviate: median 1.2 ms, at most 4 ms for r up to 100 and v up to
+// 1e3; median about 7 ms, up to about 20 ms for r from 100 to 2^31 - 1 (the start, fitted for r <=
+// 100, lies far from the root there, and each evaluation costs about 0.7 ms).
 //
 // Phi(u) - Phi(u - w) is summed from its Hermite series below w = 1/2, where the
 // difference of the two probabilities loses digits (all of them below w = 1e-16).
@@ -238,6 +238,10 @@ struct ScaledLaw {
 };
 constexpr double kScaleBelow = -600.0;
 
+// Above this many groups the outer integral is taken by the adaptive panels, not the
+// trapezoidal rule (see tukey_lower).
+constexpr double kTrapezoidGroups = 500.0;
+
 template <bool derivative>
 ScaledLaw range_law(double w, double r) {
     constexpr double kUpper = 9.5;
@@ -405,7 +409,6 @@ Law tukey_lower(double q, double v, double r) {
     // The trapezoidal rule up to kTrapezoidGroups groups: beyond, the range law's step
     // sharpens (33 decades within 9% of q at r = 2^31) until two levels can agree to 1e-7
     // before the rule resolves it, and the adaptive panels take the integral.
-    constexpr double kTrapezoidGroups = 500.0;
     if (r <= kTrapezoidGroups) {
         if (const auto whole =
                 trapezoid_from_mode(integrand, mode, width, head, derivative, -reach, top + reach))
@@ -499,8 +502,10 @@ bool tukey_deviate(double p, double v, double r, double& q) {
             // slope between the last two points can differ from the density by a third,
             // and Newton with the density converged only linearly (15 evaluations, 15 ms).
             // The secant slope of the computed P is taken instead where the two differ by
-            // more than 1%, which leaves smooth laws to Newton.
-            if (std::isfinite(last_signed) && variable != last_variable && std::isfinite(slope)) {
+            // more than 1%, past the trapezoidal rule's group count only (below it P is
+            // smooth, and Newton with the density converges faster than the secant).
+            if (r > kTrapezoidGroups && std::isfinite(last_signed) && variable != last_variable &&
+                std::isfinite(slope)) {
                 const double secant = (residual - last_signed) / (variable - last_variable);
                 if (secant * slope > 0.0 && std::fabs(secant / slope - 1.0) > 0.01) slope = secant;
             }
