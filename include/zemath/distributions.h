@@ -66,7 +66,10 @@ ZEMATH_EXTERN_C_BEGIN
 
 /* Further rules of this section.
  * - A deviate outside the normal double range gives 301 (betainv instead rounds such a
- *   deviate to 0). Densities are +infinity at a pole (x at 0 with shape < 1).
+ *   deviate to 0). Densities are +infinity at a pole (x at 0 with shape < 1), and a
+ *   density above the largest double (a scale or shape so small that the peak overflows,
+ *   e.g. normpdf(0, 0, 1e-320), or x within a few subnormals of a pole) is returned as
+ *   +infinity with status 0, as IEEE arithmetic rounds it; no other value is infinite.
  * - Shape limits: beta a, b <= 1e6 and gaminv's shape <= 1e6; chi-square and F degrees of
  *   freedom and the gamma shape <= 1e10 elsewhere (status 7 above); Student's t needs
  *   df >= 1 (+infinity is the normal law). */

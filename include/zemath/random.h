@@ -11,6 +11,11 @@
  * generator behind each function means by them; several differ from the textbook or
  * from the density functions of distributions.h, as noted per function.
  *
+ * Samples beyond the double range: parameters whose law reaches past +-DBL_MAX (lognrnd
+ * with mu above about 709.8, exprnd or caurnd with a scale near DBL_MAX, wblrnd with a very
+ * small shape, gamrnd with a shape near DBL_MAX) give +-infinity for the samples that lie
+ * there, with status 0, as IEEE arithmetic rounds them; no sample is ever NaN.
+ *
  * Status codes (a refused call writes nothing):
  *     0     success: out[0..n-1] written
  *   -151    out is NULL, or n <= 0 (a negative count is refused like 0), or a parameter

@@ -217,6 +217,50 @@ TEST(G01Srange, HugeGroupCountsStayOrderedAndAnswer) {
     EXPECT_NEAR(g01emc(q, 65.0, 2159711, &fail), 0.842, 1e-10);
 }
 
+// Far below the median of many groups every R(q s) of the scale's bulk lies below the double
+// range while P is a normal double: P must stay positive and grow smoothly with q there (it
+// once dropped to 0 below q = 0.88336 at v = 5, r = 1.2e8, where P is about 3e-156), and the
+// deviate must give back such a p (it returned a q where P was 0).
+TEST(G01Srange, LowerTailBelowTheRangeLawsDoubleRange) {
+    const double v = 5.0;
+    const int r = 122651915;
+    double previous = 0.0, previous_q = 0.0;
+    for (double q : {0.5, 0.8, 0.88, 0.8833, 0.88335, 0.8834, 0.885, 0.9}) {
+        NagError fail;
+        const double p = g01emc(q, v, r, &fail);
+        ASSERT_EQ(fail.code, 0) << q;
+        if (q >= 0.8) {
+            EXPECT_GE(p, DBL_MIN) << q;
+        }
+        EXPECT_GE(p, previous) << q;
+        // ln P against ln q: the local power (its elasticity) stays between the group count's
+        // bounds, 0 and r - 1, between neighbours; a value that fell to 0 breaks it.
+        if (previous > 0.0) {
+            const double power = std::log(p / previous) / std::log(q / previous_q);
+            EXPECT_TRUE(power > 0.0 && power < r) << q << " " << power;
+        }
+        previous = p;
+        previous_q = q;
+    }
+    // q at the subnormals, where w/2 underflows erf's argument: a probability, never NaN
+    // (the scaled law once divided by a subnormal D there), at most q: R(w) <= w / sqrt(pi)
+    // (two groups, the most likely range) and E[S] <= 1.
+    for (double tiny : {5e-324, 1e-320, 1e-310, DBL_MIN, 1e-300})
+        for (int groups : {2, 3, 10, 46, 100000})
+            for (double df : {1.0, 5.0, 1e6}) {
+                NagError fail;
+                const double p = g01emc(tiny, df, groups, &fail);
+                EXPECT_TRUE(fail.code == 0 && p >= 0.0 && p <= tiny)
+                    << tiny << " " << df << " " << groups << ": " << p;
+            }
+    for (double target : {1.9493284874924116e-156, 1e-250, 3e-300}) {
+        NagError fail;
+        const double q = g01fmc(target, v, r, &fail);
+        ASSERT_EQ(fail.code, 0) << target;
+        EXPECT_NEAR(g01emc(q, v, r, &fail) / target, 1.0, 1e-6) << target << " at q " << q;
+    }
+}
+
 // The probability is the scale law's mixture of the range law, P(q; v, r) =
 // integral f_Y(y) R(q e^y) dy (R itself the v = infinity limit): at 2^31 - 2 groups the
 // range law's step spans 33 decades within 9% of q, which the fixed panels once missed by

@@ -299,6 +299,30 @@ TEST(RandomExtremes, ParametersAtTheLimitsStayInRange) {
     check(ints, std::vector<int>(1000));
 }
 
+// Laws reaching past the double range: the samples out there are +-infinity of the sign the
+// law gives them, the others finite; none is NaN (a scale times an infinite variate, or
+// infinity minus infinity, would be).
+TEST(RandomExtremes, SamplesBeyondTheDoubleRangeAreInfiniteNeverNaN) {
+    const Rows<double, double, double> rows = {
+        {DRAW(lognrnd(o, n, 1000.0, 0.0)), 0.0, INFINITY},  // every sample e^1000
+        {DRAW(lognrnd(o, n, 700.0, 100.0)), 0.0, INFINITY},
+        {DRAW(exprnd(o, n, DBL_MAX)), 0.0, INFINITY},
+        {DRAW(caurnd(o, n, 0.0, DBL_MAX)), -INFINITY, INFINITY},
+        {DRAW(caurnd(o, n, DBL_MAX, 1e300)), -INFINITY, INFINITY},
+        {DRAW(lgsrnd(o, n, -DBL_MAX, 1e300)), -INFINITY, INFINITY},
+        {DRAW(wblrnd(o, n, 1e-3, 1.0)), 0.0, INFINITY},
+        {DRAW(gamrnd(o, n, DBL_MAX, 2.0)), 0.0, INFINITY},
+        {DRAW(normrnd(o, n, DBL_MAX, DBL_MAX)), -INFINITY, INFINITY},
+    };
+    std::vector<double> sample(1000);
+    for (const auto& [name, draw, lo, hi] : rows) {
+        ASSERT_EQ(draw(sample.data(), 1000), 0) << name;
+        for (double v : sample) ASSERT_TRUE(v >= lo && v <= hi) << name << ": " << v;
+    }
+    ASSERT_EQ(lognrnd(sample.data(), 1000, 1000.0, 0.0), 0);
+    for (double v : sample) EXPECT_EQ(v, INFINITY);
+}
+
 TEST(RandomRefusals, BadArgumentsGiveTheirStatusAndWriteNothing) {
     const double table[] = {0.5, 0.5}, mu[] = {0.0, 0.0}, identity[] = {1.0, 0.0, 0.0, 1.0};
     const double nanum_mu[] = {0.0, NANUM}, inf_cov[] = {1.0, 0.0, 0.0, INFINITY};
