@@ -4,7 +4,19 @@
  * own record, so every engine call of this file runs under a setjmp taken here, in a C
  * frame with no destructors to skip; the engine never reaches exit(), never writes to the
  * process's streams (its output and error stream is a sink, see open_sink), and its
- * memory is released on every path. */
+ * memory is released on every path.
+ *
+ * Method: the lower hull of the points lifted to the paraboloid, with facet merging off
+ * (Q0). With merging on, the engine merges the nearly coplanar facets that degenerate
+ * input gives (cocircular points, points on or near lines) at a cost that grows faster
+ * than quadratically: 26 s for 16000 points on a circle, 29 s for 16000 on two parallel
+ * lines, 5.6 s for 16000 points within 1e-14 of a line. Without merging the engine either
+ * builds the hull in its usual time (about 0.15 s for 16000 points, degenerate or not)
+ * or stops with a precision error; its triangles are then only a candidate, which the
+ * caller checks exactly and replaces by the built-in method's whenever they are not the
+ * Delaunay triangulation (or the engine failed).
+ * Failure codes: a positive engine code (3 for a precision error), -1 when the triangles
+ * do not fit or no stream could be opened. */
 #define _POSIX_C_SOURCE 200809L
 #include <setjmp.h>
 #include <stdio.h>
@@ -56,9 +68,10 @@ static int run_engine(FILE* stream, int n, double* points, int extra_setting, in
     volatile int status = 0;
     volatile int written = 0;
     int curlong = 0, totlong = 0;
-    /* Delaunay of the points lifted to the paraboloid, triangulated output, with the
-     * point at infinity above the centroid of the lifted points. */
-    strcpy(options, extra_setting ? "qhull d Qt Qz Qbb" : "qhull d Qt Qz");
+    /* Delaunay of the points lifted to the paraboloid, with the point at infinity above
+     * the centroid of the lifted points, and no facet merging (see the opening block):
+     * every facet is then a triangle. */
+    strcpy(options, extra_setting ? "qhull d Qz Q0 Qbb" : "qhull d Qz Q0");
     qh_zero(qh, stream);
     status = qh_new_qhull(qh, 2, n, points, False, options, stream, stream);
     if (status == 0) {
