@@ -77,6 +77,12 @@ bool usable_coordinate(double v) {
 bool build_engine(const Nodes& nodes, bool scaled, Mesh& mesh) {
     const int n = static_cast<int>(nodes.x.size());
     if (n < 4) return false;
+    // All nodes on one line (the built-in method reports it): the engine is not asked.
+    int off_line = 1;
+    while (off_line < n - 1 && orient2d(nodes.x[0], nodes.y[0], nodes.x[n - 1], nodes.y[n - 1],
+                                        nodes.x[off_line], nodes.y[off_line]) == 0.0)
+        ++off_line;
+    if (off_line == n - 1) return false;
     // Relative to the first node: the engine lifts the points to a paraboloid, whose
     // curvature term drowns in rounding when the coordinates carry a large offset.
     std::vector<double> points(2 * static_cast<std::size_t>(n));

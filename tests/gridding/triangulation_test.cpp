@@ -823,7 +823,8 @@ namespace {
 
 // Inputs on which the engine's rounded arithmetic is not decisive: ties everywhere
 // (cocircular nodes, grids), hulls made of long collinear runs, nodes within rounding of
-// a line; and one in general position, where the engine's triangles are taken.
+// a line or on a flat convex curve; and one in general position, where the engine's
+// triangles are taken.
 std::vector<Cloud> engine_clouds() {
     std::vector<Cloud> clouds = degenerate_clouds();
     std::mt19937_64 rng(31);
@@ -847,9 +848,15 @@ std::vector<Cloud> engine_clouds() {
         line.x.push_back(t), line.y.push_back(0.5 * t + 1e-14 * g(rng));
         far.x.push_back(1e9 + t), far.y.push_back(1e9 + 0.5 * t + 1e-8 * g(rng));
     }
+    Cloud flat{"3000 on y = 1e-6 x^2", {}, {}};  // convex, within 1e-6 of a line
+    for (int k = 0; k < 3000; ++k) {
+        const double t = 2 * u(rng) - 1;
+        flat.x.push_back(t), flat.y.push_back(1e-6 * t * t);
+    }
     Cloud uniform{"uniform 3000", {}, {}};
     for (int k = 0; k < 3000; ++k) uniform.x.push_back(u(rng)), uniform.y.push_back(u(rng));
-    for (Cloud* c : {&circle, &centred, &grid, &rows, &line, &far, &uniform}) clouds.push_back(*c);
+    for (Cloud* c : {&circle, &centred, &grid, &rows, &line, &far, &flat, &uniform})
+        clouds.push_back(*c);
     return clouds;
 }
 
