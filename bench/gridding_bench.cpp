@@ -1,5 +1,6 @@
 // Gridding: Delaunay triangulation (built-in and engine builds) of 1e5 and 1e6 points,
-// uniform in the unit square and on a perturbed grid; examination and duplicate removal
+// uniform in the unit square and on a perturbed grid, and of 4000 and 16000 points on a
+// circle, an exact grid and two rows; examination and duplicate removal
 // of 1e6 points; kriging of a 500 x 500 grid from 1e4 scattered points. Items processed
 // are input points (targets for kriging). bench/table/families/gridding.py times SciPy on the same
 // kinds of data (scipy.spatial.Delaunay, RBFInterpolator with a neighbour count).
@@ -39,6 +40,39 @@ const Cloud& cloud(int n, int kind) {
 void BM_triangulation(benchmark::State& state) {
     const int n = static_cast<int>(state.range(0));
     const Cloud& c = cloud(n, static_cast<int>(state.range(1)));
+    const unsigned options = state.range(2) ? static_cast<unsigned>(ZEMATH_TRI_ENGINE) : 0u;
+    Triangulation t;
+    zemath_triangulation_init(&t);
+    for (auto _ : state) {
+        if (zemath_triangulation(n, c.x.data(), c.y.data(), c.z.data(), &t, options) != 0)
+            state.SkipWithError("failed");
+        benchmark::DoNotOptimize(t.triangles);
+    }
+    zemath_triangulation_free(&t);
+    state.SetItemsProcessed(state.iterations() * n);
+}
+
+// Degenerate input for the engine build beside the built-in one (kind 0: n points on a
+// circle; 1: an exact sqrt(n) grid; 2: two rows of n / 2 evenly spaced points): ties and
+// collinear runs everywhere, on which the engine's facet merging used to take seconds.
+const Cloud& degenerate_cloud(int n, int kind) {
+    static std::map<std::pair<int, int>, Cloud> cache;
+    Cloud& c = cache[{n, kind}];
+    if (c.x.empty()) {
+        const int side = static_cast<int>(std::sqrt(static_cast<double>(n)));
+        for (int i = 0; i < n; ++i) {
+            const double angle = 6.283185307179586 * i / n;
+            const double x = kind == 0 ? std::cos(angle) : kind == 1 ? i % side : i / 2;
+            const double y = kind == 0 ? std::sin(angle) : kind == 1 ? i / side : i % 2;
+            c.x.push_back(x), c.y.push_back(y), c.z.push_back(x + y);
+        }
+    }
+    return c;
+}
+
+void BM_triangulation_degenerate(benchmark::State& state) {
+    const int n = static_cast<int>(state.range(0));
+    const Cloud& c = degenerate_cloud(n, static_cast<int>(state.range(1)));
     const unsigned options = state.range(2) ? static_cast<unsigned>(ZEMATH_TRI_ENGINE) : 0u;
     Triangulation t;
     zemath_triangulation_init(&t);
@@ -98,6 +132,10 @@ void BM_kriging_grid(benchmark::State& state) {
 BENCHMARK(BM_triangulation)
     ->ArgsProduct({{100000, 1000000}, {0, 1}, {0, 1}})
     ->ArgNames({"n", "perturbed_grid", "engine"})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_triangulation_degenerate)
+    ->ArgsProduct({{4000, 16000}, {0, 1, 2}, {0, 1}})
+    ->ArgNames({"n", "circle_grid_rows", "engine"})
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_examine)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_remove_duplicates)->Arg(1000000)->Unit(benchmark::kMillisecond);

@@ -72,11 +72,17 @@ bool usable_coordinate(double v) {
     return !is_missing(v) && std::isfinite(v);
 }
 
-// Engine build on the prepared nodes; false when the engine fails or its triangles do
-// not form a valid triangulation of all nodes.
+// Engine build on the prepared nodes; false when the engine fails or its triangles are
+// not the unique Delaunay triangulation of all nodes (the built-in method runs then).
 bool build_engine(const Nodes& nodes, bool scaled, Mesh& mesh) {
     const int n = static_cast<int>(nodes.x.size());
     if (n < 4) return false;
+    // All nodes on one line (the built-in method reports it): the engine is not asked.
+    int off_line = 1;
+    while (off_line < n - 1 && orient2d(nodes.x[0], nodes.y[0], nodes.x[n - 1], nodes.y[n - 1],
+                                        nodes.x[off_line], nodes.y[off_line]) == 0.0)
+        ++off_line;
+    if (off_line == n - 1) return false;
     // Relative to the first node: the engine lifts the points to a paraboloid, whose
     // curvature term drowns in rounding when the coordinates carry a large offset.
     std::vector<double> points(2 * static_cast<std::size_t>(n));
@@ -99,8 +105,12 @@ bool build_engine(const Nodes& nodes, bool scaled, Mesh& mesh) {
         mesh.v.insert(mesh.v.end(), {a, b, c});
     }
     if (!link_mesh(n, mesh)) return false;
-    // Accept the engine's mesh only when it is exactly Delaunay with a convex hull; the
-    // engine works in rounded arithmetic and may not be on nearly degenerate inputs.
+    // Accept the engine's mesh only when it is exactly Delaunay with a convex hull (the
+    // engine works in rounded arithmetic and may not be on nearly degenerate inputs), and
+    // strictly so across every interior edge: then no empty circle passes through four
+    // nodes, the triangulation is unique and the record is the built-in method's. Where
+    // there is a tie (cocircular nodes, as on a grid) the built-in method decides it, so
+    // the record never depends on the build.
     const NodeArray &x = nodes.x, &y = nodes.y;
     int u = 0;
     do {
@@ -116,7 +126,7 @@ bool build_engine(const Nodes& nodes, bool scaled, Mesh& mesh) {
             while (k < 3 && mesh.nb[3 * nb + k] != t) ++k;
             const int a = mesh.v[3 * t], b = mesh.v[3 * t + 1], c = mesh.v[3 * t + 2];
             const int d = mesh.v[3 * nb + (k + 2) % 3];
-            if (incircle(x[a], y[a], x[b], y[b], x[c], y[c], x[d], y[d]) > 0.0) return false;
+            if (incircle(x[a], y[a], x[b], y[b], x[c], y[c], x[d], y[d]) >= 0.0) return false;
         }
     return true;
 }

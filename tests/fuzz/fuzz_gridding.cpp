@@ -92,6 +92,21 @@ void check_triangulation(const Triangulation& t) {
     for (int h = 0; h < t.holeCount; ++h) require(t.holeIndex[h] >= -1 && t.holeIndex[h] < t.nodes);
 }
 
+// Two records hold the same arrays, bit for bit.
+bool same_record(const Triangulation& a, const Triangulation& b) {
+    auto same = [](const void* u, const void* v, size_t bytes) {
+        return bytes == 0 || std::memcmp(u, v, bytes) == 0;
+    };
+    const size_t nodes = static_cast<size_t>(a.nodes), tris = static_cast<size_t>(a.triangles);
+    return a.valid == b.valid && a.nodes == b.nodes && a.triangles == b.triangles &&
+           a.edges == b.edges && a.boundaryCount == b.boundaryCount && a.holeCount == b.holeCount &&
+           same(a.x, b.x, 8 * nodes) && same(a.y, b.y, 8 * nodes) && same(a.z, b.z, 8 * nodes) &&
+           same(a.tri, b.tri, 24 * tris) && same(a.neighbor, b.neighbor, 12 * tris) &&
+           same(a.edge, b.edge, 12 * static_cast<size_t>(a.edges)) &&
+           same(a.boundary, b.boundary, 4 * static_cast<size_t>(a.boundaryCount)) &&
+           same(a.holeIndex, b.holeIndex, 4 * static_cast<size_t>(a.holeCount));
+}
+
 unsigned tri_options(Input& in) {
     static const unsigned bits[] = {ZEMATH_TRI_KEEP_MISSING_Z, ZEMATH_TRI_MISSING_Z_PASS,
                                     ZEMATH_TRI_NORMALISED,     ZEMATH_TRI_BOUNDARY_FORWARD,
@@ -319,6 +334,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
                 zemath_triangulation(n, px, data_or_null(p.y), data_or_null(p.z), &t, options);
             require(rc == 0 ? t.valid == 1 : t.valid == 0);
             if (rc == 0) require(t.nodes >= 3 && t.nodes <= len && t.triangles >= 1);
+            const unsigned engine = ZEMATH_TRI_ENGINE | ZEMATH_TRI_ENGINE_SCALED;
+            if (options & engine) {  // the engine build gives the built-in build's record
+                Triangulation plain;
+                zemath_triangulation_init(&plain);
+                require(zemath_triangulation(n, px, data_or_null(p.y), data_or_null(p.z), &plain,
+                                             options & ~engine) == rc);
+                require(same_record(t, plain));
+                zemath_triangulation_free(&plain);
+            }
             exercise_triangulation(in, t, p);
             if (in.byte() & 1) {  // a rebuild into the same record frees the old arrays
                 const int again = zemath_triangulation(n, px, data_or_null(p.y), data_or_null(p.z),

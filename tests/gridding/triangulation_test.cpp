@@ -837,3 +837,130 @@ TEST(Predicates, ExactSignsNearTheFilterLimits) {
 }
 
 }  // namespace
+
+extern "C" int zemath_qhull_delaunay(int n, double* points, int extra_setting, int* tri,
+                                     int capacity, int* count);
+
+namespace {
+
+// Inputs on which the engine's rounded arithmetic is not decisive: ties everywhere
+// (cocircular nodes, grids), hulls made of long collinear runs, nodes within rounding of
+// a line or on a flat convex curve; and one in general position, where the engine's
+// triangles are taken.
+std::vector<Cloud> engine_clouds() {
+    std::vector<Cloud> clouds = degenerate_clouds();
+    std::mt19937_64 rng(31);
+    std::uniform_real_distribution<double> u(0, 1);
+    std::normal_distribution<double> g(0, 1);
+    const double step = 6.283185307179586 / 2500;
+    Cloud circle{"2500 on a circle", {}, {}}, centred{"2499 on a circle and its centre", {}, {}};
+    for (int k = 0; k < 2500; ++k)
+        circle.x.push_back(std::cos(k * step)), circle.y.push_back(std::sin(k * step));
+    for (int k = 0; k < 2499; ++k)
+        centred.x.push_back(3 + 2 * std::cos(k * step)),
+            centred.y.push_back(2 * std::sin(k * step));
+    centred.x.push_back(3), centred.y.push_back(0);
+    Cloud grid{"grid 50 x 40", {}, {}}, rows{"two rows of 1000, evenly spaced", {}, {}};
+    for (int i = 0; i < 50; ++i)
+        for (int j = 0; j < 40; ++j) grid.x.push_back(0.5 * i), grid.y.push_back(j);
+    for (int k = 0; k < 2000; ++k) rows.x.push_back(k / 2), rows.y.push_back(k % 2);
+    Cloud line{"within 1e-14 of a line", {}, {}}, far{"within 1e-8 of a line at 1e9", {}, {}};
+    for (int k = 0; k < 3000; ++k) {
+        const double t = u(rng);
+        line.x.push_back(t), line.y.push_back(0.5 * t + 1e-14 * g(rng));
+        far.x.push_back(1e9 + t), far.y.push_back(1e9 + 0.5 * t + 1e-8 * g(rng));
+    }
+    Cloud flat{"3000 on y = 1e-6 x^2", {}, {}};  // convex, within 1e-6 of a line
+    for (int k = 0; k < 3000; ++k) {
+        const double t = 2 * u(rng) - 1;
+        flat.x.push_back(t), flat.y.push_back(1e-6 * t * t);
+    }
+    Cloud uniform{"uniform 3000", {}, {}};
+    for (int k = 0; k < 3000; ++k) uniform.x.push_back(u(rng)), uniform.y.push_back(u(rng));
+    for (Cloud* c : {&circle, &centred, &grid, &rows, &line, &far, &flat, &uniform})
+        clouds.push_back(*c);
+    return clouds;
+}
+
+}  // namespace
+
+TEST(Triangulation, EngineBuildGivesTheBuiltInRecord) {
+    // The engine's triangles are taken only where they are the unique Delaunay
+    // triangulation; on ties and on input the engine cannot decide the built-in method
+    // runs. Either way the record is the built-in build's, bit for bit, and valid.
+    for (const Cloud& c : engine_clouds()) {
+        const int n = static_cast<int>(c.x.size());
+        Vec z;
+        for (int k = 0; k < n; ++k) z.push_back(std::cos(0.1 * k));
+        Record plain;
+        ASSERT_EQ(zemath_triangulation(n, c.x.data(), c.y.data(), z.data(), &plain.t, 0), 0)
+            << c.name;
+        const Triangulation& a = plain.t;
+        for (unsigned options : {kEngine, unsigned(ZEMATH_TRI_ENGINE_SCALED)}) {
+            SCOPED_TRACE(testing::Message() << c.name << " options " << options);
+            Record engine;
+            ASSERT_EQ(zemath_triangulation(n, c.x.data(), c.y.data(), z.data(), &engine.t, options),
+                      0);
+            const Triangulation& b = engine.t;
+            ASSERT_EQ(b.nodes, a.nodes);
+            ASSERT_EQ(b.triangles, a.triangles);
+            ASSERT_EQ(b.edges, a.edges);
+            ASSERT_EQ(b.boundaryCount, a.boundaryCount);
+            EXPECT_TRUE(same_bits(a.x, b.x, a.nodes) && same_bits(a.y, b.y, a.nodes) &&
+                        same_bits(a.z, b.z, a.nodes));
+            EXPECT_TRUE(same_ints(a.tri, b.tri, 6 * static_cast<std::size_t>(a.triangles)));
+            EXPECT_TRUE(same_ints(a.edge, b.edge, 3 * static_cast<std::size_t>(a.edges)));
+            EXPECT_TRUE(
+                same_ints(a.neighbor, b.neighbor, 3 * static_cast<std::size_t>(a.triangles)));
+            EXPECT_TRUE(
+                same_ints(a.boundary, b.boundary, static_cast<std::size_t>(a.boundaryCount)));
+            if (std::string(c.name).rfind("coordinates", 0) != 0 &&
+                std::string(c.name).rfind("span", 0) != 0) {  // those checked where built
+                check_invariants(b);
+            }
+        }
+    }
+}
+
+TEST(Triangulation, EngineTrianglesInGeneralPosition) {
+    // The engine itself (not the fallback) gives the Delaunay triangles of points in
+    // general position, with and without its last-coordinate scaling; a table too small
+    // for them is refused.
+    std::mt19937_64 rng(37);
+    std::uniform_real_distribution<double> u(-1, 1);
+    Vec x, y;
+    for (int k = 0; k < 2000; ++k) x.push_back(u(rng)), y.push_back(u(rng) * 1e-3 + 5);
+    const int n = static_cast<int>(x.size());
+    const Vec z(x.size(), 0.0);
+    Record r;
+    ASSERT_EQ(zemath_triangulation(n, x.data(), y.data(), z.data(), &r.t, 0), 0);
+    ASSERT_EQ(r.t.nodes, n);
+    const auto expected = triangle_set(r.t);
+    for (int scaled : {0, 1}) {
+        SCOPED_TRACE(testing::Message() << "scaled " << scaled);
+        Vec points;  // the sorted nodes, relative to the first
+        for (int i = 0; i < n; ++i)
+            points.push_back(r.t.x[i] - r.t.x[0]), points.push_back(r.t.y[i] - r.t.y[0]);
+        std::vector<int> tri(3 * (2 * x.size() + 8), -1);
+        int count = -1;
+        ASSERT_EQ(zemath_qhull_delaunay(n, points.data(), scaled, tri.data(),
+                                        static_cast<int>(tri.size() / 3), &count),
+                  0);
+        ASSERT_EQ(count, r.t.triangles);
+        std::set<std::array<int, 3>> got;
+        for (int t = 0; t < count; ++t) {
+            std::array<int, 3> v{tri[3 * t], tri[3 * t + 1], tri[3 * t + 2]};
+            std::sort(v.begin(), v.end());
+            got.insert(v);
+        }
+        EXPECT_EQ(got, expected);
+        const int small = r.t.triangles - 1;  // one short: refused, nothing past the table
+        std::vector<int> short_tri(3 * static_cast<std::size_t>(small) + 3, -7);
+        for (int i = 0; i < n; ++i)
+            points[2 * i] = r.t.x[i] - r.t.x[0], points[2 * i + 1] = r.t.y[i] - r.t.y[0];
+        EXPECT_EQ(zemath_qhull_delaunay(n, points.data(), scaled, short_tri.data(), small, &count),
+                  -1);
+        EXPECT_LE(count, small);
+        EXPECT_EQ(short_tri[3 * static_cast<std::size_t>(small)], -7);
+    }
+}
