@@ -46,10 +46,12 @@
 // case; at r = 2^31 - 2 (the range law's step then spans 33 decades within 9% of q)
 // about 1e-9 against a sum over 8000 outer panels. For many groups, against a 40-digit
 // mpmath double integral with both peaks located (tests/reference/gen_srange_many_groups.py),
-// within about r * DBL_EPSILON / 100 relative (3e-9 at 2^31 groups, 3e-10 at 1.2e8, 1e-14 at
-// 1e3), down to P = 1e-189 in the far lower tail: the range law raises D = Phi(u) - Phi(u - w),
-// rounded to a few ulps, to the power r - 1, which multiplies D's relative error by r (the
-// quadrature itself is converged there: finer panels move P by less). The deviate reproduces
+// within about r * DBL_EPSILON / 25 relative (1.8e-8 for the range law itself at 2^31 - 1
+// groups, 3e-9 for its mixture at v = 10, 3e-10 at 1.2e8 groups, 1e-14 at 1e3), down to
+// P = 1e-189 in the far lower tail: the range law raises D = Phi(u) - Phi(u - w), rounded to
+// a few ulps, to the power r - 1, which multiplies D's relative error by r (finer inner or
+// outer panels do not move P closer). Carrying ln D to more than double precision would be
+// needed to do better. The deviate reproduces
 // its probability to about 1e-15 up to 100 groups.
 //
 // Failures: NE_REAL for NaN; NE_INT_ARG_LT for ir < 2; NE_REAL_ARG_LT for v < 1;
