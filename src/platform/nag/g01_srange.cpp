@@ -31,17 +31,28 @@
 // quadratic convergence predicts the next residual below rounding; 3-6 evaluations. Where
 // the slope of the computed P between the last two points differs from the density by more
 // than 1% past 500 groups (P then follows its adaptive panels, to about 1e-9), the secant
-// slope is used. Measured per deviate: median 1.2 ms, at most 4 ms for r up to 100 and v up to
-// 1e3; median about 7 ms, up to about 20 ms for r from 100 to 2^31 - 1 (the start, fitted for r <=
-// 100, lies far from the root there, and each evaluation costs about 0.7 ms).
+// slope is used. Past 100 groups the start is asymptotic instead (tukey_start_many: the
+// v = infinity range law's own deviate, cheap to solve, combined with the scale's quantiles),
+// which cut the evaluations there to a third: median 3 (was 9), mean 5.0 (was 11.4), at
+// most 16 (was 35) for p up to 0.99, over r from 101 to 2^31 - 1, v from 1 to infinity, p
+// from 1e-12 to 1 - 1e-12; the most (up to 45) are at p = 1 - 1e-12, where 1 - P carries
+// only a few digits. Measured per deviate: median 1.2 ms, at most 4 ms for r up to 100 and
+// v up to 1e3; past 100 groups about 3 evaluations of about 0.7 ms each.
 //
 // Phi(u) - Phi(u - w) is summed from its Hermite series below w = 1/2, where the
 // difference of the two probabilities loses digits (all of them below w = 1e-16).
 // Accuracy against a 20-digit mpmath quadrature (tests/reference): about 5e-15 relative
 // over the grid (v from 1 to 1e5, r from 2 to 100), see the test output for the worst
 // case; at r = 2^31 - 2 (the range law's step then spans 33 decades within 9% of q)
-// about 1e-9 against a sum over 8000 outer panels. The deviate reproduces its probability
-// to about 1e-15.
+// about 1e-9 against a sum over 8000 outer panels. For many groups, against a 40-digit
+// mpmath double integral with both peaks located (tests/reference/gen_srange_many_groups.py),
+// within about r * DBL_EPSILON / 25 relative (1.8e-8 for the range law itself at 2^31 - 1
+// groups, 3e-9 for its mixture at v = 10, 3e-10 at 1.2e8 groups, 1e-14 at 1e3), down to
+// P = 1e-189 in the far lower tail: the range law raises D = Phi(u) - Phi(u - w), rounded to
+// a few ulps, to the power r - 1, which multiplies D's relative error by r (finer inner or
+// outer panels do not move P closer). Carrying ln D to more than double precision would be
+// needed to do better. The deviate reproduces
+// its probability to about 1e-15 up to 100 groups.
 //
 // Failures: NE_REAL for NaN; NE_INT_ARG_LT for ir < 2; NE_REAL_ARG_LT for v < 1;
 // NE_REAL_ARG_LE / NE_REAL_ARG_GE for p outside (0, 1); NE_CONV when the deviate's
@@ -353,7 +364,13 @@ Law tukey_lower(double q, double v, double r) {
         const double ratio = q * s * range.dp / range.p;
         const double elasticity =
             range.p > 0.0 && std::isfinite(ratio) ? std::clamp(ratio, 0.0, r - 1.0) : r - 1.0;
-        return v * (1.0 - s * s) + elasticity;
+        // 1 - s^2 as -expm1(2y) past kTrapezoidGroups groups: where R(q) is within
+        // rounding of 1 the elasticity at y = 0 is of order 1e-26 and the mode lies at
+        // y ~ 1e-27, where 1 - s^2 rounds to 0; the slope then stayed positive up to
+        // y = 1e-16, the search below ran out of steps and P came out 0 from a dead mode
+        // (srangecdf(18.9, 5, 1e7) gave 0 between 0.884 at 18 and 0.906 at 19).
+        const double shrink = r > kTrapezoidGroups ? -std::expm1(2.0 * y) : 1.0 - s * s;
+        return v * shrink + elasticity;
     };
     const double top = 0.5 * std::log1p((r - 1.0) / v);
     double mode = 0.0;
@@ -371,7 +388,13 @@ Law tukey_lower(double q, double v, double r) {
             curvature = std::max((slo - shi) / (hi - lo), 2.0 * v * std::exp(2.0 * lo));
             if (hi - lo <= 0.25 / std::sqrt(curvature)) break;
             const double mid = (lo * shi - hi * slo) / (shi - slo);
-            const double at = std::isfinite(mid) && mid > lo && mid < hi ? mid : 0.5 * (lo + hi);
+            double at = std::isfinite(mid) && mid > lo && mid < hi ? mid : 0.5 * (lo + hi);
+            // Past kTrapezoidGroups groups the slope can be far steeper at one end than at
+            // the other (-1e7 at y*, 1e-26 at 0), where the secant creeps from the shallow
+            // end: each point is kept a tenth of the scale's width inside the bracket.
+            const double margin = 0.1 / std::sqrt(2.0 * v * std::exp(2.0 * lo));
+            if (r > kTrapezoidGroups && hi - lo > 2.0 * margin)
+                at = std::clamp(at, lo + margin, hi - margin);
             const double s = slope(at);
             if (s > 0.0) {
                 lo = at;
@@ -438,6 +461,71 @@ double tukey_start(double p, double r, double v) {
     return t * (q * std::log(r - 1.0) + c5);
 }
 
+// Starting deviate past 100 groups, where the fitted start above (made for
+// up to 100 groups, growing like ln r where the range grows like sqrt(2 ln r)) lies far
+// from the root. The range law itself costs microseconds: its deviates w_p and w_1/2
+// are solved for first (Newton on ln P against ln w below the median, on ln(1 - P)
+// against w above it, inside a bracket); v at or above kLimitDf is that law, whose deviate
+// is then the start itself. Otherwise ln Q = ln W - ln S, and the start takes
+// ln q = ln w_1/2 - ln s_1/2 +- sqrt(dW^2 + dS^2), dW = ln w_p - ln w_1/2 and dS the
+// matching offset of ln S at the opposite probability (exact for two normal logarithms;
+// the larger one dominates in the tails, where one of the two laws is much the wider).
+// S's quantiles: sqrt(chi2_v / v) from the chi-square deviate where the probability is
+// representable, by Wilson and Hilferty's cube below 1e-15.
+double range_deviate(double p, double r) {
+    constexpr int kMaxSteps = 60;
+    const bool logarithmic = p < 0.5;
+    const double target = logarithmic ? std::log(p) : std::log1p(-p);
+    double lo = 0.0, hi = INFINITY;
+    double w = 2.0 * std::sqrt(2.0 * std::log(r));
+    for (int step = 0; step < kMaxSteps; ++step) {
+        const ScaledLaw law = range_law<true>(w, r);
+        double next = NAN, residual = NAN;
+        if (logarithmic && law.p > 0.0) {
+            residual = std::log(law.p) + law.shift - target;
+            const double slope = w * law.dp / law.p;
+            if (slope > 0.0) next = w * std::exp(std::clamp(-residual / slope, -1.0, 1.0));
+        } else if (!logarithmic && law.shift == 0.0 && law.p < 1.0) {
+            const double upper = 1.0 - law.p;
+            residual = std::log(upper) - target;
+            const double slope = -law.dp / upper;
+            if (slope < 0.0) next = w - std::clamp(residual / slope, -2.0, 2.0);
+        }
+        // Below the root: P under p (or under the double range, scaled or 0).
+        const bool tiny = !(law.p > 0.0) || (!logarithmic && law.shift != 0.0);
+        const bool below = tiny || (logarithmic ? residual < 0.0 : law.p < 1.0 && residual > 0.0);
+        (below ? lo : hi) = w;
+        if (std::fabs(residual) <= 1e-9) return w;
+        if (!(next > lo && next < hi)) next = std::isinf(hi) ? 2.0 * w : 0.5 * (lo + hi);
+        if (std::isfinite(hi) && hi - lo <= 1e-12 * hi) return next;
+        w = next;
+    }
+    return w;
+}
+
+double tukey_start_many(double p, double r, double v) {
+    constexpr double kLimitDf = 1e19;  // as in tukey_lower
+    const double w_p = range_deviate(p, r);
+    if (v >= kLimitDf) return w_p;
+    const double w_half = range_deviate(0.5, r);
+    // ln of S's quantile at probability a (the upper side through 1 - a = b, kept exact).
+    const auto log_scale = [v](double a, double b) {
+        constexpr double kRepresentable = 1e-15;
+        NagError fail;
+        if (a >= kRepresentable && b >= kRepresentable) {
+            const double chi2 = g01fcc(a, v, &fail);
+            if (fail.code == 0 && chi2 > 0.0) return 0.5 * std::log(chi2 / v);
+        }
+        const double z = a < 0.5 ? -std::fabs(g01cec(a, &fail)) : std::fabs(g01cec(b, &fail));
+        const double c = 2.0 / (9.0 * v);
+        return 1.5 * std::log(std::max(1.0 - c + z * std::sqrt(c), 1e-3));
+    };
+    const double d_range = std::log(w_p / w_half);
+    const double d_scale = log_scale(1.0 - p, p) - log_scale(0.5, 0.5);
+    const double spread = std::hypot(d_range, d_scale);
+    return std::exp(std::log(w_half) - log_scale(0.5, 0.5) + (p < 0.5 ? -spread : spread));
+}
+
 // The deviate: Newton's method with the density, on ln P - ln p against ln q below the
 // median (where ln P is close to linear in ln q: one step for the power law of small q)
 // and on ln(1 - P) - ln(1 - p) against q above it (the upper tail falls about like
@@ -459,7 +547,9 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     const bool logarithmic = p < 0.5;
     const double target = logarithmic ? std::log(p) : std::log1p(-p);
     double lo = 0.0, hi = INFINITY;
-    double x = tukey_start(p, r, v);
+    // The fitted start holds up to 100 groups (kept as it is there); beyond, the asymptotic one.
+    constexpr double kFittedStartGroups = 100.0;
+    double x = r > kFittedStartGroups ? tukey_start_many(p, r, v) : tukey_start(p, r, v);
     if (!(x > 0.0) || !std::isfinite(x)) x = 1.0;
     double previous_residual = INFINITY;
     // The last point's variable (ln q or q) and signed residual, for the secant below.
