@@ -334,24 +334,9 @@ double noncentral_beta_lower_stride(double a, double b, double lambda, TwoPart x
     }
     // The sum with every weight times e^log_scale.
     const auto scaled_sum = [&](double log_scale) {
-        double sum = 0.0;
-        // Downwards from the start, then upwards: the terms are log-concave in the index, so
-        // past the largest they fall for good; each side stops once a falling term is below
-        // 1e-18 of the sum.
-        for (int side : {-1, +1}) {
-            double previous = INFINITY;
-            for (int k = side > 0 ? 1 : 0; k < kStrideSteps; ++k) {
-                const double s = start + side * k * stride;
-                if (s <= a) break;
-                const double term = stride_term(s, a, b, h, x, y, log_scale);
-                if (std::isnan(term)) return kNaN;
-                sum += term;
-                if (sum > 0.0 && term <= previous && term <= kStrideNegligible * sum) break;
-                previous = term;
-                if (k + 1 == kStrideSteps) return kNaN;
-            }
-        }
-        return stride * sum;
+        return stride *
+               sum_outward(start, stride, a, kStrideSteps, kStrideNegligible,
+                           [&](double s) { return stride_term(s, a, b, h, x, y, log_scale); });
     };
     const double result = scaled_sum(0.0);
     if (result >= kSmallestResult) return std::fmin(result, 1.0);

@@ -200,22 +200,12 @@ double noncentral_chi2_lower_stride(double x, double df, double lambda) {
     if (a + guess > y && guess > 0.0) peak = guess;
     const double start = stride * std::nearbyint((a + peak) / stride);
     bool declined = false;
-    double sum = 0.0;
-    // Downwards from the Poisson mode, then upwards: the terms are log-concave in the index
-    // (a product of log-concave factors), so past the largest they fall for good; each side
-    // stops once a falling term is below 1e-18 of the sum.
-    for (int side : {-1, +1}) {
-        double previous = INFINITY;
-        for (int k = side > 0 ? 1 : 0; k < kStrideSteps; ++k) {
-            const double s = start + side * k * stride;
-            if (s <= a) break;
+    const double sum =
+        sum_outward(start, stride, a, kStrideSteps, kStrideNegligible, [&](double s) {
             const double term = stride_term(s, a, y, h, &declined);
-            if (declined) return kNaN;
-            sum += term;
-            if (sum > 0.0 && term <= previous && term <= kStrideNegligible * sum) break;
-            previous = term;
-        }
-    }
+            return declined ? kNaN : term;
+        });
+    if (std::isnan(sum)) return kNaN;
     return std::fmin(stride * sum, 1.0);
 }
 

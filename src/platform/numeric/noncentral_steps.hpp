@@ -20,6 +20,7 @@
 #pragma once
 
 #include <cmath>
+#include <initializer_list>
 
 #include "platform/numeric/discrete_terms.hpp"
 #include "platform/numeric/double_double.hpp"
@@ -64,6 +65,31 @@ inline double log_poisson_weight_at(TwoPart u, double h) {
     const TwoPart deviance = gamma_deviance(u.hi, h, 0.0);
     return -deviance.hi - (deviance.lo + stirling_error(u.hi)) + u.lo * std::log(h / u.hi) -
            0.5 * std::log(2.0 * 3.141592653589793 * u.hi);
+}
+
+// The strided mixture sums' summation: the terms term(s) at the nodes s = start + k stride
+// (k = 0, -1, -2, ... down to the first node at or below floor, then k = 1, 2, ...) summed
+// outwards from start. The terms are log-concave in the index, so past the largest they fall
+// for good; each side stops once a falling term is below `negligible` of the sum. NaN when
+// a term is NaN (the term declined) or a side runs max_steps nodes without stopping.
+template <class Term>
+double sum_outward(double start, double stride, double floor, int max_steps, double negligible,
+                   Term term) {
+    double sum = 0.0;
+    for (int side : {-1, +1}) {
+        double previous = INFINITY;
+        for (int k = side > 0 ? 1 : 0;; ++k) {
+            if (k == max_steps) return NAN;
+            const double s = start + side * k * stride;
+            if (s <= floor) break;
+            const double t = term(s);
+            if (std::isnan(t)) return NAN;
+            sum += t;
+            if (sum > 0.0 && t <= previous && t <= negligible * sum) break;
+            previous = t;
+        }
+    }
+    return sum;
 }
 
 inline Extended widen(TwoPart v) {
