@@ -61,7 +61,8 @@ struct Sweep {
     std::vector<int> hull_next, hull_prev;
     std::vector<int> hull_edge;  // per hull node u: half-edge of the edge (u, hull_next[u])
     std::vector<int> stack;
-    bool tie = false;  // some in-circle or orientation test was exactly 0 (or NaN)
+    bool tie = false;     // some in-circle or orientation test was exactly 0 (or NaN)
+    long long flips = 0;  // by legalize
 
     static int code(int t, int s) { return 4 * t + s; }
     int& vert(int t, int s) { return tris[static_cast<std::size_t>(t)].v[s]; }
@@ -111,6 +112,7 @@ struct Sweep {
                 continue;
             }
             flip(t, 0, n, k);
+            ++flips;
             if (top + 2 > static_cast<int>(stack.size())) {
                 stack.resize(2 * stack.size());
                 pending = stack.data();
@@ -187,6 +189,95 @@ struct Sweep {
             for (int g : {x1, x2, y1, y2})
                 if (g >= 0) pending.push_back(g);
         }
+        return true;
+    }
+
+    // Splits t = (a, b, c) into (a, b, p), (b, c, p), (c, a, p) (t keeps the first) and
+    // legalises their old sides. p lies inside t; room for two more triangles.
+    void split(int t, int p) {
+        const SweepTriangle& r = tris[static_cast<std::size_t>(t)];
+        const int a = r.v[0], b = r.v[1], c = r.v[2];
+        const int tab = r.twin[0], tbc = r.twin[1], tca = r.twin[2];
+        prefetch(tbc), prefetch(tca);  // tested after (a, b)
+        const int t1 = count, t2 = count + 1;
+        count += 2;
+        // The old sides (slot 0) are tested by the legalisation.
+        SweepTriangle& r0 = tris[static_cast<std::size_t>(t)];
+        SweepTriangle& r1 = tris[static_cast<std::size_t>(t1)];
+        SweepTriangle& r2 = tris[static_cast<std::size_t>(t2)];
+        r0.v[2] = p;
+        r0.twin[1] = code(t1, 2), r0.twin[2] = code(t2, 1);
+        r1.v[0] = b, r1.v[1] = c, r1.v[2] = p;
+        r1.twin[0] = tbc, r1.twin[1] = code(t2, 2), r1.twin[2] = code(t, 1);
+        r2.v[0] = c, r2.v[1] = a, r2.v[2] = p;
+        r2.twin[0] = tca, r2.twin[1] = code(t, 2), r2.twin[2] = code(t1, 1);
+        point_back(tab, code(t, 0));
+        point_back(tbc, code(t1, 0));
+        point_back(tca, code(t2, 0));
+        if (tab < 0) hull_edge[a] = code(t, 0);
+        if (tbc < 0) hull_edge[b] = code(t1, 0);
+        if (tca < 0) hull_edge[c] = code(t2, 0);
+        legalize(t);
+        legalize(t1);
+        legalize(t2);
+    }
+
+    // Writes triangle t = (a, b, p) with its sides' twins (slot 0 the outer side (a, b),
+    // p in slot 2, the form legalize reads).
+    void put(int t, int a, int b, int p, int ab, int bp, int pa) {
+        SweepTriangle& r = tris[static_cast<std::size_t>(t)];
+        r.v[0] = a, r.v[1] = b, r.v[2] = p;
+        r.twin[0] = ab, r.twin[1] = bp, r.twin[2] = pa;
+        point_back(ab, code(t, 0));
+        if (ab < 0) hull_edge[a] = code(t, 0);
+    }
+
+    // Splits the side in slot s of t at p, which lies on it strictly between its ends: t
+    // = (a, b, c) and, across (a, b), n = (b, a, d) become (b, c, p), (c, a, p), (a, d, p),
+    // (d, b, p); on the hull (no n) t becomes (b, c, p), (c, a, p) and p joins the hull
+    // between a and b. The outer sides are legalised. Room for two more triangles.
+    void split_side(int t, int s, int p) {
+        const SweepTriangle& r = tris[static_cast<std::size_t>(t)];
+        const int a = r.v[s], b = r.v[nxt(s)], c = r.v[prv(s)];
+        const int tab = r.twin[s], tbc = r.twin[nxt(s)], tca = r.twin[prv(s)];
+        const int t2 = count++;
+        if (tab < 0) {
+            put(t, b, c, p, tbc, code(t2, 2), -1);
+            put(t2, c, a, p, tca, -1, code(t, 1));
+            hull_next[a] = p, hull_prev[p] = a, hull_next[p] = b, hull_prev[b] = p;
+            hull_edge[a] = code(t2, 1), hull_edge[p] = code(t, 2);
+            legalize(t);
+            legalize(t2);
+            return;
+        }
+        const int n = tab >> 2, k = tab & 3;
+        const SweepTriangle& rn = tris[static_cast<std::size_t>(n)];
+        const int d = rn.v[prv(k)];
+        const int tad = rn.twin[nxt(k)], tdb = rn.twin[prv(k)];
+        const int t4 = count++;
+        put(t, b, c, p, tbc, code(t2, 2), code(t4, 1));
+        put(t2, c, a, p, tca, code(n, 2), code(t, 1));
+        put(n, a, d, p, tad, code(t4, 2), code(t2, 1));
+        put(t4, d, b, p, tdb, code(t, 2), code(n, 1));
+        legalize(t);
+        legalize(t2);
+        legalize(n);
+        legalize(t4);
+    }
+
+    // Whether every interior edge is strictly Delaunay (the point across it strictly
+    // outside the circle of each of its triangles).
+    bool strictly_delaunay() const {
+        for (int t = 0; t < count; ++t)
+            for (int s = 0; s < 3; ++s) {
+                const int f = twin(code(t, s));
+                if (f < code(t, s)) continue;  // each interior edge once, hull edges skipped
+                const int a = vert(t, s), b = vert(t, nxt(s)), c = vert(t, prv(s));
+                const int d = vert(f >> 2, prv(f & 3));
+                if (!(incircle(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
+                               xy[2 * c + 1], xy[2 * d], xy[2 * d + 1]) < 0.0))
+                    return false;
+            }
         return true;
     }
 
@@ -381,155 +472,53 @@ const std::uint64_t* sort_keys(std::uint64_t* keys, std::uint64_t* other, std::s
     return keys;
 }
 
-// Fast build for points in general position: the hull (monotone chain over the x
-// order) is split into a fan and flipped to its Delaunay triangulation, the other points
-// are inserted in Hilbert-curve order (each located by a walk from the previous one, so
-// consecutive steps touch nearby triangles in memory) and legalised by Lawson flips.
-// True only when no exact tie was met: then every step kept the triangulation strictly
-// Delaunay (delaunay.hpp), the Delaunay triangulation is unique, and equal to the one
-// the x-order sweep gives. Otherwise (cocircular or collinear points, a point on an
-// edge, a walk that does not end, a hull needing too many flips) false, and the caller
-// runs the sweep, which decides ties by its insertion order.
-bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& mesh,
-                   bool neighbours) {
+// Appends to global the points i with skip[i] == 0 (every point when skip is null),
+// in rounds of random samples, each round along the Hilbert curve.
+void append_round_order(std::span<const double> x, std::span<const double> y,
+                        const unsigned char* skip, std::vector<int>& global) {
     const int n = static_cast<int>(x.size());
-    if (n < 4) return false;
-    auto turn = [&](int a, int b, int c) { return orient2d(x[a], y[a], x[b], y[b], x[c], y[c]); };
-    // Convex hull, counter-clockwise from node 0; any collinear triple met gives up.
-    std::vector<int> hull;
-    hull.reserve(64);
-    for (int pass = 0; pass < 2; ++pass) {
-        const std::size_t floor = hull.size();
-        for (int k = 0; k < n; ++k) {
-            const int i = pass == 0 ? k : n - 1 - k;
-            while (hull.size() >= floor + 2) {
-                const double o = turn(hull[hull.size() - 2], hull.back(), i);
-                if (!(o != 0.0)) return false;
-                if (o > 0.0) break;
-                hull.pop_back();
-            }
-            hull.push_back(i);
-        }
-        hull.pop_back();  // the chain's last node starts the other chain
+    const auto [xlo, xhi] = std::minmax_element(x.begin(), x.end());
+    const auto [ylo, yhi] = std::minmax_element(y.begin(), y.end());
+    // About one cell per point (at most 2^15 by 2^15 cells): points sharing a cell
+    // follow each other in index order, a walk of a step or two.
+    int levels = 1;
+    while (levels < 15 && (std::int64_t{1} << (2 * levels)) < n) ++levels;
+    const double top = static_cast<double>((1 << levels) - 1);
+    const double sx = *xhi > *xlo ? top / (*xhi - *xlo) : 0.0;
+    const double sy = *yhi > *ylo ? top / (*yhi - *ylo) : 0.0;
+    // Rounds of random samples, each along the Hilbert curve: consecutive points are
+    // neighbours (short walks, nearby triangles in memory), and every round refines
+    // an already triangulated sample of the whole set, so a new point meets small
+    // triangles only (few flips; a plain curve order leaves long edges across the
+    // part not yet visited).
+    std::vector<std::uint64_t> keys;
+    keys.reserve(static_cast<std::size_t>(n));
+    for (int i = 0; i < n; ++i) {
+        if (skip != nullptr && skip[i] != 0) continue;
+        // NaN from an overflowed range (infinite difference times 0) goes to cell 0.
+        double fx = (x[i] - *xlo) * sx, fy = (y[i] - *ylo) * sy;
+        fx = fx >= 0.0 ? std::min(fx, top) : 0.0;
+        fy = fy >= 0.0 ? std::min(fy, top) : 0.0;
+        const std::uint64_t d =
+            hilbert_index(static_cast<std::uint32_t>(fx), static_cast<std::uint32_t>(fy), levels);
+        const std::uint64_t round = static_cast<std::uint64_t>(insertion_round(i));
+        keys.push_back((round << (2 * levels) | d) << 31 | static_cast<std::uint32_t>(i));
     }
-    const int h = static_cast<int>(hull.size());
-    if (h < 3) return false;
-    // Local numbering: hull nodes in order, then the rest along the Hilbert curve.
-    std::vector<unsigned char> on_hull(static_cast<std::size_t>(n), 0);
-    std::vector<int> global;
-    global.reserve(static_cast<std::size_t>(n));
-    for (int k = 0; k < h; ++k) on_hull[hull[k]] = 1, global.push_back(hull[k]);
-    {
-        const auto [xlo, xhi] = std::minmax_element(x.begin(), x.end());
-        const auto [ylo, yhi] = std::minmax_element(y.begin(), y.end());
-        // About one cell per point (at most 2^15 by 2^15 cells): points sharing a cell
-        // follow each other in index order, a walk of a step or two.
-        int levels = 1;
-        while (levels < 15 && (std::int64_t{1} << (2 * levels)) < n) ++levels;
-        const double top = static_cast<double>((1 << levels) - 1);
-        const double sx = *xhi > *xlo ? top / (*xhi - *xlo) : 0.0;
-        const double sy = *yhi > *ylo ? top / (*yhi - *ylo) : 0.0;
-        // Rounds of random samples, each along the Hilbert curve: consecutive points are
-        // neighbours (short walks, nearby triangles in memory), and every round refines
-        // an already triangulated sample of the whole set, so a new point meets small
-        // triangles only (few flips; a plain curve order leaves long edges across the
-        // part not yet visited).
-        std::vector<std::uint64_t> keys;
-        keys.reserve(static_cast<std::size_t>(n - h));
-        for (int i = 0; i < n; ++i) {
-            if (on_hull[i] != 0) continue;
-            // NaN from an overflowed range (infinite difference times 0) goes to cell 0.
-            double fx = (x[i] - *xlo) * sx, fy = (y[i] - *ylo) * sy;
-            fx = fx >= 0.0 ? std::min(fx, top) : 0.0;
-            fy = fy >= 0.0 ? std::min(fy, top) : 0.0;
-            const std::uint64_t d = hilbert_index(static_cast<std::uint32_t>(fx),
-                                                  static_cast<std::uint32_t>(fy), levels);
-            const std::uint64_t round = static_cast<std::uint64_t>(insertion_round(i));
-            keys.push_back((round << (2 * levels) | d) << 31 | static_cast<std::uint32_t>(i));
-        }
-        const std::size_t m = keys.size();
-        // Not zero-filled: the sort writes it whole before reading it.
-        const std::unique_ptr<std::uint64_t[]> other(new std::uint64_t[m > 0 ? m : 1]);
-        const std::uint64_t* const sorted =
-            m > 0 ? sort_keys(keys.data(), other.get(), m, 3 + 2 * levels) : keys.data();
-        for (std::size_t q = 0; q < m; ++q) {
-            const std::uint64_t key = sorted[q];
-            global.push_back(static_cast<int>(key & 0x7fffffffu));
-        }
+    const std::size_t m = keys.size();
+    // Not zero-filled: the sort writes it whole before reading it.
+    const std::unique_ptr<std::uint64_t[]> other(new std::uint64_t[m > 0 ? m : 1]);
+    const std::uint64_t* const sorted =
+        m > 0 ? sort_keys(keys.data(), other.get(), m, 3 + 2 * levels) : keys.data();
+    for (std::size_t q = 0; q < m; ++q) {
+        const std::uint64_t key = sorted[q];
+        global.push_back(static_cast<int>(key & 0x7fffffffu));
     }
-    Sweep sw;
-    sw.setup(x, y, global.data(), static_cast<std::size_t>(h));
-    // Fan (0, k, k+1) over the hull.
-    for (int k = 1; k + 1 < h; ++k) {
-        const int t = sw.add_triangle(0, k, k + 1);
-        if (k > 1) sw.link(Sweep::code(t - 1, 2), Sweep::code(t, 0));
-        sw.hull_edge[k] = Sweep::code(t, 1);
-        sw.hull_next[k] = k + 1;
-    }
-    sw.hull_edge[0] = Sweep::code(0, 0);
-    sw.hull_next[0] = 1;
-    sw.hull_edge[h - 1] = Sweep::code(h - 3, 2);
-    sw.hull_next[h - 1] = 0;
-    // The fan made Delaunay: each insertion below then keeps the triangulation strictly
-    // Delaunay (see build_hilbert's comment). The flips are bounded as the sweep's are.
-    if (!sw.flip_to_delaunay(64LL * n + 64)) return false;
-    const double* const xy = sw.xy;
-    auto side_of = [&](int a, int b, int p) {
-        return orient2d(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * p],
-                        xy[2 * p + 1]);
-    };
-    int t = 0;
-    const long long walk_limit = 4LL * (2LL * n) + 16;
-    for (int p = h; p < n; ++p) {
-        // Walk towards p; the edge just crossed is not tested again.
-        int came = -1;
-        long long steps = 0;
-        for (;;) {
-            const SweepTriangle& r = sw.tris[static_cast<std::size_t>(t)];
-            int exit_slot = -1;
-            for (int s = 0; s < 3; ++s) {
-                if (Sweep::code(t, s) == came) continue;
-                const double o = side_of(r.v[s], r.v[nxt(s)], p);
-                if (!(o != 0.0)) return false;  // on an edge line (or NaN): not general
-                if (o < 0.0) {
-                    exit_slot = s;
-                    break;
-                }
-            }
-            if (exit_slot < 0) break;
-            came = r.twin[exit_slot];
-            if (came < 0 || ++steps > walk_limit) return false;
-            t = came >> 2;
-        }
-        // Split t = (a, b, c) into (a, b, p), (b, c, p), (c, a, p).
-        const SweepTriangle& r = sw.tris[static_cast<std::size_t>(t)];
-        const int a = r.v[0], b = r.v[1], c = r.v[2];
-        const int tab = r.twin[0], tbc = r.twin[1], tca = r.twin[2];
-        sw.prefetch(tbc), sw.prefetch(tca);            // tested after (a, b)
-        if (sw.count + 2 > sw.capacity) return false;  // cannot happen
-        const int t1 = sw.count, t2 = sw.count + 1;
-        sw.count += 2;
-        // The old sides (slot 0) are tested by the legalisation.
-        SweepTriangle& r0 = sw.tris[static_cast<std::size_t>(t)];
-        SweepTriangle& r1 = sw.tris[static_cast<std::size_t>(t1)];
-        SweepTriangle& r2 = sw.tris[static_cast<std::size_t>(t2)];
-        r0.v[2] = p;
-        r0.twin[1] = Sweep::code(t1, 2), r0.twin[2] = Sweep::code(t2, 1);
-        r1.v[0] = b, r1.v[1] = c, r1.v[2] = p;
-        r1.twin[0] = tbc, r1.twin[1] = Sweep::code(t2, 2), r1.twin[2] = Sweep::code(t, 1);
-        r2.v[0] = c, r2.v[1] = a, r2.v[2] = p;
-        r2.twin[0] = tca, r2.twin[1] = Sweep::code(t, 2), r2.twin[2] = Sweep::code(t1, 1);
-        sw.point_back(tab, Sweep::code(t, 0));
-        sw.point_back(tbc, Sweep::code(t1, 0));
-        sw.point_back(tca, Sweep::code(t2, 0));
-        if (tab < 0) sw.hull_edge[a] = Sweep::code(t, 0);
-        if (tbc < 0) sw.hull_edge[b] = Sweep::code(t1, 0);
-        if (tca < 0) sw.hull_edge[c] = Sweep::code(t2, 0);
-        sw.legalize(t);
-        sw.legalize(t1);
-        sw.legalize(t2);
-        if (sw.tie) return false;
-    }
+}
+
+// Moves the sweep's mesh, numbered as global (point k of the sweep is point global[k]),
+// into mesh.
+void copy_out(Sweep& sw, const std::vector<int>& global, Mesh& mesh, bool neighbours) {
+    const int n = static_cast<int>(global.size());
     // Back to the caller's numbering, the triangles ordered by their lowest node (a
     // counting sort) and copied in that order: the record's walks then read neighbouring
     // triangles and nodes close together in memory (a scatter: independent writes, which
@@ -586,13 +575,204 @@ bool build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& m
     }
     const std::vector<int>& hull_local = sw.hull_next;
     mesh.hull_next.assign(static_cast<std::size_t>(n), -1);
-    for (int k = 0; k < h; ++k) mesh.hull_next[global[k]] = global[hull_local[k]];
-    return true;
+    for (std::size_t k = 0; k < hull_local.size(); ++k)
+        if (hull_local[k] >= 0) mesh.hull_next[global[k]] = global[hull_local[k]];
 }
 
-// Sweep in the given (lexicographic) order; decides cocircular ties by that order.
-int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& mesh,
+// Fast build for points in general position: the hull (monotone chain over the x
+// order) is split into a fan and flipped to its Delaunay triangulation, the other points
+// are inserted in Hilbert-curve order (each located by a walk from the previous one, so
+// consecutive steps touch nearby triangles in memory) and legalised by Lawson flips.
+// Built (0) only when no exact tie was met: then every step kept the triangulation
+// strictly Delaunay (delaunay.hpp), the Delaunay triangulation is unique, and equal to
+// the one the x-order sweep gives. Otherwise (cocircular or collinear points, a point on
+// an edge, a walk that does not end, a hull needing too many flips) 1, and the caller
+// runs the sweep, which decides ties by its insertion order; 2 when the hull has too many
+// nodes for the fan (which may need about h^2 / 2 flips: points in convex position).
+enum HilbertResult { kHilbertBuilt = 0, kHilbertNotGeneral = 1, kHilbertLargeHull = 2 };
+int build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& mesh,
                   bool neighbours) {
+    const int n = static_cast<int>(x.size());
+    if (n < 4) return kHilbertNotGeneral;
+    auto turn = [&](int a, int b, int c) { return orient2d(x[a], y[a], x[b], y[b], x[c], y[c]); };
+    // Convex hull, counter-clockwise from node 0; any collinear triple met gives up.
+    std::vector<int> hull;
+    hull.reserve(64);
+    for (int pass = 0; pass < 2; ++pass) {
+        const std::size_t floor = hull.size();
+        for (int k = 0; k < n; ++k) {
+            const int i = pass == 0 ? k : n - 1 - k;
+            while (hull.size() >= floor + 2) {
+                const double o = turn(hull[hull.size() - 2], hull.back(), i);
+                if (!(o != 0.0)) return kHilbertNotGeneral;
+                if (o > 0.0) break;
+                hull.pop_back();
+            }
+            hull.push_back(i);
+        }
+        hull.pop_back();  // the chain's last node starts the other chain
+    }
+    const int h = static_cast<int>(hull.size());
+    if (h < 3) return kHilbertNotGeneral;
+    // Hulls of ordinary input have O(n^(1/3)) nodes or fewer; above 4 sqrt(n) the fan's
+    // flips could pass 8 n.
+    if (static_cast<double>(h) * h > 16.0 * n) return kHilbertLargeHull;
+    // Local numbering: hull nodes in order, then the rest along the Hilbert curve.
+    std::vector<unsigned char> on_hull(static_cast<std::size_t>(n), 0);
+    std::vector<int> global;
+    global.reserve(static_cast<std::size_t>(n));
+    for (int k = 0; k < h; ++k) on_hull[hull[k]] = 1, global.push_back(hull[k]);
+    append_round_order(x, y, on_hull.data(), global);
+    Sweep sw;
+    sw.setup(x, y, global.data(), static_cast<std::size_t>(h));
+    // Fan (0, k, k+1) over the hull.
+    for (int k = 1; k + 1 < h; ++k) {
+        const int t = sw.add_triangle(0, k, k + 1);
+        if (k > 1) sw.link(Sweep::code(t - 1, 2), Sweep::code(t, 0));
+        sw.hull_edge[k] = Sweep::code(t, 1);
+        sw.hull_next[k] = k + 1;
+    }
+    sw.hull_edge[0] = Sweep::code(0, 0);
+    sw.hull_next[0] = 1;
+    sw.hull_edge[h - 1] = Sweep::code(h - 3, 2);
+    sw.hull_next[h - 1] = 0;
+    // The fan made Delaunay: each insertion below then keeps the triangulation strictly
+    // Delaunay (see build_hilbert's comment). The flips are bounded as the sweep's are.
+    if (!sw.flip_to_delaunay(64LL * n + 64)) return kHilbertNotGeneral;
+    const double* const xy = sw.xy;
+    auto side_of = [&](int a, int b, int p) {
+        return orient2d(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * p],
+                        xy[2 * p + 1]);
+    };
+    int t = 0;
+    const long long walk_limit = 4LL * (2LL * n) + 16;
+    for (int p = h; p < n; ++p) {
+        // Walk towards p; the edge just crossed is not tested again.
+        int came = -1;
+        long long steps = 0;
+        for (;;) {
+            const SweepTriangle& r = sw.tris[static_cast<std::size_t>(t)];
+            int exit_slot = -1;
+            for (int s = 0; s < 3; ++s) {
+                if (Sweep::code(t, s) == came) continue;
+                const double o = side_of(r.v[s], r.v[nxt(s)], p);
+                if (!(o != 0.0))
+                    return kHilbertNotGeneral;  // on an edge line (or NaN): not general
+                if (o < 0.0) {
+                    exit_slot = s;
+                    break;
+                }
+            }
+            if (exit_slot < 0) break;
+            came = r.twin[exit_slot];
+            if (came < 0 || ++steps > walk_limit) return kHilbertNotGeneral;
+            t = came >> 2;
+        }
+        if (sw.count + 2 > sw.capacity) return kHilbertNotGeneral;  // cannot happen
+        sw.split(t, p);
+        if (sw.tie) return kHilbertNotGeneral;
+    }
+    copy_out(sw, global, mesh, neighbours);
+    return kHilbertBuilt;
+}
+
+// Build in rounds of random samples, each round along the Hilbert curve, for input on
+// which the x-order sweep needs too many flips (points in convex position met along the
+// curve: each new point's edges sweep across the whole fan). Any input: every point is
+// located by a walk from the previous one and split into its triangle (inside), its side
+// (on a side), or joined to the hull edges it sees (outside); flips are as the sweep's,
+// only on a definite 'inside', so ties are decided by this order. Expected O(1) flips
+// per point whatever the input, the order being random (the round of a point a fixed
+// hash of its index). Returns 0, 3 (all collinear) or 2; unique tells whether every
+// interior edge is strictly Delaunay, which makes the triangulation the only Delaunay
+// one (the lifted surface strictly convex across every edge), so the one the sweep gives.
+int build_rounds(std::span<const double> x, std::span<const double> y, Mesh& mesh, bool neighbours,
+                 bool& unique) {
+    const int n = static_cast<int>(x.size());
+    std::vector<int> global;
+    global.reserve(static_cast<std::size_t>(n));
+    append_round_order(x, y, nullptr, global);
+    // The first point off the line of the first two goes third.
+    auto turn = [&](int a, int b, int c) { return orient2d(x[a], y[a], x[b], y[b], x[c], y[c]); };
+    int third = 2;
+    while (third < n && turn(global[0], global[1], global[third]) == 0.0) ++third;
+    if (third == n) return 3;
+    std::rotate(global.begin() + 2, global.begin() + third, global.begin() + third + 1);
+    Sweep sw;
+    sw.setup(x, y, global.data(), static_cast<std::size_t>(n));
+    {
+        const bool left = sw.orient(0, 1, 2) > 0.0;
+        const int t = left ? sw.add_triangle(0, 1, 2) : sw.add_triangle(0, 2, 1);
+        for (int s = 0; s < 3; ++s) {
+            const int u = sw.vert(t, s), w = sw.vert(t, nxt(s));
+            sw.hull_next[u] = w, sw.hull_prev[w] = u, sw.hull_edge[u] = Sweep::code(t, s);
+        }
+    }
+    const double* const xy = sw.xy;
+    auto side_of = [&](int a, int b, int p) {
+        return orient2d(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * p],
+                        xy[2 * p + 1]);
+    };
+    int t = 0;
+    const long long walk_limit = 4LL * (2LL * n) + 16;
+    for (int p = 3; p < n; ++p) {
+        // Walk towards p; the side just crossed is not tested again. It ends in a triangle
+        // holding p inside (on = -1) or on its side in slot on, or leaving the hull
+        // through the side in slot out.
+        int came = -1, on = -1, out = -1;
+        long long steps = 0;
+        for (;;) {
+            const SweepTriangle& r = sw.tris[static_cast<std::size_t>(t)];
+            int exit_slot = -1, zeros = 0;
+            on = -1;
+            for (int s = 0; s < 3; ++s) {
+                if (Sweep::code(t, s) == came) continue;
+                const double o = side_of(r.v[s], r.v[nxt(s)], p);
+                if (o < 0.0) {
+                    exit_slot = s;
+                    break;
+                }
+                if (!(o > 0.0)) ++zeros, on = s;
+            }
+            if (exit_slot < 0) {
+                if (zeros > 1) return 2;  // p is a corner: the points are not distinct
+                break;
+            }
+            came = r.twin[exit_slot];
+            if (came < 0) {
+                out = exit_slot;
+                break;
+            }
+            // A walk in a Delaunay triangulation ends; the bound only keeps it finite.
+            if (++steps > walk_limit) return 2;
+            t = came >> 2;
+        }
+        if (sw.count + 2 > sw.capacity) return 2;  // cannot happen
+        if (out >= 0) {
+            if (!sw.insert(p, sw.vert(t, out))) return 2;
+            t = sw.count - 1;
+        } else if (on >= 0) {
+            sw.split_side(t, on, p);
+        } else {
+            sw.split(t, p);
+        }
+    }
+    unique = sw.strictly_delaunay();
+    copy_out(sw, global, mesh, neighbours);
+    return 0;
+}
+
+// Flips per point and per binary order of magnitude of n after which the sweep gives way
+// to the rounds build, and the margin added to the bound: ordinary input stays far below
+// (the sweep makes about 14 flips per point on uniform random points, fewer on grids).
+constexpr double kFlipsPerLevel = 64.0;
+constexpr double kFlipMargin = 4096.0;
+
+// Sweep in the given (lexicographic) order; decides cocircular ties by that order.
+// Returns 0, 3 (all collinear), 2, or, when bounded, 4 as soon as its flips pass
+// kFlipsPerLevel log2 n per point inserted so far (plus a margin), mesh left as it was.
+int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& mesh, bool neighbours,
+                  bool bounded) {
     const int n = static_cast<int>(x.size());
     int k = 2;
     while (k < n && orient2d(x[0], y[0], x[1], y[1], x[k], y[k]) == 0.0) ++k;
@@ -619,9 +799,15 @@ int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& me
                 sweep.hull_prev[w] = u;
                 sweep.hull_edge[u] = Sweep::code(t, s);
             }
+    // Flips beyond O(log n) per point on average: points in convex position, met along
+    // their curve, make every new point's edges sweep the fan of the earlier ones (O(n^2)
+    // flips in all); the caller then turns to the rounds build.
+    const double flips_per_point = kFlipsPerLevel * std::log2(static_cast<double>(n));
+    const double flip_margin = kFlipMargin;
     int last = k;
     for (int p = k + 1; p < n; ++p) {
         if (!sweep.insert(p, last)) return 2;
+        if (bounded && sweep.flips > flip_margin + flips_per_point * p) return 4;
         last = p;
     }
     sweep.take_mesh(mesh, neighbours);
@@ -638,8 +824,26 @@ int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh
     mesh.spare.reset();
     mesh.spare_bytes = 0;
     if (x.size() < 3) return 1;
-    if (build_hilbert(x, y, mesh, neighbours)) return 0;
-    return build_x_order(x, y, mesh, neighbours);
+    const int fast = build_hilbert(x, y, mesh, neighbours);
+    if (fast == kHilbertBuilt) return 0;
+    // A large hull: the rounds build, kept when the triangulation is unique (then it is
+    // the sweep's), else kept aside in case the sweep gives way to it.
+    Mesh rounds;
+    bool rounds_built = false, unique = false;
+    if (fast == kHilbertLargeHull) {
+        rounds_built = build_rounds(x, y, rounds, neighbours, unique) == 0;
+        if (rounds_built && unique) {
+            mesh = std::move(rounds);
+            return 0;
+        }
+    }
+    const int status = build_x_order(x, y, mesh, neighbours, true);
+    if (status != 4) return status;
+    if (rounds_built || build_rounds(x, y, rounds, neighbours, unique) == 0) {
+        mesh = std::move(rounds);
+        return 0;
+    }
+    return build_x_order(x, y, mesh, neighbours, false);
 }
 
 bool link_mesh(int nodes, Mesh& mesh) {

@@ -1,35 +1,54 @@
 // Planar Delaunay triangulation of distinct points: the built-in build and the
 // triangle-list mesh shared by the builds.
 //
-// Method: two builds over one half-edge structure (per triangle slot the twin slot
-// across the edge), both legalising new triangles by Lawson flips with the exact
+// Method: three builds over one half-edge structure (per triangle slot the twin slot
+// across the edge), all legalising new triangles by Lawson flips with the exact
 // predicates (predicates.hpp).
-// - Fast build, for points in general position: the convex hull (monotone chain) is
-//   split into a fan and made Delaunay by flips, the other points are inserted in rounds
-//   of random samples (a fixed hash of the index), each round along a Hilbert curve, each
-//   point located by a walk from the previous one and split into three. It is accepted
-//   only when no exact tie was met; then every step keeps the triangulation strictly
-//   Delaunay (below), the Delaunay triangulation is unique, and the result does not
-//   depend on the build. A strictly Delaunay triangulation stays so through an insertion
-//   when no test ties: the edges at the new point are strongly Delaunay (each has an
-//   empty circle with every other point strictly outside: the circle of the split or
-//   flipped triangle shrunk onto the new point), which makes them strictly Delaunay in
-//   any triangulation; the edges opposite it are tested with their final neighbours; the
-//   others keep both their triangles. So no edge is tested again at the end.
+// - Fast build, for points in general position whose hull has at most 4 sqrt(n) nodes:
+//   the convex hull (monotone chain) is split into a fan and made Delaunay by flips, the
+//   other points are inserted in rounds of random samples (a fixed hash of the index),
+//   each round along a Hilbert curve, each point located by a walk from the previous one
+//   and split into three. It is accepted only when no exact tie was met; then every step
+//   keeps the triangulation strictly Delaunay (below), the Delaunay triangulation is
+//   unique, and the result does not depend on the build. A strictly Delaunay
+//   triangulation stays so through an insertion when no test ties: the edges at the new
+//   point are strongly Delaunay (each has an empty circle with every other point strictly
+//   outside: the circle of the split or flipped triangle shrunk onto the new point),
+//   which makes them strictly Delaunay in any triangulation; the edges opposite it are
+//   tested with their final neighbours; the others keep both their triangles. So no edge
+//   is tested again at the end.
+// - Rounds build, for a larger hull (points in convex position: along a curve, on a
+//   circle) and wherever the sweep gives way: every point in the same random rounds,
+//   located by a walk and split into its triangle, split with its side when it lies on
+//   one, or joined to the hull edges it sees when outside. Flips only on a definite
+//   'inside', so ties are decided by this order. Its triangulation is taken at once when
+//   every interior edge is strictly Delaunay (then it is the only Delaunay triangulation,
+//   the sweep's too); otherwise the sweep runs and this one is kept only if the sweep
+//   gives way.
 // - Sweep, for everything else (cocircular points such as grids, collinear hull
 //   points): the points are taken in lexicographic (x, then y) order; the first
 //   collinear run and the first point off its line form a fan; every later point lies
 //   outside the current hull and is joined to the chain of hull edges it sees, found by
 //   walking the hull from the previous point. Cocircular ties are decided by this order.
+//   It gives way to the rounds build once its flips pass 64 log2 n per point inserted
+//   (plus 4096): points in convex position met along their curve make each new point's
+//   edges sweep across the fan of the earlier ones (O(n^2) flips), and an exact grid
+//   costs about half a column's height per point, so grids whose columns hold more than
+//   about 128 log2 n nodes give way too (their ties then decided by the rounds order).
 // Expected O(n log n) for the sorts (radix sorts in practice); flips per point are O(1)
-// on average (about 3.2 for the fast build on uniform random points and on perturbed
-// grids, 2.2 walk steps per point; 14 flips for the sweep on uniform random points,
-// whose x order leaves long thin triangles along the hull).
-// Failure: status 3 when every point is collinear, 2 on an internal inconsistency.
-// References: C. L. Lawson, "Software for C1 surface interpolation" (1977); the sweep
-// order follows A. Zalik's sweep-hull idea with x-sorted insertion; insertion along a
-// space-filling curve as in N. Amenta, S. Choi, G. Rote, "Incremental constructions con
-// BRIO" (2003).
+// on average for the fast and rounds builds whatever the input (about 3.2 for the fast
+// build on uniform random points and on perturbed grids, 2.2 walk steps per point; about
+// 3.4 flips and 5 walk steps per point for the rounds build on a parabola), 14 for the
+// sweep on uniform random points, whose x order leaves long thin triangles along the
+// hull, sqrt(n) / 2 on a square exact grid (below the give-way bound while sqrt(n) <
+// 128 log2 n: square grids up to about 8e6 nodes). Nearly cocircular input (dense points on a
+// smooth curve) spends most of its time in the exact in-circle evaluation. Failure: status 3 when
+// every point is collinear, 2 on an internal inconsistency. References: C. L. Lawson, "Software for
+// C1 surface interpolation" (1977); the sweep order follows A. Zalik's sweep-hull idea with
+// x-sorted insertion; insertion along a space-filling curve as in N. Amenta, S. Choi, G. Rote,
+// "Incremental constructions con BRIO" (2003); expected O(1) flips per point in a random insertion
+// order: L. J. Guibas, D. E. Knuth, M. Sharir, "Randomized incremental construction of Delaunay and
+// Voronoi diagrams", Algorithmica 7 (1992).
 #pragma once
 
 #include <cstddef>
@@ -81,9 +100,9 @@ struct Mesh {
 };
 
 // Builds the Delaunay triangulation of the points, which must be distinct and sorted
-// lexicographically: the fast build, else the sweep. Returns 0, 3 (all collinear) or 2
-// (internal failure). Without neighbours, nb is left empty (twin has the same links), or
-// the fast build's triangles are left in blocks.
+// lexicographically: the fast build, else the rounds build or the sweep (above). Returns 0, 3 (all
+// collinear) or 2 (internal failure). Without neighbours, nb is left empty (twin has the same
+// links), or the fast build's triangles are left in blocks.
 int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh,
                 bool neighbours = true);
 
