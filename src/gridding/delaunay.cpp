@@ -769,10 +769,10 @@ constexpr double kFlipsPerLevel = 64.0;
 constexpr double kFlipMargin = 4096.0;
 
 // Sweep in the given (lexicographic) order; decides cocircular ties by that order.
-// Returns 0, 3 (all collinear), 2, or, when bounded, 4 as soon as its flips pass
-// kFlipsPerLevel log2 n per point inserted so far (plus a margin), mesh left as it was.
-int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& mesh, bool neighbours,
-                  bool bounded) {
+// Returns 0, 3 (all collinear), 2, or 4 as soon as its flips pass kFlipsPerLevel log2 n
+// per point inserted so far (plus a margin), mesh left as it was.
+int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& mesh,
+                  bool neighbours) {
     const int n = static_cast<int>(x.size());
     int k = 2;
     while (k < n && orient2d(x[0], y[0], x[1], y[1], x[k], y[k]) == 0.0) ++k;
@@ -807,7 +807,7 @@ int build_x_order(std::span<const double> x, std::span<const double> y, Mesh& me
     int last = k;
     for (int p = k + 1; p < n; ++p) {
         if (!sweep.insert(p, last)) return 2;
-        if (bounded && sweep.flips > flip_margin + flips_per_point * p) return 4;
+        if (sweep.flips > flip_margin + flips_per_point * p) return 4;
         last = p;
     }
     sweep.take_mesh(mesh, neighbours);
@@ -826,24 +826,27 @@ int build_sweep(std::span<const double> x, std::span<const double> y, Mesh& mesh
     if (x.size() < 3) return 1;
     const int fast = build_hilbert(x, y, mesh, neighbours);
     if (fast == kHilbertBuilt) return 0;
-    // A large hull: the rounds build, kept when the triangulation is unique (then it is
+    // A large hull: the rounds build, taken when the triangulation is unique (then it is
     // the sweep's), else kept aside in case the sweep gives way to it.
     Mesh rounds;
     bool rounds_built = false, unique = false;
     if (fast == kHilbertLargeHull) {
-        rounds_built = build_rounds(x, y, rounds, neighbours, unique) == 0;
-        if (rounds_built && unique) {
+        const int status = build_rounds(x, y, rounds, neighbours, unique);
+        if (status != 0) return status;
+        if (unique) {
             mesh = std::move(rounds);
             return 0;
         }
+        rounds_built = true;
     }
-    const int status = build_x_order(x, y, mesh, neighbours, true);
+    const int status = build_x_order(x, y, mesh, neighbours);
     if (status != 4) return status;
-    if (rounds_built || build_rounds(x, y, rounds, neighbours, unique) == 0) {
-        mesh = std::move(rounds);
-        return 0;
+    if (!rounds_built) {
+        const int rounds_status = build_rounds(x, y, rounds, neighbours, unique);
+        if (rounds_status != 0) return rounds_status;
     }
-    return build_x_order(x, y, mesh, neighbours, false);
+    mesh = std::move(rounds);
+    return 0;
 }
 
 bool link_mesh(int nodes, Mesh& mesh) {

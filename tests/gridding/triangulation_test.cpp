@@ -2,7 +2,9 @@
 // LinearNDInterpolator (tests/reference/gen_gridding_delaunay.py), the record's
 // invariants on random, gridded and degenerate inputs for both builds, the grid build,
 // the boundary query, flattening, both evaluators with their documented weights, the
-// missing-z rings, natural-neighbour interpolation, and the status codes.
+// missing-z rings, natural-neighbour interpolation, and the status codes; points in
+// convex position against exactly checked triangles (tests/reference/
+// gen_gridding_convex.py) and, with ties, against the record's invariants.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -962,5 +964,109 @@ TEST(Triangulation, EngineTrianglesInGeneralPosition) {
                   -1);
         EXPECT_LE(count, small);
         EXPECT_EQ(short_tri[3 * static_cast<std::size_t>(small)], -7);
+    }
+}
+
+namespace {
+
+#include "reference/gridding_convex_ref.inc"
+
+// Points in convex position and along convex curves, which the x-order sweep met with
+// O(n^2) flips: circles (every point cocircular up to rounding, exact ties among
+// mirrored points), and a grid whose columns are tall enough for the sweep to give way
+// to the randomised build, so its ties are decided there.
+std::vector<Cloud> convex_tie_clouds() {
+    std::vector<Cloud> clouds;
+    const double step = 6.283185307179586 / 2000;
+    Cloud circle{"2000 on a circle", {}, {}}, half{"2000 on a half circle", {}, {}};
+    for (int k = 0; k < 2000; ++k) {
+        circle.x.push_back(std::cos(k * step)), circle.y.push_back(std::sin(k * step));
+        half.x.push_back(std::cos(k * step / 2)), half.y.push_back(std::sin(k * step / 2));
+    }
+    // Mirror images of one quadrant: the four images of a point are exactly cocircular.
+    Cloud mirrored{"1600 mirrored on a circle", {}, {}};
+    for (int k = 1; k <= 400; ++k) {
+        const double a = std::cos(k * step * 0.9), b = std::sin(k * step * 0.9);
+        for (double sx : {-1.0, 1.0})
+            for (double sy : {-1.0, 1.0})
+                mirrored.x.push_back(sx * a), mirrored.y.push_back(sy * b);
+    }
+    Cloud tall{"grid of 3 columns of 4000", {}, {}};
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 4000; ++j) tall.x.push_back(i), tall.y.push_back(j);
+    for (Cloud* c : {&circle, &half, &mirrored, &tall}) clouds.push_back(*c);
+    return clouds;
+}
+
+bool same_record(const Triangulation& a, const Triangulation& b) {
+    return a.nodes == b.nodes && a.triangles == b.triangles && a.edges == b.edges &&
+           a.boundaryCount == b.boundaryCount &&
+           same_ints(a.tri, b.tri, 6 * static_cast<std::size_t>(a.triangles)) &&
+           same_ints(a.edge, b.edge, 3 * static_cast<std::size_t>(a.edges)) &&
+           same_ints(a.neighbor, b.neighbor, 3 * static_cast<std::size_t>(a.triangles)) &&
+           same_ints(a.boundary, b.boundary, static_cast<std::size_t>(a.boundaryCount));
+}
+
+}  // namespace
+
+TEST(Triangulation, ConvexPositionMatchesReference) {
+    // Every node a hull vertex (or on a collinear hull run): the Delaunay triangles of the
+    // reference, with exact duplicates of every seventh node merged first.
+    for (const auto& ref : kConvexReference) {
+        const int n = static_cast<int>(ref.x.size());
+        std::set<std::array<int, 3>> expected;
+        for (std::size_t k = 0; k < ref.tri.size(); k += 3)
+            expected.insert({ref.tri[k], ref.tri[k + 1], ref.tri[k + 2]});
+        Vec x(ref.x.rbegin(), ref.x.rend()), y(ref.y.rbegin(), ref.y.rend());
+        for (int i = 0; i < n; i += 7) x.push_back(ref.x[i]), y.push_back(ref.y[i]);
+        const Vec z(x.size(), 1.0);
+        for (unsigned options : {0u, kEngine}) {
+            SCOPED_TRACE(testing::Message() << ref.name << " options " << options);
+            Record r;
+            ASSERT_EQ(zemath_triangulation(static_cast<int>(x.size()), x.data(), y.data(), z.data(),
+                                           &r.t, options),
+                      0);
+            ASSERT_EQ(r.t.nodes, n);
+            ASSERT_TRUE(same_bits(r.t.x, ref.x.data(), n) && same_bits(r.t.y, ref.y.data(), n));
+            EXPECT_EQ(triangle_set(r.t), expected);
+            check_invariants(r.t);
+            check_listing_order(r.t);
+        }
+    }
+}
+
+TEST(Triangulation, ConvexPositionWithTies) {
+    // Ties make the Delaunay triangulation ambiguous, so no reference set: a valid
+    // record (empty circles in exact arithmetic, Euler's count from the hull), the
+    // documented listing order, the same record again and through the engine option.
+    for (const Cloud& c : convex_tie_clouds()) {
+        SCOPED_TRACE(c.name);
+        const int n = static_cast<int>(c.x.size());
+        const Vec z(c.x.size(), 0.5);
+        Record first, again, engine;
+        ASSERT_EQ(zemath_triangulation(n, c.x.data(), c.y.data(), z.data(), &first.t, 0), 0);
+        ASSERT_EQ(first.t.nodes, n);
+        check_invariants(first.t);
+        check_listing_order(first.t);
+        ASSERT_EQ(zemath_triangulation(n, c.x.data(), c.y.data(), z.data(), &again.t, 0), 0);
+        EXPECT_TRUE(same_record(first.t, again.t));
+        ASSERT_EQ(zemath_triangulation(n, c.x.data(), c.y.data(), z.data(), &engine.t, kEngine), 0);
+        EXPECT_TRUE(same_record(first.t, engine.t));
+    }
+    // The tall grid: every cell split into two triangles of area 1/2.
+    const Cloud tall = convex_tie_clouds().back();
+    const Vec z(tall.x.size(), 0.0);
+    Record r;
+    ASSERT_EQ(zemath_triangulation(static_cast<int>(tall.x.size()), tall.x.data(), tall.y.data(),
+                                   z.data(), &r.t, 0),
+              0);
+    EXPECT_EQ(r.t.triangles, 2 * 2 * 3999);
+    EXPECT_EQ(r.t.boundaryCount, 2 * 3 + 2 * 3998);
+    for (int k = 0; k < r.t.triangles; ++k) {
+        const int* v = r.t.tri + 6 * k;
+        EXPECT_EQ((r.t.x[v[1]] - r.t.x[v[0]]) * (r.t.y[v[2]] - r.t.y[v[0]]) -
+                      (r.t.y[v[1]] - r.t.y[v[0]]) * (r.t.x[v[2]] - r.t.x[v[0]]),
+                  1.0)
+            << k;
     }
 }
