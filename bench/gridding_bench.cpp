@@ -1,6 +1,7 @@
 // Gridding: Delaunay triangulation (built-in and engine builds) of 1e5 and 1e6 points,
 // uniform in the unit square and on a perturbed grid, and of 4000 and 16000 points on a
-// circle, an exact grid and two rows; examination and duplicate removal
+// circle, an exact grid and two rows, and of 1e5 points in convex position (on the
+// parabolas y = 1e-2 x^2 and y = 1e-6 x^2 and on a circle); examination and duplicate removal
 // of 1e6 points; kriging of a 500 x 500 grid from 1e4 scattered points. Items processed
 // are input points (targets for kriging). bench/table/families/gridding.py times SciPy on the same
 // kinds of data (scipy.spatial.Delaunay, RBFInterpolator with a neighbour count).
@@ -80,6 +81,29 @@ void BM_triangulation_degenerate(benchmark::State& state) {
                                        static_cast<int>(state.range(1))));
 }
 
+// Points in convex position (kind 0: y = 1e-2 x^2 and 1: y = 1e-6 x^2, x uniform in
+// [-1, 1]; 2: n points on a circle), which the x-order sweep met with O(n^2) flips.
+const Cloud& convex_cloud(int n, int kind) {
+    static std::map<std::pair<int, int>, Cloud> cache;
+    Cloud& c = cache[{n, kind}];
+    if (c.x.empty()) {
+        std::mt19937_64 gen(20261124);
+        std::uniform_real_distribution<double> u(-1.0, 1.0);
+        for (int i = 0; i < n; ++i) {
+            const double t = u(gen), angle = 6.283185307179586 * i / n;
+            const double x = kind == 2 ? std::cos(angle) : t;
+            const double y = kind == 0 ? 1e-2 * t * t : kind == 1 ? 1e-6 * t * t : std::sin(angle);
+            c.x.push_back(x), c.y.push_back(y), c.z.push_back(x + y);
+        }
+    }
+    return c;
+}
+
+void BM_triangulation_convex(benchmark::State& state) {
+    run_builds(state,
+               convex_cloud(static_cast<int>(state.range(0)), static_cast<int>(state.range(1))));
+}
+
 void BM_examine(benchmark::State& state) {
     const int n = static_cast<int>(state.range(0));
     const Cloud& c = cloud(n, 1);
@@ -131,6 +155,10 @@ BENCHMARK(BM_triangulation)
 BENCHMARK(BM_triangulation_degenerate)
     ->ArgsProduct({{4000, 16000}, {0, 1, 2}, {0, 1}})
     ->ArgNames({"n", "circle_grid_rows", "engine"})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_triangulation_convex)
+    ->ArgsProduct({{100000}, {0, 1, 2}, {0}})
+    ->ArgNames({"n", "parabola_flat_circle", "engine"})
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_examine)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_remove_duplicates)->Arg(1000000)->Unit(benchmark::kMillisecond);
