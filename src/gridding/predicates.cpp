@@ -1,26 +1,57 @@
-// Exact orientation and in-circle signs (see predicates.hpp).
+// Exact orientation and in-circle signs behind the filters of predicates.hpp.
+//
+// Method: adaptive stages after the header's filter (J. R. Shewchuk, "Adaptive precision
+// floating-point arithmetic and fast robust geometric predicates", Discrete Comput.
+// Geom. 18, 1997, sections 4.3 and 6), each accepted only when its error bound decides:
+// - B: the determinant of the rounded coordinate differences (adx = fl(ax - dx), ...),
+//   computed exactly as a floating-point expansion and summed into one double. Each
+//   term of the determinant is a product of 2 (orientation) or 4 (in-circle) differences,
+//   each difference off by a relative eps = 2^-53 at most, so the determinant of the
+//   rounded differences is off by (2 eps + O(eps^2)), resp. (4 eps + O(eps^2)), times the
+//   permanent (the sum of the terms' magnitudes); the rounding of the permanent itself and
+//   of the expansion's sum bring the bounds to (2 + 12 eps) eps and (4 + 48 eps) eps.
+//   When every difference is exact (tails zero: grids, and neighbours on a dense curve,
+//   whose coordinates are within a factor 2 of each other), the expansion is the exact
+//   determinant and its largest component gives the sign at once.
+// - C: the first-order corrections by the difference tails (each at most eps times its
+//   difference) added in double; bounds (9 + 64 eps) eps^2 and (44 + 576 eps) eps^2 times
+//   the permanent for the neglected second-order terms and the corrections' rounding,
+//   plus (3 + 8 eps) eps times the corrected value for its own rounding.
+// - D: the determinant of the exact differences (two-component expansions), exactly.
+// All expansions live in fixed-size stack arrays (lengths bounded from the determinant's
+// structure below), with zero components eliminated, so gridded and cocircular inputs
+// carry short expansions.
+// Exponent range: error-free expansion arithmetic in double is exact as long as nothing
+// overflows and every product's rounding error is representable. The double stages run
+// only when every coordinate is 0 or of magnitude in [2^-215, 2^250] (orientation:
+// [2^-480, 2^500]): then every difference and tail is a multiple of 2^-267 (resp. 2^-532)
+// and every product of four (two) of them a multiple of 2^-1068 (2^-1064), so all
+// rounding errors are representable, subnormal or not, and no sum passes 2^1010. Their
+// bounds also carry the header's kUnderflowSlack (covering products that underflowed in
+// the permanent and in stage C's corrections). Other coordinates go to stage D in a
+// wider type (below), where no product of four differences of finite doubles leaves the
+// range. Accuracy: the signs are exact for all finite coordinates (where long double
+// has the exponent range of double: for all whose products of four differences stay in
+// double's range). No failure mode; no allocation (stage D in the wide type uses about
+// 48 kB of stack, in double 24 kB).
 #include "gridding/predicates.hpp"
 
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 #include <type_traits>
-#include <vector>
 
 namespace zemath {
 namespace {
 
-// The exact path works in a type whose exponent range holds every product of four
-// coordinate differences of finite doubles (up to 2^4100, down to 2^-4296): the x87 or
-// quadruple long double where there is one. Then no intermediate overflows or
-// underflows, and the signs are exact for all finite coordinates, however far apart in
-// magnitude. Where long double is double, the range is that of double (exact while no
-// product of four differences leaves it).
-using Real = std::conditional_t<(std::numeric_limits<long double>::max_exponent >= 4400 &&
+// The wide type: a type whose exponent range holds every product of four coordinate
+// differences of finite doubles (up to 2^4100, down to 2^-4296): the x87 or quadruple
+// long double where there is one.
+using Wide = std::conditional_t<(std::numeric_limits<long double>::max_exponent >= 4400 &&
                                  std::numeric_limits<long double>::min_exponent <= -4400),
                                 long double, double>;
-constexpr bool kWideReal = !std::is_same_v<Real, double>;
-using Expansion = std::vector<Real>;  // non-overlapping, increasing magnitude, no zeros
 
+template <class Real>
 inline void two_sum(Real a, Real b, Real& x, Real& y) {
     x = a + b;
     const Real bv = x - a;
@@ -29,6 +60,7 @@ inline void two_sum(Real a, Real b, Real& x, Real& y) {
 }
 
 // Veltkamp's split of a into two halves of at most ceil(p/2) bits each.
+template <class Real>
 inline void split(Real a, Real& hi, Real& lo) {
     constexpr int half = (std::numeric_limits<Real>::digits + 1) / 2;
     const Real factor = static_cast<Real>((1ULL << half) + 1);
@@ -37,105 +69,274 @@ inline void split(Real a, Real& hi, Real& lo) {
     lo = a - hi;
 }
 
-// x + y = a * b exactly (Dekker's product; the fused multiply-add for double).
-inline void two_product(Real a, Real b, Real& x, Real& y) {
+// The fused multiply-add only where the compiler emits it as one instruction: otherwise
+// std::fma is a library call, several times slower than Dekker's product.
+#if defined(__FMA__) || defined(__aarch64__)
+constexpr bool kFastFma = true;
+#else
+constexpr bool kFastFma = false;
+#endif
+
+// x + y = a * b exactly, b given with its split halves (the fused multiply-add, or
+// Dekker's product: exact while the halves' products are representable, which the range
+// conditions below ensure).
+template <class Real>
+inline void two_product_split(Real a, Real b, Real bhi, Real blo, Real& x, Real& y) {
     x = a * b;
-    if constexpr (kWideReal) {
-        Real ahi, alo, bhi, blo;
-        split(a, ahi, alo);
-        split(b, bhi, blo);
-        y = alo * blo - (((x - ahi * bhi) - alo * bhi) - ahi * blo);
-    } else {
+    if constexpr (kFastFma && std::is_same_v<Real, double>) {
         y = std::fma(a, b, -x);
+    } else {
+        Real ahi, alo;
+        split(a, ahi, alo);
+        y = alo * blo - (((x - ahi * bhi) - alo * bhi) - ahi * blo);
     }
 }
 
-// e + b (Grow-Expansion with zero elimination).
-Expansion grow(const Expansion& e, Real b) {
-    Expansion h;
-    h.reserve(e.size() + 1);
-    Real q = b;
-    for (Real component : e) {
-        Real sum, tail;
-        two_sum(q, component, sum, tail);
-        if (tail != 0.0) h.push_back(tail);
-        q = sum;
+template <class Real>
+inline void two_product(Real a, Real b, Real& x, Real& y) {
+    Real bhi, blo;
+    split(b, bhi, blo);
+    two_product_split(a, b, bhi, blo, x, y);
+}
+
+// Expansions: arrays of nonoverlapping components in increasing magnitude, no zeros (the
+// empty expansion is 0). h = e + f (Fast-Expansion-Sum with zero elimination: merge by
+// magnitude, then error-free sums); h has room for ne + nf components and does not
+// overlap e or f. Returns the length of h.
+template <class Real>
+int sum(const Real* e, int ne, const Real* f, int nf, Real* h) {
+    int i = 0, j = 0, k = 0;
+    auto next = [&]() {
+        if (j >= nf || (i < ne && std::fabs(e[i]) <= std::fabs(f[j]))) return e[i++];
+        return f[j++];
+    };
+    if (ne + nf == 0) return 0;
+    Real q = next();
+    while (i < ne || j < nf) {
+        Real s, t;
+        two_sum(q, next(), s, t);
+        if (t != 0) h[k++] = t;
+        q = s;
     }
-    if (q != 0.0 || h.empty()) h.push_back(q);
-    if (h.size() == 1 && h[0] == 0.0) h.clear();
-    return h;
+    if (q != 0) h[k++] = q;
+    return k;
 }
 
-Expansion add(const Expansion& e, const Expansion& f) {
-    Expansion h = e;
-    for (Real component : f) h = grow(h, component);
-    return h;
-}
-
-// e * b (Scale-Expansion with zero elimination).
-Expansion scale(const Expansion& e, Real b) {
-    Expansion h;
-    if (e.empty() || b == 0.0) return h;
-    h.reserve(2 * e.size());
-    Real q, tail;
-    two_product(e[0], b, q, tail);
-    if (tail != 0.0) h.push_back(tail);
-    for (std::size_t i = 1; i < e.size(); ++i) {
-        Real product, product_tail, sum;
-        two_product(e[i], b, product, product_tail);
-        two_sum(q, product_tail, sum, tail);
-        if (tail != 0.0) h.push_back(tail);
-        two_sum(product, sum, q, tail);
-        if (tail != 0.0) h.push_back(tail);
+// h = e * b (Scale-Expansion with zero elimination); h has room for 2 ne components.
+template <class Real>
+int scale(const Real* e, int ne, Real b, Real* h) {
+    if (ne == 0 || b == 0) return 0;
+    int k = 0;
+    Real q, t, bhi, blo;
+    split(b, bhi, blo);
+    two_product_split(e[0], b, bhi, blo, q, t);
+    if (t != 0) h[k++] = t;
+    for (int i = 1; i < ne; ++i) {
+        Real p, pt, s;
+        two_product_split(e[i], b, bhi, blo, p, pt);
+        two_sum(q, pt, s, t);
+        if (t != 0) h[k++] = t;
+        two_sum(p, s, q, t);
+        if (t != 0) h[k++] = t;
     }
-    if (q != 0.0) h.push_back(q);
-    return h;
+    if (q != 0) h[k++] = q;
+    return k;
 }
 
-Expansion multiply(const Expansion& e, const Expansion& f) {
-    Expansion h;
-    for (Real component : f) h = add(h, scale(e, component));
-    return h;
-}
+// Small fixed-capacity expansion, for the short products below.
+template <class Real, int N>
+struct Exp {
+    Real c[N];
+    int n = 0;
+};
 
-Expansion negate(Expansion e) {
-    for (Real& c : e) c = -c;
-    return e;
-}
-
-Expansion difference(double a, double b) {  // a - b exactly
+// The exact a - b.
+template <class Real>
+Exp<Real, 2> difference(double a, double b) {
+    Exp<Real, 2> d;
     Real x, y;
-    two_sum(a, -static_cast<Real>(b), x, y);
-    Expansion h;
-    if (y != 0) h.push_back(y);
-    if (x != 0) h.push_back(x);
+    two_sum(static_cast<Real>(a), -static_cast<Real>(b), x, y);
+    if (y != 0) d.c[d.n++] = y;
+    if (x != 0) d.c[d.n++] = x;
+    return d;
+}
+
+// e * f for e, f of at most 2 components (at most 8).
+template <class Real>
+Exp<Real, 8> product(const Exp<Real, 2>& e, const Exp<Real, 2>& f) {
+    Exp<Real, 8> h;
+    Real s0[4], s1[4];
+    const int n0 = f.n > 0 ? scale(e.c, e.n, f.c[0], s0) : 0;
+    const int n1 = f.n > 1 ? scale(e.c, e.n, f.c[1], s1) : 0;
+    h.n = sum(s0, n0, s1, n1, h.c);
     return h;
 }
 
-double sign_of(const Expansion& e) {
-    return e.empty() ? 0.0 : (e.back() > 0 ? 1.0 : -1.0);
+template <class Real, int N, int M>
+Exp<Real, N + M> add(const Exp<Real, N>& e, const Exp<Real, M>& f, bool subtract = false) {
+    Exp<Real, N + M> h;
+    Real g[M];
+    for (int i = 0; i < f.n; ++i) g[i] = subtract ? -f.c[i] : f.c[i];
+    h.n = sum(e.c, e.n, g, f.n, h.c);
+    return h;
 }
+
+template <class Real>
+double sign_of(const Real* e, int n) {
+    return n == 0 ? 0.0 : (e[n - 1] > 0 ? 1.0 : -1.0);
+}
+
+// Stage D: the orientation determinant of the exact differences.
+template <class Real>
+double orient2d_full(double ax, double ay, double bx, double by, double cx, double cy) {
+    const auto acx = difference<Real>(ax, cx), bcy = difference<Real>(by, cy);
+    const auto acy = difference<Real>(ay, cy), bcx = difference<Real>(bx, cx);
+    const auto det = add(product(acx, bcy), product(acy, bcx), true);
+    return sign_of(det.c, det.n);
+}
+
+// Stage D: the in-circle determinant of the exact differences, as
+// alift (bdx cdy - cdx bdy) + blift (cdx ady - adx cdy) + clift (adx bdy - bdx ady), with
+// lifts and minors of at most 16 components each, so at most 3 * 16 * 32 = 1536 in all.
+template <class Real>
+double incircle_full(double ax, double ay, double bx, double by, double cx, double cy, double dx,
+                     double dy) {
+    const auto adx = difference<Real>(ax, dx), ady = difference<Real>(ay, dy);
+    const auto bdx = difference<Real>(bx, dx), bdy = difference<Real>(by, dy);
+    const auto cdx = difference<Real>(cx, dx), cdy = difference<Real>(cy, dy);
+    const Exp<Real, 16> lift[3] = {add(product(adx, adx), product(ady, ady)),
+                                   add(product(bdx, bdx), product(bdy, bdy)),
+                                   add(product(cdx, cdx), product(cdy, cdy))};
+    const Exp<Real, 16> minor[3] = {add(product(bdx, cdy), product(cdx, bdy), true),
+                                    add(product(cdx, ady), product(adx, cdy), true),
+                                    add(product(adx, bdy), product(bdx, ady), true)};
+    constexpr int kMax = 3 * 16 * 32;
+    Real buffer[2][kMax], term[32];
+    int which = 0, n = 0;
+    for (int i = 0; i < 3; ++i) {
+        for (int k = 0; k < lift[i].n; ++k) {
+            const int nt = scale(minor[i].c, minor[i].n, lift[i].c[k], term);
+            n = sum(buffer[which], n, term, nt, buffer[1 - which]);
+            which = 1 - which;
+        }
+    }
+    return sign_of(buffer[which], n);
+}
+
+inline bool in_range(double v, double lo, double hi) {
+    const double m = std::fabs(v);
+    return m == 0.0 || (m >= lo && m <= hi);
+}
+
+inline double tail_of(double a, double b, double rounded) {  // (a - b) - fl(a - b)
+    const double bv = a - rounded;
+    const double av = rounded + bv;
+    return (a - av) + (bv - b);
+}
+
+// Two-term products a b - c d as an expansion of at most 4 components.
+inline int two_two_diff(double a, double b, double c, double d, double* h) {
+    double p[2], q[2];
+    int np = 0, nq = 0;
+    double x, y;
+    two_product(a, b, x, y);
+    if (y != 0) p[np++] = y;
+    if (x != 0) p[np++] = x;
+    two_product(c, d, x, y);
+    if (y != 0) q[nq++] = -y;
+    if (x != 0) q[nq++] = -x;
+    return sum(p, np, q, nq, h);
+}
+
+double estimate(const double* e, int n) {
+    double s = 0.0;
+    for (int i = 0; i < n; ++i) s += e[i];
+    return s;
+}
+
+constexpr double kEps = predicate_detail::kEps;
+constexpr double kSlack = predicate_detail::kUnderflowSlack;
+constexpr double kResultBound = (3.0 + 8.0 * kEps) * kEps;
+constexpr double kOrientBoundB = (2.0 + 12.0 * kEps) * kEps;
+constexpr double kOrientBoundC = (9.0 + 64.0 * kEps) * kEps * kEps;
+constexpr double kInCircleBoundB = (4.0 + 48.0 * kEps) * kEps;
+constexpr double kInCircleBoundC = (44.0 + 576.0 * kEps) * kEps * kEps;
 
 }  // namespace
 
 double orient2d_exact(double ax, double ay, double bx, double by, double cx, double cy) {
-    const Expansion acx = difference(ax, cx), bcy = difference(by, cy);
-    const Expansion acy = difference(ay, cy), bcx = difference(bx, cx);
-    return sign_of(add(multiply(acx, bcy), negate(multiply(acy, bcx))));
+    for (double v : {ax, ay, bx, by, cx, cy})
+        if (!in_range(v, 0x1p-480, 0x1p500)) return orient2d_full<Wide>(ax, ay, bx, by, cx, cy);
+    const double acx = ax - cx, bcx = bx - cx, acy = ay - cy, bcy = by - cy;
+    double b[4];
+    const int nb = two_two_diff(acx, bcy, acy, bcx, b);
+    const double permanent = std::fabs(acx * bcy) + std::fabs(acy * bcx);
+    double det = estimate(b, nb);
+    double bound = kOrientBoundB * permanent + kSlack;
+    if (std::fabs(det) > bound) return det > 0 ? 1.0 : -1.0;
+    const double acxt = tail_of(ax, cx, acx), bcxt = tail_of(bx, cx, bcx);
+    const double acyt = tail_of(ay, cy, acy), bcyt = tail_of(by, cy, bcy);
+    if (acxt == 0.0 && bcxt == 0.0 && acyt == 0.0 && bcyt == 0.0) return sign_of(b, nb);
+    bound = kOrientBoundC * permanent + kResultBound * std::fabs(det) + kSlack;
+    det += (acx * bcyt + bcy * acxt) - (acy * bcxt + bcx * acyt);
+    if (std::fabs(det) > bound) return det > 0 ? 1.0 : -1.0;
+    return orient2d_full<double>(ax, ay, bx, by, cx, cy);
 }
 
 double incircle_exact(double ax, double ay, double bx, double by, double cx, double cy, double dx,
                       double dy) {
-    const Expansion adx = difference(ax, dx), ady = difference(ay, dy);
-    const Expansion bdx = difference(bx, dx), bdy = difference(by, dy);
-    const Expansion cdx = difference(cx, dx), cdy = difference(cy, dy);
-    const Expansion alift = add(multiply(adx, adx), multiply(ady, ady));
-    const Expansion blift = add(multiply(bdx, bdx), multiply(bdy, bdy));
-    const Expansion clift = add(multiply(cdx, cdx), multiply(cdy, cdy));
-    const Expansion bc = add(multiply(bdx, cdy), negate(multiply(cdx, bdy)));
-    const Expansion ca = add(multiply(cdx, ady), negate(multiply(adx, cdy)));
-    const Expansion ab = add(multiply(adx, bdy), negate(multiply(bdx, ady)));
-    return sign_of(add(add(multiply(alift, bc), multiply(blift, ca)), multiply(clift, ab)));
+    for (double v : {ax, ay, bx, by, cx, cy, dx, dy})
+        if (!in_range(v, 0x1p-215, 0x1p250))
+            return incircle_full<Wide>(ax, ay, bx, by, cx, cy, dx, dy);
+    const double adx = ax - dx, bdx = bx - dx, cdx = cx - dx;
+    const double ady = ay - dy, bdy = by - dy, cdy = cy - dy;
+    // Stage B: alift bc + blift ca + clift ab from the rounded differences, exactly.
+    double bc[4], ca[4], ab[4];
+    const int nbc = two_two_diff(bdx, cdy, cdx, bdy, bc);
+    const int nca = two_two_diff(cdx, ady, adx, cdy, ca);
+    const int nab = two_two_diff(adx, bdy, bdx, ady, ab);
+    double part[3][32];
+    int npart[3];
+    {
+        const double* minor[3] = {bc, ca, ab};
+        const int nminor[3] = {nbc, nca, nab};
+        const double ux[3] = {adx, bdx, cdx}, uy[3] = {ady, bdy, cdy};
+        for (int i = 0; i < 3; ++i) {
+            double t8[8], xx[16], yy[16];
+            int n8 = scale(minor[i], nminor[i], ux[i], t8);
+            const int nxx = scale(t8, n8, ux[i], xx);
+            n8 = scale(minor[i], nminor[i], uy[i], t8);
+            const int nyy = scale(t8, n8, uy[i], yy);
+            npart[i] = sum(xx, nxx, yy, nyy, part[i]);
+        }
+    }
+    double partial[64], fin[96];
+    const int npartial = sum(part[0], npart[0], part[1], npart[1], partial);
+    const int nfin = sum(partial, npartial, part[2], npart[2], fin);
+    const double alift = adx * adx + ady * ady;
+    const double blift = bdx * bdx + bdy * bdy;
+    const double clift = cdx * cdx + cdy * cdy;
+    const double permanent = (std::fabs(bdx * cdy) + std::fabs(cdx * bdy)) * alift +
+                             (std::fabs(cdx * ady) + std::fabs(adx * cdy)) * blift +
+                             (std::fabs(adx * bdy) + std::fabs(bdx * ady)) * clift;
+    double det = estimate(fin, nfin);
+    double bound = kInCircleBoundB * permanent + kSlack;
+    if (std::fabs(det) > bound) return det > 0 ? 1.0 : -1.0;
+    const double adxt = tail_of(ax, dx, adx), bdxt = tail_of(bx, dx, bdx);
+    const double cdxt = tail_of(cx, dx, cdx), adyt = tail_of(ay, dy, ady);
+    const double bdyt = tail_of(by, dy, bdy), cdyt = tail_of(cy, dy, cdy);
+    if (adxt == 0.0 && bdxt == 0.0 && cdxt == 0.0 && adyt == 0.0 && bdyt == 0.0 && cdyt == 0.0)
+        return sign_of(fin, nfin);
+    // Stage C: the terms first-order in the tails.
+    bound = kInCircleBoundC * permanent + kResultBound * std::fabs(det) + kSlack;
+    det += ((adx * adx + ady * ady) * ((bdx * cdyt + cdy * bdxt) - (bdy * cdxt + cdx * bdyt)) +
+            2.0 * (adx * adxt + ady * adyt) * (bdx * cdy - bdy * cdx)) +
+           ((bdx * bdx + bdy * bdy) * ((cdx * adyt + ady * cdxt) - (cdy * adxt + adx * cdyt)) +
+            2.0 * (bdx * bdxt + bdy * bdyt) * (cdx * ady - cdy * adx)) +
+           ((cdx * cdx + cdy * cdy) * ((adx * bdyt + bdy * adxt) - (ady * bdxt + bdx * adyt)) +
+            2.0 * (cdx * cdxt + cdy * cdyt) * (adx * bdy - ady * bdx));
+    if (std::fabs(det) > bound) return det > 0 ? 1.0 : -1.0;
+    return incircle_full<double>(ax, ay, bx, by, cx, cy, dx, dy);
 }
 
 }  // namespace zemath

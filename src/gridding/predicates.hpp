@@ -5,13 +5,14 @@
 // rounding-error bound of that evaluation (J. R. Shewchuk, "Adaptive precision
 // floating-point arithmetic and fast robust geometric predicates", Discrete Comput. Geom.
 // 18, 1997: bounds (3 + 16 eps) eps and (10 + 96 eps) eps times the permanent); otherwise
-// the determinant is recomputed exactly as a floating-point expansion (error-free sums and
-// fused multiply-add products) and its sign read from the largest component. The exact
-// path's work shrinks automatically when the coordinate differences are exact (zero
-// tails are eliminated), so gridded and cocircular inputs stay fast.
+// adaptive stages of increasing precision (predicates.cpp): the determinant of the rounded
+// differences computed exactly, exact at once when the differences are (gridded and
+// densely sampled inputs), then first-order corrections by the differences' rounding
+// errors, each with its own error bound, and last the exact determinant as a
+// floating-point expansion in stack arrays; the exact functions return -1, 0 or 1.
 // Exact for all finite coordinates: evaluations whose products may have overflowed or
-// underflowed fail the filter, and the exact path works in a wider exponent range
-// (predicates.cpp).
+// underflowed fail the filter, the double stages run only on coordinates whose products
+// stay in range, and the others are evaluated in a wider exponent range (predicates.cpp).
 #pragma once
 
 #include <cmath>
