@@ -826,15 +826,27 @@ int sign_of(double v) {
 }
 
 // The predicates' signs are exact: the floating-point filter decides only where its bound
-// holds, the exact path elsewhere (underflowed or overflowed products, permanents near the
-// filters' cut-offs, ties and one-ulp perturbations).
+// holds, the adaptive stages behind it only within theirs (underflowed or overflowed
+// products, permanents near the filters' cut-offs, coordinates on both sides of the
+// ranges the double stages accept, dense curves, grids, ties and one-ulp perturbations).
+// Each row is also checked with its points permuted and with x and y swapped, which
+// changes the order of the differences and the stage arithmetic but only the sign by the
+// permutation's parity (a reflection reverses orientation).
 TEST(Predicates, ExactSignsNearTheFilterLimits) {
     for (const auto& r : kPredicateReference) {
         SCOPED_TRACE(testing::Message() << r.ax << " " << r.ay << " " << r.bx << " " << r.by << " "
                                         << r.cx << " " << r.cy << " " << r.dx << " " << r.dy);
         EXPECT_EQ(sign_of(zemath::orient2d(r.ax, r.ay, r.bx, r.by, r.cx, r.cy)), r.orient);
+        EXPECT_EQ(sign_of(zemath::orient2d(r.bx, r.by, r.cx, r.cy, r.ax, r.ay)), r.orient);
+        EXPECT_EQ(sign_of(zemath::orient2d(r.ay, r.ax, r.by, r.bx, r.cy, r.cx)), -r.orient);
         EXPECT_EQ(sign_of(zemath::incircle(r.ax, r.ay, r.bx, r.by, r.cx, r.cy, r.dx, r.dy)),
                   r.incircle);
+        EXPECT_EQ(sign_of(zemath::incircle(r.cx, r.cy, r.ax, r.ay, r.bx, r.by, r.dx, r.dy)),
+                  r.incircle);
+        EXPECT_EQ(sign_of(zemath::incircle(r.bx, r.by, r.ax, r.ay, r.cx, r.cy, r.dx, r.dy)),
+                  -r.incircle);
+        EXPECT_EQ(sign_of(zemath::incircle(r.ay, r.ax, r.by, r.bx, r.cy, r.cx, r.dy, r.dx)),
+                  -r.incircle);
     }
 }
 
