@@ -113,6 +113,15 @@ for u, v, p, q in ((-3 * 2.0 ** -60, 1 + 2.0 ** -52, 2.0 ** -70, 0.75 + 2.0 ** -
     curves.append(tuple(rect[:3] + [(up(u), q)]))
     curves.append(tuple(rect[:3] + [(u, down(q))]))
     curves.append(tuple(rect[:2] + [(v, up(q)), (u, q)]))
+# rectangles with a corner at the origin: exact differences spanning about 60, 100 and
+# 150 bits (the in-circle test's integer evaluation in one limb, in two, and the
+# expansions beyond), and one-ulp neighbours
+for v, p in ((2.0 ** 20 + 1, 3 * 2.0 ** -40), (2.0 ** 40 + 1, -(2.0 ** -59 + 2.0 ** -111)),
+             (-(2.0 ** 60 + 3), 2.0 ** -80 + 2.0 ** -100)):
+    rect = [(0.0, p), (v, p), (v, 0.0), (0.0, 0.0)]
+    curves.append(tuple(rect))
+    curves.append(tuple([rect[0], (up(v), p)] + rect[2:]))
+    curves.append(tuple([(0.0, up(p))] + rect[1:]))
 
 # points spread around the origin, c rounded onto the line ab and d onto the circle
 # abc, so that both determinants are a few eps of their permanents and the differences
