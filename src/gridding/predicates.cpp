@@ -94,7 +94,9 @@ constexpr bool kFastFma = false;
 template <class Real>
 inline void two_product_split(Real a, Real b, Real bhi, Real blo, Real& x, Real& y) {
     x = a * b;
-    if constexpr (kFastFma && std::is_same_v<Real, double>) {
+    // Where double is also the wide type, its products may come near overflow, where
+    // Veltkamp's split overflows: the fused multiply-add then, fast or not.
+    if constexpr (std::is_same_v<Real, double> && (kFastFma || std::is_same_v<Wide, double>)) {
         y = std::fma(a, b, -x);
     } else {
         Real ahi, alo;
