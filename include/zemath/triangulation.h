@@ -71,9 +71,9 @@ ZEMATH_API void zemath_triangulation_free(Triangulation* t) ZEMATH_NOEXCEPT;
  * orientation and in-circle signs, so nearly collinear and cocircular inputs still give
  * a valid triangulation. Where the Delaunay triangulation is not unique (four or more
  * cocircular nodes, as on a grid) the tie is decided by inserting the nodes in x (then
- * y) order from the hull edges they see, unless that order needs more than 64 log2 n
+ * y) order from the hull edges they see, unless that order needs more than 8 log2 n
  * edge flips per node (nodes in convex position met along their curve; grids whose
- * columns hold more than about 128 log2 n nodes): the nodes are then inserted in a fixed
+ * columns hold more than about 16 log2 n nodes): the nodes are then inserted in a fixed
  * pseudo-random order (a function of the node indices, so the same input always gives
  * the same record) and the tie is decided by that order. Edges and triangles are listed
  * node by node in x order, around each node counter-clockwise from its hull edge or, inside the

@@ -30,25 +30,26 @@
 //   collinear run and the first point off its line form a fan; every later point lies
 //   outside the current hull and is joined to the chain of hull edges it sees, found by
 //   walking the hull from the previous point. Cocircular ties are decided by this order.
-//   It gives way to the rounds build once its flips pass 64 log2 n per point inserted
+//   It gives way to the rounds build once its flips pass 8 log2 n per point inserted
 //   (plus 4096): points in convex position met along their curve make each new point's
 //   edges sweep across the fan of the earlier ones (O(n^2) flips), and an exact grid
 //   costs about half a column's height per point, so grids whose columns hold more than
-//   about 128 log2 n nodes give way too (their ties then decided by the rounds order).
+//   about 16 log2 n nodes give way too (their ties then decided by the rounds order).
 // Expected O(n log n) for the sorts (radix sorts in practice); flips per point are O(1)
 // on average for the fast and rounds builds whatever the input (about 3.2 for the fast
 // build on uniform random points and on perturbed grids, 2.2 walk steps per point; about
 // 3.4 flips and 5 walk steps per point for the rounds build on a parabola), 14 for the
 // sweep on uniform random points, whose x order leaves long thin triangles along the
 // hull, sqrt(n) / 2 on a square exact grid (below the give-way bound while sqrt(n) <
-// 128 log2 n: square grids up to about 8e6 nodes). Nearly cocircular input (dense points on a
-// smooth curve) spends most of its time in the exact in-circle evaluation. Failure: status 3 when
-// every point is collinear, 2 on an internal inconsistency. References: C. L. Lawson, "Software for
-// C1 surface interpolation" (1977); the sweep order follows A. Zalik's sweep-hull idea with
-// x-sorted insertion; insertion along a space-filling curve as in N. Amenta, S. Choi, G. Rote,
-// "Incremental constructions con BRIO" (2003); expected O(1) flips per point in a random insertion
-// order: L. J. Guibas, D. E. Knuth, M. Sharir, "Randomized incremental construction of Delaunay and
-// Voronoi diagrams", Algorithmica 7 (1992).
+// 16 log2 n: square grids up to about 65,000 nodes; a 1000 x 1000 grid gave way after 40 s of
+// flips on the sweep with a bound eight times larger, and takes 1 s by the rounds build). Nearly
+// cocircular input (dense points on a smooth curve) spends most of its time in the exact in-circle
+// evaluation. Failure: status 3 when every point is collinear, 2 on an internal inconsistency.
+// References: C. L. Lawson, "Software for C1 surface interpolation" (1977); the sweep order follows
+// A. Zalik's sweep-hull idea with x-sorted insertion; insertion along a space-filling curve as in
+// N. Amenta, S. Choi, G. Rote, "Incremental constructions con BRIO" (2003); expected O(1) flips per
+// point in a random insertion order: L. J. Guibas, D. E. Knuth, M. Sharir, "Randomized incremental
+// construction of Delaunay and Voronoi diagrams", Algorithmica 7 (1992).
 #pragma once
 
 #include <cstddef>
