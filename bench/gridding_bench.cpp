@@ -156,6 +156,12 @@ BENCHMARK(BM_triangulation_degenerate)
     ->ArgsProduct({{4000, 16000}, {0, 1, 2}, {0, 1}})
     ->ArgNames({"n", "circle_grid_rows", "engine"})
     ->Unit(benchmark::kMillisecond);
+// A 1000 x 1000 exact grid: the sweep's x-order ties would cost half a column of flips
+// per node; the build gives way to the random-order rounds.
+BENCHMARK(BM_triangulation_degenerate)
+    ->Args({1000000, 1, 0})
+    ->ArgNames({"n", "circle_grid_rows", "engine"})
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_triangulation_convex)
     ->ArgsProduct({{100000}, {0, 1, 2}, {0}})
     ->ArgNames({"n", "parabola_flat_circle", "engine"})
