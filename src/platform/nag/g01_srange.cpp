@@ -40,19 +40,20 @@
 // v up to 1e3; past 100 groups about 3 evaluations of about 0.7 ms each.
 //
 // Phi(u) - Phi(u - w) is summed from its Hermite series below w = 1/2, where the
-// difference of the two probabilities loses digits (all of them below w = 1e-16).
+// difference of the two probabilities loses digits (all of them below w = 1e-16). Its
+// logarithm is raised to the power r - 1, which turns an absolute error of ln D into a
+// relative error of R times r: where D is close to 1 (the bulk of many groups, D = 1 - 4e-9
+// at 2^31 groups) ln D is log1p of minus the two outer tails Q(u) + Q(w - u), each to a few
+// ulps relative, never the logarithm of a rounded D (which held only r * DBL_EPSILON / 25:
+// 2e-8 at 2^31 groups, and left P near 1 wobbling by 1e-7, not monotone in q).
 // Accuracy against a 20-digit mpmath quadrature (tests/reference): about 5e-15 relative
 // over the grid (v from 1 to 1e5, r from 2 to 100), see the test output for the worst
-// case; at r = 2^31 - 2 (the range law's step then spans 33 decades within 9% of q)
-// about 1e-9 against a sum over 8000 outer panels. For many groups, against a 40-digit
-// mpmath double integral with both peaks located (tests/reference/gen_srange_many_groups.py),
-// within about r * DBL_EPSILON / 25 relative (1.8e-8 for the range law itself at 2^31 - 1
-// groups, 3e-9 for its mixture at v = 10, 3e-10 at 1.2e8 groups, 1e-14 at 1e3), down to
-// P = 1e-189 in the far lower tail: the range law raises D = Phi(u) - Phi(u - w), rounded to
-// a few ulps, to the power r - 1, which multiplies D's relative error by r (finer inner or
-// outer panels do not move P closer). Carrying ln D to more than double precision would be
-// needed to do better. The deviate reproduces
-// its probability to about 1e-15 up to 100 groups.
+// case. For many groups, against a 40-digit mpmath double integral with both peaks located
+// (tests/reference/gen_srange_many_groups.py, r from 1e3 to 2^31 - 1, v from 1 to
+// infinity): within 1e-13 relative, from P = 1e-189 in the far lower tail (8e-14 there,
+// 1e-14 for the range law itself at 2^31 - 1 groups) to P within 1e-8 of 1 (1e-16 absolute
+// there, P rising monotonically to 1 within an ulp). The deviate reproduces its probability
+// to about 1e-15 up to 100 groups.
 //
 // Failures: NE_REAL for NaN; NE_INT_ARG_LT for ir < 2; NE_REAL_ARG_LT for v < 1;
 // NE_REAL_ARG_LE / NE_REAL_ARG_GE for p outside (0, 1); NE_CONV when the deviate's
@@ -232,9 +233,9 @@ double normal_between_narrow(double u, double w) {
 //     R'(w) = 2 r (r-1) integral_{w/2}^{inf} phi(u) phi(u - w) D(u)^(r-2) du,
 // D(u) = Phi(u) - Phi(u - w) (the boundary terms of d/dw cancel). Both integrands are
 // log-concave and decrease from u = w/2, where ln phi(u) D(u)^(r-1) has slope -w/2 and
-// curvature -1 - (r-1) w phi(w/2) / D(w/2): its panels start on that local scale
-// (integrate_outwards); phi is below 1e-20 beyond u = 9.5, which ends the integral. The
-// panels follow the integrand for any r, a handful for r = 2 as for r = 2^31.
+// curvature -1 - (r-1) w phi(w/2) / D(w/2): its panels are fitted to that local scale, for
+// r = 2 as for r = 2^31; the integral ends where r phi is below 1e-18 (u = 9.5 up to 3e6
+// groups, 11.2 at 2^31).
 // The density is summed only when `derivative`.
 // Far below its median, for many groups, R(w) lies below the double range while the
 // studentized range probability that integrates it over the scale is still a normal double
@@ -255,31 +256,46 @@ constexpr double kTrapezoidGroups = 500.0;
 
 template <bool derivative>
 ScaledLaw range_law(double w, double r) {
-    constexpr double kUpper = 9.5;
+    // phi beyond u is below e^-u^2/2; the integral ends where r times that is below 1e-18
+    // (9.5 up to 3e6 groups, 11.2 at 2^31: a fixed 9.5 cut 4e-12 from 1 - R at 2^31).
+    constexpr double kUpperFew = 9.5, kTailLog = 41.5;  // e^-41.5 = 1e-18
+    const double upper = std::max(kUpperFew, std::sqrt(2.0 * (std::log(r) + kTailLog)));
     if (!(w > 0.0)) return {};
     const double a = 0.5 * w;
-    if (a >= kUpper) return {1.0, 0.0, 0.0};
-    const double within = std::erf(a / std::numbers::sqrt2);  // D(w/2) = P(|Z| <= w/2)
+    if (a >= upper) return {1.0, 0.0, 0.0};
+    // D(w/2) = P(|Z| <= w/2), and its logarithm from the two tails 2 Q(w/2) where they are
+    // small: ln D is raised to the power r - 1 (and r), so its absolute error becomes a
+    // relative error of R times r (ln of a rounded 1 - 2e-9 gave 2e-7 at 2^31 groups).
+    const double outside = 2.0 * normal_upper(a);
+    const double within = outside < 0.5 ? 1.0 - outside : std::erf(a / std::numbers::sqrt2);
     // w/2 below about 1e-308: R(w), at most of order w^(r-1), is below the double range.
     if (!(within > 0.0)) return {};
-    const double log_within = std::log(within);
+    const double log_within = outside < 0.5 ? std::log1p(-outside) : std::log(within);
     const double log_head = -0.5 * a * a + (r - 1.0) * log_within;
     // Only where D(w/2) itself is far inside the double range (the density's 1 / D then
     // cannot overflow against a scaled g): a tiny w/2 leaves R of order w^(r-1), below the
     // range for any r that takes it there.
     constexpr double kSmallestScaledWithin = 1e-100;
     const double shift = log_head < kScaleBelow && within >= kSmallestScaledWithin ? log_head : 0.0;
-    const double lead = shift == 0.0 ? std::pow(within, r) : std::exp(r * log_within - shift);
+    const double lead = std::exp(r * log_within - shift);
     const auto integrand = [=](double u) -> Law {
-        // D(u): for narrow ranges by its series (the difference of two probabilities
-        // lost all digits below w = 1e-16), else between upper tails when both ends lie
-        // above the median.
+        // ln D(u): for narrow ranges D by its series (the difference of two probabilities
+        // lost all digits below w = 1e-16); where both ends lie above the median between
+        // upper tails; else from the two outer tails, by log1p where they are small (the
+        // bulk of many groups: D = 1 - 4e-9 at 2^31, whose ln must keep its digits).
         constexpr double kNarrow = 0.5;
-        const double inside = w <= kNarrow   ? normal_between_narrow(u, w)
-                              : u - w >= 0.0 ? normal_upper(u - w) - normal_upper(u)
-                                             : 1.0 - normal_upper(u) - normal_upper(w - u);
-        if (!(inside > 0.0)) return {};
-        const double g = std::exp(-0.5 * u * u + (r - 1.0) * std::log(inside) - shift);
+        double inside = 0.0, log_inside = 0.0;
+        if (w <= kNarrow || u - w >= 0.0) {
+            inside =
+                w <= kNarrow ? normal_between_narrow(u, w) : normal_upper(u - w) - normal_upper(u);
+            if (!(inside > 0.0)) return {};
+            log_inside = std::log(inside);
+        } else {
+            const double tails = normal_upper(u) + normal_upper(w - u);
+            inside = 1.0 - tails;
+            log_inside = tails < 0.5 ? std::log1p(-tails) : std::log(inside);
+        }
+        const double g = std::exp(-0.5 * u * u + (r - 1.0) * log_inside - shift);
         if constexpr (!derivative) {
             return {g, 0.0};
         } else {
@@ -298,13 +314,13 @@ ScaledLaw range_law(double w, double r) {
     const Law head = integrand(a);
     if (!(head.p > 0.0)) return {shift == 0.0 ? std::min(lead, 1.0) : lead, 0.0, shift};
     double length = (std::sqrt(a * a + 2.0 * kDrop * curvature) - a) / curvature;
-    for (int i = 0; i < 8 && a + length < kUpper; ++i, length *= 1.5) {
+    for (int i = 0; i < 8 && a + length < upper; ++i, length *= 1.5) {
         const Law end = integrand(a + length);
         if (end.p <= head.p * std::exp(-kDrop) &&
             (!derivative || end.dp <= head.dp * std::exp(-kDrop)))
             break;
     }
-    const double end = std::min(a + length, kUpper), split = a + (end - a) / 3.0;
+    const double end = std::min(a + length, upper), split = a + (end - a) / 3.0;
     const Law first = gauss_legendre_law(numeric::kGaussLegendre20, integrand, a, split);
     const Law second = gauss_legendre_law(numeric::kGaussLegendre20, integrand, split, end);
     const Law total{first.p + second.p, first.dp + second.dp};
