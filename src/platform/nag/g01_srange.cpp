@@ -33,16 +33,13 @@
 // against ln q below the median and on ln(1 - P) against q above it, from the Odeh-Evans /
 // AS 190.2 start, inside a bracket kept from the signs seen (bisection or doubling when a
 // step leaves it), until P is within rounding of p, the step within rounding of q, or the
-// quadratic convergence predicts the next residual below rounding; 3-6 evaluations. Where
-// the slope of the computed P between the last two points differs from the density by more
-// than 1% past 500 groups (P then follows its adaptive panels, to about 1e-9), the secant
-// slope is used. Past 100 groups the start is asymptotic instead (tukey_start_many: the
-// v = infinity range law's own deviate, cheap to solve, combined with the scale's quantiles),
-// which cut the evaluations there to a third: median 3 (was 9), mean 5.0 (was 11.4), at
-// most 16 (was 35) for p up to 0.99, over r from 101 to 2^31 - 1, v from 1 to infinity, p
-// from 1e-12 to 1 - 1e-12; the most (up to 45) are at p = 1 - 1e-12, where 1 - P carries
-// only a few digits. Measured per deviate: median 1.2 ms, at most 4 ms for r up to 100 and
-// v up to 1e3; past 100 groups about 3 evaluations of about 0.7 ms each.
+// quadratic convergence predicts the next residual below rounding; 3-6 evaluations. Past
+// 100 groups the start is asymptotic instead (tukey_start_many: the v = infinity range law's
+// own deviate, cheap to solve, combined with the scale's quantiles). Over r from 101 to
+// 2^31 - 1 (log-uniform), v from 1 to 1e6 and infinity, p in the body and down to 1e-12 from
+// 0 and 1: median 3 evaluations, at most 5 (up to 45 at p = 1 - 1e-12 while P near 1 carried
+// noise of 1e-9), per deviate median 1.0 ms (was 3.1), at most about 5 ms (was 46); up to
+// 100 groups median 1.2 ms, at most 4 ms for v up to 1e3.
 //
 // Phi(u) - Phi(u - w) is summed from its Hermite series below w = 1/2, where the
 // difference of the two probabilities loses digits (all of them below w = 1e-16). Its
@@ -201,8 +198,6 @@ std::optional<Law> trapezoid_from_mode(const F& f, double mode, double width, La
         }
         return true;
     };
-    // Merges a level's new nodes (the odd multiples of h) with the last level's (the even
-    // ones) and checks the second differences; the walks' ends cut the sequence.
     // Merges a level's new nodes (the odd multiples of h) with the last level's (the even
     // ones) and returns the largest second difference of ln f at a weighty node; the walks'
     // ends cut the sequence.
@@ -631,8 +626,6 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     double x = r > kFittedStartGroups ? tukey_start_many(p, r, v) : tukey_start(p, r, v);
     if (!(x > 0.0) || !std::isfinite(x)) x = 1.0;
     double previous_residual = INFINITY;
-    // The last point's variable (ln q or q) and signed residual, for the secant below.
-    double last_variable = NAN, last_signed = NAN;
     // Within rounding of p (for a subnormal p, of the subnormal spacing): no closer
     // deviate can be told apart.
     const double rounding = std::max(2.0 * DBL_EPSILON * p, 2.0 * kSubnormalSpacing);
@@ -654,33 +647,15 @@ bool tukey_deviate(double p, double v, double r, double& q) {
         double residual = INFINITY;  // of the log variable, relative to the target's tail
         if (law.p > 0.0 && law.dp > 0.0) {
             // Slope of the residual in the variable (ln q below the median, q above).
-            double variable = NAN, slope = NAN;
+            double slope = NAN;
             if (logarithmic) {
                 // In ln q: one step for the power law P ~ c q^(r-1) of small q.
-                variable = std::log(x);
                 slope = x * law.dp / law.p;
                 residual = std::log(law.p) - target;
             } else if (law.p < 1.0) {
                 const double upper = 1.0 - law.p;
-                variable = x;
                 slope = -law.dp / upper;
                 residual = std::log(upper) - target;
-            }
-            // Where the computed P is not smooth on the scale of the steps (the adaptive
-            // panels of many groups follow q, and P keeps about 1e-9 at r = 2^31), its
-            // slope between the last two points can differ from the density by a third,
-            // and Newton with the density converged only linearly (15 evaluations, 15 ms).
-            // The secant slope of the computed P is taken instead where the two differ by
-            // more than 1%, past the trapezoidal rule's group count only (below it P is
-            // smooth, and Newton with the density converges faster than the secant).
-            if (r > kTrapezoidGroups && std::isfinite(last_signed) && variable != last_variable &&
-                std::isfinite(slope)) {
-                const double secant = (residual - last_signed) / (variable - last_variable);
-                if (secant * slope > 0.0 && std::fabs(secant / slope - 1.0) > 0.01) slope = secant;
-            }
-            if (std::isfinite(residual)) {
-                last_variable = variable;
-                last_signed = residual;
             }
             if (logarithmic) {
                 next = x * std::exp(std::clamp(-residual / slope, -kMaxLogStep, kMaxLogStep));
