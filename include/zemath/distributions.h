@@ -243,7 +243,7 @@ ZEMATH_API double bivarnormcdf(double x, double y, double corre, int* status) ZE
 /* Studentized range lower tail P(Q <= q) for v >= 1 degrees of freedom and group >= 2
  * groups (the range of group normal means over an independent chi_v / sqrt(v) scale); 0
  * for q <= 0, 1 for q = +infinity; v = +infinity is the limit (the range of group
- * standard normals). Relative accuracy about 1e-14 up to 100 groups; beyond, within 1e-13
+ * standard normals). Relative accuracy about 1e-14 up to 100 groups; beyond, about 1e-13
  * up to 2^31 - 1 groups, also far in the lower tail (P down to 1e-189 checked).
  * Codes: q NaN 15; v NaN 15; group < 2: 11; v < 1: 5. */
 ZEMATH_API double srangecdf(double q, double v, int group, int* status) ZEMATH_NOEXCEPT;

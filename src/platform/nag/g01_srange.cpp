@@ -53,10 +53,12 @@
 // over the grid (v from 1 to 1e5, r from 2 to 100), see the test output for the worst
 // case. For many groups, against a 40-digit mpmath double integral with both peaks located
 // (tests/reference/gen_srange_many_groups.py, r from 1e3 to 2^31 - 1, v from 1 to
-// infinity): within 1e-13 relative, from P = 1e-189 in the far lower tail (8e-14 there,
-// 1e-14 for the range law itself at 2^31 - 1 groups) to P within 1e-8 of 1 (1e-16 absolute
-// there, P rising monotonically to 1 within an ulp). The deviate reproduces its probability
-// to about 1e-15 up to 100 groups.
+// infinity): within about 1e-13 relative, from P = 1e-189 in the far lower tail to P within
+// 2e-9 of 1 (1e-16 absolute there, P rising monotonically to 1 within an ulp); worst 1.2e-13
+// at P = 2e-34 (2^31 - 1 groups, v = 1e6), where ln R is about -80 and the ulps of each
+// tail Q in ln D, times r, leave R about 1e-13 of noise between neighbouring w; 6e-15 for
+// the range law itself at 2^31 - 1 groups. The deviate reproduces its probability to
+// about 1e-15 up to 100 groups, past them to 5e-14 up to the median and a few ulps above.
 //
 // Failures: NE_REAL for NaN; NE_INT_ARG_LT for ir < 2; NE_REAL_ARG_LT for v < 1;
 // NE_REAL_ARG_LE / NE_REAL_ARG_GE for p outside (0, 1); NE_CONV when the deviate's
