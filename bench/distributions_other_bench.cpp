@@ -300,6 +300,30 @@ void BM_srangeinv(benchmark::State& state) {
         benchmark::DoNotOptimize(srangeinv(ps[j % 4], 20, 3 + static_cast<int>(j % 5), nullptr));
     }
 }
+// Many groups: r from 1e3 to 2^31 - 1, v from 5 to 1e4 and the v = infinity limit, q in
+// the lower tail, the bulk and the upper tail (P from about 1e-10 to 1 - 1e-8), p likewise.
+void BM_srangecdf_many(benchmark::State& state) {
+    std::size_t i = 0;
+    const std::array<int, 4> groups = {1000, 100000, 10000000, 2147483647};
+    const std::array<double, 4> dfs = {5.0, 30.0, 1e4, INFINITY};
+    const std::array<double, 5> scaled = {0.55, 0.8, 1.0, 1.2, 1.5};  // of 2 sqrt(2 ln r)
+    for (auto _ : state) {
+        const std::size_t j = i++;
+        const int r = groups[j % 4];
+        const double q = scaled[j % 5] * 2.0 * std::sqrt(2.0 * std::log(static_cast<double>(r)));
+        benchmark::DoNotOptimize(srangecdf(q, dfs[j / 4 % 4], r, nullptr));
+    }
+}
+void BM_srangeinv_many(benchmark::State& state) {
+    std::size_t i = 0;
+    const std::array<int, 4> groups = {1000, 100000, 10000000, 2147483647};
+    const std::array<double, 4> dfs = {5.0, 30.0, 1e4, INFINITY};
+    const std::array<double, 5> ps = {1e-10, 0.05, 0.5, 0.95, 1.0 - 1e-8};
+    for (auto _ : state) {
+        const std::size_t j = i++;
+        benchmark::DoNotOptimize(srangeinv(ps[j % 5], dfs[j / 4 % 4], groups[j % 4], nullptr));
+    }
+}
 void BM_lambertW(benchmark::State& state) {
     std::size_t i = 0;
     for (auto _ : state) {
@@ -346,6 +370,8 @@ int main(int argc, char** argv) {
     benchmark::RegisterBenchmark("BM_bivarnormcdf", BM_bivarnormcdf);
     benchmark::RegisterBenchmark("BM_srangecdf", BM_srangecdf);
     benchmark::RegisterBenchmark("BM_srangeinv", BM_srangeinv);
+    benchmark::RegisterBenchmark("BM_srangecdf_many", BM_srangecdf_many);
+    benchmark::RegisterBenchmark("BM_srangeinv_many", BM_srangeinv_many);
     benchmark::RegisterBenchmark("BM_lambertW", BM_lambertW);
     benchmark::RegisterBenchmark("BM_boost_lambert_w0", BM_boost_lambert_w0);
     benchmark::RegisterBenchmark("BM_lambertW_offset", BM_lambertW_offset);

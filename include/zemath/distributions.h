@@ -243,8 +243,8 @@ ZEMATH_API double bivarnormcdf(double x, double y, double corre, int* status) ZE
 /* Studentized range lower tail P(Q <= q) for v >= 1 degrees of freedom and group >= 2
  * groups (the range of group normal means over an independent chi_v / sqrt(v) scale); 0
  * for q <= 0, 1 for q = +infinity; v = +infinity is the limit (the range of group
- * standard normals). Relative accuracy about 1e-14 up to 100 groups; beyond, within about
- * group * 1e-17 (2e-8 at 2^31 - 1 groups), also far in the lower tail.
+ * standard normals). Relative accuracy about 1e-14 up to 100 groups; beyond, about 1e-13
+ * up to 2^31 - 1 groups, also far in the lower tail (P down to 1e-189 checked).
  * Codes: q NaN 15; v NaN 15; group < 2: 11; v < 1: 5. */
 ZEMATH_API double srangecdf(double q, double v, int group, int* status) ZEMATH_NOEXCEPT;
 /* Studentized range deviate q with P(Q <= q) = p, 0 < p < 1, v >= 1, ir >= 2 groups.

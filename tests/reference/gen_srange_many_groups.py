@@ -12,14 +12,21 @@ with its analytic first and second derivatives, the outer one's (of ln f_Y + ln 
 bracketed Newton iteration on finite differences of ln W. Each integral is then a sum of
 Gauss-Legendre panels (mpmath nodes) at the peak +- 1/2, 1, 2, 4, ... of its width
 (1/sqrt of the curvature), extended until the integrand has fallen by e^-110 on both
-sides. Convergence: every value is recomputed with every panel halved and twice the nodes
-per panel; rows whose two values differ by more than 1e-12 relative are reported and
-refused (they agree to 5e-13 or better, mostly 1e-14). v = infinity is W(q) itself.
+sides; the outer integral's panels are bisected until their halves agree to 1e-18 (at few
+degrees of freedom the range law's step lies inside a panel: without the bisection the
+bulk at 2^31 - 1 groups and v = 10, or 5000 groups and v = 2, did not converge). Convergence: every value is recomputed with
+every panel halved and twice the nodes per panel; rows whose two values differ by more than
+1e-12 relative are reported and refused (they agree to 5e-13 or better, mostly 1e-14).
+v = infinity is W(q) itself.
 
-Run: /usr/bin/python3 tests/reference/gen_srange_many_groups.py   (a few minutes)
+Run: /usr/bin/python3 tests/reference/gen_srange_many_groups.py [--all] [--jobs N]
+Rows already in the table are kept (each takes minutes, the bisected ones up to half an
+hour); --all recomputes every row.
 """
 import math
+import multiprocessing
 import os
+import re
 import sys
 
 import mpmath as mp
@@ -45,13 +52,34 @@ def log_between(z, w):
     return mp.log(ncdf(z + w) - ncdf(z))
 
 
-def panels(logf, peak, width, nodes):
+def gauss(f, a, b, nodes):
+    c, h = (a + b) / 2, (b - a) / 2
+    return abs(h) * mp.fsum(wt * f(c + h * x) for x, wt in nodes)
+
+
+def adaptive(f, a, b, nodes, whole, scale, depth=0):
+    """Integral of f over [a, b] (whole: its one-panel value), bisected until the halves
+    agree with the whole to 1e-18 of scale: a step of the integrand inside a panel (the
+    range law's in the outer integrand's tail, at few degrees of freedom) is followed."""
+    m = (a + b) / 2
+    left, right = gauss(f, a, m, nodes), gauss(f, m, b, nodes)
+    if abs(left + right - whole) <= mp.mpf(10) ** -18 * scale or depth > 12:
+        return left + right
+    return (adaptive(f, a, m, nodes, left, scale, depth + 1)
+            + adaptive(f, m, b, nodes, right, scale, depth + 1))
+
+
+def panels(logf, peak, width, nodes, bisect=False):
     """Integral of exp(logf(x) - logf(peak)) over the line: Gauss-Legendre panels with ends
     at peak +- width * (0, 1/2, 1, 2, 4, ...), extended while the integrand has not fallen
-    by e^-FALL (logf concave)."""
+    by e^-FALL (logf concave); with bisect, each panel bisected until it has converged."""
     top = logf(peak)
     ends = [mp.mpf(0), mp.mpf("0.5"), mp.mpf(1)]
     total = mp.mpf(0)
+
+    def f(x):
+        return mp.exp(logf(x) - top)
+
     for direction in (1, -1):
         k = 0
         pts = list(ends)
@@ -59,8 +87,10 @@ def panels(logf, peak, width, nodes):
             if k + 1 >= len(pts):
                 pts.append(2 * pts[-1])
             a, b = peak + direction * width * pts[k], peak + direction * width * pts[k + 1]
-            c, h = (a + b) / 2, (b - a) / 2
-            total += abs(h) * mp.fsum(wt * mp.exp(logf(c + h * x) - top) for x, wt in nodes)
+            piece = gauss(f, a, b, nodes)
+            if bisect:
+                piece = adaptive(f, a, b, nodes, piece, max(abs(total), width))
+            total += piece
             k += 1
             if logf(b) - top < -FALL:
                 break
@@ -134,7 +164,7 @@ class Law:
             y = nxt
         s, c = slope_curv(y)
         width = 1 / mp.sqrt(-c) / self.split
-        top, integral = panels(self.log_outer, y, width, self.nodes)
+        top, integral = panels(self.log_outer, y, width, self.nodes, bisect=True)
         return top + mp.log(integral)
 
 
@@ -156,24 +186,50 @@ CASES = [
     (4.0, 10.0, 100000), (6.0, 30.0, 100000), (8.0, 5.0, 100000),
     (5.0, 10.0, 10000000), (7.0, 50.0, 10000000), (9.0, 10.0, 10000000),
     (11.0, 1e6, 2147483647),
+    # the bulk and the upper tail, where P is close to 1 (its complement down to 2e-9)
+    (12.0, 10.0, 2147483647), (8.0, 2.0, 5000), (18.0, 100.0, 10000000),
+    (13.0, 1e4, 1000000),
     # the v = infinity limit
     (3.0, math.inf, 1000), (6.0, math.inf, 1000), (5.0, math.inf, 100000),
     (7.0, math.inf, 10000000), (1.0, math.inf, 50000000), (11.0, math.inf, 2147483647),
+    (15.0, math.inf, 2147483647),
 ]
 
 
+def computed(case):
+    q, v, r = case
+    value, diff = probability(q, v, r)
+    print("srange", q, v, r, mp.nstr(value, 20), "convergence", mp.nstr(diff, 3),
+          file=sys.stderr, flush=True)
+    if diff > mp.mpf(10) ** -12:
+        print("  refused: not converged", file=sys.stderr)
+        return None
+    if value < mp.mpf("2.2250738585072014e-308"):
+        return None
+    return float(value)
+
+
+def kept_rows():
+    """The table's rows by (q, v, r), as written by this script."""
+    rows = {}
+    if os.path.exists(OUT):
+        pattern = re.compile(r"\{([^,{}]+), ([^,{}]+), (\d+), ([^,{}]+)\},")
+        for line in open(OUT):
+            m = pattern.search(line)
+            if m:
+                v = math.inf if m.group(2) == "INFINITY" else float(m.group(2))
+                rows[(float(m.group(1)), v, int(m.group(3)))] = float(m.group(4))
+    return rows
+
+
 def main():
-    rows = []
-    for q, v, r in CASES:
-        value, diff = probability(q, v, r)
-        print("srange", q, v, r, mp.nstr(value, 20), "convergence", mp.nstr(diff, 3),
-              file=sys.stderr)
-        if diff > mp.mpf(10) ** -12:
-            print("  refused: not converged", file=sys.stderr)
-            continue
-        if value < mp.mpf("2.2250738585072014e-308"):
-            continue
-        rows.append((q, v, r, float(value)))
+    kept = {} if "--all" in sys.argv else kept_rows()
+    jobs = int(sys.argv[sys.argv.index("--jobs") + 1]) if "--jobs" in sys.argv else 1
+    todo = [case for case in CASES if case not in kept]
+    with multiprocessing.Pool(jobs) as pool:
+        kept.update((case, value) for case, value in zip(todo, pool.map(computed, todo, 1))
+                    if value is not None)
+    rows = [(q, v, r, kept[(q, v, r)]) for q, v, r in CASES if (q, v, r) in kept]
     with open(OUT, "w") as out:
         out.write("// Generated by tests/reference/gen_srange_many_groups.py; do not edit.\n")
         out.write("// Studentized range lower tail P(Q <= q; v, r) for many groups, mpmath 40 digits.\n")
