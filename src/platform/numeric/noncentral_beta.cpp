@@ -84,12 +84,14 @@
 // Error bound (relative): the central terms' few ulps, the weights' (exponent up to about 40
 // where it matters, in two parts), the truncation's 1e-17. Measured within 1.1e-15 against
 // 40-digit mpmath sums of every term (tests/reference/gen_noncentral_beta_huge_lambda.py,
-// lambda 1999 to 1e9, values down to 1e-25), and within MEASURED_DEEP deep in the lower tail
-// (gen_noncentral_beta_deep_tails.py: values from 1e-65 through the subnormal range, subnormal
-// ones within a unit of the last place, zeros exact; shapes down to the smallest subnormal),
-// at most about 0.15 ms per call (random scans at lambda 1e6 to 1e9), where the extended series
-// erred up to 3e-13 and took up to 14 ms. Declined (the routines' other paths take over): shapes
-// above 1e5, a walk past 200 nodes a side, a node where no central term is given, a width
+// lambda 1999 to 1e9, values down to 1e-25); in the small-shape limit within 3e-15
+// (gen_noncentral_beta_deep_tails.py: second shapes from 1e-300 to the smallest subnormal, the
+// subnormal results within a unit of the last place); on both sides of where the law leaves the
+// double range at lambda 2001 and 1e5 (gen_noncentral_far_tails.py). At most about 0.2 ms per
+// call on random scans at lambda 1e6 to 1e9, shapes from 5e-324 to 1e5, results from 1 down to
+// 0 (within 3.4e-14 of the extended paths there, which took up to 8.7 ms), where the extended
+// series erred up to 3e-13 and took up to 14 ms. Declined (the routines' other paths take over):
+// shapes above 1e5, a walk past 200 nodes a side, a node where no central term is given, a width
 // below 2 from the lowest node visited.
 // References: Benton and Krishnamoorthy (2003), "Computing discrete mixtures of continuous
 // distributions: noncentral chisquare, noncentral t and the distribution of the square of
