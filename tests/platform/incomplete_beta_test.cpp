@@ -1,8 +1,10 @@
 // The double incomplete beta kernel on its large-shape paths, called directly: both sides and
 // the front against the 60-digit mpmath values of tests/reference/gen_incomplete_beta_large.py
 // (Temme's expansion, the fraction beside a smaller shape, the expansion beside a shape 1/2,
-// the far tails decided by the bound, and the switch points between them), and Student's
-// P(|T| >= |t|) from t at large df.
+// the far tails decided by the bound, and the switch points between them), Student's
+// P(|T| >= |t|) from t at large df, and the logarithmic form of the lower side far below the
+// double range and at second shapes down to the smallest subnormal
+// (tests/reference/gen_incomplete_beta_log.py).
 #include <gtest/gtest.h>
 
 #include <cfloat>
@@ -17,6 +19,7 @@
 namespace {
 
 using zemath::numeric::incomplete_beta_double;
+using zemath::numeric::incomplete_beta_log_lower;
 using zemath::numeric::student_t_beyond;
 using zemath::numeric::two_sum;
 using zemath::numeric::TwoPart;
@@ -51,6 +54,13 @@ const SwitchRow kSwitchRows[] = {
 #include "reference/incomplete_beta_temme_switch_ref.inc"
 };
 #undef BETA_SWITCH
+
+struct LogRow {
+    double a, b, x, log_hi, log_lo;
+};
+const LogRow kLogRows[] = {
+#include "reference/incomplete_beta_log_ref.inc"
+};
 
 constexpr double kTolerance = 1e-13;
 
@@ -161,6 +171,50 @@ TEST(IncompleteBetaLarge, StudentBeyondFromT) {
     }
     EXPECT_GT(checked, 200);
     std::printf("[accuracy] P(|T| >= |t|), df 1e3 .. 2e6: %d cases, worst %.3g\n", checked, worst);
+}
+
+// ln I_x(a, b) in two parts: an absolute error e there is a relative error e of I, so the
+// kernel's relative bound holds as an absolute one on the logarithm, whatever its size (the
+// rows reach ln I = -2e5) and for second shapes from 1e-15 down to the smallest subnormal
+// (the small-shape limit below 1e-20). Where the side is within the normal range, its
+// exponential agrees with incomplete_beta_double's lower side.
+TEST(IncompleteBetaLog, LowerSideAgainstReference) {
+    // The kernel's own bound (a few units of 1e-15 with a shape below 16), with a margin.
+    constexpr double kLogTolerance = 1e-14;
+    double worst = 0.0;
+    for (const LogRow& r : kLogRows) {
+        const TwoPart y = two_sum(1.0, -r.x);
+        const auto log_lower = incomplete_beta_log_lower(r.a, r.b, TwoPart{r.x, 0.0}, y);
+        if (!log_lower) {
+            ADD_FAILURE() << "declined at " << r.a << " " << r.b << " " << r.x;
+            continue;
+        }
+        const double error = std::fabs((log_lower->hi - r.log_hi) + (log_lower->lo - r.log_lo));
+        worst = std::max(worst, error);
+        EXPECT_LE(error, kLogTolerance)
+            << r.a << " " << r.b << " " << r.x << ": " << log_lower->hi << " vs " << r.log_hi;
+        const auto tails = incomplete_beta_double(r.a, r.b, TwoPart{r.x, 0.0}, y);
+        if (tails && tails->lower >= DBL_MIN && tails->lower < 1.0) {
+            const double lower = std::exp(log_lower->hi) * (1.0 + log_lower->lo);
+            EXPECT_LE(relative_error(lower, tails->lower), kTolerance)
+                << r.a << " " << r.b << " " << r.x;
+        }
+    }
+    std::printf("[accuracy] ln I_x(a, b): %zu rows, worst absolute error %.3g\n",
+                std::size(kLogRows), worst);
+}
+
+// Past the switch point (a + 1)/(a + b + 2) the lower side is not the fraction's: declined, as
+// are shapes out of range.
+TEST(IncompleteBetaLog, DeclinesPastTheSwitchPoint) {
+    const auto at = [](double a, double b, double x) {
+        return incomplete_beta_log_lower(a, b, TwoPart{x, 0.0}, two_sum(1.0, -x));
+    };
+    EXPECT_FALSE(at(2.0, 3.0, 0.5));  // switch point 3/7
+    EXPECT_TRUE(at(2.0, 3.0, 0.42));
+    EXPECT_FALSE(at(1e6, 1e-300, 1.0 - 1e-7));  // s y below 1: the other side's region
+    EXPECT_FALSE(at(0.0, 3.0, 0.1));
+    EXPECT_FALSE(at(2.0, 6e9, 1e-12));  // beyond the kernel's shapes
 }
 
 }  // namespace

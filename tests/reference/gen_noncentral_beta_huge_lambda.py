@@ -29,8 +29,8 @@ import gen_distributions_central as central  # noqa: E402
 MPF = mp.mpf
 
 
-def ncbeta(a, b, x, y, lam):
-    with mp.workdps(40):
+def ncbeta(a, b, x, y, lam, dps=40):
+    with mp.workdps(dps):
         a, b, x, y, h = MPF(a), MPF(b), MPF(x), MPF(y), MPF(lam) / 2
         j1 = int(h) + int(14 * math.sqrt(float(h)) + 50)
         s = a + j1

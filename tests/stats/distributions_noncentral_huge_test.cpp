@@ -1,8 +1,9 @@
 // The non-central t at large non-centralities and the non-central chi-square, beta and F at
 // large non-centralities: mpmath references (tests/reference/gen_noncentral_t_large_delta.py,
 // gen_noncentral_chi2_huge_lambda.py, gen_noncentral_beta_huge_lambda.py,
-// gen_noncentral_far_tails.py) across the paths and their switch points, and the refusals on either
-// side of each bound.
+// gen_noncentral_far_tails.py, gen_noncentral_beta_deep_tails.py,
+// gen_noncentral_chi2_deep_tails.py) across the paths and their switch points, and the refusals on
+// either side of each bound.
 #include <gtest/gtest.h>
 
 #include <cfloat>
@@ -27,6 +28,10 @@ const Row kStudentHugeT[] = {
 const Row kChiSquareHugeLambda[] = {
 #include "reference/noncentral_chi2_huge_lambda_ref.inc"
 };
+// Just above the point where the chi-square's lower tail leaves the double range, 0 below it.
+const Row kChiSquareDeepTails[] = {
+#include "reference/noncentral_chi2_deep_tails_ref.inc"
+};
 
 // kind 1: ncbetacdf(x, a, b, lambda); kind 2: ncfcdf(f, df1, df2, lambda).
 struct MixtureRow {
@@ -38,6 +43,10 @@ const MixtureRow kBetaHugeLambda[] = {
 // kind 0: ncchi2cdf(p0, p1, lambda); 1 and 2 as above. Expected 0 below 2^-1075.
 const MixtureRow kFarLowerTails[] = {
 #include "reference/noncentral_far_tails_ref.inc"
+};
+// 1 and 2 as above, deep in the lower tail at lambda 1e7 .. 1e9. Expected 0 below 2^-1075.
+const MixtureRow kDeepLowerTails[] = {
+#include "reference/noncentral_beta_deep_tails_ref.inc"
 };
 
 // Every row within 1e-13 relative, status 0; returns the worst error seen.
@@ -185,6 +194,81 @@ TEST(NoncentralHuge, FarLowerTails) {
                 << where();
         else
             EXPECT_LE(std::fabs(v - r.expected), 1e-13 * r.expected) << where();
+    }
+}
+
+// Deep in the lower tail: a result above the normal range's bottom within 1e-13, a subnormal
+// one rounded once (within a unit of the last place of the correctly rounded value), a zero
+// exact. Returns the relative error of a normal result, else 0.
+double deep_tail_error(double v, double expected, const ::testing::Message& where) {
+    constexpr double kSubnormalUnit = 4.9406564584124654e-324;
+    if (expected == 0.0) {
+        EXPECT_EQ(v, 0.0) << where;
+        return 0.0;
+    }
+    if (expected < DBL_MIN) {
+        EXPECT_LE(std::fabs(v - expected), 1e-13 * expected + kSubnormalUnit) << where;
+        return 0.0;
+    }
+    const double error = std::fabs(v - expected) / expected;
+    EXPECT_LE(error, 1e-13) << where;
+    return error;
+}
+
+// The beta and F laws at huge non-centralities, shapes down to the smallest subnormal.
+TEST(NoncentralHuge, BetaAndFDeepLowerTails) {
+    double worst = 0.0;
+    for (const MixtureRow& r : kDeepLowerTails) {
+        int status = -1;
+        const double v = r.kind == 1.0 ? ncbetacdf(r.p0, r.p1, r.p2, r.lambda, &status)
+                                       : ncfcdf(r.p0, r.p1, r.p2, r.lambda, &status);
+        const auto where = ::testing::Message()
+                           << r.kind << ": " << r.p0 << ", " << r.p1 << ", " << r.p2 << ", "
+                           << r.lambda << " = " << v << ", expected " << r.expected;
+        EXPECT_EQ(status, 0) << where;
+        worst = std::fmax(worst, deep_tail_error(v, r.expected, where));
+    }
+    std::printf(
+        "[accuracy] ncbetacdf, ncfcdf deep lower tails: %zu rows, worst relative error "
+        "%.2e (normal results)\n",
+        std::size(kDeepLowerTails), worst);
+}
+
+// The chi-square at huge non-centralities just above the point where it leaves the range.
+TEST(NoncentralHuge, ChiSquareDeepLowerTails) {
+    for (const Row& r : kChiSquareDeepTails) {
+        int status = -1;
+        const double v = ncchi2cdf(r.a, r.b, r.c, &status);
+        const auto where = ::testing::Message() << r.a << ", " << r.b << ", " << r.c << " = " << v
+                                                << ", expected " << r.expected;
+        EXPECT_EQ(status, 0) << where;
+        deep_tail_error(v, r.expected, where);
+    }
+}
+
+// Below b = 1e-20 the beta law's lower tail is b times a function of x, a and lambda alone
+// to double precision (its central terms' small-shape limit), down to the smallest subnormal
+// b; where x is within 1e-8 of 1 the law is of the size of b itself.
+TEST(NoncentralHuge, BetaLowerTailIsLinearInATinySecondShape) {
+    struct Case {
+        double x, a, lambda;
+    };
+    for (const Case c :
+         {Case{0.99999999, 2.5, 1e8}, Case{0.999999, 300.0, 2e7}, Case{0.9999999, 1e-300, 1e7}}) {
+        int status = -1;
+        const double at = ncbetacdf(c.x, c.a, 1e-25, c.lambda, &status);
+        ASSERT_EQ(status, 0);
+        ASSERT_GT(at, 0.0);
+        for (double b : {1e-100, 1e-200, 1e-300}) {
+            const double v = ncbetacdf(c.x, c.a, b, c.lambda, &status);
+            EXPECT_EQ(status, 0);
+            EXPECT_NEAR(v / b, at / 1e-25, 1e-14 * (at / 1e-25)) << c.x << " " << c.a << " " << b;
+        }
+        // A subnormal b: the law is rounded once into the subnormal range.
+        const double b = 1e-310;
+        const double v = ncbetacdf(c.x, c.a, b, c.lambda, &status);
+        EXPECT_EQ(status, 0);
+        EXPECT_NEAR(v, at / 1e-25 * b, 4.9406564584124654e-324) << c.x << " " << c.a;
     }
 }
 

@@ -38,6 +38,20 @@ inline constexpr double kBetaDoubleHalfShapeMax = 1e6;
 std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPart x, TwoPart y,
                                                       bool one_side = false);
 
+// Below this second shape the lower side is b times a function of a and x alone, to double
+// precision (see incomplete_beta.cpp): the logarithmic form below takes it there.
+inline constexpr double kBetaLimitShape = 1e-20;
+
+// ln I_x(a, b) in two parts, for the lower side where the continued fraction gives it directly
+// (x below the switch point (a + 1)/(a + b + 2)), at any size: the prefactor's exponent is kept
+// apart from the fraction, so values far below the normal range are given as well. Its error
+// is absolute, the relative bound of incomplete_beta_double (a few units of 1e-15; beyond
+// e^-737 up to 3e-18 times a shape above 6700, see incomplete_beta.cpp). Shapes as for
+// incomplete_beta_double; b below kBetaLimitShape (down to the smallest subnormal) by the
+// small-shape limit. Empty elsewhere: x past the switch point, the fraction past its cap, a
+// below 1e-100.
+std::optional<TwoPart> incomplete_beta_log_lower(double a, double b, TwoPart x, TwoPart y);
+
 // P(|T| >= |t|) for Student's t with df degrees of freedom, 1000 <= df <= 2e6, 0 < |t| <
 // 1e150: I_v(df/2, 1/2) at v = df/(df + t^2) by the expansion incomplete_beta_double takes
 // there, with ln v = -ln(1 + t^2/df) formed from t directly (no quotient for v). Within about

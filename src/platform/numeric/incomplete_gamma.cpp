@@ -68,6 +68,12 @@
 //             two parts, 3e-18 a absolute) and Stirling's error term within 3e-17.
 // The argument's own rounding error x_low enters through the exponent's derivative
 // (a/x - 1) x_low (and a x_low / x in the Taylor form).
+// The logarithmic form of the lower tail (incomplete_gamma_log_lower, x < a, a >= 1: mixture
+// sums whose terms reach below the double range): the series' prefactor exponent in two parts
+// beside ln(scale S), or in Temme's region -D beside the logarithm of the bracket e^D P =
+// erfc(z) e^D / 2 - dz / sqrt(pi) - T / sqrt(2 pi a) (the same operations as the expansion,
+// divided by e^-D; erfc(z) e^(z^2) by its asymptotic series from z = 26, where erfc leaves the
+// normal range): nothing underflows, and the bound below holds as an absolute one on ln P.
 // Error bound, relative, on each tail below 1/2: about 2e-15 for a < 16, 1e-15 + 3e-18 a
 // above, plus the rounding of the sum or fraction (2e-15); the tail above 1/2 is within 2
 // ulps of 1 minus it; the Taylor form and Temme's expansion as stated. Measured against
@@ -167,17 +173,9 @@ double lower_series(double a, double x, bool* converged) {
     return sum;
 }
 
-// Temme's uniform expansion (see the opening block): both tails at a >= kTemmeShapeMin
-// with |eta| <= kTemmeEtaMax, from the deviance D = a eta^2 / 2 in two parts.
-[[gnu::always_inline]] inline std::optional<GammaTails> temme_expansion(double a, double x,
-                                                                        TwoPart deviance,
-                                                                        double stirling) {
-    constexpr double kInvSqrtPi = 0.56418958354775628695;
-    constexpr double kInvSqrtTwoPi = 0.39894228040143267794;
-    if (!(deviance.hi < kTemmeDevianceMax)) return std::nullopt;
-    const double z = std::sqrt(deviance.hi);  // |eta| sqrt(a/2)
-    const double eta = (x >= a ? 1.0 : -1.0) * z * std::sqrt(2.0 / a);
-    // sum_k c_k(eta) a^-k, each c_k by Horner in eta to the order its tier needs.
+// sum_k c_k(eta) a^-k of Temme's expansion, each c_k by Horner in eta to the order its tier
+// needs.
+double temme_sum(double a, double eta) {
     const double size = std::fabs(eta);
     const int i = size <= kTemmeTierEta[0] ? 0 : (size <= kTemmeTierEta[1] ? 1 : 2);
     int j = 0;
@@ -190,6 +188,20 @@ double lower_series(double a, double x, bool* converged) {
         for (int n = orders[k] - 1; n >= 0; --n) c = c * eta + kTemme[k][n];
         total = total * inv + c;
     }
+    return total;
+}
+
+// Temme's uniform expansion (see the opening block): both tails at a >= kTemmeShapeMin
+// with |eta| <= kTemmeEtaMax, from the deviance D = a eta^2 / 2 in two parts.
+[[gnu::always_inline]] inline std::optional<GammaTails> temme_expansion(double a, double x,
+                                                                        TwoPart deviance,
+                                                                        double stirling) {
+    constexpr double kInvSqrtPi = 0.56418958354775628695;
+    constexpr double kInvSqrtTwoPi = 0.39894228040143267794;
+    if (!(deviance.hi < kTemmeDevianceMax)) return std::nullopt;
+    const double z = std::sqrt(deviance.hi);  // |eta| sqrt(a/2)
+    const double eta = (x >= a ? 1.0 : -1.0) * z * std::sqrt(2.0 / a);
+    const double total = temme_sum(a, eta);
     const double e = exp_two_part(negate(deviance));  // e^(-a eta^2 / 2)
     const double r = e * kInvSqrtTwoPi / std::sqrt(a) * total;
     // erfc(z + dz) / 2 with z + dz = sqrt(D) to twice the precision: the first-order term
@@ -450,6 +462,73 @@ std::optional<GammaTails> incomplete_gamma_double(const GammaShape& shape, doubl
     // A small shape can carry the tail below the normal range (a g with a near 1e-300).
     if (!converged || !(tail >= 0x1p-1022) || !std::isfinite(tail)) return std::nullopt;
     return upper ? GammaTails{1.0 - tail, tail, a * g} : GammaTails{tail, 1.0 - tail, a * g};
+}
+
+namespace {
+
+// From here on erfc(z) e^(z^2) comes from its asymptotic series (erfc itself leaves the normal
+// range near z = 26.5).
+constexpr double kErfcxSeriesFrom = 26.0;
+
+// erfc(z) e^(z^2) for z >= kErfcxSeriesFrom: (1 / (z sqrt(pi))) sum_k (-1)^k (2k - 1)!! /
+// (2 z^2)^k (DLMF 7.12.1); its terms fall by (2k + 1) / (2 z^2) < 0.03 each up to k = 10, the
+// tenth below 1e-22 of the sum.
+double erfcx_large(double z) {
+    const double t = 0.5 / (z * z);
+    double term = 1.0, sum = 1.0;
+    for (int k = 1; k <= 10; ++k) {
+        term *= -(2.0 * k - 1.0) * t;
+        sum += term;
+    }
+    return sum / (z * 1.7724538509055160273);
+}
+
+// ln P(a, x), x < a, within Temme's region: P = e^-D (erfc(z) e^D / 2 - dz / sqrt(pi) - T /
+// sqrt(2 pi a)), z + dz = sqrt(D) in two parts, T = temme_sum: the bracket as temme_expansion
+// forms it divided by e^-D (so the same value where both apply), its logarithm joined to -D.
+std::optional<TwoPart> temme_log_lower(double a, TwoPart deviance) {
+    constexpr double kInvSqrtPi = 0.56418958354775628695;
+    constexpr double kInvSqrtTwoPi = 0.39894228040143267794;
+    const double z = std::sqrt(deviance.hi);
+    const double eta = -z * std::sqrt(2.0 / a);
+    const double rest = z > 0.0 ? remainder_of(deviance.hi, z, z) : 0.0;  // D.hi - z^2
+    const double dz = z > 0.0 ? (rest + deviance.lo) / (2.0 * z) : 0.0;
+    const double half_erfcx = z < kErfcxSeriesFrom
+                                  ? 0.5 * std::erfc(z) / exp_two_part(negate(deviance))
+                                  : 0.5 * erfcx_large(z) * (1.0 + (rest + deviance.lo));
+    const double bracket =
+        half_erfcx - dz * kInvSqrtPi - temme_sum(a, eta) * kInvSqrtTwoPi / std::sqrt(a);
+    if (!(bracket > 0.0) || !std::isfinite(bracket)) return std::nullopt;
+    return add(negate(deviance), log_two_part(bracket, 0.0));
+}
+
+}  // namespace
+
+std::optional<TwoPart> incomplete_gamma_log_lower(double a, double x) {
+    if (!(a >= 1.0 && a < kGammaTemmeShapeMax) || !std::isnormal(x) || !(x < a))
+        return std::nullopt;
+    if (a > kGammaDoubleShapeMax) {
+        if (!(std::fabs(x - a) < 0.25 * (x + a))) return std::nullopt;
+        const TwoPart wide = gamma_deviance_wide(a, x, 0.0);
+        if (!(wide.hi <= 0.5 * kTemmeEtaMax * kTemmeEtaMax * a)) return std::nullopt;
+        return temme_log_lower(a, wide);
+    }
+    TwoPart exponent{};
+    double factor = 0.0;
+    if (a < kStirlingFormFrom) {
+        exponent = add(multiply(TwoPart{a, 0.0}, log_two_part(x, 0.0)), TwoPart{-x, 0.0});
+        factor = reciprocal_gamma_1p(a);
+    } else {
+        const TwoPart deviance = gamma_deviance(a, x, 0.0);
+        if (a >= kTemmeShapeMin && deviance.hi <= 0.5 * kTemmeEtaMax * kTemmeEtaMax * a)
+            return temme_log_lower(a, deviance);
+        exponent = negate(add(deviance, TwoPart{stirling_error(a), 0.0}));
+        factor = 1.0 / std::sqrt(2.0 * std::numbers::pi * a);
+    }
+    bool converged = true;
+    const double series = lower_series(a, x, &converged);
+    if (!converged) return std::nullopt;
+    return add(exponent, log_two_part(factor * series, 0.0));
 }
 
 }  // namespace zemath::numeric

@@ -28,6 +28,13 @@ inline constexpr double kGammaTemmeShapeMax = 1e300;
 // fraction past its cap.
 std::optional<GammaTails> incomplete_gamma_double(double a, double x, double x_low);
 
+// ln P(a, x) in two parts for 1 <= a < kGammaTemmeShapeMax and normal x < a (the lower tail
+// below its mean), at any size: the prefactor's exponent (or Temme's e^-D) is kept apart, so
+// values far below the normal range are given with the relative bound of
+// incomplete_gamma_double as an absolute one on the logarithm. Empty where that evaluation
+// does not apply: a above kGammaDoubleShapeMax outside |eta| <= 1/2, the series past its cap.
+std::optional<TwoPart> incomplete_gamma_log_lower(double a, double x);
+
 // The parts of the prefactor that depend on the shape alone, formed once for many calls at
 // one shape (the Newton steps of a deviate).
 struct GammaShape {

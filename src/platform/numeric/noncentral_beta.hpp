@@ -33,9 +33,11 @@ inline constexpr double kNoncentralBetaStrideLambdaMax = 1e9;
 
 // The same for kNoncentralBetaDoubleLambdaMax < lambda <= kNoncentralBetaStrideLambdaMax and
 // shapes 0 < a, b <= kNoncentralBetaLargeShape, by the mixture summed with a stride (see
-// noncentral_beta.cpp). NaN where it declines: outside that range, a summand narrower than
-// four indices, no central term at a node (the double incomplete beta declining where the
-// expansion for b <= 1 beside a large shape does not apply), a walk past 200 nodes a side.
+// noncentral_beta.cpp), at results of any size: subnormal ones rounded once, and 0 where the
+// law rounds to it. NaN where it declines: outside that range, a summand narrower than two
+// indices where it matters, no central term at a node (neither the double incomplete beta,
+// its logarithmic form nor the expansion for b <= 1 beside a large shape applying), a walk
+// past 200 nodes a side.
 double noncentral_beta_lower_stride(double a, double b, double lambda, TwoPart x, TwoPart y);
 
 }  // namespace zemath::numeric

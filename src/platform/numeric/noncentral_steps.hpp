@@ -50,14 +50,20 @@ inline int poisson_top_index(double h, double truncation) {
 // The Poisson weight e^-h h^u / Gamma(u + 1) at a real index u = u.hi + u.lo > 0 (the
 // strided mixture sums' nodes), in Loader's saddle-point form: the two-part deviance of u
 // from h, Stirling's error term, and the low part of u through the logarithm's slope. The
-// weight times e^log_scale where given (sums whose result lies near the bottom of the double
-// range run scaled, so that no weight that matters leaves the normal range).
-inline double poisson_weight_at(TwoPart u, double h, double log_scale = 0.0) {
+// weight times e^log_factor where given (two parts, any size: a central term carried as its
+// logarithm, and the scale of sums whose result lies near the bottom of the double range, so
+// that no term that matters leaves the normal range); the exponents are joined in two parts,
+// so the product keeps the weight's own accuracy.
+inline double poisson_weight_at(TwoPart u, double h, TwoPart log_factor = {0.0, 0.0}) {
     const TwoPart deviance = gamma_deviance(u.hi, h, 0.0);
     const double log_ratio = std::log(h / u.hi);
-    const double log_weight =
-        (log_scale - deviance.hi) - (deviance.lo + stirling_error(u.hi)) + u.lo * log_ratio;
-    return std::exp(log_weight) / std::sqrt(2.0 * 3.141592653589793 * u.hi);
+    const double root = std::sqrt(2.0 * 3.141592653589793 * u.hi);
+    if (log_factor.hi == 0.0 && log_factor.lo == 0.0)
+        return std::exp(-deviance.hi - (deviance.lo + stirling_error(u.hi)) + u.lo * log_ratio) /
+               root;
+    const TwoPart exponent = add(add(log_factor, negate(deviance)),
+                                 TwoPart{u.lo * log_ratio - stirling_error(u.hi), 0.0});
+    return exp_two_part(exponent) / root;
 }
 
 // Its logarithm, to a few ulps of the deviance (enough to locate a sum's largest term).
