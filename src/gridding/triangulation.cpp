@@ -196,6 +196,35 @@ bool sort_distinct_nodes(std::size_t n, const double* x, const double* y, const 
     return true;
 }
 
+// Division by the ranges keeps the order but can round values that differ by less than the
+// smallest subnormal times a range onto one (x = 5e-324 beside 0 over a range of 400):
+// such new x ties need their y order again, which the builds rely on, and nodes that
+// became equal on both axes (they would have been within the duplicate tolerance, so this
+// is not expected) keep the first.
+void restore_order(Nodes& nodes) {
+    const std::size_t count = nodes.x.size();
+    auto less = [&](std::size_t a, std::size_t b) {
+        return nodes.x[a] < nodes.x[b] || (nodes.x[a] == nodes.x[b] && nodes.y[a] < nodes.y[b]);
+    };
+    bool strict = true;
+    for (std::size_t i = 1; i < count && strict; ++i) strict = less(i - 1, i);
+    if (strict) return;
+    std::vector<std::size_t> order(count);
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(), less);
+    const auto last = std::unique(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+        return nodes.x[a] == nodes.x[b] && nodes.y[a] == nodes.y[b];
+    });
+    order.erase(last, order.end());
+    std::vector<double> moved;
+    for (NodeArray* axis : {&nodes.x, &nodes.y, &nodes.z}) {
+        moved.clear();
+        for (std::size_t k : order) moved.push_back((*axis)[k]);
+        axis->resize(order.size());
+        std::copy(moved.begin(), moved.end(), axis->begin());
+    }
+}
+
 }  // namespace
 
 int prepare_nodes(int n, const double* x, const double* y, const double* z, unsigned options,
@@ -293,6 +322,8 @@ int prepare_nodes(int n, const double* x, const double* y, const double* z, unsi
         for (double& v : nodes.y) v /= yr;
         nodes.xrange = xr;
         nodes.yrange = yr;
+        restore_order(nodes);
+        if (nodes.x.size() < 3) return -2;
     }
     return 0;
 }

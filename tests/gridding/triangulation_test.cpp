@@ -898,6 +898,28 @@ std::vector<Cloud> engine_clouds() {
 
 }  // namespace
 
+TEST(Triangulation, NormalisedNodesThatMeetOnAnAxis) {
+    // Divided by the x range (about 425), x = 5e-324 rounds to 0: the node joins the x = 0
+    // run below its y neighbour, which the build must order again rather than fail; the
+    // engine option gives the same record.
+    const Vec x{4.9406564584124654e-324, -424.796875, 0, 0}, y{0.596, -97.96875, 0, 2};
+    const Vec z{1, 2, 3, 4};
+    Record plain, engine;
+    ASSERT_EQ(
+        zemath_triangulation(4, x.data(), y.data(), z.data(), &plain.t, ZEMATH_TRI_NORMALISED), 0);
+    const Triangulation& a = plain.t;
+    ASSERT_EQ(a.nodes, 4);
+    EXPECT_EQ(a.triangles, 2);  // one node on a hull side
+    check_invariants(a);
+    for (int i = 1; i < a.nodes; ++i)
+        EXPECT_TRUE(a.x[i - 1] < a.x[i] || (a.x[i - 1] == a.x[i] && a.y[i - 1] < a.y[i])) << i;
+    ASSERT_EQ(zemath_triangulation(4, x.data(), y.data(), z.data(), &engine.t,
+                                   ZEMATH_TRI_NORMALISED | kEngine),
+              0);
+    ASSERT_EQ(engine.t.triangles, a.triangles);
+    EXPECT_TRUE(same_ints(a.tri, engine.t.tri, 6 * static_cast<std::size_t>(a.triangles)));
+}
+
 TEST(Triangulation, EngineBuildGivesTheBuiltInRecord) {
     // The engine's triangles are taken only where they are the unique Delaunay
     // triangulation; on ties and on input the engine cannot decide the built-in method
