@@ -5,17 +5,30 @@
 // error term, as in chi_scale.cpp). The integrand is positive, so the relative accuracy of
 // the sum is that of its terms and of the rule, for a result of any size.
 //
-// Panels. The integrand changes on up to three scales, each a feature with a place and a
-// width in y = ln s: the scale density's mode y = 0 (width 1/sqrt(2v)); the step of Phi at
-// y0 = ln(delta/t) where delta/t > 0 (width 1/|delta|: c = t s - delta moves by one per
-// 1/|delta| in y there); and the integrand's own mode (found by Newton's steps on the
-// derivative of its logarithm from the largest of the breaks, width from the second
-// derivative), which lies between the two where the integrand's mass is far in a tail of
-// either factor. Breaks lie at each feature's place +- its width times 2^k across the span
-// of the features, and the range is extended on each side by panels that double until a
-// panel's far end is below 1e-18 of the sum (beyond the outermost features both factors
-// fall, so the rest is of that order); below s = 1e-300 one last panel reaches s = 0. Each
-// panel takes the 20-point Gauss-Legendre rule in s.
+// Panels fitted to the integrand. In y = ln s the integrand is g(y) = exp(K - a D) Phi(c),
+// c = t e^y - delta, unimodal (it is log-concave in s for v >= 1). Its logarithm L(y) and
+// slope L' = v - v s^2 + t s m(c) (m the inverse Mills ratio) are cheap in double; the
+// factors change on known scales in y: the density on 1/(s sqrt(2v)) (its curvature 2 v s^2),
+// Phi on 1/(|t| s) (one unit of c) wherever c < 13, and not at all above (1 - Phi(12) < 2e-33,
+// below any rule's notice). The mode of g is found by Newton's steps on L' inside a bracket
+// (about ten evaluations of L); from it each side is covered by panels marched outwards,
+// each as wide as allowed by
+//   - six local scales at both of its ends (the smaller of the two factors' scales),
+//   - a fall of L by at most 20 across it (its width from L' and the curvature bound),
+//   - where the scales are wider than two units of y (s changes by e^2 or more on a
+//     panel): e^(0.27 w) A <= 3, A the size of the double exponential terms a s^2 and
+//     |t| s (1 + max(-c, 0)) at the outer end, so that the rule's Bernstein ellipse (rho 2.7)
+//     stays where those terms change by O(1),
+// and ends at c = 12 (where Phi's step begins). A panel narrower than one unit of y takes
+// the 20-point Gauss-Legendre rule in s (nodes exact in two parts, below); a wider one
+// takes it in y (there s^(v-1) would be non-analytic at the panel's end in s, and the
+// slope is below 20, so the node's rounding in s costs at most 2e-15 of a node's value).
+// Panels beginning below e^-26 of the peak take the 12-point rule. A side ends at the
+// first panel end below e^-40 of the peak whose rest, bounded by g / |L'| there (L' only
+// steepens outwards: t < 0, or the density's tail alone), is below 1e-18 of the side's sum
+// (in any case at e^-80); one left beyond s = 1e-300 ends with a panel to s = 0.
+// 80 to 250 evaluations of the integrand per call (median about 130; the breaks at fixed
+// feature widths this replaces took 1000 to 2000).
 //
 // Rounding. The probability is ill-conditioned in t where |delta| is large: at
 // delta = 1e4 one ulp of t s moves Phi(c) by up to |c| 1e4 ulps in the tails. So the nodes
@@ -26,16 +39,23 @@
 // where s^2 - 1 - 2 ln s would cancel), elsewhere as s^2 - 1 - 2 ln s with s^2 and ln s
 // in two parts (ln s within 3e-18, double_double.hpp). A node's own rounding (the offset's,
 // below an ulp of the panel's width) is then of the rule's order.
-// Error bound (relative): the rule's (below 1e-15 on panels of a feature's width), the
-// constant K's (mu within 1e-15 below v = 30, 3e-17 above), Phi's few ulps, and the
-// exponent's rounding, about 2e-16 |ln f| where the integrand's mass sits far in the
-// density's tail (ln f the log density there), plus a 6e-18 a absolute in the exponent
-// where |s - 1| >= 1/4 (only where the density is above e^-745, a <= 7500: 5e-14).
+// Error bound (relative): the rule's (the 20-point rule's remainder on an exponential that
+// falls by e^20 across the panel is 4e-23 of it, on a normal density over six scales below
+// 1e-17; the 12-point rule's below 3e-6 of panels that are themselves below e^-26 of the
+// peak), the tails left out (1e-18), the constant K's (mu within 1e-15 below v = 30, 3e-17
+// above), Phi's few ulps, and the exponent's rounding, about 2e-16 |ln f| where the
+// integrand's mass sits far in the density's tail (ln f the log density there), plus a
+// 6e-18 a absolute in the exponent where |s - 1| >= 1/4 (only where the density is above
+// e^-745, a <= 7500: 5e-14).
 // Measured against 40-digit mpmath integrals (tests/reference/gen_noncentral_t_large_delta.py)
-// within 6.7e-14 over |delta| in [41, 1e4], df in [1, 1e10] (the worst in the far lower tail,
-// 1.7e-198 at df 1e8, delta 1e4), at most 0.3 ms per call.
+// within 6.7e-14 over |delta| in [41, 1e4], df in [1, 1e10], down to 1e-300 (the worst in
+// the far lower tail, 1.7e-198 at df 1e8, delta 1e4); against the same march six times
+// denser (panels of 1.5 scales and falls of 4) within 1.8e-14 on 3000 random arguments
+// (df 1 .. 1e10, |delta| 1e-3 .. 1e4, both tails). The breaks this replaced laid the rule in
+// s down to s = 0 and erred up to 1e-7 at non-integer df below 2 (s^(v-1)).
 // Declined (NaN): df outside [1, 1e10] (above, the density's width 1/sqrt(2v) falls below
-// the rounding of the breaks near y = 0), t or delta not finite.
+// the rounding of y near 0), t or delta not finite, a side needing more than 100 panels
+// (never seen).
 // References: Owen (1968), "A survey of properties and applications of the noncentral
 // t-distribution" (the integral over the chi scale); Abramowitz and Stegun 25.4.30 (the rule).
 #include "platform/numeric/noncentral_t_scale.hpp"
@@ -57,11 +77,9 @@ namespace zemath::numeric {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kNegligible = 1e-18;
 constexpr double kSeriesReach = 0.25;  // |s - 1| below it: D by its series
-constexpr double kSmallestBreak = 1e-300;
+constexpr double kSmallestS = 1e-300;
 constexpr double kLargestY = 690.0;  // e^y within the double range
-constexpr int kExtensionPanels = 80;
 constexpr int kNewtonSteps = 60;
 
 // 2 (-1)^k / k, k = 3..30: D(d) = d^2 (2 + sum_k c_k d^(k-2)); at |d| < 1/4 the terms
@@ -72,18 +90,11 @@ constexpr std::array<double, 28> kDevianceSeries = [] {
     return c;
 }();
 
-// A place in y = ln s where the integrand changes, and the scale on which it does.
-struct Feature {
-    double point;
-    double width;
-};
-
 class Integrand {
   public:
     Integrand(double t, double df, double delta)
         : t_(t),
           delta_(delta),
-          v_(df),
           a_(0.5 * df),
           log_constant_(std::numbers::ln2 + 0.5 * std::log(a_ / (2.0 * std::numbers::pi)) -
                         stirling_error(a_)) {}
@@ -118,18 +129,109 @@ class Integrand {
         return phi * std::exp(exponent) / s.hi;
     }
 
-    // ln of the integrand in y (up to a constant), roughly: it only ranks the breaks.
-    double log_in_y(double y) const {
+  private:
+    double t_, delta_, a_, log_constant_;
+};
+
+// The rule over [lo, hi] in s, each node carried from the nearer end.
+template <std::size_t Half>
+double rule_in_s(const Integrand& f, const GaussLegendreRule<Half>& rule, double lo, double hi) {
+    const double half = 0.5 * (hi - lo);
+    double sum = 0.0;
+    for (std::size_t i = 0; i < Half; ++i) {
+        const double inset = half * (1.0 - rule.node[i]);  // from the end
+        sum += rule.weight[i] * (f(lo, inset) + f(hi, -inset));
+    }
+    return sum * half;
+}
+
+// The rule over [ya, yb] in y (the integrand times ds/dy = s).
+template <std::size_t Half>
+double rule_in_y(const Integrand& f, const GaussLegendreRule<Half>& rule, double ya, double yb) {
+    const double half = 0.5 * (yb - ya), mid = 0.5 * (ya + yb);
+    double sum = 0.0;
+    for (std::size_t i = 0; i < Half; ++i) {
+        const double d = half * rule.node[i];
+        const double lo = std::exp(mid - d), hi = std::exp(mid + d);
+        sum += rule.weight[i] * (f(lo, 0.0) * lo + f(hi, 0.0) * hi);
+    }
+    return sum * half;
+}
+
+constexpr double kWideInY = 1.0;      // wider panels take the rule in y
+constexpr double kCheapBelow = 26.0;  // panels starting below e^-26 of the peak: 12 points
+double fitted_panel(const Integrand& f, double ya, double yb, bool cheap) {
+    const bool wide = yb - ya > kWideInY;
+    if (cheap) {
+        return wide ? rule_in_y(f, kGaussLegendre12, ya, yb)
+                    : rule_in_s(f, kGaussLegendre12, std::exp(ya), std::exp(yb));
+    }
+    return wide ? rule_in_y(f, kGaussLegendre20, ya, yb)
+                : rule_in_s(f, kGaussLegendre20, std::exp(ya), std::exp(yb));
+}
+
+constexpr double kFlatC = 12.0;       // from c = 12 on, 1 - Phi(c) < 2e-33: Phi is 1 to the rule
+constexpr double kPanelScales = 6.0;  // a panel spans at most six local scales
+constexpr double kPanelDrop = 20.0;   // and L falls by at most 20 across it
+constexpr double kTailDrop = 40.0;    // a side may end below e^-40 of the peak
+constexpr double kLastDrop = 80.0;    // and ends below e^-80
+constexpr double kRestShare = 1e-18;  // where the rest is below this share of the side
+constexpr double kWideFrom = 2.0;     // scales wider than this (in y) are limited as below
+constexpr double kWideSize = 3.0;     // the double exponential terms' size in the ellipse
+constexpr double kWideReach = 1.85;   // 1 / (2 x 0.27): the ellipse's reach beyond the end
+constexpr int kMaxPanels = 100;       // on a side
+
+// The widest panel in y at a point where the factors change at `rate` (the inverse of
+// their scale) and the double exponential terms have size `size` (see the opening block).
+double width_limit(double rate, double size) {
+    const double narrow = kPanelScales / rate;
+    if (narrow <= kWideFrom) return narrow;
+    const double wide = size < kWideSize ? kWideReach * std::log(kWideSize / size) : 0.0;
+    return std::min(narrow, std::max(kWideFrom, wide));
+}
+
+// L, the logarithm of the integrand in y up to a constant (rough: it places panels), its
+// slope, and what a panel may span there.
+struct Shape {
+    double log;
+    double slope;
+    double limit;          // the widest panel from here
+    double curve;          // a bound on |L''| (the factors' rates squared)
+    double density_limit;  // the widest panel the density alone allows (where Phi is 1)
+    bool flat;             // Phi is 1 to the rule here
+};
+
+class Shaper {
+  public:
+    Shaper(double t, double df, double delta)
+        : t_(t), delta_(delta), v_(df), a_(0.5 * df), density_rate_(std::sqrt(2.0 * df)) {}
+
+    Shape operator()(double y) const {
         const double s = std::exp(y);
         const double c = t_ * s - delta_;
-        const double log_phi = c > -20.0 ? std::log(normal_lower(c))
-                                         : -0.5 * c * c - std::log(-c) - 0.9189385332046727;
-        return log_phi - a_ * (std::expm1(2.0 * y) - 2.0 * y);
-    }
-    // The first and second derivatives of that logarithm in y.
-    double slope(double y) const {
-        const double s = std::exp(y);
-        return v_ - v_ * s * s + t_ * s * inverse_mills(t_ * s - delta_);
+        double log_phi, mills;
+        if (c > 5.0) {
+            const double upper = normal_upper(c);
+            log_phi = -upper;
+            mills = normal_density(c) / (1.0 - upper);
+        } else if (c > -8.0) {
+            const double lower = normal_lower(c);
+            log_phi = std::log(lower);
+            mills = normal_density(c) / lower;
+        } else {
+            mills = inverse_mills(c);  // Phi(c) = phi(c) / m
+            log_phi = -0.5 * c * c - std::log(mills) - 0.9189385332046727;
+        }
+        const double ts = std::fabs(t_) * s;
+        const bool flat = c > kFlatC + 1.0;
+        const double rate = std::max(density_rate_ * s, flat ? 0.0 : ts);
+        const double size = std::max(a_ * s * s, flat ? 0.0 : ts * (1.0 + std::max(-c, 0.0)));
+        return {log_phi - a_ * (std::expm1(2.0 * y) - 2.0 * y),
+                v_ - v_ * s * s + t_ * s * mills,
+                width_limit(rate, size),
+                rate * rate,
+                width_limit(density_rate_ * s, a_ * s * s),
+                flat};
     }
     double curvature(double y) const {
         const double s = std::exp(y);
@@ -137,110 +239,124 @@ class Integrand {
         const double m = inverse_mills(c);
         return -2.0 * v_ * s * s + t_ * s * m - t_ * t_ * s * s * std::clamp(m * (m + c), 0.0, 1.0);
     }
+    // A lower bound on the rate at which L falls beyond y in direction dir (slope: L'(y)),
+    // where one is known; 0 elsewhere. For t < 0 |L'| grows outwards on either side (v s^2,
+    // |t| s and m(c) all move the same way); for t > 0 below the mode L' >= v (1 - s^2)
+    // (t s m(c) >= 0), and above it, where Phi is 1, L' is the density's alone.
+    double least_fall_beyond(double y, double slope, double dir) const {
+        const double s = std::exp(y);
+        if (t_ < 0.0) return std::fabs(slope);
+        if (dir < 0.0) return s < 1.0 ? v_ * (1.0 - s * s) : 0.0;
+        return t_ * s - delta_ > kFlatC + 1.0 ? std::fabs(slope) : 0.0;
+    }
+    // Where c = kFlatC in y (NaN where it never is).
+    double flat_edge() const {
+        const double s = (delta_ + kFlatC) / t_;
+        return s > 0.0 ? std::log(s) : kNaN;
+    }
 
   private:
-    double t_, delta_, v_, a_, log_constant_;
+    double t_, delta_, v_, a_, density_rate_;
 };
 
-// The 20-point rule over [lo, hi] in s, each node carried from the nearer end.
-double panel(const Integrand& f, double lo, double hi) {
-    const double half = 0.5 * (hi - lo);
+// The integrand's mode in y: the one change of sign of L', bracketed by doubling steps
+// from y = 0 and closed by Newton's steps kept inside the bracket (bisection where a step
+// leaves it), to a thousandth of the local scale.
+double fitted_mode(const Shaper& shape) {
+    Shape at = shape(0.0);
+    if (at.slope == 0.0) return 0.0;
+    const double dir = at.slope > 0.0 ? 1.0 : -1.0;
+    double y = 0.0, left = -kLargestY, right = kLargestY;
+    for (double step = std::min(at.limit / kPanelScales, 1.0);; step *= 2.0) {
+        const double next = std::clamp(y + dir * step, -kLargestY, kLargestY);
+        const Shape n = shape(next);
+        if ((n.slope > 0.0) != (dir > 0.0) || next == y) {
+            left = dir > 0.0 ? y : next;
+            right = dir > 0.0 ? next : y;
+            y = next;
+            at = n;
+            break;
+        }
+        y = next;
+        at = n;
+    }
+    for (int i = 0; i < kNewtonSteps; ++i) {
+        const double tolerance = 1e-3 * std::min(at.limit / kPanelScales, 1.0);
+        if (!(right - left > tolerance)) break;
+        const double curve = shape.curvature(y);
+        double next = curve < 0.0 ? y - at.slope / curve : kNaN;
+        if (!(next > left && next < right)) next = 0.5 * (left + right);
+        at = shape(next);
+        if (at.slope == 0.0) return next;
+        (at.slope > 0.0 ? left : right) = next;
+        const bool converged = std::fabs(next - y) < 0.1 * tolerance;
+        y = next;
+        if (converged) break;
+    }
+    return y;
+}
+
+// The integral from the mode outwards in direction dir (+1 or -1), panel by panel;
+// log_offset turns L into the logarithm of the integrand in y. NaN past kMaxPanels.
+double fitted_side(const Integrand& f, const Shaper& shape, double mode, const Shape& at_mode,
+                   double dir, double log_offset) {
+    const double flat_edge = shape.flat_edge();
+    double y = mode;
+    Shape at = at_mode;
     double sum = 0.0;
-    for (std::size_t i = 0; i < kGaussLegendre20.node.size(); ++i) {
-        const double inset = half * (1.0 - kGaussLegendre20.node[i]);  // from the end
-        sum += kGaussLegendre20.weight[i] * (f(lo, inset) + f(hi, -inset));
-    }
-    return sum * half;
-}
-
-constexpr std::size_t kFeatures = 3;
-constexpr int kLevels = 64;
-constexpr std::size_t kMaxBreaks = kFeatures * (2 * kLevels + 1) + 2;
-using Breaks = std::array<double, kMaxBreaks>;
-
-// Breaks in y: each feature's place +- width 2^k across the span of all the places (and
-// one width beyond) and at least kOwnReach widths out, sorted; returns their count.
-constexpr double kOwnReach = 64.0;
-std::size_t lay_breaks(const Feature* features, std::size_t count, Breaks& out) {
-    double lo = features[0].point, hi = lo;
-    for (std::size_t i = 1; i < count; ++i) {
-        lo = std::min(lo, features[i].point);
-        hi = std::max(hi, features[i].point);
-    }
-    std::size_t n = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        const Feature& ft = features[i];
-        out[n++] = ft.point;
-        const double reach =
-            std::max(std::max(ft.point - lo, hi - ft.point) + ft.width, kOwnReach * ft.width);
-        double offset = ft.width;
-        for (int k = 0; k < kLevels && offset <= reach; ++k, offset *= 2.0) {
-            out[n++] = ft.point - offset;
-            out[n++] = ft.point + offset;
+    for (int i = 0; i < kMaxPanels; ++i) {
+        // The width on which L falls by kPanelDrop, from its slope and the curvature bound,
+        // then narrowed while the far end allows less.
+        const double slope = std::fabs(at.slope);
+        double h = std::min(
+            at.limit,
+            2.0 * kPanelDrop / (slope + std::sqrt(slope * slope + 2.0 * at.curve * kPanelDrop)));
+        double next = y;
+        Shape n{};
+        for (int k = 0; k < kNewtonSteps; ++k) {
+            next = y + dir * h;
+            if ((flat_edge - y) * dir > 0.0 && (flat_edge - next) * dir < 0.0) next = flat_edge;
+            next = std::clamp(next, -kLargestY, kLargestY);
+            n = shape(next);
+            const double width = std::fabs(next - y);
+            const double far_limit = at.flat ? n.density_limit : n.limit;
+            if (at.log - n.log > 1.1 * kPanelDrop) {
+                h = 0.5 * width;
+            } else if (width > 1.25 * far_limit) {
+                h = far_limit;
+            } else {
+                break;
+            }
+        }
+        const bool cheap = at.log < at_mode.log - kCheapBelow;
+        sum += dir > 0.0 ? fitted_panel(f, y, next, cheap) : fitted_panel(f, next, y, cheap);
+        y = next;
+        at = n;
+        if (std::fabs(y) >= kLargestY) {
+            if (dir < 0.0) sum += rule_in_s(f, kGaussLegendre20, 0.0, std::exp(y));
+            return sum;
+        }
+        if (at.log < at_mode.log - kTailDrop) {
+            const double rest =
+                std::exp(at.log + log_offset) / shape.least_fall_beyond(y, at.slope, dir);
+            if (rest <= kRestShare * sum || at.log < at_mode.log - kLastDrop) return sum;
+        }
+        if (dir < 0.0 && std::exp(y) < kSmallestS) {
+            return sum + rule_in_s(f, kGaussLegendre20, 0.0, std::exp(y));
         }
     }
-    std::sort(out.begin(), out.begin() + n);
-    return static_cast<std::size_t>(std::unique(out.begin(), out.begin() + n) - out.begin());
+    return kNaN;
 }
 
-// The integrand's mode in y, from the largest break, by Newton's steps on the slope inside
-// the neighbouring breaks (bisection where a step leaves them); its width from the
-// curvature. Width 0 where the curvature is not negative.
-Feature integrand_mode(const Integrand& f, const Breaks& breaks, std::size_t n) {
-    std::size_t best = 0;
-    double best_log = -INFINITY;
-    for (std::size_t i = 0; i < n; ++i) {
-        const double value = f.log_in_y(breaks[i]);
-        if (value > best_log) {
-            best_log = value;
-            best = i;
-        }
-    }
-    double left = breaks[best > 0 ? best - 1 : 0], right = breaks[best + 1 < n ? best + 1 : best];
-    double y = breaks[best];
-    for (int i = 0; i < kNewtonSteps && right - left > 1e-9 * (1.0 + std::fabs(y)); ++i) {
-        const double slope = f.slope(y);
-        if (!(slope != 0.0)) break;
-        (slope > 0.0 ? left : right) = y;
-        const double curve = f.curvature(y);
-        const double next = curve < 0.0 ? y - slope / curve : NAN;
-        y = next > left && next < right ? next : 0.5 * (left + right);
-    }
-    const double curve = f.curvature(y);
-    return {y, curve < 0.0 ? 1.0 / std::sqrt(-curve) : 0.0};
-}
-
-// The integral over [ya, yb] in y (taken in s), the panel halved (to kSplitDepth levels)
-// while the integrand's logarithm changes by more than kDrop across it and it is not
-// negligible against the largest value: the rule is exact to double precision for an
-// exponential that changes by up to about e^23 over a panel.
-constexpr double kDrop = 16.0;
-constexpr double kNegligibleLog = 60.0;  // below the peak by this much: not split
-constexpr int kSplitDepth = 16;
-double split_panels(const Integrand& f, double ya, double yb, double peak_log) {
-    struct Piece {
-        double ya, yb, la, lb;
-        int depth;
-    };
-    std::array<Piece, kSplitDepth + 2> stack{};
-    int top = 0;
-    stack[top++] = {ya, yb, f.log_in_y(ya), f.log_in_y(yb), 0};
-    double sum = 0.0;
-    while (top > 0) {
-        const Piece piece = stack[--top];
-        const bool steep = !(std::fabs(piece.la - piece.lb) <= kDrop) &&
-                           std::max(piece.la, piece.lb) > peak_log - kNegligibleLog;
-        if (steep && piece.depth < kSplitDepth) {
-            const double mid = 0.5 * (piece.ya + piece.yb);
-            const double lm = f.log_in_y(mid);
-            stack[top++] = {piece.ya, mid, piece.la, lm, piece.depth + 1};
-            stack[top++] = {mid, piece.yb, lm, piece.lb, piece.depth + 1};
-            continue;
-        }
-        const double from = std::exp(piece.ya), to = std::exp(piece.yb);
-        if (to > from) sum += panel(f, from, to);
-    }
-    return sum;
+double lower_by_fitted_panels(double t, double df, double delta) {
+    const Integrand f(t, df, delta);
+    const Shaper shape(t, df, delta);
+    const double mode = fitted_mode(shape);
+    const Shape at_mode = shape(mode);
+    const double s_mode = std::exp(mode);
+    const double log_offset = std::log(f(s_mode, 0.0) * s_mode) - at_mode.log;
+    return fitted_side(f, shape, mode, at_mode, 1.0, log_offset) +
+           fitted_side(f, shape, mode, at_mode, -1.0, log_offset);
 }
 
 // For |t| >= kHugeT: with x = |Z + delta| / |t| below 1e-46, F_S(x) = P(a, a x^2) is
@@ -252,6 +368,7 @@ double split_panels(const Integrand& f, double ya, double yb, double peak_log) {
 // the exponent v ln|t| (up to 745) in two parts. Results below the double range are 0 (v
 // above 7 at once).
 constexpr double kHugeT = kNoncentralTHugeT;
+constexpr double kHugeTReach = 64.0;  // widths above the mode
 double lower_at_huge_t(double t, double v, double delta) {
     if (t > 0.0) return 1.0;
     const double a = 0.5 * v;
@@ -289,7 +406,7 @@ double lower_at_huge_t(double t, double v, double delta) {
         hi = lo;
     }
     double lo = mode;
-    for (double offset = width; offset <= kOwnReach * width; offset *= 2.0) {
+    for (double offset = width; offset <= kHugeTReach * width; offset *= 2.0) {
         sum += rule(lo, mode + offset);
         lo = mode + offset;
     }
@@ -303,63 +420,7 @@ double noncentral_t_lower_by_scale(double t, double df, double delta) {
         return kNaN;
     if (t == 0.0) return normal_lower(-delta);
     if (std::fabs(t) >= kHugeT) return lower_at_huge_t(t, df, delta);
-    const Integrand f(t, df, delta);
-    std::array<Feature, kFeatures> features{};
-    std::size_t count = 0;
-    features[count++] = {0.0, 1.0 / std::sqrt(2.0 * df)};
-    if (std::fabs(delta) >= 1.0 && delta / t > 0.0) {
-        features[count++] = {std::clamp(std::log(delta / t), -kLargestY, kLargestY),
-                             1.0 / std::fabs(delta)};
-    } else {
-        // No step (or a small delta): Phi changes where |t| s is of order one.
-        features[count++] = {std::clamp(-std::log(std::fabs(t)), -kLargestY, kLargestY), 1.0};
-    }
-    Breaks breaks{};
-    std::size_t n = lay_breaks(features.data(), count, breaks);
-    const Feature mode = integrand_mode(f, breaks, n);
-    if (mode.width > 0.0 && std::fabs(mode.point) < kLargestY) {
-        features[count++] = mode;
-        n = lay_breaks(features.data(), count, breaks);
-    }
-    n = static_cast<std::size_t>(
-        std::remove_if(breaks.begin(), breaks.begin() + n,
-                       [](double y) { return !(std::fabs(y) <= kLargestY); }) -
-        breaks.begin());
-    double peak_log = -INFINITY;
-    for (std::size_t i = 0; i < n; ++i) peak_log = std::max(peak_log, f.log_in_y(breaks[i]));
-    if (mode.width > 0.0) peak_log = std::max(peak_log, f.log_in_y(mode.point));
-    double total = 0.0;
-    for (std::size_t i = 1; i < n; ++i)
-        total += split_panels(f, breaks[i - 1], breaks[i], peak_log);
-    // Each side extended by panels whose widths double from the last one's.
-    {
-        double y = breaks[n - 1];
-        double width = n > 1 ? breaks[n - 1] - breaks[n - 2] : features[0].width;
-        for (int i = 0; i < kExtensionPanels && y < kLargestY; ++i, width *= 2.0) {
-            const double from = y;
-            y = std::min(y + width, kLargestY);
-            total += split_panels(f, from, y, peak_log);
-            const double to_s = std::exp(y);
-            if (f(to_s, 0.0) * (to_s - std::exp(from)) <= kNegligible * total) break;
-        }
-    }
-    {
-        double y = breaks[0];
-        double width = n > 1 ? breaks[1] - breaks[0] : features[0].width;
-        for (int i = 0; i < kExtensionPanels; ++i, width *= 2.0) {
-            const double to_s = std::exp(y);
-            if (to_s <= kSmallestBreak) {  // the rest, down to s = 0, in one panel
-                total += panel(f, 0.0, to_s);
-                break;
-            }
-            const double to = y;
-            y -= width;
-            total += split_panels(f, y, to, peak_log);
-            const double from_s = std::exp(y);
-            if (f(from_s, 0.0) * (to_s - from_s) <= kNegligible * total) break;
-        }
-    }
-    return total;
+    return lower_by_fitted_panels(t, df, delta);
 }
 
 }  // namespace zemath::numeric
