@@ -13,8 +13,8 @@
 // below any rule's notice). The mode of g is found by Newton's steps on L' inside a bracket
 // (about ten evaluations of L); from it each side is covered by panels marched outwards,
 // each as wide as allowed by
-//   - six local scales at both of its ends (the smaller of the two factors' scales),
-//   - a fall of L by at most 20 across it (its width from L' and the curvature bound),
+//   - 6.5 local scales at both of its ends (the smaller of the two factors' scales),
+//   - a fall of L by at most 21 across it (its width from L' and the curvature bound),
 //   - where the scales are wider than two units of y (s changes by e^2 or more on a
 //     panel): e^(0.27 w) A <= 3, A the size of the double exponential terms a s^2 and
 //     |t| s (1 + max(-c, 0)) at the outer end, so that the rule's Bernstein ellipse (rho 2.7)
@@ -22,13 +22,13 @@
 // and ends at c = 12 (where Phi's step begins). A panel narrower than one unit of y takes
 // the 20-point Gauss-Legendre rule in s (nodes exact in two parts, below); a wider one
 // takes it in y (there s^(v-1) would be non-analytic at the panel's end in s, and the
-// slope is below 20, so the node's rounding in s costs at most 2e-15 of a node's value).
+// slope is below 21, so the node's rounding in s costs at most 2e-15 of a node's value).
 // Panels beginning below e^-26 of the peak take the 12-point rule. A side ends at the
 // first panel end below e^-40 of the peak whose rest, bounded by g / |L'| there (L' only
 // steepens outwards: t < 0, or the density's tail alone), is below 1e-18 of the side's sum
 // (in any case at e^-80); one left beyond s = 1e-300 ends with a panel to s = 0.
-// 80 to 250 evaluations of the integrand per call (median about 130; the breaks at fixed
-// feature widths this replaces took 1000 to 2000).
+// 80 to 240 evaluations of the integrand per call (median about 110; breaks at fixed
+// feature widths took 1000 to 2000).
 //
 // Rounding. The probability is ill-conditioned in t where |delta| is large: at
 // delta = 1e4 one ulp of t s moves Phi(c) by up to |c| 1e4 ulps in the tails. So the nodes
@@ -40,13 +40,14 @@
 // in two parts (ln s within 3e-18, double_double.hpp). A node's own rounding (the offset's,
 // below an ulp of the panel's width) is then of the rule's order.
 // Error bound (relative): the rule's (the 20-point rule's remainder on an exponential that
-// falls by e^20 across the panel is 4e-23 of it, on a normal density over six scales below
-// 1e-17; the 12-point rule's below 3e-6 of panels that are themselves below e^-26 of the
-// peak), the tails left out (1e-18), the constant K's (mu within 1e-15 below v = 30, 3e-17
-// above), Phi's few ulps, and the exponent's rounding, about 2e-16 |ln f| where the
-// integrand's mass sits far in the density's tail (ln f the log density there), plus a
-// 6e-18 a absolute in the exponent where |s - 1| >= 1/4 (only where the density is above
-// e^-745, a <= 7500: 5e-14).
+// falls by e^21 across the panel is 3e-18 of it; with the tabulated nodes and weights it
+// was measured within 4e-17 on such a panel, on a normal density over 6.5 scales and on
+// Phi over 6.5 units of c; the 12-point rule's is below 1e-9 of panels that are themselves
+// below e^-26 of the peak), the tails left out (1e-18), the constant K's (mu within 1e-15
+// below v = 30, 3e-17 above), Phi's few ulps, and the exponent's rounding, about
+// 2e-16 |ln f| where the integrand's mass sits far in the density's tail (ln f the log
+// density there), plus a 6e-18 a absolute in the exponent where |s - 1| >= 1/4 (only where
+// the density is above e^-745, a <= 7500: 5e-14).
 // Measured against 40-digit mpmath integrals (tests/reference/gen_noncentral_t_large_delta.py)
 // within 6.7e-14 over |delta| in [41, 1e4], df in [1, 1e10], down to 1e-300 (the worst in
 // the far lower tail, 1.7e-198 at df 1e8, delta 1e4); against the same march six times
@@ -171,8 +172,8 @@ double fitted_panel(const Integrand& f, double ya, double yb, bool cheap) {
 }
 
 constexpr double kFlatC = 12.0;       // from c = 12 on, 1 - Phi(c) < 2e-33: Phi is 1 to the rule
-constexpr double kPanelScales = 6.0;  // a panel spans at most six local scales
-constexpr double kPanelDrop = 20.0;   // and L falls by at most 20 across it
+constexpr double kPanelScales = 6.5;  // a panel spans at most 6.5 local scales
+constexpr double kPanelDrop = 21.0;   // and L falls by at most 21 across it
 constexpr double kTailDrop = 40.0;    // a side may end below e^-40 of the peak
 constexpr double kLastDrop = 80.0;    // and ends below e^-80
 constexpr double kRestShare = 1e-18;  // where the rest is below this share of the side
