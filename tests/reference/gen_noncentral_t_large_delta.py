@@ -11,11 +11,21 @@ mode (width 1/sqrt(2v), out to where the density falls below 1e-60 of its mode),
 step of Phi, y0 = ln(delta/t) (width 1/|delta|), each doubling outwards, and densely about
 the integrand's own mode. With --verify each row is integrated twice, the second time with
 every panel halved, and a row whose two values differ by more than 1e-22 relative is left
-out (and reported): in the runs made, the only rows so flagged lay in the far lower tail
-(values from 1e-278 to 1e-198 at delta = 41) and differed by up to 1.2e-14 relative.
+out (and reported). The integrand is scaled to a peak of 1 before mp.quad sees it (its
+refinement stops on an absolute error of 10^-40; unscaled, rows of 1e-100 kept only 10 to
+13 digits).
 `--check` also compares the integral with the Poisson series of gen_distributions_other.py (an independent method) at |delta| <= 40.
 
 Writes tests/reference/noncentral_t_large_delta_ref.inc: {t, df, delta, P(T <= t)}.
+With --scale: the rows where the integral over the scale law runs that the grid above leaves
+out, into noncentral_t_scale_ref.inc: either side of its switches (|delta| = 40, df = 1e5,
+df = 1e10), non-integer df near 1 (where the density's s^(df - 1) is not smooth at
+s = 0) at large |delta|, and random arguments over df in [1, 1e10], |delta| in [40, 1e4] or
+df above 1e5 with any delta, with t placed for lower tails of 1e-3 .. 1e-250 and upper tails
+of 1e-5 .. 1e-15 (by bisection on a double normal approximation, so the values spread; the
+rows keep whatever the integral gives). Rows are kept down to 1e-300.
+With --verify-sample K: every K-th row of the grid above integrated twice (the second time
+every panel halved), reporting the largest relative difference (writes nothing).
 With --huge-t: t from -1e50 to -DBL_MAX by the closed form of the law's far lower tail (the
 scale law's cdf a power there; see nct_huge_t), into noncentral_t_huge_t_ref.inc.
 Run: /usr/bin/python3 tests/reference/gen_noncentral_t_large_delta.py  (a quarter of an hour;
@@ -24,6 +34,7 @@ Run: /usr/bin/python3 tests/reference/gen_noncentral_t_large_delta.py  (a quarte
 """
 import math
 import os
+import random
 import sys
 
 import mpmath as mp
@@ -115,7 +126,13 @@ def nct(t, df, delta, refine=False):
         def f(y):
             return mp.exp(c0 - k * deviance(2 * y)) * mp.ncdf(T * mp.exp(y) - D)
 
-        return mp.quad(f, [MPF(p) for p in breaks(df, t, delta, refine)])
+        # mp.quad ends a panel's refinement on an absolute error below 10^-40: the integrand
+        # is scaled to a peak of 1 first, or a result of 1e-100 would keep only a few digits.
+        pts = [MPF(p) for p in breaks(df, t, delta, refine)]
+        peak = max(f(p) for p in pts)
+        if peak == 0:
+            return MPF(0)
+        return peak * mp.quad(lambda y: f(y) / peak, pts)
 
 
 def rows():
@@ -143,6 +160,83 @@ def line(p):
         print(f"left out, quadrature unsettled at {p}: {r} vs {r2}", flush=True)
         return None
     return f"    {{{t!r}, {df!r}, {delta!r}, {mp.nstr(r, 20, min_fixed=1, max_fixed=0)}}},"
+
+
+def scale_rows():
+    """Switch points, non-integer df near 1, and seeded random arguments (see the docstring)."""
+    out = []
+    above40 = math.nextafter(40.0, 41.0)
+    for df in [1.0, 7.5, 2000.0, 3e4]:
+        for delta in [above40, -above40]:
+            sd = math.sqrt(1 + delta * delta / (2 * df))
+            out.extend((delta + z * sd, df, delta) for z in [-6.0, 0.0, 4.0])
+    above1e5 = math.nextafter(1e5, 2e5)
+    for delta in [0.5, -3.0, 39.0]:
+        out.extend((delta + z * math.sqrt(1 + delta * delta / 2e5), above1e5, delta)
+                   for z in [-9.0, 1.0])
+    out.extend([(9990.0, 1e10, 1e4), (-1e4 - 1.0, 1e10, -1e4)])
+    for df in [1.0000001, 1.18, 1.5, 2.5]:
+        for delta in [60.0, -250.0, 4e3]:
+            for ratio in [0.3, 1.0, 5.0]:
+                out.append((delta * ratio, df, delta))
+    rng = random.Random(20261125)
+    targets = [-3, -10, -30, -100, -250]  # log10 of the lower tail
+    uppers = [-5, -10, -15]  # log10 of the upper tail
+    while len(out) < 100:
+        if rng.random() < 0.5:
+            df = math.exp(rng.uniform(0.0, math.log(1e10)))
+            delta = math.exp(rng.uniform(math.log(40.0), math.log(1e4)))
+        else:
+            df = math.exp(rng.uniform(math.log(1e5), math.log(1e10)))
+            delta = math.exp(rng.uniform(math.log(1e-3), math.log(1e4)))
+        if rng.random() < 0.5:
+            delta = -delta
+        tail = rng.choice(targets + uppers)
+        t = place(df, delta, tail, tail in uppers)
+        if t is not None:
+            out.append((t, df, delta))
+    return out
+
+
+def place(df, delta, log10_tail, upper):
+    """t where a normal approximation of T (mean delta, spread sqrt(1 + delta^2 / (2 df)),
+    widened in the tails by the scale law's skew) puts the given tail; None when the
+    bisection fails. Only spreads the rows: each row's value is the integral's."""
+    sd = math.sqrt(1 + delta * delta / (2 * df))
+    target = log10_tail * math.log(10)
+
+    def log_tail(z):
+        x = z / math.sqrt(2)
+        return math.log(0.5 * math.erfc(x)) if x < 25 else -z * z / 2 - math.log(z * math.sqrt(2 * math.pi))
+
+    lo, hi = 0.0, 60.0
+    for _ in range(200):
+        mid = 0.5 * (lo + hi)
+        if log_tail(mid) > target:
+            lo = mid
+        else:
+            hi = mid
+    z = lo if upper else -lo
+    t = delta + z * sd
+    return t if math.isfinite(t) and t != 0 else None
+
+
+def scale_line(p):
+    t, df, delta = p
+    r = nct(t, df, delta)
+    if not (r > MPF(10) ** -300):
+        return None
+    if VERIFY:
+        r2 = nct(t, df, delta, refine=True)
+        if abs(r2 - r) > MPF(10) ** -22 * abs(r):
+            print(f"left out, quadrature unsettled at {p}: {r} vs {r2}", flush=True)
+            return None
+    return f"    {{{t!r}, {df!r}, {delta!r}, {mp.nstr(r, 20, min_fixed=1, max_fixed=0)}}},"
+
+
+def verify_one(p):
+    r, r2 = nct(*p), nct(*p, refine=True)
+    return p, r, (abs(r2 - r) / r if r > 0 else MPF(0))
 
 
 def nct_huge_t(t, df, delta):
@@ -200,6 +294,25 @@ def main():
         return
     import multiprocessing
     procs = int(os.environ.get('REF_PROCS', '1'))
+    if '--verify-sample' in sys.argv:
+        step = int(sys.argv[sys.argv.index('--verify-sample') + 1])
+        with multiprocessing.Pool(procs) as pool:
+            done = pool.map(verify_one, rows()[::step], chunksize=1)
+        for p, r, d in done:
+            print(p, mp.nstr(r, 20), mp.nstr(d, 3), flush=True)
+        print('largest relative difference', mp.nstr(max(d for _, _, d in done), 3))
+        return
+    if '--scale' in sys.argv:
+        with multiprocessing.Pool(procs) as pool:
+            lines = [v for v in pool.map(scale_line, scale_rows(), chunksize=1) if v is not None]
+        out = os.path.join(os.path.dirname(os.path.abspath(__file__)), 'noncentral_t_scale_ref.inc')
+        with open(out, 'w') as fh:
+            fh.write('// Generated by tests/reference/gen_noncentral_t_large_delta.py --scale; '
+                     'do not edit.\n')
+            fh.write('// {t, df, delta, P(T <= t)}\n')
+            fh.write('\n'.join(lines) + '\n')
+        print(f"{len(lines)} rows -> {out}")
+        return
     with multiprocessing.Pool(procs) as pool:
         lines = [v for v in pool.map(line, rows(), chunksize=1) if v is not None]
     out = os.path.join(os.path.dirname(os.path.abspath(__file__)), 'noncentral_t_large_delta_ref.inc')

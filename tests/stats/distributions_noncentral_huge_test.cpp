@@ -22,6 +22,13 @@ struct Row {
 const Row kStudentLargeDelta[] = {
 #include "reference/noncentral_t_large_delta_ref.inc"
 };
+// Where the integral over the scale law runs beyond that grid: either side of its switches
+// (|delta| = 40, df = 1e5, df = 1e10), non-integer df near 1 at large |delta| (the scale
+// density's s^(df - 1) at s = 0), and seeded random arguments with lower tails down to 1e-250
+// and upper tails to 1e-15 (generated with --scale).
+const Row kStudentScaleLaw[] = {
+#include "reference/noncentral_t_scale_ref.inc"
+};
 const Row kStudentHugeT[] = {
 #include "reference/noncentral_t_huge_t_ref.inc"
 };
@@ -76,6 +83,12 @@ TEST(NoncentralHuge, StudentAtLargeNoncentralities) {
     const double worst = check_table("nctcdf", kStudentLargeDelta, student);
     std::printf("[accuracy] nctcdf |delta| 41..1e4: %zu rows, worst relative error %.2e\n",
                 std::size(kStudentLargeDelta), worst);
+}
+
+TEST(NoncentralHuge, StudentOverTheScaleLaw) {
+    const double worst = check_table("nctcdf", kStudentScaleLaw, student);
+    std::printf("[accuracy] nctcdf over the scale law: %zu rows, worst relative error %.2e\n",
+                std::size(kStudentScaleLaw), worst);
 }
 
 // t <= -1e50: the law's far lower tail in closed form; t >= 1e50 gives 1 (the upper tail is

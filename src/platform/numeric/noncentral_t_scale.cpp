@@ -90,6 +90,19 @@ constexpr std::array<double, 28> kDevianceSeries = [] {
     for (int k = 3; k <= 30; ++k) c[k - 3] = (k % 2 == 0 ? 2.0 : -2.0) / k;
     return c;
 }();
+// The terms the series needs at |d|: those beyond k = K total about (2 / (K + 1)) |d|^(K-1),
+// below 1e-18 of the sum (about 2) at |d| up to 10^(-18 / (K - 1)). Returns K - 2, the count
+// of coefficients taken (at df 1e6 the nodes lie within |d| < 1e-2: 8 instead of 28).
+std::size_t deviance_terms(double d) {
+    const double size = std::fabs(d);
+    if (size <= 1e-6) return 2;     // K = 4
+    if (size <= 3.1e-5) return 3;   // K = 5
+    if (size <= 1e-3) return 5;     // K = 7
+    if (size <= 1e-2) return 8;     // K = 10
+    if (size <= 0.05) return 13;    // K = 15
+    if (size <= 0.1) return 17;     // K = 19
+    return kDevianceSeries.size();  // K = 30
+}
 
 class Integrand {
   public:
@@ -113,9 +126,9 @@ class Integrand {
         double deviance;
         if (std::fabs(s.hi - 1.0) < kSeriesReach) {
             const TwoPart d = add(two_sum(base, -1.0), TwoPart{offset, 0.0});
-            double sum = kDevianceSeries.back();
-            for (std::size_t k = kDevianceSeries.size() - 1; k-- > 0;)
-                sum = sum * d.hi + kDevianceSeries[k];
+            const std::size_t terms = deviance_terms(d.hi);
+            double sum = kDevianceSeries[terms - 1];
+            for (std::size_t k = terms - 1; k-- > 0;) sum = sum * d.hi + kDevianceSeries[k];
             sum = sum * d.hi + 2.0;
             // D'(d) = 2 d (2 + d) / (1 + d) carries the low part.
             deviance = sum * d.hi * d.hi + 2.0 * d.hi * (2.0 + d.hi) / (1.0 + d.hi) * d.lo;
@@ -240,15 +253,16 @@ class Shaper {
         const double m = inverse_mills(c);
         return -2.0 * v_ * s * s + t_ * s * m - t_ * t_ * s * s * std::clamp(m * (m + c), 0.0, 1.0);
     }
-    // A lower bound on the rate at which L falls beyond y in direction dir (slope: L'(y)),
-    // where one is known; 0 elsewhere. For t < 0 |L'| grows outwards on either side (v s^2,
-    // |t| s and m(c) all move the same way); for t > 0 below the mode L' >= v (1 - s^2)
-    // (t s m(c) >= 0), and above it, where Phi is 1, L' is the density's alone.
+    // A lower bound on the rate at which L falls beyond y in direction dir (slope: L'(y)).
+    // The integrand is log-concave in s (v >= 1), so h = d ln g_s / ds falls with s, and
+    // L' = 1 + s h: above the mode L' <= 1 + s h(s_y) <= L'(y) beyond y; below it
+    // L' >= min(1, L'(y)) beyond y. For t < 0 below the mode L' only grows outwards (v s^2,
+    // |t| s and m(c) all fall), and for t > 0 it stays above v (1 - s^2).
     double least_fall_beyond(double y, double slope, double dir) const {
+        if (dir > 0.0) return -slope;
+        if (t_ < 0.0) return slope;
         const double s = std::exp(y);
-        if (t_ < 0.0) return std::fabs(slope);
-        if (dir < 0.0) return s < 1.0 ? v_ * (1.0 - s * s) : 0.0;
-        return t_ * s - delta_ > kFlatC + 1.0 ? std::fabs(slope) : 0.0;
+        return std::max(std::min(1.0, slope), v_ * (1.0 - s * s));
     }
     // Where c = kFlatC in y (NaN where it never is).
     double flat_edge() const {
@@ -321,8 +335,8 @@ double fitted_side(const Integrand& f, const Shaper& shape, double mode, const S
             n = shape(next);
             const double width = std::fabs(next - y);
             const double far_limit = at.flat ? n.density_limit : n.limit;
-            if (at.log - n.log > 1.1 * kPanelDrop) {
-                h = 0.5 * width;
+            if (const double drop = at.log - n.log; drop > 1.1 * kPanelDrop) {
+                h = width * std::clamp(std::sqrt(kPanelDrop / drop), 0.5, 0.9);
             } else if (width > 1.25 * far_limit) {
                 h = far_limit;
             } else {
