@@ -24,10 +24,11 @@
 // takes it in y (there s^(v-1) would be non-analytic at the panel's end in s, and the
 // slope is below 21, so the node's rounding in s costs at most 2e-15 of a node's value).
 // Panels beginning below e^-26 of the peak take the 12-point rule. A side ends at the
-// first panel end below e^-40 of the peak whose rest, bounded by g / |L'| there (L' only
-// steepens outwards: t < 0, or the density's tail alone), is below 1e-18 of the side's sum
-// (in any case at e^-80); one left beyond s = 1e-300 ends with a panel to s = 0.
-// 80 to 240 evaluations of the integrand per call (median about 110; breaks at fixed
+// first panel end below e^-40 of the peak whose rest, at most g / lambda there with lambda a
+// bound on how fast L falls beyond (from the log-concavity in s: |L'| itself above the
+// mode, min(1, L') below it), is below 1e-18 of the side's sum (in any case at e^-80); one
+// left beyond s = 1e-300 ends with a panel to s = 0.
+// 80 to 240 evaluations of the integrand per call (median about 100; breaks at fixed
 // feature widths took 1000 to 2000).
 //
 // Rounding. The probability is ill-conditioned in t where |delta| is large: at
@@ -36,29 +37,28 @@
 // s = B + o is exact in two parts, c = t B - delta + t o is formed exactly in two parts and
 // Phi takes both (normal.hpp), and D is formed from s = B + o in two parts: near s = 1 by
 // its series in d = s - 1, D = 2 d^2 - 2 d^3/3 + d^4/2 - ... (|d| < 1/4, relative accuracy
-// where s^2 - 1 - 2 ln s would cancel), elsewhere as s^2 - 1 - 2 ln s with s^2 and ln s
-// in two parts (ln s within 3e-18, double_double.hpp). A node's own rounding (the offset's,
-// below an ulp of the panel's width) is then of the rule's order.
-// Error bound (relative): the rule's (the 20-point rule's remainder on an exponential that
-// falls by e^21 across the panel is 3e-18 of it; with the tabulated nodes and weights it
-// was measured within 4e-17 on such a panel, on a normal density over 6.5 scales and on
-// Phi over 6.5 units of c; the 12-point rule's is below 1e-9 of panels that are themselves
-// below e^-26 of the peak), the tails left out (1e-18), the constant K's (mu within 1e-15
-// below v = 30, 3e-17 above), Phi's few ulps, and the exponent's rounding, about
-// 2e-16 |ln f| where the integrand's mass sits far in the density's tail (ln f the log
-// density there), plus a 6e-18 a absolute in the exponent where |s - 1| >= 1/4 (only where
-// the density is above e^-745, a <= 7500: 5e-14).
-// Measured against 40-digit mpmath integrals (tests/reference/gen_noncentral_t_large_delta.py)
-// within 6.7e-14 over |delta| in [41, 1e4], df in [1, 1e10], down to 1e-300 (the worst in
-// the far lower tail, 1.7e-198 at df 1e8, delta 1e4); against the same march six times
-// denser (panels of 1.5 scales and falls of 4) within 1.8e-14 on 3000 random arguments
-// (df 1 .. 1e10, |delta| 1e-3 .. 1e4, both tails). The breaks this replaced laid the rule in
-// s down to s = 0 and erred up to 1e-7 at non-integer df below 2 (s^(v-1)).
-// Declined (NaN): df outside [1, 1e10] (above, the density's width 1/sqrt(2v) falls below
-// the rounding of y near 0), t or delta not finite, a side needing more than 100 panels
-// (never seen).
-// References: Owen (1968), "A survey of properties and applications of the noncentral
-// t-distribution" (the integral over the chi scale); Abramowitz and Stegun 25.4.30 (the rule).
+// where s^2 - 1 - 2 ln s would cancel; as many terms as |d| needs, at most 28), elsewhere as s^2 -
+// 1 - 2 ln s with s^2 and ln s in two parts (ln s within 3e-18, double_double.hpp). A node's own
+// rounding (the offset's, below an ulp of the panel's width) is then of the rule's order. Error
+// bound (relative): the rule's (the 20-point rule's remainder on an exponential that falls by e^21
+// across the panel is 3e-18 of it; with the tabulated nodes and weights it was measured within
+// 4e-17 on such a panel, on a normal density over 6.5 scales and on Phi over 6.5 units of c; the
+// 12-point rule's is below 1e-9 of panels that are themselves below e^-26 of the peak), the tails
+// left out (1e-18), the constant K's (mu within 1e-15 below v = 30, 3e-17 above), Phi's few ulps,
+// and the exponent's rounding, about 2e-16 |ln f| where the integrand's mass sits far in the
+// density's tail (ln f the log density there), plus a 6e-18 a absolute in the exponent where |s -
+// 1| >= 1/4 (only where the density is above e^-745, a <= 7500: 5e-14). Measured against 40-digit
+// mpmath integrals (tests/reference/gen_noncentral_t_large_delta.py) within 4.7e-15 over |delta| in
+// [41, 1e4] and df in [1, 1e10] with results down to 1e-250 (its grid and its --scale rows: the
+// switches, non-integer df near 1, random arguments in both tails); against the same march six
+// times denser (panels of 1.5 scales and falls of 4) within 1.8e-14 on 3000 random arguments (df 1
+// .. 1e10, |delta| 1e-3 .. 1e4, both tails, results to 1e-300). Laid in s down to s = 0, the rule
+// missed s^(v-1) by up to 1e-7 at non-integer df below 2. About 8 to 15 us per call (median by
+// region), at most 0.03 ms. Declined (NaN): df outside [1, 1e10] (above, the density's width
+// 1/sqrt(2v) falls below the rounding of y near 0), t or delta not finite, a side needing more than
+// 100 panels (never seen). References: Owen (1968), "A survey of properties and applications of the
+// noncentral t-distribution" (the integral over the chi scale); Abramowitz and Stegun 25.4.30 (the
+// rule).
 #include "platform/numeric/noncentral_t_scale.hpp"
 
 #include <algorithm>

@@ -13,7 +13,8 @@ inline constexpr double kNoncentralTHugeT = 1e50;
 
 // P(T <= t) = E[Phi(t S - delta)], S = sqrt(chi2_df / df), for t and delta finite and
 // 1 <= df <= kNoncentralTScaleDfMax, any result size (the integrand is positive). NaN for
-// arguments outside that range.
+// arguments outside that range (and where its panels would not close within their cap,
+// which no argument tried reached).
 double noncentral_t_lower_by_scale(double t, double df, double delta);
 
 }  // namespace zemath::numeric
