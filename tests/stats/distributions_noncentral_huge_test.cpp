@@ -240,7 +240,7 @@ TEST(NoncentralHuge, BetaAndFDeepLowerTails) {
         std::size(kDeepLowerTails), worst);
 }
 
-// Far in the lower tail at lambda 4e7 .. 1e9: results from 1e-5 through the subnormal range to
+// Far in the lower tail at lambda 4e7 .. 1e9: results from 1e-4 through the subnormal range to
 // 0, on both sides of the point where the Chernoff bound proves 0, shapes from 1e5 down to the
 // smallest subnormal; and the chi-square near lambda 2000 with x far under the mean and df large
 // beside lambda, where the strided sum starts far below its largest terms and walks to u near 0.
