@@ -17,13 +17,16 @@ counted one by one, but only over the window of indices whose terms matter:
        beta:        d_j = x^s y^b / (s B(s, b)),  s = a + j,  d_j = d_(j+1) (s + 1) / (x (s + b)),
        chi-square:  d_j = y^s e^-y / Gamma(s + 1),            d_j = d_(j+1) (s + 1) / y,
    (positive additions only), starting from one mpmath evaluation at the top end, and the
-   weights by log-gamma. Its terms are good to about 1e-9 relative, ample to find the indices
-   whose terms lie above e^-115 (1e-50) of the largest; the rest, at most 47 sqrt(h) e^-115 of
-   the largest together, is dropped (checked for each row).
+   weights by log-gamma. Its terms are good to about 1e-5 relative (log-gamma's rounding at
+   indices near 5e8), ample to find the indices whose terms lie above e^-115 (1e-50) of the
+   largest; the rest, at most 94 sqrt(h) e^-115 of the largest together, is dropped (checked
+   for each row), and the pass's sum must agree with the final one within 1e-4 relative.
 3. Over that window the same recurrence runs in mpmath at 40 digits from one incomplete beta
-   or gamma at its top index (gen_distributions_central.py's continued fractions and series, at
-   40 digits more than b is small where the central term is 1 minus its complement), the
-   weights by their ratios from one log-gamma evaluation, each term added one by one.
+   or gamma at its top index (gen_distributions_central.py's continued fractions and series;
+   the beta's at 20 more digits and as many again as b is small, since past the switch point
+   the central term is 1 minus its complement, evaluated twice, 20 digits apart, and required to
+   agree within 1e-38), the weights by their ratios from one log-gamma evaluation, each term
+   added one by one.
 
 This takes a few seconds per row at lambda 1e9, where summing every index from 14 sqrt(h)
 above the mean (gen_noncentral_beta_huge_lambda.py) took many minutes; `--check` compares the
@@ -44,7 +47,8 @@ Writes tests/reference/noncentral_window_sums_ref.inc: {kind, p0, p1, p2, lambda
 kind 0 chi-square (x, df, 0, lambda), 1 beta (x, a, b, lambda), 2 F (f, df1, df2, lambda).
 Values below 2^-1075 are written as 0, others as the nearest double (subnormal ones included),
 the 20-digit value beside.
-Run: REF_PROCS=2 /usr/bin/python3 tests/reference/gen_noncentral_window_sums.py   (minutes)
+Run: /usr/bin/python3 tests/reference/gen_noncentral_window_sums.py   (about five minutes;
+     REF_PROCS=2 for two processes)
      /usr/bin/python3 tests/reference/gen_noncentral_window_sums.py --check
 """
 import math
