@@ -2,8 +2,8 @@
 // large non-centralities: mpmath references (tests/reference/gen_noncentral_t_large_delta.py,
 // gen_noncentral_chi2_huge_lambda.py, gen_noncentral_beta_huge_lambda.py,
 // gen_noncentral_far_tails.py, gen_noncentral_beta_deep_tails.py,
-// gen_noncentral_chi2_deep_tails.py) across the paths and their switch points, and the refusals on
-// either side of each bound.
+// gen_noncentral_chi2_deep_tails.py, gen_noncentral_window_sums.py) across the paths and their
+// switch points, and the refusals on either side of each bound.
 #include <gtest/gtest.h>
 
 #include <cfloat>
@@ -54,6 +54,12 @@ const MixtureRow kFarLowerTails[] = {
 // 1 and 2 as above, deep in the lower tail at lambda 1e7 .. 1e9. Expected 0 below 2^-1075.
 const MixtureRow kDeepLowerTails[] = {
 #include "reference/noncentral_beta_deep_tails_ref.inc"
+};
+// 0, 1 and 2 as above, far in the lower tail at lambda 4e7 .. 1e9 (and the chi-square near
+// lambda 2000 where its strided sum starts far below the largest terms). Expected 0 below
+// 2^-1075.
+const MixtureRow kWindowSums[] = {
+#include "reference/noncentral_window_sums_ref.inc"
 };
 
 // Every row within 1e-13 relative, status 0; returns the worst error seen.
@@ -245,6 +251,29 @@ TEST(NoncentralHuge, BetaAndFDeepLowerTails) {
         "[accuracy] ncbetacdf, ncfcdf deep lower tails: %zu rows, worst relative error "
         "%.2e (normal results)\n",
         std::size(kDeepLowerTails), worst);
+}
+
+// Far in the lower tail at lambda 4e7 .. 1e9: results from 1e-4 through the subnormal range to
+// 0, on both sides of the point where the Chernoff bound proves 0, shapes from 1e5 down to the
+// smallest subnormal; and the chi-square near lambda 2000 with x far under the mean and df large
+// beside lambda, where the strided sum starts far below its largest terms and walks to u near 0.
+TEST(NoncentralHuge, FarLowerTailsAgainstWindowSums) {
+    double worst = 0.0;
+    for (const MixtureRow& r : kWindowSums) {
+        int status = -1;
+        const double v = r.kind == 0.0   ? ncchi2cdf(r.p0, r.p1, r.lambda, &status)
+                         : r.kind == 1.0 ? ncbetacdf(r.p0, r.p1, r.p2, r.lambda, &status)
+                                         : ncfcdf(r.p0, r.p1, r.p2, r.lambda, &status);
+        const auto where = ::testing::Message()
+                           << r.kind << ": " << r.p0 << ", " << r.p1 << ", " << r.p2 << ", "
+                           << r.lambda << " = " << v << ", expected " << r.expected;
+        EXPECT_EQ(status, 0) << where;
+        worst = std::fmax(worst, deep_tail_error(v, r.expected, where));
+    }
+    std::printf(
+        "[accuracy] ncchi2cdf, ncbetacdf, ncfcdf far lower tails at lambda up to 1e9: %zu rows, "
+        "worst relative error %.2e (normal results)\n",
+        std::size(kWindowSums), worst);
 }
 
 // The chi-square at huge non-centralities just above the point where it leaves the range.

@@ -44,7 +44,10 @@
 //               (measured 1.6e-15 and 0.05 ms, where Boost's series erred up to 4e-10 and took
 //               up to 50 ms); just above the point where the law leaves the double range, the
 //               central terms from the kernel's logarithmic form and the sum scaled by a power
-//               of two (at most 0.06 ms, where the paths below took up to 27 ms).
+//               of two (at most 0.06 ms, where the paths below took up to 27 ms); the stride
+//               checked after the sum against the summand's width at the lowest node visited,
+//               and where even a stride of 1 is too wide there (a walk from far below the
+//               largest terms down to u near 0, lambda near 2000) the paths below.
 //   beta, F, 1600 < lambda <= 1e9: platform/numeric/noncentral_beta (stride): the same
 //               strided sum over the beta mixture, terms from the double incomplete beta
 //               (shapes up to 1e5); a few dozen terms at any lambda (measured within 1.1e-15

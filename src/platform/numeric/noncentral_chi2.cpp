@@ -54,7 +54,16 @@
 // w(u) = e^-(deviance + mu(u)) / sqrt(2 pi u). The sum runs from the largest term (located
 // from Gaussian approximations of both factors) outwards, each side until a falling term is
 // below 1e-18 of the sum (the terms are log-concave, so they fall for good past the
-// largest): about 20 sigma / H <= 200 evaluations at any lambda. Where the term at the start
+// largest): about 20 sigma / H <= 200 evaluations at any lambda. After the sum the stride is
+// checked against the summand's width from the lowest node visited on, 1/sqrt(1/u + 1/max(s, y))
+// (the weights' curvature psi'(u + 1) is below 1/u, more than the 1/h above where the walk goes
+// far below the mean; the central term's at most about 1/s past the central law's mean, 1/y
+// near it): it must be at least 2 H (aliasing below e^-78), else the sum runs again with the
+// stride that width allows, and declines below 1 (the routine's other paths take over). On
+// random scans it fired only where the start lay far below the largest terms (lambda near 2000,
+// df large beside it, x far under the mean: the walk reached u near 0, where the terms carry
+// nothing), and there the paths below agreed with the strided sum within 5e-16 of mpmath
+// (tests/reference/gen_noncentral_window_sums.py). Where the term at the start
 // lies below e^-600, every term is scaled by 2^k (its exponent joined to the weight's in two
 // parts), k bringing that term near 1, and the sum scaled back once by 2^-k: one rounding,
 // into the subnormal range where the law ends there (measured within a unit of the last place
@@ -66,7 +75,9 @@
 // within 1.6e-15 against 32-digit mpmath sums of every term
 // (tests/reference/gen_noncentral_chi2_huge_lambda.py), where Boost's series erred up to
 // 4e-10 and took up to 50 ms (far tails at df 1e10: one ulp of x moves P by 1e-10 there,
-// and x is taken exactly).
+// and x is taken exactly); far in the lower tail at lambda 4e7 to 1e9 within 7.6e-16, the
+// subnormal results within a unit of the last place, against 40-digit sums over the window of
+// terms that matter (gen_noncentral_window_sums.py).
 // References: Ding (1992), "Algorithm AS 275: computing the non-central chi-squared
 // distribution function"; Benton and Krishnamoorthy (2003), "Computing discrete mixtures
 // of continuous distributions"; DLMF 8.8.5-8.8.6 (the recurrences), 1.8.14 (Poisson's
@@ -176,6 +187,8 @@ constexpr double kScaledBelow = -600.0;
 constexpr int kScaleMax = 1100;
 constexpr double kSmallestSum = 1e-280;
 constexpr TwoPart kLn2Parts{0.6931471805599453, 2.3190468138462996e-17};
+// Strides tried after the first, each a power of two smaller (see the check after the sum).
+constexpr int kStrideRefinements = 3;
 
 // P(s, y) as value e^log_scale: the double incomplete gamma where its lower side is normal,
 // else (below the mean) its logarithmic form; where neither applies at a shape outside
@@ -237,7 +250,7 @@ double noncentral_chi2_lower_stride(double x, double df, double lambda) {
     // sqrt(y) (its logarithm's curvature is at most 1/h + 1/y); the stride a power of two
     // at most a quarter of it, so that every node a + u is an exact double.
     const double width = 1.0 / std::sqrt(1.0 / h + 1.0 / y);
-    const double stride = std::exp2(std::floor(std::log2(0.25 * width)));
+    double stride = std::exp2(std::floor(std::log2(0.25 * width)));
     if (!(stride >= 1.0)) return kNaN;
     // Start near the largest term: with the weights' logarithm about -(u - h)^2 / (2h) and,
     // below the central law's mean (a + u > y), the central term's about
@@ -252,14 +265,34 @@ double noncentral_chi2_lower_stride(double x, double df, double lambda) {
     if (log_start < kScaledBelow)
         scale = static_cast<int>(std::min(-log_start / std::numbers::ln2, double{kScaleMax}));
     const TwoPart log_scale = multiply(TwoPart{static_cast<double>(scale), 0.0}, kLn2Parts);
-    bool declined = false;
-    const double sum =
-        sum_outward(start, stride, a, kStrideSteps, kStrideNegligible, [&](double s) {
-            const double term = stride_term(s, a, y, h, log_scale, &declined);
-            return declined ? kNaN : term;
-        });
-    if (std::isnan(sum) || !std::isfinite(sum)) return kNaN;
-    const double result = stride * sum;
+    // The stride is checked after the sum against the summand's width from the lowest node it
+    // visited: there the weights' curvature psi'(u + 1) < 1/u may exceed the 1/h taken above
+    // (the largest terms below the mean, where the central factor steepens the summand), beside
+    // the central term's at most about 1/max(s, y) (1/s past the central law's mean, about 1/y
+    // near it, less below). That width must be at least twice the stride (aliasing below e^-78
+    // of the sum); else the sum runs again with the stride it allows (still a power of two, so
+    // the start stays on its lattice), and declines below 1.
+    const auto width_from = [&](double s) {
+        return 1.0 / std::sqrt(1.0 / (s - a) + 1.0 / std::max(s, y));
+    };
+    double result = kNaN;
+    for (int attempt = 0;; ++attempt) {
+        double lowest = start;
+        bool declined = false;
+        const double sum =
+            sum_outward(start, stride, a, kStrideSteps, kStrideNegligible, [&](double s) {
+                lowest = std::min(lowest, s);
+                const double term = stride_term(s, a, y, h, log_scale, &declined);
+                return declined ? kNaN : term;
+            });
+        if (std::isnan(sum) || !std::isfinite(sum)) return kNaN;
+        result = stride * sum;
+        const double allowed = width_from(std::max(lowest, a + 1.0));
+        if (stride <= 0.5 * allowed) break;
+        if (attempt == kStrideRefinements) return kNaN;
+        stride = std::exp2(std::floor(std::log2(0.25 * allowed)));
+        if (!(stride >= 1.0)) return kNaN;
+    }
     if (scale == 0) return std::fmin(result, 1.0);
     // Scaled back once; a sum below the normal range here lost terms to underflow: 0 where even
     // its bound rounds to 0, else declined.

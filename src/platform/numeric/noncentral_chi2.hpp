@@ -20,8 +20,9 @@ inline constexpr double kNoncentralChi2StrideDfMax = 1e10;
 
 // The same for kNoncentralChi2DoubleLambdaMax < lambda <= kNoncentralChi2StrideLambdaMax,
 // 0 < df <= kNoncentralChi2StrideDfMax, x/2 normal and finite, by the mixture summed with a
-// stride (see noncentral_chi2.cpp). NaN where it declines (outside that range, or where
-// the double incomplete gamma declines at a shape whose smaller tail might still matter).
+// stride (see noncentral_chi2.cpp). NaN where it declines (outside that range, where
+// the double incomplete gamma declines at a shape whose smaller tail might still matter, or
+// where the summand is narrower than two indices at the lowest node the sum visits).
 double noncentral_chi2_lower_stride(double x, double df, double lambda);
 
 }  // namespace zemath::numeric
