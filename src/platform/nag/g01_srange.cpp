@@ -30,17 +30,28 @@
 // normal double (3e-156 at q = 0.8834, v = 5, r = 1.2e8): there the range law is carried
 // scaled by the exponential of its integrand's logarithm at w/2, and the outer integrand
 // relative to its value at the mode, the scale restored in the final product.
+// Near P = 1 the upper tail 1 - P is integrated as such (g01emc_upper): the range's upper
+// tail 1 - R(w) from the law of the largest normal, r integral phi(u) Phi(u)^(r-1) G(u) du
+// with G = 1 - (1 - Phi(u-w)/Phi(u))^(r-1) by expm1 and log1p (range_upper, about five times
+// R's cost), over the same scale mixture; 1 - P taken from P kept only an absolute
+// DBL_EPSILON, 100% of a tail of 1e-16 (srangeinv(1 - 6.7e-16, 1.08e15, 4) gave 11.82; the
+// upper tail's q is 11.7272).
 // The deviate: Newton's method with the density dP/dq (the same quadrature), on ln P
-// against ln q below the median and on ln(1 - P) against q above it, from the Odeh-Evans /
-// AS 190.2 start, inside a bracket kept from the signs seen (bisection or doubling when a
-// step leaves it), until P is within rounding of p, the step within rounding of q, or the
-// quadratic convergence predicts the next residual below rounding; 3-6 evaluations. Past
-// 100 groups the start is asymptotic instead (tukey_start_many: the v = infinity range law's
-// own deviate, cheap to solve, combined with the scale's quantiles). Over r from 101 to
-// 2^31 - 1 (log-uniform), v from 1 to 1e6 and infinity, p in the body and down to 1e-12 from
-// 0 and 1: median 3 evaluations, at most 5 (up to 45 at p = 1 - 1e-12 while P near 1 carried
-// noise of 1e-9), per deviate median 1.0 ms (was 3.1), at most about 5 ms (was 46); up to
-// 100 groups median 1.2 ms, at most 4 ms for v up to 1e3.
+// against ln q below the median and on ln(1 - P) against ln q above it (one step for the
+// power laws of either end), from the Odeh-Evans / AS 190.2 start, inside a bracket kept from
+// the signs seen (bisection or doubling when a step leaves it), until P is within rounding of
+// p, the step within rounding of q, or the quadratic convergence predicts the next residual
+// below rounding; 3-6 evaluations. Above p = 1 - 1e-3 the last one or two take the direct
+// upper tail, the others 1 - P from P while its rounding is far below the residual. Past
+// 100 groups, and past p = 0.99, the start is asymptotic instead (tukey_start_many: the
+// v = infinity range law's own deviate, cheap to solve, combined with the scale's quantiles).
+// Where P is within rounding of its small-q power law sqrt(r) (q / sqrt(2 pi))^(r-1) E S^(r-1)
+// (few groups, P down to the subnormals) that law is P and its deviate.
+// Over r from 101 to 2^31 - 1 (log-uniform), v from 1 to 1e6 and infinity, p in the body and
+// down to 1e-12 from 0 and 1 (a scan of 250 calls): per deviate median 1.1 ms (0.9 before
+// the direct upper tail), p90 7 ms (2.3); above p = 1 - 1e-3 median 3.3 ms (0.7), up to
+// about 15 ms for 1e8 groups and more, where the upper tail's outer integral falls back to
+// the adaptive panels.
 //
 // Phi(u) - Phi(u - w) is summed from its Hermite series below w = 1/2, where the
 // difference of the two probabilities loses digits (all of them below w = 1e-16). Its
@@ -57,8 +68,11 @@
 // 2e-9 of 1 (1e-16 absolute there, P rising monotonically to 1 within an ulp); worst 1.2e-13
 // at P = 2e-34 (2^31 - 1 groups, v = 1e6), where ln R is about -80 and the ulps of each
 // tail Q in ln D, times r, leave R about 1e-13 of noise between neighbouring w; 6e-15 for
-// the range law itself at 2^31 - 1 groups. The deviate reproduces its probability to
-// about 1e-15 up to 100 groups, past them to 5e-14 up to the median and a few ulps above.
+// the range law itself at 2^31 - 1 groups. The upper tail 1 - P against a 25-digit mpmath
+// integral taken in the other order, range first (tests/reference/gen_srange_tails.py): within
+// 3e-14 relative from 1e-3 down to 1e-27, 2 to 2^31 - 1 groups, v from 3 to 1.08e15 and
+// infinity. The deviate reproduces its probability to about 1e-15 up to 100 groups, past
+// them to 5e-14 up to the median, and above it its upper tail to 1e-12 or better.
 //
 // Failures: NE_REAL for NaN; NE_INT_ARG_LT for ir < 2; NE_REAL_ARG_LT for v < 1;
 // NE_REAL_ARG_LE / NE_REAL_ARG_GE for p outside (0, 1); NE_CONV when the deviate's
@@ -477,7 +491,10 @@ Law range_upper(double w, double r) {
     }
     const double mode = 0.5 * (lo + hi);
     const double top = log_g(mode);
-    if (!std::isfinite(top)) return {};
+    // Far out 1 - R lies below the double range (w above 60 or so), where the sums below
+    // could meet 0 * infinity.
+    constexpr double kBelowRange = -800.0;
+    if (!std::isfinite(top) || top < kBelowRange) return {};
     const double log_groups = std::log(r - 1.0);
     const auto integrand = [&](double u) -> Law {
         const double x = ratio(u);
@@ -503,7 +520,9 @@ Law range_upper(double w, double r) {
         total = {left.p + right.p, left.dp + right.dp};
     }
     const double scale = r * numeric::kInvSqrtTwoPi * std::exp(top);
-    return {std::min(1.0, scale * total.p), scale * numeric::kInvSqrtTwoPi * total.dp};
+    const Law law{scale * total.p, scale * numeric::kInvSqrtTwoPi * total.dp};
+    if (!(law.p >= 0.0 && law.dp >= 0.0 && std::isfinite(law.dp))) return {};
+    return {std::min(1.0, law.p), law.dp};
 }
 
 // A scaled law at its own scale, underflowing to 0 where it lies below the double range.
@@ -557,7 +576,13 @@ Law tukey_lower(double q, double v, double r) {
     if (q <= 0.0) return {};
     if (std::isinf(q)) return {1.0, 0.0};
     if (power_law_holds(q, v, r)) {
-        const double p = std::exp(power_law_log_constant(v, r) + (r - 1.0) * std::log(q));
+        // By pow where the constant is a normal double (exp of a logarithm of -700 would
+        // cost 700 ulps).
+        const double log_constant = power_law_log_constant(v, r);
+        const double constant = std::exp(log_constant);
+        const double p = constant >= DBL_MIN && constant <= DBL_MAX
+                             ? constant * std::pow(q, r - 1.0)
+                             : std::exp(log_constant + (r - 1.0) * std::log(q));
         return {p, (r - 1.0) * (p / q)};
     }
     // The scale chi_v / sqrt(v) moves the probability by O(r q^2 / v) relative (below
@@ -894,7 +919,18 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     constexpr double kFittedStartGroups = 100.0, kFittedStartBelow = 0.99;
     if (logarithmic) {
         // The small-q power law, where it holds, is the deviate.
-        const double power = std::exp((target - power_law_log_constant(v, r)) / (r - 1.0));
+        // (p / C)^(1/(r-1)) as 2^-t (2^(t (r-1)) p / C)^(1/(r-1)), the scaled ratio near 1:
+        // the rounding of 1/(r-1) costs ln(ratio) of its ulps (700 of them unscaled).
+        const double log_constant = power_law_log_constant(v, r);
+        const double constant = std::exp(log_constant);
+        double power = std::exp((target - log_constant) / (r - 1.0));
+        if (constant >= DBL_MIN && constant <= DBL_MAX && r <= 1000.0) {
+            const int t = static_cast<int>(
+                std::lround(-(target - log_constant) / (std::numbers::ln2 * (r - 1.0))));
+            const double ratio = std::ldexp(p, t * static_cast<int>(r - 1.0)) / constant;
+            if (ratio >= DBL_MIN && ratio <= DBL_MAX)
+                power = std::ldexp(std::pow(ratio, 1.0 / (r - 1.0)), -t);
+        }
         if (power > 0.0 && power_law_holds(power, v, r)) return q = power, true;
     }
     double x = r > kFittedStartGroups || p > kFittedStartBelow ? tukey_start_many(p, r, v)
@@ -914,7 +950,7 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     // From a direct residual below kFinal the Newton step is taken as the deviate: the
     // residual after it is of order its square (ln(1 - P) is smooth in ln q), far below
     // rounding, where 1 - P from P and the direct one differ by 1e-10 at most.
-    constexpr double kDirectTail = 1e-3, kCheapAbove = 1e-11, kCheapNoise = 1e4, kFinal = 1e-8;
+    constexpr double kDirectTail = 1e-3, kCheapAbove = 1e-14, kCheapNoise = 100.0, kFinal = 1e-8;
     constexpr int kMaxCheap = 8;
     bool precise = logarithmic || tail >= kDirectTail;
     int cheap_steps = 0;
@@ -934,13 +970,15 @@ bool tukey_deviate(double p, double v, double r, double& q) {
             }
         }
         if (!precise) {
-            // Bracket and Newton step only.
-            (law.p > tail ? lo : hi) = x;
+            // Bracket (where the residual's sign is above P's rounding) and Newton step only.
             const double residual = std::log(law.p) - target;
             previous_residual = std::fabs(residual);
-            if (std::fabs(residual) <= kCheapNoise * DBL_EPSILON / law.p ||
-                ++cheap_steps == kMaxCheap)
+            if (std::fabs(residual) <= kCheapNoise * DBL_EPSILON / law.p) {
                 precise = true;
+            } else {
+                (law.p > tail ? lo : hi) = x;
+            }
+            if (++cheap_steps == kMaxCheap) precise = true;
             double next = NAN;
             if (law.dp > 0.0) {
                 next = x * std::exp(std::clamp(residual * law.p / (x * law.dp), -kMaxLogStep,
@@ -1008,6 +1046,18 @@ double g01emc(double q, double v, int ir, NagError* fail) {
     if (bad_arguments(v, ir, fail)) return 0.0;
     fail->set(NE_NOERROR);
     return tukey_lower<false>(q, v, ir).p;
+}
+
+double g01emc_upper(double q, double v, int ir, NagError* fail) {
+    if (std::isnan(q)) return fail->set(NE_REAL), 0.0;
+    if (bad_arguments(v, ir, fail)) return 0.0;
+    fail->set(NE_NOERROR);
+    // In the body 1 - P loses at most a digit; the direct integral is for the tail (in the
+    // body, at few degrees of freedom and many groups, its rule can settle 3e-7 off: the
+    // range law's step then lies where the scale's density still weighs).
+    constexpr double kTailBelow = 0.1;
+    const double lower = tukey_lower<false>(q, v, ir).p;
+    return lower < 1.0 - kTailBelow ? 1.0 - lower : tukey_upper<false>(q, v, ir).p;
 }
 
 double g01fmc(double p, double v, int ir, NagError* fail) {
