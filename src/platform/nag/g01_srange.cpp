@@ -48,10 +48,11 @@
 // Where P is within rounding of its small-q power law sqrt(r) (q / sqrt(2 pi))^(r-1) E S^(r-1)
 // (few groups, P down to the subnormals) that law is P and its deviate.
 // Over r from 101 to 2^31 - 1 (log-uniform), v from 1 to 1e6 and infinity, p in the body and
-// down to 1e-12 from 0 and 1 (a scan of 250 calls): per deviate median 1.1 ms (0.9 before
-// the direct upper tail), p90 7 ms (2.3); above p = 1 - 1e-3 median 3.3 ms (0.7), up to
-// about 15 ms for 1e8 groups and more, where the upper tail's outer integral falls back to
-// the adaptive panels.
+// down to 1e-12 from 0 and 1 (a scan of 250 calls, the machine shared): per deviate median
+// 1.2 ms (0.8 before the direct upper tail, same scan), p90 4 ms (1.8); above p = 1 - 1e-3
+// median 3.4 ms (0.7), at most 13 ms (3.7), mostly many groups at p within 1e-8 of 1, where
+// the direct tail's outer integral falls back to the adaptive panels and range_upper costs
+// some 30 us a node.
 //
 // Phi(u) - Phi(u - w) is summed from its Hermite series below w = 1/2, where the
 // difference of the two probabilities loses digits (all of them below w = 1e-16). Its
