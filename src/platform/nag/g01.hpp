@@ -68,5 +68,8 @@ double g01hac(double x, double y, double rho, NagError* fail);
 double g01emc(double q, double v, int ir, NagError* fail);
 // Studentized range deviate, 0 < p < 1.
 double g01fmc(double p, double v, int ir, NagError* fail);
+// Studentized range upper tail 1 - P(q), integrated as such where it is below 0.1: relative
+// accuracy also where P rounds to 1. The failures of g01emc; 1 for q <= 0, 0 for q = +infinity.
+double g01emc_upper(double q, double v, int ir, NagError* fail);
 
 }  // namespace zemath::nag

@@ -30,17 +30,29 @@
 // normal double (3e-156 at q = 0.8834, v = 5, r = 1.2e8): there the range law is carried
 // scaled by the exponential of its integrand's logarithm at w/2, and the outer integrand
 // relative to its value at the mode, the scale restored in the final product.
+// Near P = 1 the upper tail 1 - P is integrated as such (g01emc_upper): the range's upper
+// tail 1 - R(w) from the law of the largest normal, r integral phi(u) Phi(u)^(r-1) G(u) du
+// with G = 1 - (1 - Phi(u-w)/Phi(u))^(r-1) by expm1 and log1p (range_upper, about five times
+// R's cost), over the same scale mixture; 1 - P taken from P kept only an absolute
+// DBL_EPSILON, 100% of a tail of 1e-16 (srangeinv(1 - 6.7e-16, 1.08e15, 4) gave 11.82; the
+// upper tail's q is 11.7272).
 // The deviate: Newton's method with the density dP/dq (the same quadrature), on ln P
-// against ln q below the median and on ln(1 - P) against q above it, from the Odeh-Evans /
-// AS 190.2 start, inside a bracket kept from the signs seen (bisection or doubling when a
-// step leaves it), until P is within rounding of p, the step within rounding of q, or the
-// quadratic convergence predicts the next residual below rounding; 3-6 evaluations. Past
-// 100 groups the start is asymptotic instead (tukey_start_many: the v = infinity range law's
-// own deviate, cheap to solve, combined with the scale's quantiles). Over r from 101 to
-// 2^31 - 1 (log-uniform), v from 1 to 1e6 and infinity, p in the body and down to 1e-12 from
-// 0 and 1: median 3 evaluations, at most 5 (up to 45 at p = 1 - 1e-12 while P near 1 carried
-// noise of 1e-9), per deviate median 1.0 ms (was 3.1), at most about 5 ms (was 46); up to
-// 100 groups median 1.2 ms, at most 4 ms for v up to 1e3.
+// against ln q below the median and on ln(1 - P) against ln q above it (one step for the
+// power laws of either end), from the Odeh-Evans / AS 190.2 start, inside a bracket kept from
+// the signs seen (bisection or doubling when a step leaves it), until P is within rounding of
+// p, the step within rounding of q, or the quadratic convergence predicts the next residual
+// below rounding; 3-6 evaluations. Above p = 1 - 1e-3 the last one or two take the direct
+// upper tail, the others 1 - P from P while its rounding is far below the residual. Past
+// 100 groups, and past p = 0.99, the start is asymptotic instead (tukey_start_many: the
+// v = infinity range law's own deviate, cheap to solve, combined with the scale's quantiles).
+// Where P is within rounding of its small-q power law sqrt(r) (q / sqrt(2 pi))^(r-1) E S^(r-1)
+// (few groups, P down to the subnormals) that law is P and its deviate.
+// Over r from 101 to 2^31 - 1 (log-uniform), v from 1 to 1e6 and infinity, p in the body and
+// down to 1e-12 from 0 and 1 (a scan of 250 calls, the machine shared): per deviate median
+// 1.2 ms (0.8 before the direct upper tail, same scan), p90 4 ms (1.8); above p = 1 - 1e-3
+// median 3.4 ms (0.7), at most 13 ms (3.7), mostly many groups at p within 1e-8 of 1, where
+// the direct tail's outer integral falls back to the adaptive panels and range_upper costs
+// some 30 us a node.
 //
 // Phi(u) - Phi(u - w) is summed from its Hermite series below w = 1/2, where the
 // difference of the two probabilities loses digits (all of them below w = 1e-16). Its
@@ -57,8 +69,11 @@
 // 2e-9 of 1 (1e-16 absolute there, P rising monotonically to 1 within an ulp); worst 1.2e-13
 // at P = 2e-34 (2^31 - 1 groups, v = 1e6), where ln R is about -80 and the ulps of each
 // tail Q in ln D, times r, leave R about 1e-13 of noise between neighbouring w; 6e-15 for
-// the range law itself at 2^31 - 1 groups. The deviate reproduces its probability to
-// about 1e-15 up to 100 groups, past them to 5e-14 up to the median and a few ulps above.
+// the range law itself at 2^31 - 1 groups. The upper tail 1 - P against a 25-digit mpmath
+// integral taken in the other order, range first (tests/reference/gen_srange_tails.py): within
+// 3e-14 relative from 1e-3 down to 1e-27, 2 to 2^31 - 1 groups, v from 3 to 1.08e15 and
+// infinity. The deviate reproduces its probability to about 1e-15 up to 100 groups, past
+// them to 5e-14 up to the median, and above it its upper tail to 1e-12 or better.
 //
 // Failures: NE_REAL for NaN; NE_INT_ARG_LT for ir < 2; NE_REAL_ARG_LT for v < 1;
 // NE_REAL_ARG_LE / NE_REAL_ARG_GE for p outside (0, 1); NE_CONV when the deviate's
@@ -174,10 +189,11 @@ Law integrate_outwards(const F& f, double from, double to, double width, Law hea
 // adaptive panels take it).
 template <class F>
 std::optional<Law> trapezoid_from_mode(const F& f, double mode, double width, Law head, bool both,
-                                       double lo, double hi, bool resolved = false) {
+                                       double lo, double hi, bool resolved = false,
+                                       int kMaxNodes = 400) {
     constexpr double kNegligible = 1e-18, kAgreement = 1e-7;
     constexpr double kWeighty = 1e-15, kMaxBend = 1.0;
-    constexpr int kMaxLevels = 4, kMaxNodes = 400;
+    constexpr int kMaxLevels = 4;
     double h = 0.75 * width;
     Law nodes = head;  // the sum of f over the nodes so far (the mode's included)
     // ln f at the current level's nodes mode + k h, k = 1, 2, ..., per direction (`resolved`).
@@ -389,11 +405,162 @@ ScaledLaw range_law(double w, double r) {
     return {shift == 0.0 ? std::min(p, 1.0) : p, scale * numeric::kInvSqrtTwoPi * total.dp, shift};
 }
 
+// 1 - R(w), the range's upper tail, without forming it from R (which leaves it only to an
+// absolute DBL_EPSILON: P near 1 and its deviate came out a few ulps off), and its density
+// R'(w), relative to it (R' from range_law is cut where it is below 1e-18 absolutely). With
+// u the largest of the r normals, the range exceeds w unless the others all lie in
+// [u - w, u]:
+//     1 - R(w) = r integral phi(u) Phi(u)^(r-1) G(u) du,
+//     G(u) = 1 - (1 - x)^(r-1) = -expm1((r-1) log1p(-x)),  x = Phi(u - w) / Phi(u),
+//     R'(w)   = r (r-1) integral phi(u) phi(u - w) Phi(u)^(r-2) (1 - x)^(r-2) du,
+// each factor to a few ulps relative. The first integrand is log-concave (x is, Mills ratios
+// being monotone); its mode, about w/2 in the far tail (the extremes placed symmetrically)
+// and beyond it towards the largest normal's own mode otherwise, is found by regula falsi on
+// the slope of its logarithm,
+//     -u + (r-1) m(u) + G'(u) / G(u),  G'/G = (r-1) (1-x)^(r-2) x (m(u-w) - m(u)) / G,
+// m = phi / Phi; from there the trapezoidal rule takes both integrals (trapezoid_from_mode;
+// about 50 nodes, some five times R's cost), else the adaptive panels. Accurate to about
+// 1e-13 relative from 1 - R = 0.1 down to 1e-300.
+Law range_upper(double w, double r) {
+    if (!(w > 0.0)) return {1.0, 0.0};
+    if (std::isinf(w)) return {};
+    const auto log_lower = [](double u) {
+        const double q = normal_upper(u);
+        return q < 0.5 ? std::log1p(-q) : std::log(normal_upper(-u));
+    };
+    // x = Phi(u - w) / Phi(u), at most 1.
+    const auto ratio = [&](double u) {
+        return std::min(std::exp(std::log(normal_upper(w - u)) - log_lower(u)), 1.0);
+    };
+    const auto log_g = [&](double u) {
+        const double g = -std::expm1((r - 1.0) * std::log1p(-ratio(u)));
+        return -0.5 * u * u + (r - 1.0) * log_lower(u) + std::log(g);
+    };
+    const auto slope = [&](double u) {
+        const double x = ratio(u);
+        const double log_rest = std::log1p(-x);
+        const double g = -std::expm1((r - 1.0) * log_rest);
+        const double spread = numeric::inverse_mills(u - w) - numeric::inverse_mills(u);
+        // G'/G without the spread: (r-1) x (1-x)^(r-2) / G, 1 where x underflows.
+        double share = 1.0;
+        if (x >= 1.0) {
+            share = r == 2.0 ? 1.0 : 0.0;
+        } else if (g > 0.0 && x > 0.0) {
+            share = (r - 1.0) * std::exp((r - 2.0) * log_rest) * x / g;
+        }
+        return -u + (r - 1.0) * numeric::inverse_mills(u) + share * spread;
+    };
+    // Bracket the mode from w/2, by steps that double.
+    double lo = 0.5 * w, hi = lo;
+    double slo = slope(lo), shi = slo;
+    if (slo > 0.0) {
+        for (double step = 1.0; shi > 0.0 && step < 1e3; step *= 2.0) {
+            lo = hi;
+            slo = shi;
+            hi = lo + step;
+            shi = slope(hi);
+        }
+    } else {
+        for (double step = 1.0; slo < 0.0 && step < 1e3; step *= 2.0) {
+            hi = lo;
+            shi = slo;
+            lo = hi - step;
+            slo = slope(lo);
+        }
+    }
+    double curvature = 1.0;
+    int side = 0;
+    constexpr int kMaxSteps = 60;
+    for (int step = 0; step < kMaxSteps; ++step) {
+        if (!(slo > 0.0 && shi < 0.0)) break;
+        curvature = std::max((slo - shi) / (hi - lo), 1e-6);
+        if (hi - lo <= 0.1 / std::sqrt(curvature)) break;
+        const double mid = (lo * shi - hi * slo) / (shi - slo);
+        const double at = std::isfinite(mid) && mid > lo && mid < hi ? mid : 0.5 * (lo + hi);
+        const double s = slope(at);
+        if (s > 0.0) {
+            lo = at;
+            slo = s;
+            if (side == -1) shi *= 0.5;
+            side = -1;
+        } else {
+            hi = at;
+            shi = s;
+            if (side == 1) slo *= 0.5;
+            side = 1;
+        }
+    }
+    const double mode = 0.5 * (lo + hi);
+    const double top = log_g(mode);
+    // Far out 1 - R lies below the double range (w above 60 or so), where the sums below
+    // could meet 0 * infinity.
+    constexpr double kBelowRange = -800.0;
+    if (!std::isfinite(top) || top < kBelowRange) return {};
+    const double log_groups = std::log(r - 1.0);
+    const auto integrand = [&](double u) -> Law {
+        const double x = ratio(u);
+        const double log_rest = std::log1p(-x);
+        const double log_head = -0.5 * u * u + (r - 1.0) * log_lower(u) - top;
+        const double g = -std::expm1((r - 1.0) * log_rest);
+        const double t = u - w;
+        // phi(u - w) Phi(u)^(r-2) (1-x)^(r-2) (r-1), relative to e^top phi(u) / sqrt(2 pi).
+        const double density =
+            std::exp(log_head - log_lower(u) + (r - 2.0) * log_rest - 0.5 * t * t + log_groups);
+        return {g * std::exp(log_head), density};
+    };
+    const double width = 1.0 / std::sqrt(curvature);
+    const Law head = integrand(mode);
+    const double reach = 20.0 + w;
+    Law total;
+    if (const auto whole =
+            trapezoid_from_mode(integrand, mode, width, head, true, mode - reach, mode + reach)) {
+        total = *whole;
+    } else {
+        const Law right = integrate_outwards(integrand, mode, mode + reach, width, head, true);
+        const Law left = integrate_outwards(integrand, mode, mode - reach, width, head, true);
+        total = {left.p + right.p, left.dp + right.dp};
+    }
+    const double scale = r * numeric::kInvSqrtTwoPi * std::exp(top);
+    const Law law{scale * total.p, scale * numeric::kInvSqrtTwoPi * total.dp};
+    if (!(law.p >= 0.0 && law.dp >= 0.0 && std::isfinite(law.dp))) return {};
+    return {std::min(1.0, law.p), law.dp};
+}
+
 // A scaled law at its own scale, underflowing to 0 where it lies below the double range.
 Law unscaled(const ScaledLaw& law) {
     if (law.shift == 0.0) return {law.p, law.dp};
     const double factor = std::exp(law.shift);
     return {law.p * factor, law.dp * factor};
+}
+
+// Small q: R(w) = sqrt(r) (w / sqrt(2 pi))^(r-1) (1 + O(r w^2)) (the r-1 others within
+// w phi(z) of the smallest, z ~ N(0, 1/r) about 0 under phi^r), so that
+//     P(q) = sqrt(r) (q / sqrt(2 pi))^(r-1) E S^(r-1) (1 + O(r q^2 (v + r - 1) / v)),
+//     E S^k = (2/v)^(k/2) Gamma((v + k)/2) / Gamma(v/2),
+// exact to rounding where r^2 q^2 (1 + r/v) is below kPowerLaw: the whole subnormal range of
+// P for few groups (srangeinv(4.9e-324, 147.5, 3) = 1.18e-161, where Newton on the few
+// digits of a subnormal P took 14 evaluations, 48 ms). ln E S^k, k = r - 1, from Stirling's
+// series for the Gamma ratio where v/2 is large (lgamma's difference loses ln(v) ulps).
+constexpr double kPowerLaw = 1e-17;
+double power_law_log_constant(double v, double r) {
+    constexpr double kLimitDf = 1e19;  // as in tukey_lower
+    const double k = r - 1.0;
+    double log_moment = 0.0;
+    if (v < kLimitDf) {
+        const double a = 0.5 * v, b = 0.5 * k;
+        if (a < 10.0) {
+            log_moment = b * std::log(2.0 / v) + std::lgamma(a + b) - std::lgamma(a);
+        } else {
+            // ln Gamma(a + b) - ln Gamma(a) - b ln a by Stirling's series.
+            const double c = a + b;
+            log_moment = (c - 0.5) * std::log1p(b / a) - b + (1.0 / c - 1.0 / a) / 12.0 -
+                         (1.0 / (c * c * c) - 1.0 / (a * a * a)) / 360.0;
+        }
+    }
+    return 0.5 * std::log(r) - 0.5 * k * std::log(2.0 * std::numbers::pi) + log_moment;
+}
+bool power_law_holds(double q, double v, double r) {
+    return r * r * q * q * (1.0 + r / v) <= kPowerLaw;
 }
 
 // P(q; v, r) = integral f_Y(y) R(q e^y) dy and, when `derivative`, its derivative in q,
@@ -409,6 +576,16 @@ template <bool derivative>
 Law tukey_lower(double q, double v, double r) {
     if (q <= 0.0) return {};
     if (std::isinf(q)) return {1.0, 0.0};
+    if (power_law_holds(q, v, r)) {
+        // By pow where the constant is a normal double (exp of a logarithm of -700 would
+        // cost 700 ulps).
+        const double log_constant = power_law_log_constant(v, r);
+        const double constant = std::exp(log_constant);
+        const double p = constant >= DBL_MIN && constant <= DBL_MAX
+                             ? constant * std::pow(q, r - 1.0)
+                             : std::exp(log_constant + (r - 1.0) * std::log(q));
+        return {p, (r - 1.0) * (p / q)};
+    }
     // The scale chi_v / sqrt(v) moves the probability by O(r q^2 / v) relative (below
     // 1e3 / v over the range of q that matters); past kLimitDf that is below the double
     // resolution, while the quadrature's density, of width 1/sqrt(2v), would no longer
@@ -519,6 +696,109 @@ Law tukey_lower(double q, double v, double r) {
     return finish({left.p + right.p, left.dp + right.dp});
 }
 
+// 1 - P(q; v, r) and, when `derivative`, the density dP/dq: the outer integral of the
+// range's upper tail, integral f_Y(y) (1 - R(q e^y)) dy, 1 - R by range_upper where R is
+// above 0.9 (below, 1 - R loses at most a digit), so that P close to 1 keeps the relative
+// accuracy of its complement. The integrand's logarithm has slope v (1 - s^2) - w R'(w) /
+// (1 - R(w)), negative at y = 0: its mode lies below, near ln(v / (v + q^2/2)) / 2 (where
+// 1 - R(w) falls like e^(-w^2/4)); bracketed from there, then as for P.
+template <bool derivative>
+Law tukey_upper(double q, double v, double r) {
+    if (q <= 0.0) return {1.0, 0.0};
+    if (std::isinf(q)) return {};
+    constexpr double kNearOne = 0.99;
+    const auto range_tail = [r](double w) -> Law {
+        const Law law = unscaled(range_law<true>(w, r));
+        return law.p > kNearOne ? range_upper(w, r) : Law{1.0 - law.p, law.dp};
+    };
+    constexpr double kLimitDf = 1e19;  // as in tukey_lower
+    if (v >= kLimitDf) return range_tail(q);
+    const numeric::ChiScaleLogDensity scale_density(v);
+    const auto integrand = [&](double y) -> Law {
+        const double density = scale_density(y);
+        if (density == 0.0) return {};
+        const double s = std::exp(y);
+        if constexpr (derivative) {
+            const Law range = range_tail(q * s);
+            return {density * range.p, density * s * range.dp};
+        } else {
+            const double within = unscaled(range_law<false>(q * s, r)).p;
+            return {density * (within > kNearOne ? range_upper(q * s, r).p : 1.0 - within), 0.0};
+        }
+    };
+    // -INFINITY where 1 - R underflows (the mode lies below).
+    const auto slope = [&](double y) {
+        const double s = std::exp(y);
+        const Law range = range_tail(q * s);
+        if (!(range.p > 0.0)) return -std::numeric_limits<double>::infinity();
+        const double elasticity = q * s * range.dp / range.p;
+        return v * -std::expm1(2.0 * y) - (std::isfinite(elasticity) ? elasticity : 0.0);
+    };
+    // From the guess, steps of the scale's width, doubling, to a bracket of the mode (the
+    // slope at y = 0 can be far steeper, -5e4 at q = 316 with 2^31 groups).
+    const double guess = 0.5 * std::log(v / (v + 0.5 * q * q));
+    double lo = guess, slo = slope(lo), hi = lo, shi = slo;
+    const double first_step = 1.0 / std::sqrt(2.0 * v);
+    if (slo > 0.0) {
+        for (double step = first_step; shi > 0.0 && hi < 0.0; step *= 2.0) {
+            lo = hi;
+            slo = shi;
+            hi = std::min(hi + step, 0.0);
+            shi = slope(hi);
+        }
+    } else {
+        for (double step = first_step; slo <= 0.0 && step < 1e4; step *= 2.0) {
+            hi = lo;
+            shi = slo;
+            lo -= step;
+            slo = slope(lo);
+        }
+    }
+    double curvature = 2.0 * v * std::exp(2.0 * lo);
+    double mode = hi;
+    if (slo > 0.0 && shi < 0.0) {
+        int side = 0;
+        constexpr int kMaxSteps = 60;
+        for (int step = 0; step < kMaxSteps; ++step) {
+            const double floor = 2.0 * v * std::exp(2.0 * lo);
+            curvature = std::isfinite(shi) ? std::max((slo - shi) / (hi - lo), floor) : floor;
+            if (std::isfinite(shi) && hi - lo <= 0.25 / std::sqrt(curvature)) break;
+            const double mid = (lo * shi - hi * slo) / (shi - slo);
+            double at = std::isfinite(mid) && mid > lo && mid < hi ? mid : 0.5 * (lo + hi);
+            const double margin = 0.1 / std::sqrt(floor);
+            if (hi - lo > 2.0 * margin) at = std::clamp(at, lo + margin, hi - margin);
+            const double s = slope(at);
+            if (s > 0.0) {
+                lo = at;
+                slo = s;
+                if (side == -1) shi *= 0.5;
+                side = -1;
+            } else {
+                hi = at;
+                shi = s;
+                if (side == 1) slo *= 0.5;
+                side = 1;
+            }
+        }
+        mode = 0.5 * (lo + hi);
+    }
+    const double width = 1.0 / std::sqrt(std::max(curvature, 2.0 * v * std::exp(2.0 * mode)));
+    constexpr double kDrop = 45.0;
+    const double reach = kDrop / v + 2.0;
+    const Law head = integrand(mode);
+    const double below = mode - 3.0 * reach, above = std::max(mode, 0.0) + reach;
+    // Fewer nodes than for P before the panels take over: the scale's lower tail, where
+    // 1 - R is about 1, falls only like s^v, which the rule, at the step the range law's
+    // complement sets, walks slowly (400 nodes and more at v = 2).
+    constexpr int kMaxNodes = 60;
+    if (const auto whole = trapezoid_from_mode(integrand, mode, width, head, derivative, below,
+                                               above, r > kTrapezoidGroups, kMaxNodes))
+        return {std::min(whole->p, 1.0), whole->dp};
+    const Law right = integrate_outwards(integrand, mode, above, width, head, derivative);
+    const Law left = integrate_outwards(integrand, mode, below, width, head, derivative);
+    return {std::min(left.p + right.p, 1.0), left.dp + right.dp};
+}
+
 // Starting deviate (Odeh and Evans; AS 190.2).
 double tukey_start(double p, double r, double v) {
     constexpr double p0 = 0.322232421088, q0 = 0.0993484626060;
@@ -562,15 +842,19 @@ double range_deviate(double p, double r) {
             residual = std::log(law.p) + law.shift - target;
             const double slope = w * law.dp / law.p;
             if (slope > 0.0) next = w * std::exp(std::clamp(-residual / slope, -1.0, 1.0));
-        } else if (!logarithmic && law.shift == 0.0 && law.p < 1.0) {
-            const double upper = 1.0 - law.p;
-            residual = std::log(upper) - target;
-            const double slope = -law.dp / upper;
-            if (slope < 0.0) next = w - std::clamp(residual / slope, -2.0, 2.0);
+        } else if (!logarithmic && law.shift == 0.0) {
+            // 1 - R directly where R is close to 1.
+            const Law tail = law.p > 0.9 ? range_upper(w, r) : Law{1.0 - law.p, law.dp};
+            const double upper = tail.p;
+            if (upper > 0.0) {
+                residual = std::log(upper) - target;
+                const double slope = -tail.dp / upper;
+                if (slope < 0.0) next = w - std::clamp(residual / slope, -2.0, 2.0);
+            }
         }
         // Below the root: P under p (or under the double range, scaled or 0).
         const bool tiny = !(law.p > 0.0) || (!logarithmic && law.shift != 0.0);
-        const bool below = tiny || (logarithmic ? residual < 0.0 : law.p < 1.0 && residual > 0.0);
+        const bool below = tiny || (logarithmic ? residual < 0.0 : residual > 0.0);
         (below ? lo : hi) = w;
         if (std::fabs(residual) <= 1e-9) return w;
         if (!(next > lo && next < hi)) next = std::isinf(hi) ? 2.0 * w : 0.5 * (lo + hi);
@@ -595,7 +879,15 @@ double tukey_start_many(double p, double r, double v) {
         }
         const double z = a < 0.5 ? -std::fabs(g01cec(a, &fail)) : std::fabs(g01cec(b, &fail));
         const double c = 2.0 / (9.0 * v);
-        return 1.5 * std::log(std::max(1.0 - c + z * std::sqrt(c), 1e-3));
+        const double cube = 1.0 - c + z * std::sqrt(c);
+        if (a >= 0.5) return 1.5 * std::log(std::max(cube, 1e-3));
+        // Far in the lower tail the cube fails for few degrees of freedom (negative at
+        // v = 1 below 1e-15); P(chi2_v < x) <= (x/2)^(v/2) / Gamma(v/2 + 1), nearly equal
+        // there, gives a lower bound of the quantile: the larger of the two.
+        const double log_bound =
+            std::log(2.0) + (2.0 / v) * (std::log(a) + std::lgamma(0.5 * v + 1.0));
+        const double log_cube = cube > 0.0 ? std::log(v) + 3.0 * std::log(cube) : -INFINITY;
+        return 0.5 * (std::max(log_bound, log_cube) - std::log(v));
     };
     const double d_range = std::log(w_p / w_half);
     const double d_scale = log_scale(1.0 - p, p) - log_scale(0.5, 0.5);
@@ -625,55 +917,109 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     const double target = logarithmic ? std::log(p) : std::log1p(-p);
     double lo = 0.0, hi = INFINITY;
     // The fitted start holds up to 100 groups (kept as it is there); beyond, the asymptotic one.
-    constexpr double kFittedStartGroups = 100.0;
-    double x = r > kFittedStartGroups ? tukey_start_many(p, r, v) : tukey_start(p, r, v);
+    constexpr double kFittedStartGroups = 100.0, kFittedStartBelow = 0.99;
+    if (logarithmic) {
+        // The small-q power law, where it holds, is the deviate.
+        // (p / C)^(1/(r-1)) as 2^-t (2^(t (r-1)) p / C)^(1/(r-1)), the scaled ratio near 1:
+        // the rounding of 1/(r-1) costs ln(ratio) of its ulps (700 of them unscaled).
+        const double log_constant = power_law_log_constant(v, r);
+        const double constant = std::exp(log_constant);
+        double power = std::exp((target - log_constant) / (r - 1.0));
+        if (constant >= DBL_MIN && constant <= DBL_MAX && r <= 1000.0) {
+            const int t = static_cast<int>(
+                std::lround(-(target - log_constant) / (std::numbers::ln2 * (r - 1.0))));
+            const double ratio = std::ldexp(p, t * static_cast<int>(r - 1.0)) / constant;
+            if (ratio >= DBL_MIN && ratio <= DBL_MAX)
+                power = std::ldexp(std::pow(ratio, 1.0 / (r - 1.0)), -t);
+        }
+        if (power > 0.0 && power_law_holds(power, v, r)) return q = power, true;
+    }
+    double x = r > kFittedStartGroups || p > kFittedStartBelow ? tukey_start_many(p, r, v)
+                                                               : tukey_start(p, r, v);
     if (!(x > 0.0) || !std::isfinite(x)) x = 1.0;
     double previous_residual = INFINITY;
-    // Within rounding of p (for a subnormal p, of the subnormal spacing): no closer
+    // The tail solved for: p below the median, 1 - p (exact) above it, against P or the
+    // directly integrated 1 - P.
+    const double tail = logarithmic ? p : 1.0 - p;
+    // Within rounding of the tail (for a subnormal p, of the subnormal spacing): no closer
     // deviate can be told apart.
-    const double rounding = std::max(2.0 * DBL_EPSILON * p, 2.0 * kSubnormalSpacing);
+    const double rounding = std::max(2.0 * DBL_EPSILON * tail, 2.0 * kSubnormalSpacing);
+    // Above the median 1 - P is integrated directly only where p is above 1 - 1e-3 (below,
+    // 1 - P from P keeps 1e-13 of it), and there, costing several times P, only for the last
+    // step or two: the steps before take 1 - P from P while it is above kCheapAbove and the
+    // residual above kCheapNoise times its relative rounding (or for kMaxCheap steps).
+    // From a direct residual below kFinal the Newton step is taken as the deviate: the
+    // residual after it is of order its square (ln(1 - P) is smooth in ln q), far below
+    // rounding, where 1 - P from P and the direct one differ by 1e-10 at most.
+    constexpr double kDirectTail = 1e-3, kCheapAbove = 1e-14, kCheapNoise = 100.0, kFinal = 1e-8;
+    constexpr int kMaxCheap = 8;
+    bool precise = logarithmic || tail >= kDirectTail;
+    int cheap_steps = 0;
     for (int step = 0; step < kMaxSteps; ++step) {
-        const Law law = tukey_lower<true>(x, v, r);
-        if (law.p > 0.0 && std::fabs(law.p - p) <= rounding) return q = x, true;
+        // P below the median, 1 - P above it; the density either way.
+        Law law;
+        if (logarithmic) {
+            law = tukey_lower<true>(x, v, r);
+        } else if (precise && tail < kDirectTail) {
+            law = tukey_upper<true>(x, v, r);
+        } else {
+            const Law lower = tukey_lower<true>(x, v, r);
+            law = {1.0 - lower.p, lower.dp};
+            if (!precise && !(law.p >= kCheapAbove)) {
+                precise = true;
+                continue;
+            }
+        }
+        if (!precise) {
+            // Bracket (where the residual's sign is above P's rounding) and Newton step only.
+            const double residual = std::log(law.p) - target;
+            previous_residual = std::fabs(residual);
+            if (std::fabs(residual) <= kCheapNoise * DBL_EPSILON / law.p) {
+                precise = true;
+            } else {
+                (law.p > tail ? lo : hi) = x;
+            }
+            if (++cheap_steps == kMaxCheap) precise = true;
+            double next = NAN;
+            if (law.dp > 0.0) {
+                next = x * std::exp(std::clamp(residual * law.p / (x * law.dp), -kMaxLogStep,
+                                               kMaxLogStep));
+            }
+            if (!(next > lo && next < hi)) {
+                next = std::isinf(hi) ? 2.0 * x : lo > 0.0 ? std::sqrt(lo * hi) : 0.0625 * hi;
+            }
+            x = next;
+            continue;
+        }
+        if (law.p > 0.0 && std::fabs(law.p - tail) <= rounding) return q = x, true;
         // Where the probability itself carries noise above rounding (degrees of freedom
         // far above 1e6), a step inside a bracket already narrower than 1e-9 that does
         // not halve the excess ends the search at the best point seen.
-        const double excess_now = std::fabs(law.p - p);
+        const double excess_now = std::fabs(law.p - tail);
         if (std::isfinite(hi) && hi - lo <= kNoiseBracket * hi && !(excess_now < 0.5 * best))
             return q = best_x, true;
         if (excess_now < best) {
             best = excess_now;
             best_x = x;
         }
-        (law.p < p ? lo : hi) = x;
+        ((logarithmic ? law.p < tail : law.p > tail) ? lo : hi) = x;
         double next = NAN;
         double residual = INFINITY;  // of the log variable, relative to the target's tail
         if (law.p > 0.0 && law.dp > 0.0) {
-            // Slope of the residual in the variable (ln q below the median, q above).
-            double slope = NAN;
-            if (logarithmic) {
-                // In ln q: one step for the power law P ~ c q^(r-1) of small q.
-                slope = x * law.dp / law.p;
-                residual = std::log(law.p) - target;
-            } else if (law.p < 1.0) {
-                const double upper = 1.0 - law.p;
-                slope = -law.dp / upper;
-                residual = std::log(upper) - target;
-            }
-            if (logarithmic) {
-                next = x * std::exp(std::clamp(-residual / slope, -kMaxLogStep, kMaxLogStep));
-            } else if (law.p < 1.0) {
-                next = x - residual / slope;
-            }
+            // In ln q: one step for the power laws P ~ c q^(r-1) of small q and
+            // 1 - P ~ c q^-v of large q.
+            residual = std::log(law.p) - target;
+            const double slope = (logarithmic ? x : -x) * law.dp / law.p;
+            next = x * std::exp(std::clamp(-residual / slope, -kMaxLogStep, kMaxLogStep));
         }
         if (std::fabs(next - x) <= 4.0 * DBL_EPSILON * x) return q = next, true;
+        if (!logarithmic && std::fabs(residual) <= kFinal && next > lo && next < hi)
+            return q = next, true;
         if (!(next > lo && next < hi)) {
             next = std::isinf(hi) ? 2.0 * x : lo > 0.0 ? std::sqrt(lo * hi) : 0.0625 * hi;
             residual = INFINITY;
         }
         if (std::isfinite(hi) && hi - lo <= 4.0 * DBL_EPSILON * hi) return q = next, true;
-        // The tail probability's share of p's rounding (the residual is relative to it).
-        const double tail = logarithmic ? p : 1.0 - p;
         const double magnitude = std::fabs(residual);
         if (magnitude <= kQuadratic && std::isfinite(previous_residual)) {
             const double predicted =
@@ -701,6 +1047,18 @@ double g01emc(double q, double v, int ir, NagError* fail) {
     if (bad_arguments(v, ir, fail)) return 0.0;
     fail->set(NE_NOERROR);
     return tukey_lower<false>(q, v, ir).p;
+}
+
+double g01emc_upper(double q, double v, int ir, NagError* fail) {
+    if (std::isnan(q)) return fail->set(NE_REAL), 0.0;
+    if (bad_arguments(v, ir, fail)) return 0.0;
+    fail->set(NE_NOERROR);
+    // In the body 1 - P loses at most a digit; the direct integral is for the tail (in the
+    // body, at few degrees of freedom and many groups, its rule can settle 3e-7 off: the
+    // range law's step then lies where the scale's density still weighs).
+    constexpr double kTailBelow = 0.1;
+    const double lower = tukey_lower<false>(q, v, ir).p;
+    return lower < 1.0 - kTailBelow ? 1.0 - lower : tukey_upper<false>(q, v, ir).p;
 }
 
 double g01fmc(double p, double v, int ir, NagError* fail) {
