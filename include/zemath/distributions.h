@@ -248,9 +248,10 @@ ZEMATH_API double bivarnormcdf(double x, double y, double corre, int* status) ZE
  * Codes: q NaN 15; v NaN 15; group < 2: 11; v < 1: 5. */
 ZEMATH_API double srangecdf(double q, double v, int group, int* status) ZEMATH_NOEXCEPT;
 /* Studentized range deviate q with P(Q <= q) = p, 0 < p < 1, v >= 1, ir >= 2 groups. Above
- * the median q is solved on the upper tail 1 - p (exact for a double p > 1/2), integrated
- * directly: relative accuracy of the tail also for p within an ulp of 1. Subnormal p are
- * solved to their own precision.
+ * p = 1 - 1e-3 the last steps solve on the upper tail 1 - p (exact for a double p > 1/2),
+ * integrated directly: relative accuracy of the tail also for p within an ulp of 1 (such
+ * calls cost a few milliseconds at many groups). Subnormal p are solved to their own
+ * precision.
  * Codes: p NaN 15; v NaN 15; ir < 2: 11; v < 1: 5; p <= 0: 6; p >= 1: 8; 300 when no
  * deviate is found. */
 ZEMATH_API double srangeinv(double p, double v, int ir, int* status) ZEMATH_NOEXCEPT;
