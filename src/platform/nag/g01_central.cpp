@@ -915,13 +915,6 @@ long double g01eac_extended(Nag_TailProbability tail, long double x, NagError* f
     return normal_tail(tail, x);
 }
 
-double g01eac(Nag_TailProbability tail, double x, NagError* fail) {
-    fail->set(NE_NOERROR);
-    if (!is_accepted(tail)) return fail_with(fail, NE_BAD_PARAM);
-    if (std::isnan(x)) return fail_with(fail, NE_REAL);
-    return normal_tail(tail, x, 0.0);  // the same as the extended entry's, without the widening
-}
-
 long double g01cec_extended(double p, NagError* fail) {
     fail->set(NE_NOERROR);
     if (std::isnan(p)) return fail_with(fail, NE_REAL);
