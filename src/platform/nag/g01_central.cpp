@@ -1,6 +1,6 @@
 // g01, the central continuous distributions: tail probabilities, deviates and densities
-// of the standard normal (g01eac, g01cec), Student's t (g01ebc, g01fbc), chi-square
-// (g01ecc, g01fcc), F (g01edc, g01fdc), beta (g01eec, g01fec) and gamma (g01efc, g01ffc,
+// of the standard normal (g01eac, inline in g01.hpp; g01cec), Student's t (g01ebc, g01fbc),
+// chi-square (g01ecc, g01fcc), F (g01edc, g01fdc), beta (g01eec, g01fec) and gamma (g01efc, g01ffc,
 // g01kfc) laws.
 //
 // Method. The normal tails: the shared double kernel with the argument's rounding fed back
