@@ -3,6 +3,7 @@
 // lives in a per-call record.
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <random>
 #include <thread>
 #include <vector>
@@ -50,9 +51,9 @@ TEST(GriddingReentrancy, ConcurrentBuildsAgree) {
     }
 }
 
-#if ZEMATH_TEST_SMALL_STACK
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr std::size_t kSmallStack = 1 << 20;  // instrumented frames are several times larger
+#ifdef ZEMATH_TEST_SMALL_STACK
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || !defined(__OPTIMIZE__)
+constexpr std::size_t kSmallStack = 1 << 20;  // instrumented or unoptimised frames are larger
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
 constexpr std::size_t kSmallStack = 1 << 20;
