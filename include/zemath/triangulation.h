@@ -5,7 +5,10 @@
  * library and released only by zemath_triangulation_free. Initialise a record with
  * zemath_triangulation_init (or zero-fill it) before its first build; every build frees
  * the record first, so a failed build leaves it empty (valid 0). Records may be built
- * and read from several threads at once as long as each thread uses its own record.
+ * and read from several threads at once as long as each thread uses its own record. A
+ * build or interpolation needs up to about 40 kB of the calling thread's stack (about
+ * 15 kB unless some nonzero coordinates are of magnitude above 1e75 or below 1e-64: the
+ * exact in-circle test's expansions), which every default thread stack holds.
  *
  * Option bits (the unsigned options argument of the builds and of the boundary query):
  *   0x10000  keep nodes whose z is NANUM (x and y must still be usable)

@@ -70,10 +70,19 @@ struct Sweep {
     int& twin(int e) { return tris[static_cast<std::size_t>(e >> 2)].twin[e & 3]; }
     int twin(int e) const { return tris[static_cast<std::size_t>(e >> 2)].twin[e & 3]; }
 
-    double orient(int a, int b, int c) const {
+    // Orientation of points a, b, c of the interleaved coordinates, as orient2d (positive:
+    // they turn counter-clockwise). The walks pass the array held in a local, which the
+    // calls between their steps do not make them reload.
+    static double orient(const double* xy, int a, int b, int c) {
         return orient2d(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * c],
                         xy[2 * c + 1]);
     }
+    double orient(int a, int b, int c) const { return orient(xy, a, b, c); }
+
+    // Steps after which a point-location walk gives up: four visits per triangle the mesh
+    // can hold. A walk in a Delaunay triangulation ends; the bound only keeps finite a walk
+    // through a mesh that is not (after a tie).
+    long long walk_limit() const { return 4LL * capacity + 16; }
 
     int add_triangle(int a, int b, int c) {
         SweepTriangle& r = tris[static_cast<std::size_t>(count)];
@@ -522,7 +531,9 @@ void copy_out(Sweep& sw, const std::vector<int>& global, Mesh& mesh, bool neighb
     // Back to the caller's numbering, the triangles ordered by their lowest node (a
     // counting sort) and copied in that order: the record's walks then read neighbouring
     // triangles and nodes close together in memory (a scatter: independent writes, which
-    // overlap; permuting in place measured slower, its swaps wait on each other).
+    // overlap; permuting in place measured slower, its swaps wait on each other). The copy
+    // pays for itself: the record's walk over the build's own array, in insertion order,
+    // measured 5 to 15 % slower in all at 1e6 points, for 23 MB (9 %) less peak memory.
     const int tc = sw.count;
     std::unique_ptr<TriangleBlock[]> blocks(new TriangleBlock[static_cast<std::size_t>(tc)]);
     prefault(blocks.get(), sizeof(TriangleBlock) * static_cast<std::size_t>(tc));
@@ -640,12 +651,8 @@ int build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& me
     // Delaunay (see build_hilbert's comment). The flips are bounded as the sweep's are.
     if (!sw.flip_to_delaunay(64LL * n + 64)) return kHilbertNotGeneral;
     const double* const xy = sw.xy;
-    auto side_of = [&](int a, int b, int p) {
-        return orient2d(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * p],
-                        xy[2 * p + 1]);
-    };
     int t = 0;
-    const long long walk_limit = 4LL * (2LL * n) + 16;
+    const long long walk_limit = sw.walk_limit();
     for (int p = h; p < n; ++p) {
         // Walk towards p; the edge just crossed is not tested again.
         int came = -1;
@@ -655,7 +662,7 @@ int build_hilbert(std::span<const double> x, std::span<const double> y, Mesh& me
             int exit_slot = -1;
             for (int s = 0; s < 3; ++s) {
                 if (Sweep::code(t, s) == came) continue;
-                const double o = side_of(r.v[s], r.v[nxt(s)], p);
+                const double o = Sweep::orient(xy, r.v[s], r.v[nxt(s)], p);
                 if (!(o != 0.0))
                     return kHilbertNotGeneral;  // on an edge line (or NaN): not general
                 if (o < 0.0) {
@@ -709,12 +716,8 @@ int build_rounds(std::span<const double> x, std::span<const double> y, Mesh& mes
         }
     }
     const double* const xy = sw.xy;
-    auto side_of = [&](int a, int b, int p) {
-        return orient2d(xy[2 * a], xy[2 * a + 1], xy[2 * b], xy[2 * b + 1], xy[2 * p],
-                        xy[2 * p + 1]);
-    };
     int t = 0;
-    const long long walk_limit = 4LL * (2LL * n) + 16;
+    const long long walk_limit = sw.walk_limit();
     for (int p = 3; p < n; ++p) {
         // Walk towards p; the side just crossed is not tested again. It ends in a triangle
         // holding p inside (on = -1) or on its side in slot on, or leaving the hull
@@ -727,7 +730,7 @@ int build_rounds(std::span<const double> x, std::span<const double> y, Mesh& mes
             on = -1;
             for (int s = 0; s < 3; ++s) {
                 if (Sweep::code(t, s) == came) continue;
-                const double o = side_of(r.v[s], r.v[nxt(s)], p);
+                const double o = Sweep::orient(xy, r.v[s], r.v[nxt(s)], p);
                 if (o < 0.0) {
                     exit_slot = s;
                     break;

@@ -354,7 +354,7 @@ int triangulate_nodes(const Nodes& nodes, unsigned options, Mesh& mesh, bool nei
         for (NodeArray* axis : {&scaled.x, &scaled.y})
             for (double& v : *axis) {
                 const double w = std::ldexp(v, -e);
-                exact = exact && (w == 0.0 || std::fabs(w) >= std::numeric_limits<double>::min());
+                exact = exact && (v == 0.0 || std::fabs(w) >= std::numeric_limits<double>::min());
                 v = w;
             }
         if (exact) use = &scaled;

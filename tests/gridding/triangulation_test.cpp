@@ -222,6 +222,14 @@ std::vector<Cloud> degenerate_clouds() {
         span.y.push_back(k % 3 == 1 ? py * 1e-300 : py);  // tiny y with large x
     }
     clouds.push_back(span);
+    // Large coordinates with a few nonzero ones so small that the power of 2 bringing the
+    // large ones near 1 takes them to 0: (1e-30, 5e299) lies strictly inside the hull, not on
+    // its side x = 0, so the coordinates must stay as given.
+    Cloud vanishing{"nonzero values lost to a common scaling", {}, {}};
+    for (double px : {0.0, 1e300, 0.0, 2e300}) vanishing.x.push_back(px);
+    for (double py : {0.0, 1e300, 1e300, 0.0}) vanishing.y.push_back(py);
+    for (int k = 1; k < 8; ++k) vanishing.x.push_back(k * 1e-30), vanishing.y.push_back(k * 1e299);
+    clouds.push_back(vanishing);
     return clouds;
 }
 

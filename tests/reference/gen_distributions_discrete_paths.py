@@ -12,7 +12,9 @@ value is computed here with mpmath at 60 significant digits, independently of th
   binomial tails     the Poisson-limit regime (n from 1000 to 2^31 - 1, n p up to 50): both
                      tails by summing point probabilities outward from k by the exact ratio
                      of consecutive terms, each tail summed itself (no complement), with k on
-                     both sides of the mean and the median and far out.
+                     both sides of the mean and the median and far out; and every k at counts
+                     up to 31, p from 1e-300 to 1 - 2^-53, both tails the exact sums of all
+                     the point probabilities.
   Poisson density    e^-lambda lambda^k / k! from mpmath log-gamma at the same ratios k/lambda,
                      and deep in both tails.
   hypergeometric     C(m,k) C(N-m,l-k) / C(N,l) from mpmath log-gamma and both tails summed
@@ -150,6 +152,23 @@ def binomial_tail_rows():
     return rows
 
 
+def binomial_small_count_rows():
+    """Every k at counts up to 31 (the routine sums point probabilities up to 30 trials where p
+    and 1 - p are at least 1e-10), p on both sides of that limit and across (0, 1): both tails
+    as exact sums of all the point probabilities."""
+    rows = []
+    for n in (1, 2, 7, 16, 29, 30, 31):
+        for p in (1e-300, 1e-10, 9.9e-11, 1e-4, 0.1, 1 / 3, 0.5, 0.9, 0.9999, 1 - 1e-10,
+                  1 - 9.9e-11, 1 - 2.0 ** -53):
+            P = mp.mpf(p)
+            Q = 1 - P
+            terms = [mp.binomial(n, j) * P ** j * Q ** (n - j) for j in range(n + 1)]
+            for k in range(n + 1):
+                lower, upper = mp.fsum(terms[:k + 1]), mp.fsum(terms[k + 1:])
+                rows.append((k, n, p, float(lower), float(upper), float(terms[k])))
+    return rows
+
+
 def poisson_density_rows():
     rows = []
     cases = []
@@ -230,6 +249,8 @@ def main():
     table("kBinomialDensity", "BinomialDensity", binomial_density_rows(),
           lambda r: [str(r[0]), str(r[1]), d(r[2]), d(r[3])])
     table("kBinomialTails", "BinomialTails", binomial_tail_rows(),
+          lambda r: [str(r[0]), str(r[1]), d(r[2]), d(r[3]), d(r[4]), d(r[5])])
+    table("kBinomialSmallCount", "BinomialTails", binomial_small_count_rows(),
           lambda r: [str(r[0]), str(r[1]), d(r[2]), d(r[3]), d(r[4]), d(r[5])])
     table("kPoissonDensity", "PoissonDensity", poisson_density_rows(),
           lambda r: [str(r[0]), d(r[1]), d(r[2])])

@@ -15,7 +15,8 @@ in-circle test, 2^-480 and 2^500 for the orientation). Dense-curve shapes (four 
 points on parabolas y = c x^2 and on a circle, some a few ulps off, some straddling 0)
 give exact or inexact coordinate differences and determinants far below the filter's
 bound; exact grids and rectangles whose differences are exact, or not (coordinates of
-mixed magnitudes, 1e9 plus small offsets), give exact ties and one-ulp neighbours of them.
+mixed magnitudes, 1e9 plus small offsets, corners from 2^-1000 to 2^1000), give exact ties
+and one-ulp neighbours of them.
 Run: /usr/bin/python3 tests/reference/gen_gridding_predicates.py > tests/reference/gridding_predicates_ref.inc
 """
 import math
@@ -122,6 +123,20 @@ for v, p in ((2.0 ** 20 + 1, 3 * 2.0 ** -40), (2.0 ** 40 + 1, -(2.0 ** -59 + 2.0
     curves.append(tuple(rect))
     curves.append(tuple([rect[0], (up(v), p)] + rect[2:]))
     curves.append(tuple([(0.0, up(p))] + rect[1:]))
+# rectangles whose corners mix magnitudes far apart (within the double stages' range and
+# beyond it): differences of two components many exponents apart, whose products give the
+# longest expansions, cancelling exactly to 0 for the rectangle itself; and one-ulp
+# neighbours
+for u, v, p, q in ((2.0 ** 200, -(2.0 ** -200), 3 * 2.0 ** -190, -(2.0 ** 240 + 2.0 ** 188)),
+                   (2.0 ** 240 + 2.0 ** 188, 2.0 ** -214, -(2.0 ** 230), 2.0 ** -100),
+                   (1e300, -1e-300, 1e-200, -3e250),
+                   (2.0 ** 1000 + 2.0 ** 948, -(2.0 ** -1000), 2.0 ** -1020, 2.0 ** 900),
+                   (-1e-310, 1e308, 3e-320, -1.5e307)):
+    rect = [(u, p), (v, p), (v, q), (u, q)]
+    curves.append(tuple(rect))
+    curves.append(tuple(rect[:3] + [(up(u), q)]))
+    curves.append(tuple(rect[:3] + [(u, down(q))]))
+    curves.append(tuple([rect[1], rect[3], rect[0], rect[2]]))
 
 # points spread around the origin, c rounded onto the line ab and d onto the circle
 # abc, so that both determinants are a few eps of their permanents and the differences

@@ -1,6 +1,6 @@
 // g01, the central continuous distributions: tail probabilities, deviates and densities
-// of the standard normal (g01eac, g01cec), Student's t (g01ebc, g01fbc), chi-square
-// (g01ecc, g01fcc), F (g01edc, g01fdc), beta (g01eec, g01fec) and gamma (g01efc, g01ffc,
+// of the standard normal (g01eac, inline in g01.hpp; g01cec), Student's t (g01ebc, g01fbc),
+// chi-square (g01ecc, g01fcc), F (g01edc, g01fdc), beta (g01eec, g01fec) and gamma (g01efc, g01ffc,
 // g01kfc) laws.
 //
 // Method. The normal tails: the shared double kernel with the argument's rounding fed back
@@ -913,13 +913,6 @@ long double g01eac_extended(Nag_TailProbability tail, long double x, NagError* f
     if (!is_accepted(tail)) return fail_with(fail, NE_BAD_PARAM);
     if (std::isnan(x)) return fail_with(fail, NE_REAL);
     return normal_tail(tail, x);
-}
-
-double g01eac(Nag_TailProbability tail, double x, NagError* fail) {
-    fail->set(NE_NOERROR);
-    if (!is_accepted(tail)) return fail_with(fail, NE_BAD_PARAM);
-    if (std::isnan(x)) return fail_with(fail, NE_REAL);
-    return normal_tail(tail, x, 0.0);  // the same as the extended entry's, without the widening
 }
 
 long double g01cec_extended(double p, NagError* fail) {

@@ -32,27 +32,30 @@ inline TwoPart scaled_by_rsqrt2(double z, double z_low) {
 // Phi(-(z + z_low)) = P(Z > z + z_low), z_low a correction far below an ulp of z.
 inline double normal_upper(double z, double z_low = 0.0) {
     if (std::isinf(z)) return z > 0.0 ? 0.0 : 1.0;  // the correction below would be inf - inf
+    constexpr double kExactEnough = 2.0;  // below this the argument's rounding costs < 4 ulps
+    // (The rounded t alone there: its error, a product's, is not formed.)
+    if (std::fabs(z) < kExactEnough && z_low == 0.0) return 0.5 * std::erfc(z * kRsqrt2Hi);
     const TwoPart t = scaled_by_rsqrt2(z, z_low);
     const double tail = std::erfc(t.hi);
-    constexpr double kExactEnough = 2.0;  // below this the argument's rounding costs < 4 ulps
-    if (std::fabs(z) < kExactEnough && z_low == 0.0) return 0.5 * tail;
     // The correction is about 2 t t.lo of the tail, t.lo within an ulp of t: at most a few
     // hundred ulps, so a few digits of it suffice. From t = sqrt 2 on, e^(-t^2) is taken from
     // the tail itself, e^(-t^2) = sqrt(pi) erfc(t) M(t), M = t + (1/2)/(t + 1/(t + (3/2)/(t +
     // 2/t))) (Laplace's continued fraction, four levels, as one quotient): its relative error
     // times 2 t^2 stays below 0.012 (mpmath, t in [sqrt 2, 27]), so the correction adds at most
-    // 0.012 ulp, and the exponential is saved.
-    // (Beyond t = 27.5 the tail is 0 either way.)
+    // 0.012 ulp, and the exponential is saved. Below t = -sqrt 2 the same with erfc(|t|) =
+    // 2 - tail (exact; its absolute error, erfc's, costs the correction nothing visible).
+    // (Beyond |t| = 27.5 the correction is 0 either way.)
     constexpr double kMillsFrom = 1.4142135623730951, kMillsTo = 27.5;
-    if (t.hi >= kMillsFrom && t.hi <= kMillsTo) {
-        const double u = t.hi;
+    const double u = std::fabs(t.hi);
+    if (u >= kMillsFrom && u <= kMillsTo) {
         double num = u, den = 1.0;  // M = num / den, built from the innermost level out
         for (double k = 4.0; k >= 1.0; k -= 1.0) {
             const double next = u * num + 0.5 * k * den;
             den = num;
             num = next;
         }
-        return 0.5 * tail * (1.0 - 2.0 * (num / den) * t.lo);
+        if (t.hi > 0.0) return 0.5 * tail * (1.0 - 2.0 * (num / den) * t.lo);
+        return 0.5 * tail - (2.0 - tail) * (num / den) * t.lo;
     }
     return 0.5 * (tail - kTwoOverSqrtPi * std::exp(-t.hi * t.hi) * t.lo);
 }
