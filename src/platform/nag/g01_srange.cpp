@@ -572,6 +572,44 @@ bool power_law_holds(double q, double v, double r) {
 // width, which the last secant's slope gives; from the mode the trapezoidal rule on the
 // whole line (trapezoid_from_mode), else the panels outwards on each side
 // (integrate_outwards).
+// The mode of an outer integrand, log-concave in y = ln s, from a bracket with slope(lo) > 0
+// > slope(hi) (slope(hi) may be -infinity where the integrand underflows): regula falsi with
+// the Illinois halving, until the bracket is a quarter of the integrand's width 1/sqrt(c), c
+// the last secant's curvature (at least the scale's own, 2 v s^2 at lo). With `keep_inside`
+// each point stays a tenth of the scale's width inside the bracket (the slope can be far
+// steeper at one end, where the secant would creep from the other). `curvature` is set to c.
+struct SlopeBracket {
+    double lo, hi, slo, shi;
+};
+template <class Slope>
+double scale_mode(const Slope& slope, double v, SlopeBracket b, bool keep_inside, int max_steps,
+                  double& curvature) {
+    int side = 0;
+    for (int step = 0; step < max_steps; ++step) {
+        const double floor = 2.0 * v * std::exp(2.0 * b.lo);
+        curvature = std::isfinite(b.shi) ? std::max((b.slo - b.shi) / (b.hi - b.lo), floor) : floor;
+        if (std::isfinite(b.shi) && b.hi - b.lo <= 0.25 / std::sqrt(curvature)) break;
+        const double mid = (b.lo * b.shi - b.hi * b.slo) / (b.shi - b.slo);
+        double at = std::isfinite(mid) && mid > b.lo && mid < b.hi ? mid : 0.5 * (b.lo + b.hi);
+        const double margin = 0.1 / std::sqrt(floor);
+        if (keep_inside && b.hi - b.lo > 2.0 * margin)
+            at = std::clamp(at, b.lo + margin, b.hi - margin);
+        const double s = slope(at);
+        if (s > 0.0) {
+            b.lo = at;
+            b.slo = s;
+            if (side == -1) b.shi *= 0.5;
+            side = -1;
+        } else {
+            b.hi = at;
+            b.shi = s;
+            if (side == 1) b.slo *= 0.5;
+            side = 1;
+        }
+    }
+    return 0.5 * (b.lo + b.hi);
+}
+
 template <bool derivative>
 Law tukey_lower(double q, double v, double r) {
     if (q <= 0.0) return {};
@@ -636,33 +674,10 @@ Law tukey_lower(double q, double v, double r) {
     if (shi >= 0.0) {
         mode = hi;
     } else if (slo > 0.0) {
-        int side = 0;
+        // Past kTrapezoidGroups groups the slope can be far steeper at one end than at the
+        // other (-1e7 at y*, 1e-26 at 0), where the secant creeps from the shallow end.
         constexpr int kMaxSteps = 40;
-        for (int step = 0; step < kMaxSteps; ++step) {
-            curvature = std::max((slo - shi) / (hi - lo), 2.0 * v * std::exp(2.0 * lo));
-            if (hi - lo <= 0.25 / std::sqrt(curvature)) break;
-            const double mid = (lo * shi - hi * slo) / (shi - slo);
-            double at = std::isfinite(mid) && mid > lo && mid < hi ? mid : 0.5 * (lo + hi);
-            // Past kTrapezoidGroups groups the slope can be far steeper at one end than at
-            // the other (-1e7 at y*, 1e-26 at 0), where the secant creeps from the shallow
-            // end: each point is kept a tenth of the scale's width inside the bracket.
-            const double margin = 0.1 / std::sqrt(2.0 * v * std::exp(2.0 * lo));
-            if (r > kTrapezoidGroups && hi - lo > 2.0 * margin)
-                at = std::clamp(at, lo + margin, hi - margin);
-            const double s = slope(at);
-            if (s > 0.0) {
-                lo = at;
-                slo = s;
-                if (side == -1) shi *= 0.5;
-                side = -1;
-            } else {
-                hi = at;
-                shi = s;
-                if (side == 1) slo *= 0.5;
-                side = 1;
-            }
-        }
-        mode = 0.5 * (lo + hi);
+        mode = scale_mode(slope, v, {lo, hi, slo, shi}, r > kTrapezoidGroups, kMaxSteps, curvature);
     }
     width = 1.0 / std::sqrt(std::max(curvature, 2.0 * v * std::exp(2.0 * mode)));
     constexpr double kDrop = 45.0;
@@ -757,30 +772,8 @@ Law tukey_upper(double q, double v, double r) {
     double curvature = 2.0 * v * std::exp(2.0 * lo);
     double mode = hi;
     if (slo > 0.0 && shi < 0.0) {
-        int side = 0;
         constexpr int kMaxSteps = 60;
-        for (int step = 0; step < kMaxSteps; ++step) {
-            const double floor = 2.0 * v * std::exp(2.0 * lo);
-            curvature = std::isfinite(shi) ? std::max((slo - shi) / (hi - lo), floor) : floor;
-            if (std::isfinite(shi) && hi - lo <= 0.25 / std::sqrt(curvature)) break;
-            const double mid = (lo * shi - hi * slo) / (shi - slo);
-            double at = std::isfinite(mid) && mid > lo && mid < hi ? mid : 0.5 * (lo + hi);
-            const double margin = 0.1 / std::sqrt(floor);
-            if (hi - lo > 2.0 * margin) at = std::clamp(at, lo + margin, hi - margin);
-            const double s = slope(at);
-            if (s > 0.0) {
-                lo = at;
-                slo = s;
-                if (side == -1) shi *= 0.5;
-                side = -1;
-            } else {
-                hi = at;
-                shi = s;
-                if (side == 1) slo *= 0.5;
-                side = 1;
-            }
-        }
-        mode = 0.5 * (lo + hi);
+        mode = scale_mode(slope, v, {lo, hi, slo, shi}, true, kMaxSteps, curvature);
     }
     const double width = 1.0 / std::sqrt(std::max(curvature, 2.0 * v * std::exp(2.0 * mode)));
     constexpr double kDrop = 45.0;
