@@ -45,17 +45,24 @@ TEST(DiscretePaths, DensitiesAcrossTheDeviancePaths) {
 
 // Each tail alone, as hosts ask for it: the routine sums the tail on k's side of the mean and
 // takes the other as 1 minus it, or sums that one too where the first exceeds 1/2.
-TEST(DiscretePaths, BinomialPoissonLimitTails) {
-    Worst lower, upper, point;
-    for (const auto& r : ref_discrete_paths::kBinomialTails) {
+// Both binomial tails of each row, each asked for alone, with status 0.
+template <class Row, std::size_t N>
+void binomial_tails(const Row (&rows)[N], Worst& lower, Worst& upper) {
+    for (const Row& r : rows) {
         const std::string where = at({1.0 * r.k, 1.0 * r.n, r.p});
         int status = -999;
         lower.add(binocdf(r.k, r.n, r.p, 2, &status), r.lower, where);
         EXPECT_EQ(status, 0) << where;
         upper.add(binocdf(r.k, r.n, r.p, 1, &status), r.upper, where);
         EXPECT_EQ(status, 0) << where;
-        point.add(binopdf(r.k, r.n, r.p, nullptr), r.point, where);
     }
+}
+
+TEST(DiscretePaths, BinomialPoissonLimitTails) {
+    Worst lower, upper, point;
+    binomial_tails(ref_discrete_paths::kBinomialTails, lower, upper);
+    for (const auto& r : ref_discrete_paths::kBinomialTails)
+        point.add(binopdf(r.k, r.n, r.p, nullptr), r.point, at({1.0 * r.k, 1.0 * r.n, r.p}));
     EXPECT_LE(lower.report("binocdf limit lower"), kSumBound);
     EXPECT_LE(upper.report("binocdf limit upper"), kSumBound);
     EXPECT_LE(point.report("binopdf limit"), kDensityBound);
@@ -66,14 +73,7 @@ TEST(DiscretePaths, BinomialPoissonLimitTails) {
 // function; tails below the normal range within a few DBL_MIN.
 TEST(DiscretePaths, BinomialSmallCounts) {
     Worst lower, upper;
-    for (const auto& r : ref_discrete_paths::kBinomialSmallCount) {
-        const std::string where = at({1.0 * r.k, 1.0 * r.n, r.p});
-        int status = -999;
-        lower.add(binocdf(r.k, r.n, r.p, 2, &status), r.lower, where);
-        EXPECT_EQ(status, 0) << where;
-        upper.add(binocdf(r.k, r.n, r.p, 1, &status), r.upper, where);
-        EXPECT_EQ(status, 0) << where;
-    }
+    binomial_tails(ref_discrete_paths::kBinomialSmallCount, lower, upper);
     EXPECT_LE(lower.report("binocdf small n lower"), kSmallCountBound);
     EXPECT_LE(upper.report("binocdf small n upper"), kSmallCountBound);
 }

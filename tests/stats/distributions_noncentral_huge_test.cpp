@@ -234,32 +234,12 @@ double deep_tail_error(double v, double expected, const ::testing::Message& wher
     return error;
 }
 
-// The beta and F laws at huge non-centralities, shapes down to the smallest subnormal.
-TEST(NoncentralHuge, BetaAndFDeepLowerTails) {
+// Each row's law (kind 0: chi-square, 1: beta, otherwise F) against its far-tail reference;
+// returns the worst relative error over the normal results.
+template <std::size_t N>
+double deep_tail_rows(const MixtureRow (&rows)[N]) {
     double worst = 0.0;
-    for (const MixtureRow& r : kDeepLowerTails) {
-        int status = -1;
-        const double v = r.kind == 1.0 ? ncbetacdf(r.p0, r.p1, r.p2, r.lambda, &status)
-                                       : ncfcdf(r.p0, r.p1, r.p2, r.lambda, &status);
-        const auto where = ::testing::Message()
-                           << r.kind << ": " << r.p0 << ", " << r.p1 << ", " << r.p2 << ", "
-                           << r.lambda << " = " << v << ", expected " << r.expected;
-        EXPECT_EQ(status, 0) << where;
-        worst = std::fmax(worst, deep_tail_error(v, r.expected, where));
-    }
-    std::printf(
-        "[accuracy] ncbetacdf, ncfcdf deep lower tails: %zu rows, worst relative error "
-        "%.2e (normal results)\n",
-        std::size(kDeepLowerTails), worst);
-}
-
-// Far in the lower tail at lambda 4e7 .. 1e9: results from 1e-4 through the subnormal range to
-// 0, on both sides of the point where the Chernoff bound proves 0, shapes from 1e5 down to the
-// smallest subnormal; and the chi-square near lambda 2000 with x far under the mean and df large
-// beside lambda, where the strided sum starts far below its largest terms and walks to u near 0.
-TEST(NoncentralHuge, FarLowerTailsAgainstWindowSums) {
-    double worst = 0.0;
-    for (const MixtureRow& r : kWindowSums) {
+    for (const MixtureRow& r : rows) {
         int status = -1;
         const double v = r.kind == 0.0   ? ncchi2cdf(r.p0, r.p1, r.lambda, &status)
                          : r.kind == 1.0 ? ncbetacdf(r.p0, r.p1, r.p2, r.lambda, &status)
@@ -270,10 +250,26 @@ TEST(NoncentralHuge, FarLowerTailsAgainstWindowSums) {
         EXPECT_EQ(status, 0) << where;
         worst = std::fmax(worst, deep_tail_error(v, r.expected, where));
     }
+    return worst;
+}
+
+// The beta and F laws at huge non-centralities, shapes down to the smallest subnormal.
+TEST(NoncentralHuge, BetaAndFDeepLowerTails) {
+    std::printf(
+        "[accuracy] ncbetacdf, ncfcdf deep lower tails: %zu rows, worst relative error "
+        "%.2e (normal results)\n",
+        std::size(kDeepLowerTails), deep_tail_rows(kDeepLowerTails));
+}
+
+// Far in the lower tail at lambda 4e7 .. 1e9: results from 1e-4 through the subnormal range to
+// 0, on both sides of the point where the Chernoff bound proves 0, shapes from 1e5 down to the
+// smallest subnormal; and the chi-square near lambda 2000 with x far under the mean and df large
+// beside lambda, where the strided sum starts far below its largest terms and walks to u near 0.
+TEST(NoncentralHuge, FarLowerTailsAgainstWindowSums) {
     std::printf(
         "[accuracy] ncchi2cdf, ncbetacdf, ncfcdf far lower tails at lambda up to 1e9: %zu rows, "
         "worst relative error %.2e (normal results)\n",
-        std::size(kWindowSums), worst);
+        std::size(kWindowSums), deep_tail_rows(kWindowSums));
 }
 
 // The chi-square at huge non-centralities just above the point where it leaves the range.
