@@ -113,4 +113,25 @@ TEST(G01SrangeTails, SubnormalProbabilities) {
     }
 }
 
+// Huge q: 1 - P <= P(S < 40/q) + P(range of r normals > 40), the first at most
+// (40/q)^v v^(v/2) / (2^(v/2 - 1) Gamma(v/2) v) (the scale's density is below its power law
+// at 0), the second below r e^-400: both far below DBL_EPSILON from q = 1e20 for v >= 1 and
+// r < 2^31, so P is 1 to rounding and the upper tail to a tiny non-negative number. Where q s
+// overflowed the mode search took the flat range law for the steepest one:
+// srangecdf(1e308, 1.39, 1474) came out infinite and srangecdf(6.6e306, 2.1e5, 376929128) 0.
+TEST(G01SrangeTails, HugeRangesAreCertain) {
+    for (double q : {1e20, 1e100, 6.610457524093015e306, 1e308, DBL_MAX}) {
+        for (auto [v, r] : {std::pair{1.390625, 1474}, std::pair{214879.9232722612, 376929128},
+                            std::pair{1.0, 2}, std::pair{1.0, 2147483647}, std::pair{1e6, 3}}) {
+            NagError fail;
+            const double lower = g01emc(q, v, r, &fail);  // 1 within the documented accuracy
+            EXPECT_TRUE(lower <= 1.0 && lower >= 1.0 - 4 * DBL_EPSILON)
+                << q << " " << v << " " << r;
+            EXPECT_EQ(fail.code, 0);
+            const double upper = g01emc_upper(q, v, r, &fail);
+            EXPECT_TRUE(upper >= 0.0 && upper < 1e-15) << q << " " << v << " " << r << " " << upper;
+        }
+    }
+}
+
 }  // namespace

@@ -652,8 +652,11 @@ Law tukey_lower(double q, double v, double r) {
         const double s = std::exp(y);
         const ScaledLaw range = range_law<true>(q * s, r);
         // w R'(w) / R(w) lies in [0, r - 1]; at the edge of the range (w/2 near the
-        // smallest doubles, R a few subnormals after scaling) its quotient can overflow.
-        const double ratio = q * s * range.dp / range.p;
+        // smallest doubles, R a few subnormals after scaling) its quotient can overflow. Where
+        // R' is 0 (R = 1 from w/2 past the range law's end, w up to infinity when q s
+        // overflows) it is 0: taken as r - 1 there, the slope never fell, the mode was put at
+        // the bracket's top and srangecdf(1e308, 1.39, 1474) came out infinite.
+        const double ratio = range.dp > 0.0 ? q * s * range.dp / range.p : 0.0;
         const double elasticity =
             range.p > 0.0 && std::isfinite(ratio) ? std::clamp(ratio, 0.0, r - 1.0) : r - 1.0;
         // 1 - s^2 as -expm1(2y) past kTrapezoidGroups groups: where R(q) is within
