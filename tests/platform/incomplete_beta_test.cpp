@@ -4,7 +4,9 @@
 // the far tails decided by the bound, and the switch points between them), Student's
 // P(|T| >= |t|) from t at large df, and the logarithmic form of the lower side far below the
 // double range and at second shapes down to the smallest subnormal
-// (tests/reference/gen_incomplete_beta_log.py).
+// (tests/reference/gen_incomplete_beta_log.py). Both builds of the kernel (the fused
+// multiply-add one the processor picks, and the one for any processor) on the classical paths
+// of the beta and Student's t rows of the distribution tables.
 #include <gtest/gtest.h>
 
 #include <cfloat>
@@ -12,7 +14,9 @@
 #include <cmath>
 #include <cstdio>
 #include <iterator>
+#include <limits>
 #include <optional>
+#include <string_view>
 
 #include "platform/numeric/incomplete_beta.hpp"
 
@@ -215,6 +219,81 @@ TEST(IncompleteBetaLog, DeclinesPastTheSwitchPoint) {
     EXPECT_FALSE(at(1e6, 1e-300, 1.0 - 1e-7));  // s y below 1: the other side's region
     EXPECT_FALSE(at(0.0, 3.0, 0.1));
     EXPECT_FALSE(at(2.0, 6e9, 1e-12));  // beyond the kernel's shapes
+}
+
+// The beta and Student's t rows of the distribution tables (mpmath), read through the kernel
+// as the beta and t routines call it: the side a row asks for, where the kernel gives it, is
+// within the tolerance in either build, and the two builds agree to the last bit (every
+// product's rounding error is exact in both, and neither contracts a product and a sum).
+struct DistributionRow {
+    std::string_view fn;
+    double a0, a1, a2;
+    int tail;
+    double expected;
+};
+#define REF(fn, a0, a1, a2, tail, expected) {#fn, a0, a1, a2, tail, expected},
+const DistributionRow kDistributionRows[] = {
+#include "reference/distributions_beta_sides_ref.inc"
+#include "reference/distributions_tbeta_paths_ref.inc"
+#include "reference/distributions_t_large_df_ref.inc"
+};
+#undef REF
+
+using zemath::numeric::BetaTailsDouble;
+
+// The side the row asks for from a kernel's tails (NaN where it does not give it): betacdf's
+// tail 2 lower, 1 upper; tcdf's two-sided tails 3 (beyond |t|) and 4 (within).
+double asked_side(const DistributionRow& r, const BetaTailsDouble& tails) {
+    if (r.fn == "betacdf") return r.tail == 2 ? tails.lower : tails.upper;
+    return r.tail == 3 ? tails.upper : tails.lower;
+}
+
+TEST(IncompleteBetaBuilds, BothBuildsAgreeAndMatchReference) {
+    using Tails = std::optional<BetaTailsDouble>;
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+    constexpr BetaTailsDouble kNone{kNaN, kNaN, kNaN};
+    struct Build {
+        const char* name;
+        Tails (*beta)(double, double, TwoPart, TwoPart, bool);
+        BetaTailsDouble (*t)(double, double);
+    };
+    const Build builds[] = {{"dispatched", zemath::numeric::incomplete_beta_double,
+                             zemath::numeric::student_t_two_sided_double},
+                            {"portable", zemath::numeric::incomplete_beta_double_portable,
+                             zemath::numeric::student_t_two_sided_double_portable}};
+    double worst = 0.0;
+    int checked = 0;
+    for (const DistributionRow& r : kDistributionRows) {
+        const bool beta = r.fn == "betacdf", t = r.fn == "tcdf" && (r.tail == 3 || r.tail == 4);
+        if (!(beta && r.a0 > 0.0 && r.a0 < 1.0) && !t) continue;
+        double side[2] = {kNaN, kNaN};
+        for (int k = 0; k < 2; ++k) {
+            BetaTailsDouble tails = kNone;
+            if (beta) {
+                const Tails got =
+                    builds[k].beta(r.a1, r.a2, TwoPart{r.a0, 0.0}, two_sum(1.0, -r.a0), true);
+                if (got) tails = *got;
+            } else {
+                tails = builds[k].t(r.a0, r.a1);
+            }
+            side[k] = asked_side(r, tails);
+            if (std::isnan(side[k]) || !(r.expected >= DBL_MIN)) continue;
+            const double e = relative_error(side[k], r.expected);
+            worst = std::max(worst, e);
+            ++checked;
+            EXPECT_LE(e, kTolerance) << builds[k].name << " " << r.fn << "(" << r.a0 << ", " << r.a1
+                                     << ", " << r.a2 << ") tail " << r.tail;
+        }
+        // Bitwise agreement (NaN in both where the path declines).
+        EXPECT_TRUE(side[0] == side[1] || (std::isnan(side[0]) && std::isnan(side[1])))
+            << r.fn << "(" << r.a0 << ", " << r.a1 << ", " << r.a2 << ") tail " << r.tail << ": "
+            << side[0] << " vs " << side[1];
+    }
+    EXPECT_GT(checked, 3000);  // both builds over most rows: the paths answer there
+    std::printf(
+        "[accuracy] incomplete beta, both builds on the beta and t rows: %d sides, "
+        "worst %.3g\n",
+        checked, worst);
 }
 
 }  // namespace

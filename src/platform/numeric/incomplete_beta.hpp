@@ -37,6 +37,10 @@ inline constexpr double kBetaDoubleHalfShapeMax = 1e6;
 // instead of declining.
 std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPart x, TwoPart y,
                                                       bool one_side = false);
+// The same from the build for any processor, where incomplete_beta_double runs the fused
+// multiply-add build on processors that have one: for the tests, which check both.
+std::optional<BetaTailsDouble> incomplete_beta_double_portable(double a, double b, TwoPart x,
+                                                               TwoPart y, bool one_side = false);
 
 // Below this second shape the lower side is b times a function of a and x alone, to double
 // precision (see incomplete_beta.cpp): the logarithmic form below takes it there.
@@ -57,5 +61,13 @@ std::optional<TwoPart> incomplete_beta_log_lower(double a, double b, TwoPart x, 
 // there, with ln v = -ln(1 + t^2/df) formed from t directly (no quotient for v). Within about
 // 1e-15 relative. Empty where the value leaves the normal range or the expansion declines.
 std::optional<double> student_t_beyond(double t, double df);
+
+// Student's t with df degrees of freedom, 1 <= df <= 2e6, 0 < |t| < 1e150: lower = P(|T| <= |t|)
+// and upper = P(|T| >= |t|) from student_t_beyond where df >= 1000 and that side is at most
+// 0.9, else from incomplete_beta_double at a = 1/2, b = df/2 with x = t^2/(df + t^2) and 1 - x
+// formed in two parts; a side is NaN where neither gives it (front NaN from the first).
+BetaTailsDouble student_t_two_sided_double(double t, double df);
+// The same from the build for any processor (see incomplete_beta_double_portable).
+BetaTailsDouble student_t_two_sided_double_portable(double t, double df);
 
 }  // namespace zemath::numeric
