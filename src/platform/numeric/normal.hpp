@@ -6,10 +6,11 @@
 // erfc sees it (1e-13 at z = 37); the rounding error of the product (exact with fma, see
 // double_double.hpp) and any low part the caller carries for z are fed back through erfc's
 // derivative: erfc(t + e) = erfc(t) - 2/sqrt(pi) e^(-t^2) e, the next term being e^2 t
-// times smaller. The density's exponent s^2/2 is split the same way. Both tails are
-// computed directly, never as 1 minus the other.
-// Accuracy: a few ulps of the glibc erfc/erf, at any argument whose tail is a normal double.
-// References: DLMF 7.2 (erfc), 7.10 (its derivative); Abramowitz and Stegun 26.2.
+// times smaller (not formed where |z| < 2, or where the value exceeds 0.997, z < -2 sqrt 2:
+// there it is below 0.07 of the value's ulp). The density's exponent s^2/2 is split the same way.
+// Both tails are computed directly, never as 1 minus the other. Accuracy: a few ulps of the glibc
+// erfc/erf, at any argument whose tail is a normal double. References: DLMF 7.2 (erfc), 7.10 (its
+// derivative); Abramowitz and Stegun 26.2.
 #pragma once
 
 #include <cmath>
@@ -35,6 +36,12 @@ inline double normal_upper(double z, double z_low = 0.0) {
     constexpr double kExactEnough = 2.0;  // below this the argument's rounding costs < 4 ulps
     // (The rounded t alone there: its error, a product's, is not formed.)
     if (std::fabs(z) < kExactEnough && z_low == 0.0) return 0.5 * std::erfc(z * kRsqrt2Hi);
+    // Below z = -2 sqrt 2 the value is above 0.997, and the correction below, (2/sqrt(pi))
+    // e^(-t^2) t.lo with |t| >= 2 and |t.lo| within 1.6 ulp(t)/2 (the product's rounding and
+    // the constant's), is at most 7.4e-18 (at t = -2, falling fast beyond): under 0.07 of the
+    // value's ulp, so the rounded t alone serves there too (as does a z_low far below an ulp).
+    constexpr double kNearOneBelow = -2.8284271247461903;  // -2 sqrt 2
+    if (z < kNearOneBelow) return 0.5 * std::erfc(z * kRsqrt2Hi);
     const TwoPart t = scaled_by_rsqrt2(z, z_low);
     const double tail = std::erfc(t.hi);
     // The correction is about 2 t t.lo of the tail, t.lo within an ulp of t: at most a few
