@@ -199,21 +199,12 @@ namespace with_fma {
 #define ZEMATH_BETA_FMA_BUILD 0
 #endif
 
-// Whether the fused build runs here (the processor's feature bits, read once at load).
-bool fused_build() {
-#if ZEMATH_BETA_FMA_BUILD
-    return kFmaInProcessor;
-#else
-    return false;
-#endif
-}
-
 }  // namespace
 
 std::optional<BetaTailsDouble> incomplete_beta_double(double a, double b, TwoPart x, TwoPart y,
                                                       bool one_side) {
 #if ZEMATH_BETA_FMA_BUILD
-    if (fused_build()) return with_fma::beta_tails(a, b, x, y, one_side);
+    if (kFmaInProcessor) return with_fma::beta_tails(a, b, x, y, one_side);
 #endif
     return portable::beta_tails(a, b, x, y, one_side);
 }
@@ -225,21 +216,21 @@ std::optional<BetaTailsDouble> incomplete_beta_double_portable(double a, double 
 
 std::optional<TwoPart> incomplete_beta_log_lower(double a, double b, TwoPart x, TwoPart y) {
 #if ZEMATH_BETA_FMA_BUILD
-    if (fused_build()) return with_fma::beta_log_lower(a, b, x, y);
+    if (kFmaInProcessor) return with_fma::beta_log_lower(a, b, x, y);
 #endif
     return portable::beta_log_lower(a, b, x, y);
 }
 
 std::optional<double> student_t_beyond(double t, double df) {
 #if ZEMATH_BETA_FMA_BUILD
-    if (fused_build()) return with_fma::t_beyond(t, df);
+    if (kFmaInProcessor) return with_fma::t_beyond(t, df);
 #endif
     return portable::t_beyond(t, df);
 }
 
 BetaTailsDouble student_t_two_sided_double(double t, double df) {
 #if ZEMATH_BETA_FMA_BUILD
-    if (fused_build()) return with_fma::t_two_sided(t, df);
+    if (kFmaInProcessor) return with_fma::t_two_sided(t, df);
 #endif
     return portable::t_two_sided(t, df);
 }
