@@ -424,23 +424,29 @@ ScaledLaw range_law(double w, double r) {
 Law range_upper(double w, double r) {
     if (!(w > 0.0)) return {1.0, 0.0};
     if (std::isinf(w)) return {};
-    const auto log_lower = [](double u) {
-        const double q = normal_upper(u);
-        return q < 0.5 ? std::log1p(-q) : std::log(normal_upper(-u));
+    // What the integrands and the slope share at a node, each normal tail and logarithm
+    // formed once: ln Phi(u), x = Phi(u - w) / Phi(u) (at most 1) and ln(1 - x).
+    struct Node {
+        double log_lower, x, log_rest;
     };
-    // x = Phi(u - w) / Phi(u), at most 1.
-    const auto ratio = [&](double u) {
-        return std::min(std::exp(std::log(normal_upper(w - u)) - log_lower(u)), 1.0);
+    const auto node = [w](double u) {
+        const double q = normal_upper(u);
+        const double log_lower = q < 0.5 ? std::log1p(-q) : std::log(normal_upper(-u));
+        const double x = std::min(std::exp(std::log(normal_upper(w - u)) - log_lower), 1.0);
+        return Node{log_lower, x, std::log1p(-x)};
     };
     const auto log_g = [&](double u) {
-        const double g = -std::expm1((r - 1.0) * std::log1p(-ratio(u)));
-        return -0.5 * u * u + (r - 1.0) * log_lower(u) + std::log(g);
+        const Node at = node(u);
+        const double g = -std::expm1((r - 1.0) * at.log_rest);
+        return -0.5 * u * u + (r - 1.0) * at.log_lower + std::log(g);
     };
     const auto slope = [&](double u) {
-        const double x = ratio(u);
-        const double log_rest = std::log1p(-x);
+        const Node at = node(u);
+        const double x = at.x;
+        const double log_rest = at.log_rest;
         const double g = -std::expm1((r - 1.0) * log_rest);
-        const double spread = numeric::inverse_mills(u - w) - numeric::inverse_mills(u);
+        const double mills = numeric::inverse_mills(u);
+        const double spread = numeric::inverse_mills(u - w) - mills;
         // G'/G without the spread: (r-1) x (1-x)^(r-2) / G, 1 where x underflows.
         double share = 1.0;
         if (x >= 1.0) {
@@ -448,7 +454,7 @@ Law range_upper(double w, double r) {
         } else if (g > 0.0 && x > 0.0) {
             share = (r - 1.0) * std::exp((r - 2.0) * log_rest) * x / g;
         }
-        return -u + (r - 1.0) * numeric::inverse_mills(u) + share * spread;
+        return -u + (r - 1.0) * mills + share * spread;
     };
     // Bracket the mode from w/2, by steps that double.
     double lo = 0.5 * w, hi = lo;
@@ -498,14 +504,13 @@ Law range_upper(double w, double r) {
     if (!std::isfinite(top) || top < kBelowRange) return {};
     const double log_groups = std::log(r - 1.0);
     const auto integrand = [&](double u) -> Law {
-        const double x = ratio(u);
-        const double log_rest = std::log1p(-x);
-        const double log_head = -0.5 * u * u + (r - 1.0) * log_lower(u) - top;
-        const double g = -std::expm1((r - 1.0) * log_rest);
+        const Node at = node(u);
+        const double log_head = -0.5 * u * u + (r - 1.0) * at.log_lower - top;
+        const double g = -std::expm1((r - 1.0) * at.log_rest);
         const double t = u - w;
         // phi(u - w) Phi(u)^(r-2) (1-x)^(r-2) (r-1), relative to e^top phi(u) / sqrt(2 pi).
         const double density =
-            std::exp(log_head - log_lower(u) + (r - 2.0) * log_rest - 0.5 * t * t + log_groups);
+            std::exp(log_head - at.log_lower + (r - 2.0) * at.log_rest - 0.5 * t * t + log_groups);
         return {g * std::exp(log_head), density};
     };
     const double width = 1.0 / std::sqrt(curvature);
@@ -725,29 +730,30 @@ Law tukey_upper(double q, double v, double r) {
     if (q <= 0.0) return {1.0, 0.0};
     if (std::isinf(q)) return {};
     constexpr double kNearOne = 0.99;
-    const auto range_tail = [r](double w) -> Law {
-        const Law law = unscaled(range_law<true>(w, r));
-        return law.p > kNearOne ? range_upper(w, r) : Law{1.0 - law.p, law.dp};
+    // R rises with w: from the least w seen with R above kNearOne on, range_upper is taken
+    // without forming R first (the outer integral's nodes and the mode search meet it early).
+    double near_one_from = std::numeric_limits<double>::infinity();
+    const auto range_tail = [r, &near_one_from]<bool with_density>(double w) -> Law {
+        if (w >= near_one_from) return range_upper(w, r);
+        const Law law = unscaled(range_law<with_density>(w, r));
+        if (!(law.p > kNearOne)) return {1.0 - law.p, law.dp};
+        near_one_from = w;
+        return range_upper(w, r);
     };
     constexpr double kLimitDf = 1e19;  // as in tukey_lower
-    if (v >= kLimitDf) return range_tail(q);
+    if (v >= kLimitDf) return range_tail.template operator()<true>(q);
     const numeric::ChiScaleLogDensity scale_density(v);
     const auto integrand = [&](double y) -> Law {
         const double density = scale_density(y);
         if (density == 0.0) return {};
         const double s = std::exp(y);
-        if constexpr (derivative) {
-            const Law range = range_tail(q * s);
-            return {density * range.p, density * s * range.dp};
-        } else {
-            const double within = unscaled(range_law<false>(q * s, r)).p;
-            return {density * (within > kNearOne ? range_upper(q * s, r).p : 1.0 - within), 0.0};
-        }
+        const Law range = range_tail.template operator()<derivative>(q * s);
+        return {density * range.p, derivative ? density * s * range.dp : 0.0};
     };
     // -INFINITY where 1 - R underflows (the mode lies below).
     const auto slope = [&](double y) {
         const double s = std::exp(y);
-        const Law range = range_tail(q * s);
+        const Law range = range_tail.template operator()<true>(q * s);
         if (!(range.p > 0.0)) return -std::numeric_limits<double>::infinity();
         const double elasticity = q * s * range.dp / range.p;
         return v * -std::expm1(2.0 * y) - (std::isfinite(elasticity) ? elasticity : 0.0);
