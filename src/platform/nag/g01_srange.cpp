@@ -32,10 +32,14 @@
 // relative to its value at the mode, the scale restored in the final product.
 // Near P = 1 the upper tail 1 - P is integrated as such (g01emc_upper): the range's upper
 // tail 1 - R(w) from the law of the largest normal, r integral phi(u) Phi(u)^(r-1) G(u) du
-// with G = 1 - (1 - Phi(u-w)/Phi(u))^(r-1) by expm1 and log1p (range_upper, about five times
-// R's cost), over the same scale mixture; 1 - P taken from P kept only an absolute
-// DBL_EPSILON, 100% of a tail of 1e-16 (srangeinv(1 - 6.7e-16, 1.08e15, 4) gave 11.82; the
-// upper tail's q is 11.7272).
+// with G = 1 - (1 - Phi(u-w)/Phi(u))^(r-1) by expm1 and log1p (range_upper, about 85 nodes
+// of two normal tails each, some four times R's cost), over the same scale mixture; 1 - P
+// taken from P kept only an absolute DBL_EPSILON, 100% of a tail of 1e-16
+// (srangeinv(1 - 6.7e-16, 1.08e15, 4) gave 11.82; the upper tail's q is 11.7272). Past 500
+// groups, where the rule does not settle, the outer integral is cut below the range law's
+// step: under the y where R(q e^y) < 1e-22 the integrand is the scale's density alone and its
+// integral the chi-square's lower tail, so that the panels no longer walk the scale's slow
+// lower tail (s^v).
 // The deviate: Newton's method with the density dP/dq (the same quadrature), on ln P
 // against ln q below the median and on ln(1 - P) against ln q above it (one step for the
 // power laws of either end), from the Odeh-Evans / AS 190.2 start, inside a bracket kept from
@@ -419,7 +423,8 @@ ScaledLaw range_law(double w, double r) {
 // the slope of its logarithm,
 //     -u + (r-1) m(u) + G'(u) / G(u),  G'/G = (r-1) (1-x)^(r-2) x (m(u-w) - m(u)) / G,
 // m = phi / Phi; from there the trapezoidal rule takes both integrals (trapezoid_from_mode;
-// about 50 nodes, some five times R's cost), else the adaptive panels. Accurate to about
+// about 85 nodes and 4 slopes, the node's two normal tails and logarithms shared by both
+// integrands; some four times R's cost), else the adaptive panels. Accurate to about
 // 1e-13 relative from 1 - R = 0.1 down to 1e-300.
 Law range_upper(double w, double r) {
     if (!(w > 0.0)) return {1.0, 0.0};
@@ -719,12 +724,51 @@ Law tukey_lower(double q, double v, double r) {
     return finish({left.p + right.p, left.dp + right.dp});
 }
 
+// Where the outer integrand of 1 - P may be cut below its mode: a y < mode with
+// R(q e^y) below kNoRange (or scaled out of the double range), so that below it 1 - R is 1
+// to rounding and the integrand is the scale's density alone. Steps from the mode that
+// double from its width, then three bisections towards the mode. Empty where none is found
+// above `below` (few groups: R falls only like w^(r-1)).
+std::optional<double> split_below_step(double q, double v, double r, double mode, double width,
+                                       double below) {
+    constexpr double kNoRange = 1e-22;
+    constexpr int kMaxSteps = 12, kBisections = 3;
+    static_cast<void>(v);
+    const auto negligible = [&](double y) {
+        const ScaledLaw law = range_law<false>(q * std::exp(y), r);
+        return law.shift != 0.0 || !(law.p >= kNoRange);
+    };
+    double inside = mode, cut = NAN, step = width;
+    for (int i = 0; i < kMaxSteps; ++i, step *= 2.0) {
+        const double y = mode - step;
+        if (y <= below) return std::nullopt;
+        if (negligible(y)) {
+            cut = y;
+            break;
+        }
+        inside = y;
+    }
+    if (std::isnan(cut)) return std::nullopt;
+    for (int i = 0; i < kBisections; ++i) {
+        const double mid = 0.5 * (cut + inside);
+        (negligible(mid) ? cut : inside) = mid;
+    }
+    return cut;
+}
+
 // 1 - P(q; v, r) and, when `derivative`, the density dP/dq: the outer integral of the
 // range's upper tail, integral f_Y(y) (1 - R(q e^y)) dy, 1 - R by range_upper where R is
-// above 0.9 (below, 1 - R loses at most a digit), so that P close to 1 keeps the relative
+// above 0.99 (below, 1 - R loses at most two digits), so that P close to 1 keeps the relative
 // accuracy of its complement. The integrand's logarithm has slope v (1 - s^2) - w R'(w) /
 // (1 - R(w)), negative at y = 0: its mode lies below, near ln(v / (v + q^2/2)) / 2 (where
-// 1 - R(w) falls like e^(-w^2/4)); bracketed from there, then as for P.
+// 1 - R(w) falls like e^(-w^2/4)); bracketed from there, then as for P. Past
+// kTrapezoidGroups groups, where the trapezoidal rule does not settle (the range law's step
+// next to the mode, the scale's slow lower tail beside it), the part below a y where R(q e^y)
+// is below 1e-22 is P(S < e^y), the chi-square's lower tail (1 - R is 1 there to rounding, and
+// R's share of the density, at most R times an elasticity of some 1e3, is below 1e-17 of it):
+// the panels then take only the stretch from that point up (a quarter fewer outer nodes past
+// 500 groups at v up to 100, where they walked the scale's tail, falling only like s^v; those
+// were mostly range laws, the range_upper calls above the step remain).
 template <bool derivative>
 Law tukey_upper(double q, double v, double r) {
     if (q <= 0.0) return {1.0, 0.0};
@@ -796,6 +840,17 @@ Law tukey_upper(double q, double v, double r) {
     if (const auto whole = trapezoid_from_mode(integrand, mode, width, head, derivative, below,
                                                above, r > kTrapezoidGroups, kMaxNodes))
         return {std::min(whole->p, 1.0), whole->dp};
+    if (r > kTrapezoidGroups) {
+        if (const auto split = split_below_step(q, v, r, mode, width, below)) {
+            const Law right = integrate_outwards(integrand, mode, above, width, head, derivative);
+            const Law left = integrate_outwards(integrand, mode, *split, width, head, derivative);
+            NagError fail;
+            const double scale_tail =
+                g01ecc(Nag_TailProbability::Nag_LowerTail, v * std::exp(2.0 * *split), v, &fail);
+            if (fail.code == 0)
+                return {std::min(scale_tail + left.p + right.p, 1.0), left.dp + right.dp};
+        }
+    }
     const Law right = integrate_outwards(integrand, mode, above, width, head, derivative);
     const Law left = integrate_outwards(integrand, mode, below, width, head, derivative);
     return {std::min(left.p + right.p, 1.0), left.dp + right.dp};
@@ -949,11 +1004,16 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     // Above the median 1 - P is integrated directly only where p is above 1 - 1e-3 (below,
     // 1 - P from P keeps 1e-13 of it), and there, costing several times P, only for the last
     // step or two: the steps before take 1 - P from P while it is above kCheapAbove and the
-    // residual above kCheapNoise times its relative rounding (or for kMaxCheap steps).
+    // residual above kCheapNoise times its relative rounding (or for kMaxCheap steps); they
+    // narrow the bracket only where 1 - P from P is off the tail by more than kCheapTrusted,
+    // P's own accuracy, not its rounding (P at 300, v = 2, 20000 groups lies 1.4e-12 off,
+    // 2e-9 of 1 - P: the bracket excluded the root and srangeinv(1 - 7.19e-4, 2, 20000) came
+    // out 3e-10 low, its direct tail 2e-9 off).
     // From a direct residual below kFinal the Newton step is taken as the deviate: the
     // residual after it is of order its square (ln(1 - P) is smooth in ln q), far below
     // rounding, where 1 - P from P and the direct one differ by 1e-10 at most.
     constexpr double kDirectTail = 1e-3, kCheapAbove = 1e-14, kCheapNoise = 100.0, kFinal = 1e-8;
+    constexpr double kCheapTrusted = 1e-11;
     constexpr int kMaxCheap = 8;
     bool precise = logarithmic || tail >= kDirectTail;
     int cheap_steps = 0;
@@ -973,12 +1033,12 @@ bool tukey_deviate(double p, double v, double r, double& q) {
             }
         }
         if (!precise) {
-            // Bracket (where the residual's sign is above P's rounding) and Newton step only.
+            // Bracket (where the residual's sign is above P's accuracy) and Newton step only.
             const double residual = std::log(law.p) - target;
             previous_residual = std::fabs(residual);
             if (std::fabs(residual) <= kCheapNoise * DBL_EPSILON / law.p) {
                 precise = true;
-            } else {
+            } else if (std::fabs(residual) > kCheapTrusted / law.p) {
                 (law.p > tail ? lo : hi) = x;
             }
             if (++cheap_steps == kMaxCheap) precise = true;
