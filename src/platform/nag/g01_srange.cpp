@@ -729,11 +729,10 @@ Law tukey_lower(double q, double v, double r) {
 // to rounding and the integrand is the scale's density alone. Steps from the mode that
 // double from its width, then three bisections towards the mode. Empty where none is found
 // above `below` (few groups: R falls only like w^(r-1)).
-std::optional<double> split_below_step(double q, double v, double r, double mode, double width,
+std::optional<double> split_below_step(double q, double r, double mode, double width,
                                        double below) {
     constexpr double kNoRange = 1e-22;
     constexpr int kMaxSteps = 12, kBisections = 3;
-    static_cast<void>(v);
     const auto negligible = [&](double y) {
         const ScaledLaw law = range_law<false>(q * std::exp(y), r);
         return law.shift != 0.0 || !(law.p >= kNoRange);
@@ -841,7 +840,7 @@ Law tukey_upper(double q, double v, double r) {
                                                above, r > kTrapezoidGroups, kMaxNodes))
         return {std::min(whole->p, 1.0), whole->dp};
     if (r > kTrapezoidGroups) {
-        if (const auto split = split_below_step(q, v, r, mode, width, below)) {
+        if (const auto split = split_below_step(q, r, mode, width, below)) {
             const Law right = integrate_outwards(integrand, mode, above, width, head, derivative);
             const Law left = integrate_outwards(integrand, mode, *split, width, head, derivative);
             NagError fail;
@@ -1016,6 +1015,10 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     constexpr double kCheapTrusted = 1e-11;
     constexpr int kMaxCheap = 8;
     bool precise = logarithmic || tail >= kDirectTail;
+    // Whether the precise phase takes the direct upper tail; ln q and the slope of
+    // ln(1 - P) in ln q at its last evaluation.
+    const bool direct = !logarithmic && tail < kDirectTail;
+    double direct_log_x = NAN, direct_slope = NAN;
     int cheap_steps = 0;
     for (int step = 0; step < kMaxSteps; ++step) {
         // P below the median, 1 - P above it; the density either way.
@@ -1067,14 +1070,43 @@ bool tukey_deviate(double p, double v, double r, double& q) {
         ((logarithmic ? law.p < tail : law.p > tail) ? lo : hi) = x;
         double next = NAN;
         double residual = INFINITY;  // of the log variable, relative to the target's tail
+        bool curved_final = false;
         if (law.p > 0.0 && law.dp > 0.0) {
             // In ln q: one step for the power laws P ~ c q^(r-1) of small q and
             // 1 - P ~ c q^-v of large q.
             residual = std::log(law.p) - target;
             const double slope = (logarithmic ? x : -x) * law.dp / law.p;
-            next = x * std::exp(std::clamp(-residual / slope, -kMaxLogStep, kMaxLogStep));
+            double log_step = -residual / slope;
+            // From the second direct evaluation of the upper tail on, the step solves the
+            // quadratic model of L = ln(1 - P) in ln q, its curvature c the secant of the last
+            // two slopes (each exact to the tail's accuracy; from 1 - P taken from P the slope
+            // is too noisy for that). Its error is that of c, about |L'''| (apart + |step|) / 2,
+            // with |L'''| taken as at most kCurvatureSafety |c| (1 - P falls like a power of q,
+            // like e^(-a q^2) or e^(-a q): there |L'''| is 0 to 2 |c|); where the residual that
+            // leaves is below a tenth of the rounding, the step is the deviate (a Newton step
+            // from a residual of 1e-7 took a third direct evaluation).
+            if (direct && std::isfinite(direct_log_x)) {
+                constexpr double kCurvatureSafety = 4.0;
+                const double apart = std::log(x) - direct_log_x;
+                const double curvature = apart != 0.0 ? (slope - direct_slope) / apart : NAN;
+                const double discriminant = 1.0 - 2.0 * curvature * residual / (slope * slope);
+                if (std::isfinite(curvature) && discriminant > 0.0) {
+                    const double curved = 2.0 * log_step / (1.0 + std::sqrt(discriminant));
+                    const double left = kCurvatureSafety * std::fabs(slope) *
+                                        std::fabs(curved - log_step) *
+                                        (std::fabs(apart) + std::fabs(curved));
+                    curved_final = left * tail <= 0.1 * rounding;
+                    log_step = curved;
+                }
+            }
+            if (direct) {
+                direct_log_x = std::log(x);
+                direct_slope = slope;
+            }
+            next = x * std::exp(std::clamp(log_step, -kMaxLogStep, kMaxLogStep));
         }
         if (std::fabs(next - x) <= 4.0 * DBL_EPSILON * x) return q = next, true;
+        if (curved_final && next > lo && next < hi) return q = next, true;
         if (!logarithmic && std::fabs(residual) <= kFinal && next > lo && next < hi)
             return q = next, true;
         if (!(next > lo && next < hi)) {
