@@ -59,10 +59,11 @@
 // 1.2 ms (0.8 before the direct upper tail, same scan), p90 4 ms (1.8); above p = 1 - 1e-3
 // median 3.4 ms (0.7), at most 13 ms (3.7), mostly many groups at p within 1e-8 of 1. With
 // the memo, the cut below the range law's step and range_upper's shared node values (CPU time,
-// 100 deviates, p log-uniform from 1 - 1e-3 to 1 - 1e-14, r from 2 to 2^31 - 1, the old code
-// alternated with the new in the same run): past 100 groups median 1.8 ms (3.0), p90 3.0 (6.4),
-// at most 4.5 (9.4); at p above 1 - 1e-8 median 1.7 ms (3.7). Some 60 range_upper calls a
-// deviate (115 before), each about 85 nodes; the rest is the cheap steps' P.
+// 150 deviates, p log-uniform from 1 - 1e-3 to 1 - 1e-14, r from 2 to 2^31 - 1, the old code
+// alternated with the new in the same run): past 100 groups median 1.8 ms (2.8), p90 3.4 (6.0),
+// at most 6.1 (14.8); at p above 1 - 1e-8 median 1.7 ms (3.6), p90 3.5 (7.7). Some 60
+// range_upper calls a deviate (115 before), each about 85 nodes; the rest is the cheap steps'
+// P.
 //
 // Phi(u) - Phi(u - w) is summed from its Hermite series below w = 1/2, where the
 // difference of the two probabilities loses digits (all of them below w = 1e-16). Its
