@@ -40,7 +40,7 @@
 // step: under the y where R(q e^y) < 1e-22 the integrand is the scale's density alone and its
 // integral the chi-square's lower tail, so that the panels no longer walk the scale's slow
 // lower tail (s^v); within 3e-15 of 25-digit mpmath values there (gen_srange_upper_many.py,
-// v from 2 to 32, 6e3 to 2.7e8 groups, 1 - P from 2e-3 down to 2e-14).
+// v from 1 to 32, 5e3 to 2.7e8 groups, 1 - P from 2e-3 down to 2e-14).
 // The deviate: Newton's method with the density dP/dq (the same quadrature), on ln P
 // against ln q below the median and on ln(1 - P) against ln q above it (one step for the
 // power laws of either end), from the Odeh-Evans / AS 190.2 start, inside a bracket kept from
