@@ -32,17 +32,25 @@
 // relative to its value at the mode, the scale restored in the final product.
 // Near P = 1 the upper tail 1 - P is integrated as such (g01emc_upper): the range's upper
 // tail 1 - R(w) from the law of the largest normal, r integral phi(u) Phi(u)^(r-1) G(u) du
-// with G = 1 - (1 - Phi(u-w)/Phi(u))^(r-1) by expm1 and log1p (range_upper, about five times
-// R's cost), over the same scale mixture; 1 - P taken from P kept only an absolute
-// DBL_EPSILON, 100% of a tail of 1e-16 (srangeinv(1 - 6.7e-16, 1.08e15, 4) gave 11.82; the
-// upper tail's q is 11.7272).
+// with G = 1 - (1 - Phi(u-w)/Phi(u))^(r-1) by expm1 and log1p (range_upper, about 85 nodes
+// of two normal tails each, some four times R's cost), over the same scale mixture; 1 - P
+// taken from P kept only an absolute DBL_EPSILON, 100% of a tail of 1e-16
+// (srangeinv(1 - 6.7e-16, 1.08e15, 4) gave 11.82; the upper tail's q is 11.7272). Past 500
+// groups, where the rule does not settle, the outer integral is cut below the range law's
+// step: under the y where R(q e^y) < 1e-22 the integrand is the scale's density alone and its
+// integral the chi-square's lower tail, so that the panels no longer walk the scale's slow
+// lower tail (s^v); within 3e-15 of 25-digit mpmath values there (gen_srange_upper_many.py,
+// v from 1 to 32, 5e3 to 2.7e8 groups, 1 - P from 2e-3 down to 2e-14).
 // The deviate: Newton's method with the density dP/dq (the same quadrature), on ln P
 // against ln q below the median and on ln(1 - P) against ln q above it (one step for the
 // power laws of either end), from the Odeh-Evans / AS 190.2 start, inside a bracket kept from
 // the signs seen (bisection or doubling when a step leaves it), until P is within rounding of
 // p, the step within rounding of q, or the quadratic convergence predicts the next residual
 // below rounding; 3-6 evaluations. Above p = 1 - 1e-3 the last one or two take the direct
-// upper tail, the others 1 - P from P while its rounding is far below the residual. Past
+// upper tail, the others 1 - P from P while its rounding is far below the residual (and
+// narrow the bracket only beyond P's accuracy); the second direct evaluation reuses the
+// first one's nodes and range tails (UpperTailMemo), and its step takes the curvature of
+// ln(1 - P) from the two, so that a third is seldom needed. Past
 // 100 groups, and past p = 0.99, the start is asymptotic instead (tukey_start_many: the
 // v = infinity range law's own deviate, cheap to solve, combined with the scale's quantiles).
 // Where P is within rounding of its small-q power law sqrt(r) (q / sqrt(2 pi))^(r-1) E S^(r-1)
@@ -50,9 +58,13 @@
 // Over r from 101 to 2^31 - 1 (log-uniform), v from 1 to 1e6 and infinity, p in the body and
 // down to 1e-12 from 0 and 1 (a scan of 250 calls, the machine shared): per deviate median
 // 1.2 ms (0.8 before the direct upper tail, same scan), p90 4 ms (1.8); above p = 1 - 1e-3
-// median 3.4 ms (0.7), at most 13 ms (3.7), mostly many groups at p within 1e-8 of 1, where
-// the direct tail's outer integral falls back to the adaptive panels and range_upper costs
-// some 30 us a node.
+// median 3.4 ms (0.7), at most 13 ms (3.7), mostly many groups at p within 1e-8 of 1. With
+// the memo, the cut below the range law's step and range_upper's shared node values (CPU time,
+// 150 deviates, p log-uniform from 1 - 1e-3 to 1 - 1e-14, r from 2 to 2^31 - 1, the old code
+// alternated with the new in the same run): past 100 groups median 1.8 ms (2.8), p90 3.4 (6.0),
+// at most 6.1 (14.8); at p above 1 - 1e-8 median 1.7 ms (3.6), p90 3.5 (7.7). Some 60
+// range_upper calls a deviate (115 before), each about 85 nodes; the rest is the cheap steps'
+// P.
 //
 // Phi(u) - Phi(u - w) is summed from its Hermite series below w = 1/2, where the
 // difference of the two probabilities loses digits (all of them below w = 1e-16). Its
@@ -85,6 +97,7 @@
 #include <limits>
 #include <numbers>
 #include <optional>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/nag/g01.hpp"
@@ -419,28 +432,35 @@ ScaledLaw range_law(double w, double r) {
 // the slope of its logarithm,
 //     -u + (r-1) m(u) + G'(u) / G(u),  G'/G = (r-1) (1-x)^(r-2) x (m(u-w) - m(u)) / G,
 // m = phi / Phi; from there the trapezoidal rule takes both integrals (trapezoid_from_mode;
-// about 50 nodes, some five times R's cost), else the adaptive panels. Accurate to about
+// about 85 nodes and 4 slopes, the node's two normal tails and logarithms shared by both
+// integrands; some four times R's cost), else the adaptive panels. Accurate to about
 // 1e-13 relative from 1 - R = 0.1 down to 1e-300.
 Law range_upper(double w, double r) {
     if (!(w > 0.0)) return {1.0, 0.0};
     if (std::isinf(w)) return {};
-    const auto log_lower = [](double u) {
-        const double q = normal_upper(u);
-        return q < 0.5 ? std::log1p(-q) : std::log(normal_upper(-u));
+    // What the integrands and the slope share at a node, each normal tail and logarithm
+    // formed once: ln Phi(u), x = Phi(u - w) / Phi(u) (at most 1) and ln(1 - x).
+    struct Node {
+        double log_lower, x, log_rest;
     };
-    // x = Phi(u - w) / Phi(u), at most 1.
-    const auto ratio = [&](double u) {
-        return std::min(std::exp(std::log(normal_upper(w - u)) - log_lower(u)), 1.0);
+    const auto node = [w](double u) {
+        const double q = normal_upper(u);
+        const double log_lower = q < 0.5 ? std::log1p(-q) : std::log(normal_upper(-u));
+        const double x = std::min(std::exp(std::log(normal_upper(w - u)) - log_lower), 1.0);
+        return Node{log_lower, x, std::log1p(-x)};
     };
     const auto log_g = [&](double u) {
-        const double g = -std::expm1((r - 1.0) * std::log1p(-ratio(u)));
-        return -0.5 * u * u + (r - 1.0) * log_lower(u) + std::log(g);
+        const Node at = node(u);
+        const double g = -std::expm1((r - 1.0) * at.log_rest);
+        return -0.5 * u * u + (r - 1.0) * at.log_lower + std::log(g);
     };
     const auto slope = [&](double u) {
-        const double x = ratio(u);
-        const double log_rest = std::log1p(-x);
+        const Node at = node(u);
+        const double x = at.x;
+        const double log_rest = at.log_rest;
         const double g = -std::expm1((r - 1.0) * log_rest);
-        const double spread = numeric::inverse_mills(u - w) - numeric::inverse_mills(u);
+        const double mills = numeric::inverse_mills(u);
+        const double spread = numeric::inverse_mills(u - w) - mills;
         // G'/G without the spread: (r-1) x (1-x)^(r-2) / G, 1 where x underflows.
         double share = 1.0;
         if (x >= 1.0) {
@@ -448,7 +468,7 @@ Law range_upper(double w, double r) {
         } else if (g > 0.0 && x > 0.0) {
             share = (r - 1.0) * std::exp((r - 2.0) * log_rest) * x / g;
         }
-        return -u + (r - 1.0) * numeric::inverse_mills(u) + share * spread;
+        return -u + (r - 1.0) * mills + share * spread;
     };
     // Bracket the mode from w/2, by steps that double.
     double lo = 0.5 * w, hi = lo;
@@ -498,14 +518,13 @@ Law range_upper(double w, double r) {
     if (!std::isfinite(top) || top < kBelowRange) return {};
     const double log_groups = std::log(r - 1.0);
     const auto integrand = [&](double u) -> Law {
-        const double x = ratio(u);
-        const double log_rest = std::log1p(-x);
-        const double log_head = -0.5 * u * u + (r - 1.0) * log_lower(u) - top;
-        const double g = -std::expm1((r - 1.0) * log_rest);
+        const Node at = node(u);
+        const double log_head = -0.5 * u * u + (r - 1.0) * at.log_lower - top;
+        const double g = -std::expm1((r - 1.0) * at.log_rest);
         const double t = u - w;
         // phi(u - w) Phi(u)^(r-2) (1-x)^(r-2) (r-1), relative to e^top phi(u) / sqrt(2 pi).
         const double density =
-            std::exp(log_head - log_lower(u) + (r - 2.0) * log_rest - 0.5 * t * t + log_groups);
+            std::exp(log_head - at.log_lower + (r - 2.0) * at.log_rest - 0.5 * t * t + log_groups);
         return {g * std::exp(log_head), density};
     };
     const double width = 1.0 / std::sqrt(curvature);
@@ -714,84 +733,181 @@ Law tukey_lower(double q, double v, double r) {
     return finish({left.p + right.p, left.dp + right.dp});
 }
 
+// Where the outer integrand of 1 - P may be cut below its mode: a y < mode with
+// R(q e^y) below kNoRange (or scaled out of the double range), so that below it 1 - R is 1
+// to rounding and the integrand is the scale's density alone. Steps from the mode that
+// double from its width, then three bisections towards the mode. Empty where none is found
+// above `below` (few groups: R falls only like w^(r-1)).
+std::optional<double> split_below_step(double q, double r, double mode, double width,
+                                       double below) {
+    constexpr double kNoRange = 1e-22;
+    constexpr int kMaxSteps = 12, kBisections = 3;
+    const auto negligible = [&](double y) {
+        const ScaledLaw law = range_law<false>(q * std::exp(y), r);
+        return law.shift != 0.0 || !(law.p >= kNoRange);
+    };
+    double inside = mode, cut = NAN, step = width;
+    for (int i = 0; i < kMaxSteps; ++i, step *= 2.0) {
+        const double y = mode - step;
+        if (y <= below) return std::nullopt;
+        if (negligible(y)) {
+            cut = y;
+            break;
+        }
+        inside = y;
+    }
+    if (std::isnan(cut)) return std::nullopt;
+    for (int i = 0; i < kBisections; ++i) {
+        const double mid = 0.5 * (cut + inside);
+        (negligible(mid) ? cut : inside) = mid;
+    }
+    return cut;
+}
+
 // 1 - P(q; v, r) and, when `derivative`, the density dP/dq: the outer integral of the
 // range's upper tail, integral f_Y(y) (1 - R(q e^y)) dy, 1 - R by range_upper where R is
-// above 0.9 (below, 1 - R loses at most a digit), so that P close to 1 keeps the relative
+// above 0.99 (below, 1 - R loses at most two digits), so that P close to 1 keeps the relative
 // accuracy of its complement. The integrand's logarithm has slope v (1 - s^2) - w R'(w) /
 // (1 - R(w)), negative at y = 0: its mode lies below, near ln(v / (v + q^2/2)) / 2 (where
-// 1 - R(w) falls like e^(-w^2/4)); bracketed from there, then as for P.
+// 1 - R(w) falls like e^(-w^2/4)); bracketed from there, then as for P. Past
+// kTrapezoidGroups groups, where the trapezoidal rule does not settle (the range law's step
+// next to the mode, the scale's slow lower tail beside it), the part below a y where R(q e^y)
+// is below 1e-22 is P(S < e^y), the chi-square's lower tail (1 - R is 1 there to rounding, and
+// R's share of the density, at most R times an elasticity of some 1e3, is below 1e-17 of it):
+// the panels then take only the stretch from that point up (a quarter fewer outer nodes past
+// 500 groups at v up to 100, where they walked the scale's tail, falling only like s^v; those
+// were mostly range laws, the range_upper calls above the step remain).
+// What the deviate's successive direct evaluations of the upper tail share. The outer
+// integral is taken in d = ln(w / w0), w0 = q0 e^mode0 at the mode found for an earlier q0:
+// its nodes are then the same w for any q, the scale's density taken at y = mode0 +
+// ln(q0 / q) + d. A later q within a tenth of the width of q0 keeps mode0, the width and so
+// the nodes, and the range's upper tail at each node is kept by its d: only the scale's
+// density is formed afresh (the second direct evaluation cost as much as the first).
+struct UpperTailMemo {
+    bool anchored = false;
+    double q0 = 0.0, mode0 = 0.0, width = 0.0, w0 = 0.0, cut = NAN;  // cut: in d
+    double near_one_from = std::numeric_limits<double>::infinity();
+    std::unordered_map<double, Law> range;
+};
+
 template <bool derivative>
-Law tukey_upper(double q, double v, double r) {
+Law tukey_upper(double q, double v, double r, UpperTailMemo* memo = nullptr) {
     if (q <= 0.0) return {1.0, 0.0};
     if (std::isinf(q)) return {};
     constexpr double kNearOne = 0.99;
-    const auto range_tail = [r](double w) -> Law {
-        const Law law = unscaled(range_law<true>(w, r));
-        return law.p > kNearOne ? range_upper(w, r) : Law{1.0 - law.p, law.dp};
+    // R rises with w: from the least w seen with R above kNearOne on, range_upper is taken
+    // without forming R first (the outer integral's nodes and the mode search meet it early).
+    double own_near_one_from = std::numeric_limits<double>::infinity();
+    double& near_one_from = memo != nullptr ? memo->near_one_from : own_near_one_from;
+    const auto range_tail = [r, &near_one_from]<bool with_density>(double w) -> Law {
+        if (w >= near_one_from) return range_upper(w, r);
+        const Law law = unscaled(range_law<with_density>(w, r));
+        if (!(law.p > kNearOne)) return {1.0 - law.p, law.dp};
+        near_one_from = w;
+        return range_upper(w, r);
     };
     constexpr double kLimitDf = 1e19;  // as in tukey_lower
-    if (v >= kLimitDf) return range_tail(q);
+    if (v >= kLimitDf) return range_tail.template operator()<true>(q);
     const numeric::ChiScaleLogDensity scale_density(v);
-    const auto integrand = [&](double y) -> Law {
+    // The range's tail at w = w0 e^d, from the memo where it has it.
+    double w0 = 0.0, offset = 0.0;  // y = offset + d
+    const auto range_at = [&](double d) -> Law {
+        if (memo == nullptr) return range_tail.template operator()<derivative>(w0 * std::exp(d));
+        const auto found = memo->range.find(d);
+        if (found != memo->range.end()) return found->second;
+        const Law law = range_tail.template operator()<derivative>(w0 * std::exp(d));
+        memo->range.emplace(d, law);
+        return law;
+    };
+    const auto integrand = [&](double d) -> Law {
+        const double y = offset + d;
         const double density = scale_density(y);
         if (density == 0.0) return {};
-        const double s = std::exp(y);
-        if constexpr (derivative) {
-            const Law range = range_tail(q * s);
-            return {density * range.p, density * s * range.dp};
-        } else {
-            const double within = unscaled(range_law<false>(q * s, r)).p;
-            return {density * (within > kNearOne ? range_upper(q * s, r).p : 1.0 - within), 0.0};
-        }
+        const Law range = range_at(d);
+        return {density * range.p, derivative ? density * std::exp(y) * range.dp : 0.0};
     };
-    // -INFINITY where 1 - R underflows (the mode lies below).
-    const auto slope = [&](double y) {
-        const double s = std::exp(y);
-        const Law range = range_tail(q * s);
-        if (!(range.p > 0.0)) return -std::numeric_limits<double>::infinity();
-        const double elasticity = q * s * range.dp / range.p;
-        return v * -std::expm1(2.0 * y) - (std::isfinite(elasticity) ? elasticity : 0.0);
-    };
-    // From the guess, steps of the scale's width, doubling, to a bracket of the mode (the
-    // slope at y = 0 can be far steeper, -5e4 at q = 316 with 2^31 groups).
-    const double guess = 0.5 * std::log(v / (v + 0.5 * q * q));
-    double lo = guess, slo = slope(lo), hi = lo, shi = slo;
-    const double first_step = 1.0 / std::sqrt(2.0 * v);
-    if (slo > 0.0) {
-        for (double step = first_step; shi > 0.0 && hi < 0.0; step *= 2.0) {
-            lo = hi;
-            slo = shi;
-            hi = std::min(hi + step, 0.0);
-            shi = slope(hi);
-        }
-    } else {
-        for (double step = first_step; slo <= 0.0 && step < 1e4; step *= 2.0) {
-            hi = lo;
-            shi = slo;
-            lo -= step;
-            slo = slope(lo);
-        }
-    }
-    double curvature = 2.0 * v * std::exp(2.0 * lo);
-    double mode = hi;
-    if (slo > 0.0 && shi < 0.0) {
-        constexpr int kMaxSteps = 60;
-        mode = scale_mode(slope, v, {lo, hi, slo, shi}, true, kMaxSteps, curvature);
-    }
-    const double width = 1.0 / std::sqrt(std::max(curvature, 2.0 * v * std::exp(2.0 * mode)));
     constexpr double kDrop = 45.0;
     const double reach = kDrop / v + 2.0;
-    const Law head = integrand(mode);
-    const double below = mode - 3.0 * reach, above = std::max(mode, 0.0) + reach;
+    double mode = 0.0, width = 0.0;  // in y
+    constexpr double kSameMode = 0.1;
+    if (memo != nullptr && memo->anchored &&
+        std::fabs(std::log(memo->q0 / q)) <= kSameMode * memo->width) {
+        offset = mode = memo->mode0 + std::log(memo->q0 / q);
+        width = memo->width;
+        w0 = memo->w0;
+    } else {
+        // -INFINITY where 1 - R underflows (the mode lies below).
+        const auto slope = [&](double y) {
+            const double s = std::exp(y);
+            const Law range = range_tail.template operator()<true>(q * s);
+            if (!(range.p > 0.0)) return -std::numeric_limits<double>::infinity();
+            const double elasticity = q * s * range.dp / range.p;
+            return v * -std::expm1(2.0 * y) - (std::isfinite(elasticity) ? elasticity : 0.0);
+        };
+        // From the guess, steps of the scale's width, doubling, to a bracket of the mode (the
+        // slope at y = 0 can be far steeper, -5e4 at q = 316 with 2^31 groups).
+        const double guess = 0.5 * std::log(v / (v + 0.5 * q * q));
+        double lo = guess, slo = slope(lo), hi = lo, shi = slo;
+        const double first_step = 1.0 / std::sqrt(2.0 * v);
+        if (slo > 0.0) {
+            for (double step = first_step; shi > 0.0 && hi < 0.0; step *= 2.0) {
+                lo = hi;
+                slo = shi;
+                hi = std::min(hi + step, 0.0);
+                shi = slope(hi);
+            }
+        } else {
+            for (double step = first_step; slo <= 0.0 && step < 1e4; step *= 2.0) {
+                hi = lo;
+                shi = slo;
+                lo -= step;
+                slo = slope(lo);
+            }
+        }
+        double curvature = 2.0 * v * std::exp(2.0 * lo);
+        mode = hi;
+        if (slo > 0.0 && shi < 0.0) {
+            constexpr int kMaxSteps = 60;
+            mode = scale_mode(slope, v, {lo, hi, slo, shi}, true, kMaxSteps, curvature);
+        }
+        width = 1.0 / std::sqrt(std::max(curvature, 2.0 * v * std::exp(2.0 * mode)));
+        offset = mode;
+        w0 = q * std::exp(mode);
+        if (memo != nullptr) {
+            *memo = {true, q, mode, width, w0, NAN, memo->near_one_from, {}};
+        }
+    }
+    // The quadrature in d, from the mode (d = 0), to the bounds found in y.
+    const Law head = integrand(0.0);
+    const double below = mode - 3.0 * reach - offset, above = std::max(mode, 0.0) + reach - offset;
     // Fewer nodes than for P before the panels take over: the scale's lower tail, where
     // 1 - R is about 1, falls only like s^v, which the rule, at the step the range law's
     // complement sets, walks slowly (400 nodes and more at v = 2).
     constexpr int kMaxNodes = 60;
-    if (const auto whole = trapezoid_from_mode(integrand, mode, width, head, derivative, below,
+    if (const auto whole = trapezoid_from_mode(integrand, 0.0, width, head, derivative, below,
                                                above, r > kTrapezoidGroups, kMaxNodes))
         return {std::min(whole->p, 1.0), whole->dp};
-    const Law right = integrate_outwards(integrand, mode, above, width, head, derivative);
-    const Law left = integrate_outwards(integrand, mode, below, width, head, derivative);
+    if (r > kTrapezoidGroups) {
+        // The cut depends on w alone: the memo keeps it in d.
+        std::optional<double> cut;
+        if (memo != nullptr && !std::isnan(memo->cut)) {
+            if (memo->cut > below && memo->cut < 0.0) cut = memo->cut;
+        } else if (const auto found = split_below_step(q, r, mode, width, mode - 3.0 * reach)) {
+            cut = *found - offset;
+            if (memo != nullptr) memo->cut = *cut;
+        }
+        if (cut) {
+            const Law right = integrate_outwards(integrand, 0.0, above, width, head, derivative);
+            const Law left = integrate_outwards(integrand, 0.0, *cut, width, head, derivative);
+            NagError fail;
+            const double scale_tail = g01ecc(Nag_TailProbability::Nag_LowerTail,
+                                             v * std::exp(2.0 * (offset + *cut)), v, &fail);
+            if (fail.code == 0)
+                return {std::min(scale_tail + left.p + right.p, 1.0), left.dp + right.dp};
+        }
+    }
+    const Law right = integrate_outwards(integrand, 0.0, above, width, head, derivative);
+    const Law left = integrate_outwards(integrand, 0.0, below, width, head, derivative);
     return {std::min(left.p + right.p, 1.0), left.dp + right.dp};
 }
 
@@ -943,13 +1059,23 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     // Above the median 1 - P is integrated directly only where p is above 1 - 1e-3 (below,
     // 1 - P from P keeps 1e-13 of it), and there, costing several times P, only for the last
     // step or two: the steps before take 1 - P from P while it is above kCheapAbove and the
-    // residual above kCheapNoise times its relative rounding (or for kMaxCheap steps).
+    // residual above kCheapNoise times its relative rounding (or for kMaxCheap steps); they
+    // narrow the bracket only where 1 - P from P is off the tail by more than kCheapTrusted,
+    // P's own accuracy, not its rounding (P at 300, v = 2, 20000 groups lies 1.4e-12 off,
+    // 2e-9 of 1 - P: the bracket excluded the root and srangeinv(1 - 7.19e-4, 2, 20000) came
+    // out 3e-10 low, its direct tail 2e-9 off).
     // From a direct residual below kFinal the Newton step is taken as the deviate: the
     // residual after it is of order its square (ln(1 - P) is smooth in ln q), far below
     // rounding, where 1 - P from P and the direct one differ by 1e-10 at most.
     constexpr double kDirectTail = 1e-3, kCheapAbove = 1e-14, kCheapNoise = 100.0, kFinal = 1e-8;
+    constexpr double kCheapTrusted = 1e-11;
     constexpr int kMaxCheap = 8;
     bool precise = logarithmic || tail >= kDirectTail;
+    // Whether the precise phase takes the direct upper tail; ln q and the slope of
+    // ln(1 - P) in ln q at its last evaluation.
+    const bool direct = !logarithmic && tail < kDirectTail;
+    double direct_log_x = NAN, direct_slope = NAN;
+    UpperTailMemo memo;
     int cheap_steps = 0;
     for (int step = 0; step < kMaxSteps; ++step) {
         // P below the median, 1 - P above it; the density either way.
@@ -957,7 +1083,7 @@ bool tukey_deviate(double p, double v, double r, double& q) {
         if (logarithmic) {
             law = tukey_lower<true>(x, v, r);
         } else if (precise && tail < kDirectTail) {
-            law = tukey_upper<true>(x, v, r);
+            law = tukey_upper<true>(x, v, r, &memo);
         } else {
             const Law lower = tukey_lower<true>(x, v, r);
             law = {1.0 - lower.p, lower.dp};
@@ -967,12 +1093,12 @@ bool tukey_deviate(double p, double v, double r, double& q) {
             }
         }
         if (!precise) {
-            // Bracket (where the residual's sign is above P's rounding) and Newton step only.
+            // Bracket (where the residual's sign is above P's accuracy) and Newton step only.
             const double residual = std::log(law.p) - target;
             previous_residual = std::fabs(residual);
             if (std::fabs(residual) <= kCheapNoise * DBL_EPSILON / law.p) {
                 precise = true;
-            } else {
+            } else if (std::fabs(residual) > kCheapTrusted / law.p) {
                 (law.p > tail ? lo : hi) = x;
             }
             if (++cheap_steps == kMaxCheap) precise = true;
@@ -1001,14 +1127,43 @@ bool tukey_deviate(double p, double v, double r, double& q) {
         ((logarithmic ? law.p < tail : law.p > tail) ? lo : hi) = x;
         double next = NAN;
         double residual = INFINITY;  // of the log variable, relative to the target's tail
+        bool curved_final = false;
         if (law.p > 0.0 && law.dp > 0.0) {
             // In ln q: one step for the power laws P ~ c q^(r-1) of small q and
             // 1 - P ~ c q^-v of large q.
             residual = std::log(law.p) - target;
             const double slope = (logarithmic ? x : -x) * law.dp / law.p;
-            next = x * std::exp(std::clamp(-residual / slope, -kMaxLogStep, kMaxLogStep));
+            double log_step = -residual / slope;
+            // From the second direct evaluation of the upper tail on, the step solves the
+            // quadratic model of L = ln(1 - P) in ln q, its curvature c the secant of the last
+            // two slopes (each exact to the tail's accuracy; from 1 - P taken from P the slope
+            // is too noisy for that). Its error is that of c, about |L'''| (apart + |step|) / 2,
+            // with |L'''| taken as at most kCurvatureSafety |c| (1 - P falls like a power of q,
+            // like e^(-a q^2) or e^(-a q): there |L'''| is 0 to 2 |c|); where the residual that
+            // leaves is below a tenth of the rounding, the step is the deviate (a Newton step
+            // from a residual of 1e-7 took a third direct evaluation).
+            if (direct && std::isfinite(direct_log_x)) {
+                constexpr double kCurvatureSafety = 4.0;
+                const double apart = std::log(x) - direct_log_x;
+                const double curvature = apart != 0.0 ? (slope - direct_slope) / apart : NAN;
+                const double discriminant = 1.0 - 2.0 * curvature * residual / (slope * slope);
+                if (std::isfinite(curvature) && discriminant > 0.0) {
+                    const double curved = 2.0 * log_step / (1.0 + std::sqrt(discriminant));
+                    const double left = kCurvatureSafety * std::fabs(slope) *
+                                        std::fabs(curved - log_step) *
+                                        (std::fabs(apart) + std::fabs(curved));
+                    curved_final = left * tail <= 0.1 * rounding;
+                    log_step = curved;
+                }
+            }
+            if (direct) {
+                direct_log_x = std::log(x);
+                direct_slope = slope;
+            }
+            next = x * std::exp(std::clamp(log_step, -kMaxLogStep, kMaxLogStep));
         }
         if (std::fabs(next - x) <= 4.0 * DBL_EPSILON * x) return q = next, true;
+        if (curved_final && next > lo && next < hi) return q = next, true;
         if (!logarithmic && std::fabs(residual) <= kFinal && next > lo && next < hi)
             return q = next, true;
         if (!(next > lo && next < hi)) {
