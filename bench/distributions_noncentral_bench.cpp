@@ -50,6 +50,9 @@ using Fn = double (*)(const Set&);
 // the sets with |delta| log-uniform in [40, 1e4] and df in [1, 1e5], half with df
 // log-uniform in [1e5, 1e10] and |delta| in [1e-3, 1e4], either sign (Boost's series takes
 // milliseconds at the largest |delta|, so its rows average over fewer of the sets).
+// "nct_huge": |t| log-uniform in [1e10, DBL_MAX] of either sign, df log-uniform in [1, 1e10],
+// |delta| log-uniform in [1e-3, 1e4] of either sign (the far lower tail's power form for
+// t <= -1e10; most of these results are 0 or 1, the rest down to the subnormal range).
 std::vector<Set> make(const char* law) {
     std::mt19937_64 gen(20240611);
     std::uniform_real_distribution<double> unit(0.0, 1.0);
@@ -68,6 +71,12 @@ std::vector<Set> make(const char* law) {
             const double delta =
                 sign * (large_delta ? log_uniform(40, 1e4) : log_uniform(1e-3, 1e4));
             r.push_back({delta + spread * (1 + std::fabs(delta) / std::sqrt(df)), df, delta, 0});
+        } else if (name == "nct_huge") {
+            const double t = (unit(gen) < 0.5 ? -1.0 : 1.0) *
+                             log_uniform(1e10, std::numeric_limits<double>::max());
+            const double df = log_uniform(1, 1e10);
+            const double delta = (unit(gen) < 0.5 ? -1.0 : 1.0) * log_uniform(1e-3, 1e4);
+            r.push_back({t, df, delta, 0});
         } else if (name == "ncchi2") {
             const double df = log_uniform(1, 100), lambda = log_uniform(0.1, 100);
             const double x = df + lambda + spread * std::sqrt(2 * (df + 2 * lambda));
@@ -99,6 +108,11 @@ const Call kCalls[] = {
          return bm::cdf(bm::non_central_t_distribution<double, InDouble>(s.v, s.w), s.u);
      }},
     {"nctcdf_far", "nct_far", 3, [](const Set& s) { return nctcdf(s.u, s.v, s.w, 100, nullptr); },
+     [](const Set& s) { return bm::cdf(bm::non_central_t_distribution<>(s.v, s.w), s.u); },
+     [](const Set& s) {
+         return bm::cdf(bm::non_central_t_distribution<double, InDouble>(s.v, s.w), s.u);
+     }},
+    {"nctcdf_huge", "nct_huge", 3, [](const Set& s) { return nctcdf(s.u, s.v, s.w, 100, nullptr); },
      [](const Set& s) { return bm::cdf(bm::non_central_t_distribution<>(s.v, s.w), s.u); },
      [](const Set& s) {
          return bm::cdf(bm::non_central_t_distribution<double, InDouble>(s.v, s.w), s.u);
@@ -141,7 +155,7 @@ void dump(const char* path) {
     for (const Call& c : kCalls) {
         // bench/distributions_accuracy.py's Poisson series is not meant for the far sets
         // (tests/reference/gen_noncentral_t_large_delta.py gives their references).
-        if (std::strcmp(c.law, "nct_far") == 0) continue;
+        if (std::strcmp(c.law, "nct_far") == 0 || std::strcmp(c.law, "nct_huge") == 0) continue;
         const std::vector<Set> sets = make(c.law);
         for (size_t i = 0; i < kDumped; ++i) {
             const Set& s = sets[i];

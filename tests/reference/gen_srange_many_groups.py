@@ -17,7 +17,13 @@ degrees of freedom the range law's step lies inside a panel: without the bisecti
 bulk at 2^31 - 1 groups and v = 10, or 5000 groups and v = 2, did not converge). Convergence: every value is recomputed with
 every panel halved and twice the nodes per panel; rows whose two values differ by more than
 1e-12 relative are reported and refused (they agree to 5e-13 or better, mostly 1e-14).
-v = infinity is W(q) itself.
+v = infinity is W(q) itself. The range's integrand falls double-exponentially on both
+sides of its peak at many groups ((r - 1) ln(Phi(z + w) - Phi(z)) goes like -r Phi(z)): its
+panels are halved while it falls by more than e^-DROP across one (before, one panel across
+the fall left W(11) at 1.2e6 groups 9e-11 apart between the resolutions, and P(60; 6,
+1168028) 1.9e-12; with the cap W agrees to 4e-22 there, at five times the cost, so rows of
+that kind - many groups at few degrees of freedom - are taken range-first in
+gen_srange_tails.py, whose outer integrand is smooth).
 
 Run: /usr/bin/python3 tests/reference/gen_srange_many_groups.py [--all] [--jobs N]
 Rows already in the table are kept (each takes minutes, the bisected ones up to half an
@@ -34,6 +40,7 @@ import mpmath as mp
 OUT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "srange_many_groups_ref.inc")
 mp.mp.dps = 40
 FALL = 110  # integrands are followed until they fell by e^-FALL
+DROP = 6  # the range's integrand falls by at most e^-DROP across one panel
 
 
 def ncdf(z):
@@ -69,33 +76,41 @@ def adaptive(f, a, b, nodes, whole, scale, depth=0):
             + adaptive(f, m, b, nodes, right, scale, depth + 1))
 
 
-def panels(logf, peak, width, nodes, bisect=False):
+def panels(logf, peak, width, nodes, bisect=False, drop=None):
     """Integral of exp(logf(x) - logf(peak)) over the line: Gauss-Legendre panels with ends
-    at peak +- width * (0, 1/2, 1, 2, 4, ...), extended while the integrand has not fallen
-    by e^-FALL (logf concave); with bisect, each panel bisected until it has converged."""
+    at peak +- width * (1/2, 1, 2, 4, ...), extended while the integrand has not fallen by
+    e^-FALL (logf concave); with bisect, each panel bisected until it has converged; with
+    drop, each panel halved while logf falls by more than drop across it. The range's
+    integrand needs the cap at many groups: (r - 1) ln(Phi(z + w) - Phi(z)) falls like
+    -r Phi(z) below its peak, double-exponentially, and one panel across that fall left the
+    two resolutions of W(11) at 1.2e6 groups 9e-11 apart (and the outer integral of that row
+    1.9e-12)."""
     top = logf(peak)
-    ends = [mp.mpf(0), mp.mpf("0.5"), mp.mpf(1)]
     total = mp.mpf(0)
 
     def f(x):
         return mp.exp(logf(x) - top)
 
     for direction in (1, -1):
-        k = 0
-        pts = list(ends)
+        a, at_a, step, k = peak, top, width / 2, 0
         while True:
-            if k + 1 >= len(pts):
-                pts.append(2 * pts[-1])
-            a, b = peak + direction * width * pts[k], peak + direction * width * pts[k + 1]
+            b = a + direction * step
+            at_b = logf(b)
+            capped = False
+            while drop is not None and at_a - at_b > drop:
+                b, capped = a + (b - a) / 2, True
+                at_b = logf(b)
             piece = gauss(f, a, b, nodes)
             if bisect:
                 piece = adaptive(f, a, b, nodes, piece, max(abs(total), width))
             total += piece
             k += 1
-            if logf(b) - top < -FALL:
+            if at_b - top < -FALL:
                 break
-            if k > 200:
+            if k > 400:
                 raise RuntimeError("integrand does not fall")
+            step = abs(b - a) if capped else max(abs(b - peak), step)
+            a, at_a = b, at_b
     return top, total
 
 
@@ -124,7 +139,7 @@ class Law:
             if abs(step) < mp.mpf(10) ** -30 * (1 + abs(z)):
                 break
         width = 1 / mp.sqrt(-g2) / self.split
-        top, integral = panels(logg, z, width, self.nodes)
+        top, integral = panels(logg, z, width, self.nodes, drop=DROP)
         return mp.log(r) + top + mp.log(integral)
 
     def log_density(self, y):

@@ -18,17 +18,23 @@ differences of its logarithm, its width from their curvature, and it is summed t
 width and double; past v = 1e8, narrower than that, 1 - P is instead the expansion of
 E U(q S) about S = 1, see upper_large_v). Each value is computed at two resolutions (12 and
 24 nodes per panel); rows whose two values differ by more than 1e-12 relative are reported
-and refused (at 2^31 - 1 groups the upper tail beyond 1e-5, and v = 1 at q = 1e9 and beyond,
-are refused so far).
+and refused (v = 1 at q = 1e9 and beyond are refused so far). Every panel is halved while
+its integrand falls by more than e^-DROP across it: at 2^31 - 1 groups the range density's
+integrand falls double-exponentially away from its peak, and the doubling panels alone left
+the two resolutions 5e-11 apart there (those rows now agree to 1e-13 at 1 - P = 7e-5, 1e-15
+and better below).
 
 Upper-tail rows (q, v, r, 1 - P) run from 1e-3 down to 1e-27; the lower-tail rows are P of
-many groups at few degrees of freedom, where the range law's step lies in the scale's tail.
+many groups at few degrees of freedom, where the range law's step lies in the scale's tail
+(there the range-first order has a smooth outer integrand, where the scale-first double
+integral of gen_srange_many_groups.py must resolve the step: (60, 6, 1168028) is taken here).
 Deviates near p = 1 (q with 1 - P(q) = 1 - p exactly) by Newton's method on these integrals.
 
 Writes tests/reference/srange_tails_ref.inc. 25 digits. Run:
     /usr/bin/python3 tests/reference/gen_srange_tails.py [Q ...]
 (about 25 minutes of CPU; rows already in the table are kept, --all recomputes them; with
-arguments, only the rows and deviates whose q or p is among them).
+arguments, only the rows and deviates whose q or p is among them; --check compares the
+v = infinity upper-tail rows of many groups with an integral over the largest normal).
 """
 import math
 import os
@@ -40,6 +46,7 @@ import mpmath as mp
 OUT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "srange_tails_ref.inc")
 mp.mp.dps = 25
 FALL = 80
+DROP = 8  # the most ln f may fall across one panel
 
 
 def upper_normal(z):
@@ -69,7 +76,11 @@ def gauss(f, a, b, nodes):
 
 def walk(logf, peak, width, nodes, lo=None, hi=None):
     """Integral of exp(logf(x) - logf(peak)) over [lo, hi] (None: unbounded) for a concave
-    logf with its maximum at peak; returns (logf(peak), integral)."""
+    logf with its maximum at peak; returns (logf(peak), integral). Panels end at peak +-
+    width * (1/2, 1, 2, 4, ...), each halved while logf falls by more than DROP across it:
+    at 2^31 - 1 groups the range density's integrand falls double-exponentially (ln of
+    (Phi(z + w) - Phi(z))^(r-2) goes like -r Phi(-z)), and one panel from e^-5 to e^-1000
+    of the peak left 12 and 24 nodes 5e-11 apart."""
     top = logf(peak)
 
     def f(x):
@@ -77,15 +88,15 @@ def walk(logf, peak, width, nodes, lo=None, hi=None):
 
     total = mp.mpf(0)
     for direction, end in ((1, hi), (-1, lo)):
-        pts = [mp.mpf(0), mp.mpf("0.5"), mp.mpf(1)]
-        k = 0
+        a, step, k = peak, width / 2, 0
         while True:
-            if k + 1 >= len(pts):
-                pts.append(2 * pts[-1])
-            a, b = peak + direction * width * pts[k], peak + direction * width * pts[k + 1]
+            b = a + direction * step
             last = end is not None and (b - end) * direction >= 0
             if last:
                 b = end
+            capped = False
+            while a != b and logf(a) - logf(b) > DROP:
+                b, last, capped = a + (b - a) / 2, False, True
             if a != b:
                 total += gauss(f, a, b, nodes)
             k += 1
@@ -93,6 +104,8 @@ def walk(logf, peak, width, nodes, lo=None, hi=None):
                 break
             if k > 400:
                 raise RuntimeError("integrand does not fall")
+            step = abs(b - a) if capped else max(abs(b - peak), step)
+            a = b
     return top, total
 
 
@@ -284,10 +297,19 @@ CASES = [
     (14.0, 100.0, 1000, "upper"), (17.0, math.inf, 1000, "upper"),
     (14.0, math.inf, 2147483647, "upper"), (18.0, 1e4, 2147483647, "upper"),
     (40.0, 5.0, 2147483647, "upper"),
+    # 2^31 - 1 groups at v = 1e6 and infinity: 1 - P from about 1e-3 to 1e-20
+    (13.0, math.inf, 2147483647, "upper"), (15.5, math.inf, 2147483647, "upper"),
+    (17.0, math.inf, 2147483647, "upper"), (18.5, math.inf, 2147483647, "upper"),
+    (13.0, 1e6, 2147483647, "upper"), (14.0, 1e6, 2147483647, "upper"),
+    (17.0, 1e6, 2147483647, "upper"), (18.5, 1e6, 2147483647, "upper"),
     # many groups at few degrees of freedom, the range law's step in the scale's tail
     (16.0, 3.0, 2147483647, "lower"), (12.0, 5.0, 10000000, "lower"),
     (40.0, 1.0, 1000, "lower"), (60.0, 6.0, 1168028, "lower"),
     (12.5, 1e6, 2147483647, "lower"), (13.0, math.inf, 2147483647, "lower"),
+    # the same at P from 2e-6 to 1 - 1e-6, v from 2 to 8 (the step of the range law in the
+    # scale law's lower tail; the double integral over the scale first needs its outer panels
+    # bisected across that step there)
+    (4.0, 8.0, 300000, "lower"), (1e4, 2.0, 1000000, "lower"),
 ]
 
 
@@ -345,7 +367,37 @@ def kept_rows():
     return rows
 
 
+def upper_by_largest(q, r):
+    """1 - P at v = infinity the other way, over the largest of the r normals (a check only):
+        r integral phi(u) Phi(u)^(r-1) (1 - (1 - Phi(u - q)/Phi(u))^(r-1)) du,
+    the bracket by expm1 and log1p, mpmath's tanh-sinh on fixed breaks a quarter apart from
+    below the largest's mode (about sqrt(2 ln r)) to beyond q/2 (where the far tails put the
+    mass), the integrand scaled to about 1 there (quad's error target is absolute)."""
+    q = mp.mpf(q)
+    centre = math.sqrt(2 * math.log(r))
+
+    def f(u):
+        below = 1 - upper_normal(u)
+        inner = -mp.expm1((r - 1) * mp.log1p(-upper_normal(q - u) / below))
+        return r * mp.npdf(u) * mp.exp((r - 1) * mp.log(below)) * inner
+
+    scale = max(f(mp.mpf(centre)), f(q / 2))
+    breaks = sorted({-10.0, 0.0, 40.0} | {centre + k / 4 for k in range(-16, 80)})
+    return scale * mp.quad(lambda u: f(u) / scale, [mp.mpf(b) for b in breaks if -10 <= b <= 40])
+
+
+def check():
+    """The v = infinity upper-tail rows at many groups against upper_by_largest."""
+    for (q, v, r, which), value in kept_rows().items():
+        if which == "upper" and v == math.inf and r > 100:
+            other = upper_by_largest(q, r)
+            print(q, r, value, mp.nstr(other, 20), mp.nstr(abs(other / value - 1), 3))
+
+
 def main():
+    if "--check" in sys.argv:
+        check()
+        return
     kept = {} if "--all" in sys.argv else kept_rows()
     only = [a for a in sys.argv[1:] if not a.startswith("--")]
     for case in CASES:

@@ -74,18 +74,23 @@
 //               near the mean (tests/reference/gen_noncentral_large.py). Larger shapes, and
 //               lambda above 1600 beside a shape above 1e5 (where Boost's extended mixture loses
 //               digits with the shape and its fraction runs without a term cap), are refused.
-//   t, |delta| > 40 or df > 1e5 or |t| >= 1e50, wherever the double series declines (and
-//               df <= 1e10): platform/numeric/noncentral_t_scale, the integral over the
-//               scale law on Gauss-Legendre panels marched out from the integrand's mode, each
-//               fitted to the factors' local scales and to a fall of at most e^21 (80 to 250
+//   t, |delta| > 40 or df > 1e5 or t >= 1e50, wherever the double series declines, and
+//               t <= -1e10 always (df <= 1e10): platform/numeric/noncentral_t_scale, the integral
+//               over the scale law on Gauss-Legendre panels marched out from the integrand's mode,
+//               each fitted to the factors' local scales and to a fall of at most e^21 (80 to 250
 //               evaluations), nodes exact in two parts (the law is ill-conditioned in t at
 //               large |delta|); measured within 4.7e-15 against mpmath over |delta| in
 //               [41, 1e4] and df in [1, 1e10], non-integer df near 1 included (8 to 15 us per
 //               call, at most 0.03 ms; Boost's series erred up to 5e-6 at |delta| = 1e4 and
 //               took up to 20 ms). df > 1e10: the
 //               expansion in 1/df where its remainder is below 1e-15, refused elsewhere.
-//               |t| >= 1e50: the tails in closed form (t > 0: 1; t < 0: the scale law's cdf
-//               a power of |t| there), measured within 1e-15 (gen_noncentral_t_large_delta.py).
+//               t >= 1e50: 1 (the upper tail is below 1e-46). t <= -1e10: the scale law's
+//               cdf in its power form, |t|^-df times a short series in df w^2 / t^2, integrated
+//               over the normal part alone on 7 to 12 panels and a power series near 0
+//               (1.5 to 13 us where the series and the integral over the scale law took 10 to
+//               75 us and the former halving 30 to 60 us at t = -DBL_MAX); measured within
+//               7.3e-15 against mpmath (gen_noncentral_t_large_delta.py --huge-t: the
+//               incomplete gamma integral above -1e50, the closed form below).
 //   elsewhere   (far tails where a double starting term leaves the normal range, larger
 //               parameters, t < 0 < delta below the series' floor) the extended paths above:
 //               Boost's long double series, the forward sums from j = 0, the quadrature. The
@@ -327,8 +332,10 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter, N
     // erred up to 5e-6 at |delta| = 1e4 and took up to 20 ms).
     // (|t| >= 1e50 always takes the scale law's closed form: Boost's series gave 0 for
     // 3.2e-201 at t = -1e200, df = 1, delta = 0.)
+    // (t <= -1e10 takes the scale law's power form: the paths below took 10 to 75 us there.)
     const bool moderate = std::fabs(delta) <= numeric::kNoncentralTDoubleDeltaMax &&
-                          df <= kModerateDf && std::fabs(t) < numeric::kNoncentralTHugeT;
+                          df <= kModerateDf && std::fabs(t) < numeric::kNoncentralTHugeT &&
+                          t > -numeric::kNoncentralTPowerFormT;
     // For t < 0 < delta the series' terms cancel down to the result: its relative error
     // is about eps / P, fine above 1/100 and worthless far below. There
     // P = E[Phi(t S - delta)] <= Phi(-delta), so where that bound is already below the
@@ -339,7 +346,9 @@ double g01gbc(double t, double df, double delta, double /*tol*/, int max_iter, N
                                 : numeric::noncentral_t_lower_by_scale(t, df, delta),
                        fail);
     };
-    if (t < 0.0 && delta > 0.0 && normal_lower(-delta) < kSeriesFloor) return quadrature();
+    if (t <= -numeric::kNoncentralTPowerFormT ||
+        (t < 0.0 && delta > 0.0 && normal_lower(-delta) < kSeriesFloor))
+        return quadrature();
     // The double evaluation where it answers. Where its series cancels, its value still
     // bounds P: below the floor the quadrature follows at once.
     double bound = INFINITY;

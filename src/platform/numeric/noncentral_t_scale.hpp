@@ -10,6 +10,9 @@ inline constexpr double kNoncentralTScaleDfMax = 1e10;
 // From |t| = kNoncentralTHugeT on, the law's tails are taken in closed form (t > 0: 1;
 // t < 0: the scale law's cdf a power of |t|), for any delta and df.
 inline constexpr double kNoncentralTHugeT = 1e50;
+// From t = -kNoncentralTPowerFormT down, the lower tail is the scale law's cdf in its power
+// form (a short series about it), integrated over the normal part alone.
+inline constexpr double kNoncentralTPowerFormT = 1e10;
 
 // P(T <= t) = E[Phi(t S - delta)], S = sqrt(chi2_df / df), for t and delta finite and
 // 1 <= df <= kNoncentralTScaleDfMax, any result size (the integrand is positive). NaN for
