@@ -74,9 +74,9 @@ inline double reject(int* status) {
 }
 
 // The frame of every export of the family that calls a numerical routine: the status is
-// preset to -19, which stands only if the guard catches an allocation failure (none is
-// expected: the routines allocate nothing and their Boost policy never throws; the guard
-// keeps the promise), then the body runs inside the guard.
+// preset to -19, which stands only if the guard catches an allocation failure (rare: of the
+// distribution routines only the studentized range's quadratures keep small buffers, and the
+// Boost policy never throws), then the body runs inside the guard.
 template <class Body>
 double routine_frame(int* status, Body&& body) {
     set_status(status, ZEMATH_ERR_ALLOC);
