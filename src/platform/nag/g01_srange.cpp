@@ -182,18 +182,18 @@ Law integrate_outwards(const F& f, double from, double to, double width, Law hea
 // node's value times h is below 1e-18 of the sum (log-concave: it only falls further out).
 // With `resolved`, a level is accepted only where it also resolves the integrand everywhere it
 // carries weight: the second difference of ln f at every node above 1e-15 of the sum at most
-// kMaxBend (h within the local width). Agreement alone is blind to a sharp feature far out
-// whose whole mass is below 1e-7 of the sum: the range law's step in the scale density's tail
-// at many groups and few degrees of freedom, where P near 1 came out 4e-7 off. Empty when the
+// kMaxBend, 1 unless given (h within the local width). Agreement alone is blind to a sharp feature
+// far out whose whole mass is below 1e-7 of the sum: the range law's step in the scale density's
+// tail at many groups and few degrees of freedom, where P near 1 came out 4e-7 off. Empty when the
 // levels do not settle within kMaxLevels halvings, a walk would pass lo or hi, or take more than
 // kMaxNodes nodes (a step of the integrand sharper than the rule resolves cheaply: the caller's
 // adaptive panels take it).
 template <class F>
 std::optional<Law> trapezoid_from_mode(const F& f, double mode, double width, Law head, bool both,
                                        double lo, double hi, bool resolved = false,
-                                       int kMaxNodes = 400) {
+                                       int kMaxNodes = 400, double kMaxBend = 1.0) {
     constexpr double kNegligible = 1e-18, kAgreement = 1e-7;
-    constexpr double kWeighty = 1e-15, kMaxBend = 1.0;
+    constexpr double kWeighty = 1e-15;
     constexpr int kMaxLevels = 4;
     double h = 0.75 * width;
     Law nodes = head;  // the sum of f over the nodes so far (the mode's included)
@@ -764,13 +764,16 @@ Law tukey_lower(double q, double v, double r) {
     // scale's upper tail, doubly exponential at few degrees of freedom, is analytic only for
     // |Im y| < pi/4), the change kAhead step widths above the step, where -ln R has fallen to
     // e^-8 and its growth off the real axis no longer counts. The rule's error then falls like
-    // e^(-C/h) (C about 35 here), and two levels that agree to 1e-7 leave the finer within
-    // about 1e-14; from 1 to 10 degrees of freedom within 1e-15 of a rule in y with a step of
-    // 1e-3. The mapped integrand rises from t = 0 to its mode and falls beyond it, psi' growing
-    // by at most coarse / fine (about 20) on the way: a walk's stop below 1e-18 of the sum
-    // leaves at most some 1e-17 behind. Where that rule does not settle or resolve, or the step
-    // is not sharper, the rule in y from the mode: past kTrapezoidGroups groups checked for
-    // resolving the integrand everywhere it weighs (two levels can agree to 1e-7 before it
+    // e^(-C/h) (C about 20 at the worst seen: within 1e-8 at h = 1, 1e-16 at 1/2), and two
+    // levels that agree to 1e-7 leave the finer within about 1e-14; from 1 to 10 degrees of
+    // freedom within 1e-15 of a rule in y with a step of 1e-3. The mapped integrand rises from t =
+    // 0 to its mode and falls beyond it, psi' growing by at most coarse / fine (about 20) on the
+    // way: a walk's stop below 1e-18 of the sum leaves at most some 1e-17 behind. Its resolution
+    // check allows second differences of ln f up to 4: in the step's doubly exponential fall they
+    // pass 1 while the integrand still weighs 1e-15 of the sum, where the rule is already exact to
+    // rounding (1 cost a level more, twice the nodes). Where that rule does not settle or resolve,
+    // or the step is not sharper, the rule in y from the mode: past kTrapezoidGroups groups checked
+    // for resolving the integrand everywhere it weighs (two levels can agree to 1e-7 before it
     // resolves a step in the density's tail); where it does not, the adaptive panels.
     constexpr double kFine = 0.25, kCoarse = 0.35, kCoarsest = 0.1, kBlend = 6.0;
     constexpr double kAhead = 8.0, kSharper = 2.0;
@@ -790,10 +793,12 @@ Law tukey_lower(double q, double v, double r) {
                     return {value.p * dy, value.dp * dy};
                 };
                 // Levels at t-steps 2, 1, 1/2, ...
-                constexpr double kFirstStep = 2.0;
+                constexpr double kFirstStep = 2.0, kMaxBendMapped = 4.0;
+                constexpr int kMaxNodes = 400;
                 if (const auto whole =
                         trapezoid_from_mode(mapped, 0.0, kFirstStep / 0.75, mapped(0.0), derivative,
-                                            map.inverse(-reach), map.inverse(top + reach), true))
+                                            map.inverse(-reach), map.inverse(top + reach), true,
+                                            kMaxNodes, kMaxBendMapped))
                     return finish(*whole);
             }
         }
