@@ -185,19 +185,18 @@ Law integrate_outwards(const F& f, double from, double to, double width, Law hea
 // first halving for the scale mixtures met, where a step of a whole width took two) halved until
 // two levels agree (to kAgreement, 1e-7 unless given). For an integrand analytic in a strip about
 // the real axis the rule's error falls like e^(-2 pi d / h) (d the strip's half-width): a Gaussian
-// of width sigma is integrated within
-// e^(-2 pi^2) = 3e-9 at h = sigma and within e^(-8 pi^2) = 6e-35 at sigma/2, so when the last
-// halving changed the sum by at most 1e-7 the finer sum is exact to rounding (each halving raises
-// the error to about its fourth power). Each level walks out from the mode on both sides until a
-// node's value times h is below 1e-18 of the sum (log-concave: it only falls further out).
-// With `resolved`, a level is accepted only where it also resolves the integrand everywhere it
-// carries weight: the second difference of ln f at every node above 1e-15 of the sum at most
-// kMaxBend, 1 unless given (h within the local width). Agreement alone is blind to a sharp feature
-// far out whose whole mass is below 1e-7 of the sum: the range law's step in the scale density's
-// tail at many groups and few degrees of freedom, where P near 1 came out 4e-7 off. Empty when the
-// levels do not settle within kMaxLevels halvings, a walk would pass lo or hi, or take more than
-// kMaxNodes nodes (a step of the integrand sharper than the rule resolves cheaply: the caller's
-// adaptive panels take it).
+// of width sigma is integrated within e^(-2 pi^2) = 3e-9 at h = sigma and within e^(-8 pi^2) =
+// 6e-35 at sigma/2, so when the last halving changed the sum by at most 1e-7 the finer sum is exact
+// to rounding (each halving raises the error to about its fourth power). Each level walks out from
+// the mode on both sides until a node's value times h is below 1e-18 of the sum (log-concave: it
+// only falls further out). With `resolved`, a level is accepted only where it also resolves the
+// integrand everywhere it carries weight: the second difference of ln f at every node above 1e-15
+// of the sum at most kMaxBend, 1 unless given (h within the local width). Agreement alone is blind
+// to a sharp feature far out whose whole mass is below 1e-7 of the sum: the range law's step in the
+// scale density's tail at many groups and few degrees of freedom, where P near 1 came out 4e-7 off.
+// Empty when the levels do not settle within kMaxLevels halvings, a walk would pass lo or hi, or
+// take more than kMaxNodes nodes (a step of the integrand sharper than the rule resolves cheaply:
+// the caller's adaptive panels take it).
 template <class F>
 std::optional<Law> trapezoid_from_mode(const F& f, double mode, double width, Law head, bool both,
                                        double lo, double hi, bool resolved = false,
@@ -777,17 +776,20 @@ Law tukey_lower(double q, double v, double r) {
     // e^-8 and its growth off the real axis no longer counts. The rule's error then falls like
     // e^(-C/h) (C about 20 at the worst seen: within 1e-8 at h = 1, 1e-16 at 1/2), each halving
     // squaring it: levels are accepted when two agree to 1e-8 (at 1e-7 one came out 1.6e-13
-    // off). Over 290 calls from 1 to 200 degrees of freedom, 500 to 2^31 groups, P within
-    // 3.3e-14 of a rule in y with a step of 1e-3 (the rule in y from the mode had been up to
-    // 9.5e-9 off, 1.3e-6 at v = 1 and 2^31 - 1 groups, q = 50). The mapped integrand rises from t =
-    // 0 to its mode and falls beyond it, psi' growing by at most coarse / fine (about 20) on the
-    // way: a walk's stop below 1e-18 of the sum leaves at most some 1e-17 behind. Its resolution
-    // check allows second differences of ln f up to 4: in the step's doubly exponential fall they
-    // pass 1 while the integrand still weighs 1e-15 of the sum, where the rule is already exact to
-    // rounding (1 cost a level more, twice the nodes). Where that rule does not settle or resolve,
-    // or the step is not sharper, the rule in y from the mode: past kTrapezoidGroups groups checked
-    // for resolving the integrand everywhere it weighs (two levels can agree to 1e-7 before it
-    // resolves a step in the density's tail); where it does not, the adaptive panels.
+    // off). The density dP/dq, which only steers the deviate's Newton steps, converges more
+    // slowly near P = 1 (R' is cut below 1e-18): within 1e-8 relative where P is within 1e-9 of
+    // 1, 5e-10 within 1e-6, 5e-11 elsewhere.
+    // Over 290 calls from 1 to 200 degrees of freedom, 500 to 2^31 groups, P within 3.3e-14 of a
+    // rule in y with a step of 1e-3 (the rule in y from the mode had been up to 9.5e-9 off, 1.3e-6
+    // at v = 1 and 2^31 - 1 groups, q = 50). The mapped integrand rises from t = 0 to its mode and
+    // falls beyond it, psi' growing by at most coarse / fine (about 20) on the way: a walk's stop
+    // below 1e-18 of the sum leaves at most some 1e-17 behind. Its resolution check allows second
+    // differences of ln f up to 4: in the step's doubly exponential fall they pass 1 while the
+    // integrand still weighs 1e-15 of the sum, where the rule is already exact to rounding (1 cost
+    // a level more, twice the nodes). Where that rule does not settle or resolve, or the step is
+    // not sharper, the rule in y from the mode: past kTrapezoidGroups groups checked for resolving
+    // the integrand everywhere it weighs (two levels can agree to 1e-7 before it resolves a step in
+    // the density's tail); where it does not, the adaptive panels.
     constexpr double kFine = 0.25, kCoarse = 0.35, kCoarsest = 0.1, kBlend = 6.0;
     constexpr double kAhead = 8.0, kSharper = 2.0;
     const double coarse = std::min(kCoarse / std::sqrt(2.0 * v * std::exp(2.0 * mode)), kCoarsest);
