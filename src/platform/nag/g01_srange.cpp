@@ -733,34 +733,8 @@ Law tukey_lower(double q, double v, double r) {
         return v * shrink + elasticity;
     };
     const double top = 0.5 * std::log1p((r - 1.0) / v);
-    double mode = 0.0;
-    double width = 1.0 / std::sqrt(2.0 * v);
-    // At y*: slope in [-(r-1), 0]; at 0: slope in [0, r-1].
-    double lo = 0.0, hi = top;
-    double slo = slope(lo), shi = slope(hi);
-    double curvature = 2.0 * v;
-    if (shi >= 0.0) {
-        mode = hi;
-    } else if (slo > 0.0) {
-        // Past kTrapezoidGroups groups the slope can be far steeper at one end than at the
-        // other (-1e7 at y*, 1e-26 at 0), where the secant creeps from the shallow end.
-        constexpr int kMaxSteps = 40;
-        mode = scale_mode(slope, v, {lo, hi, slo, shi}, r > kTrapezoidGroups, kMaxSteps, curvature);
-    }
-    width = 1.0 / std::sqrt(std::max(curvature, 2.0 * v * std::exp(2.0 * mode)));
     constexpr double kDrop = 45.0;
     const double reach = kDrop / v + 2.0;
-    Law head = integrand(mode);
-    if (!(head.p > 0.0) || head.p < std::exp(kScaleBelow)) {
-        // Set common to the integrand's logarithm at the mode and take it again.
-        const double density = scale_density(mode);
-        const ScaledLaw range = range_law<derivative>(q * std::exp(mode), r);
-        const double log_head = std::log(density) + range.shift + std::log(range.p);
-        if (density > 0.0 && range.p > 0.0 && std::isfinite(log_head)) {
-            common = log_head;
-            head = integrand(mode);
-        }
-    }
     const auto finish = [&](Law law) {
         if (common == 0.0) return Law{std::min(law.p, 1.0), law.dp};
         const double factor = std::exp(common);
@@ -790,33 +764,78 @@ Law tukey_lower(double q, double v, double r) {
     // not sharper, the rule in y from the mode: past kTrapezoidGroups groups checked for resolving
     // the integrand everywhere it weighs (two levels can agree to 1e-7 before it resolves a step in
     // the density's tail); where it does not, the adaptive panels.
+    // The map's centre stands in for the mode in the density's width (the mode lies within a
+    // few step widths of the step, or at the scale's own mode 0 when the step lies below it):
+    // the mode search's range laws are spared unless the integrand at the centre lies below
+    // kScaleBelow (then `common` is set from the mode and the rule taken again).
     constexpr double kFine = 0.25, kCoarse = 0.35, kCoarsest = 0.1, kBlend = 6.0;
     constexpr double kAhead = 8.0, kSharper = 2.0;
-    const double coarse = std::min(kCoarse / std::sqrt(2.0 * v * std::exp(2.0 * mode)), kCoarsest);
-    // kappa lies between 2 ln r and 1.2 times that from 500 groups to 2^31: no Newton steps
-    // where the step cannot be sharper.
-    const double log_r = std::log(r);
-    if (r > kTrapezoidGroups && coarse > kSharper * kFine / (2.4 * log_r)) {
-        if (const auto step = range_step(r)) {
-            const double fine = kFine / step->rate;
-            if (coarse > kSharper * fine) {
-                const double y_step = step->log_w - std::log(q);
-                const StepMap map{y_step + kAhead / step->rate, fine, coarse, kBlend};
-                const auto mapped = [&](double t) -> Law {
-                    const auto [y, dy] = map(t);
-                    const Law value = integrand(y);
-                    return {value.p * dy, value.dp * dy};
-                };
-                // Levels at t-steps 2, 1, 1/2, ...
-                constexpr double kFirstStep = 2.0, kMaxBendMapped = 4.0, kAgreementMapped = 1e-8;
-                constexpr int kMaxNodes = 400;
-                if (const auto whole =
-                        trapezoid_from_mode(mapped, 0.0, kFirstStep / 0.75, mapped(0.0), derivative,
-                                            map.inverse(-reach), map.inverse(top + reach), true,
-                                            kMaxNodes, kMaxBendMapped, kAgreementMapped))
-                    return finish(*whole);
-            }
+    std::optional<RangeStep> step;
+    bool retry_mapped = false;
+    const auto mapped_rule = [&](double mode) -> std::optional<Law> {
+        // kappa lies between 2 ln r and 1.2 times that from 500 groups to 2^31: no Newton steps
+        // where the step cannot be sharper.
+        const double log_r = std::log(r);
+        const double widest = std::min(kCoarse * std::sqrt(0.5 / v), kCoarsest);
+        if (!(r > kTrapezoidGroups && widest > kSharper * kFine / (2.4 * log_r)))
+            return std::nullopt;
+        if (!step && !(step = range_step(r))) return std::nullopt;
+        const double fine = kFine / step->rate;
+        const double y_step = step->log_w - std::log(q);
+        const double centre = y_step + kAhead / step->rate;
+        const double at = std::isnan(mode) ? std::max(centre, 0.0) : mode;
+        const double coarse =
+            std::min(kCoarse / std::sqrt(2.0 * v * std::exp(2.0 * at)), kCoarsest);
+        if (!(coarse > kSharper * fine)) return std::nullopt;
+        const StepMap map{centre, fine, coarse, kBlend};
+        const auto mapped = [&](double t) -> Law {
+            const auto [y, dy] = map(t);
+            const Law value = integrand(y);
+            return {value.p * dy, value.dp * dy};
+        };
+        const Law head = mapped(0.0);
+        if (std::isnan(mode) && !(head.p > std::exp(kScaleBelow))) {
+            retry_mapped = true;
+            return std::nullopt;
         }
+        // Levels at t-steps 2, 1, 1/2, ...
+        constexpr double kFirstStep = 2.0, kMaxBendMapped = 4.0, kAgreementMapped = 1e-8;
+        constexpr int kMaxNodes = 400;
+        return trapezoid_from_mode(mapped, 0.0, kFirstStep / 0.75, head, derivative,
+                                   map.inverse(-reach), map.inverse(top + reach), true, kMaxNodes,
+                                   kMaxBendMapped, kAgreementMapped);
+    };
+    if (const auto whole = mapped_rule(NAN)) return finish(*whole);
+    double mode = 0.0;
+    double width = 1.0 / std::sqrt(2.0 * v);
+    // At y*: slope in [-(r-1), 0]; at 0: slope in [0, r-1].
+    double lo = 0.0, hi = top;
+    double slo = slope(lo), shi = slope(hi);
+    double curvature = 2.0 * v;
+    if (shi >= 0.0) {
+        mode = hi;
+    } else if (slo > 0.0) {
+        // Past kTrapezoidGroups groups the slope can be far steeper at one end than at the
+        // other (-1e7 at y*, 1e-26 at 0), where the secant creeps from the shallow end.
+        constexpr int kMaxSteps = 40;
+        mode = scale_mode(slope, v, {lo, hi, slo, shi}, r > kTrapezoidGroups, kMaxSteps, curvature);
+    }
+    width = 1.0 / std::sqrt(std::max(curvature, 2.0 * v * std::exp(2.0 * mode)));
+    Law head = integrand(mode);
+    if (!(head.p > 0.0) || head.p < std::exp(kScaleBelow)) {
+        // Set common to the integrand's logarithm at the mode and take it again.
+        const double density = scale_density(mode);
+        const ScaledLaw range = range_law<derivative>(q * std::exp(mode), r);
+        const double log_head = std::log(density) + range.shift + std::log(range.p);
+        if (density > 0.0 && range.p > 0.0 && std::isfinite(log_head)) {
+            common = log_head;
+            head = integrand(mode);
+        }
+    }
+    // The mode found (and `common` set) where the head at the map's centre lay below
+    // kScaleBelow.
+    if (retry_mapped) {
+        if (const auto whole = mapped_rule(mode)) return finish(*whole);
     }
     if (const auto whole = trapezoid_from_mode(integrand, mode, width, head, derivative, -reach,
                                                top + reach, r > kTrapezoidGroups))
