@@ -26,14 +26,15 @@
 // There the rule runs instead in t, y = c + psi(t), psi' a quarter of the step's width
 // 1/kappa on its side and a third of the density's width (at most 0.1) beyond, joined
 // smoothly eight step widths above the step (located, with kappa, by two Newton steps on
-// ln(-ln R) in ln w); its error falls like e^(-C/h), and a level is accepted when two agree
-// to 1e-8: 50 to 110 range laws, within 3.3e-14 of a rule in y at a step of 1e-3. Where
-// neither rule settles or resolves the integrand, panels 2.5 times wider each time walk
-// outwards on each side, halved where the integrand falls or bends too sharply for the
-// 20-point rule, until negligible. Per probability, over r from 100 to 2^31 - 1 log-uniform,
-// v from 1 to 1e6, P from 1e-12 to 1 - 1e-12 (a loaded machine, old and new side by side):
-// median 0.27 ms, p90 0.37 (0.63 before the mapped rule); v below 10 median 0.27 ms (0.55),
-// p90 0.40 (0.9); range laws per probability at v below 3 median 80 (226), p90 180 (340).
+// ln(-ln R) in ln w; the mode search is then not needed); its error falls like e^(-C/h), and
+// a level is accepted when two agree to 1e-8: 50 to 110 range laws, within 3.3e-14 of a rule
+// in y at a step of 1e-3. Where neither rule settles or resolves the integrand, panels 2.5
+// times wider each time walk outwards on each side, halved where the integrand falls or bends
+// too sharply for the 20-point rule, until negligible. Per probability, over r from 100 to
+// 2^31 - 1 log-uniform, v from 1 to 1e6, P from 1e-12 to 1 - 1e-12 (old and new side by
+// side): median 0.21 ms, p90 0.27 (0.53 before the mapped rule); v below 10 median 0.20 ms
+// (0.43), p90 0.26 (0.74); range laws per probability at v below 3 median 72 (226), p90 174
+// (336), at 10 to 100 median 66 (133).
 // v >= 1e19 is the limit law R(q). Far below the median of many
 // groups R(q s) lies below the double range over the scale's whole bulk while P is still a
 // normal double (3e-156 at q = 0.8834, v = 5, r = 1.2e8): there the range law is carried
