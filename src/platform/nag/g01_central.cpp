@@ -92,8 +92,14 @@
 //                                from Hill's start (t, Algorithm 396), from Paulson's normal
 //                                form of the F law's cube root where both shapes are at least
 //                                50 and the smaller tail at least 1e-100 (within about 1e-3:
-//                                two or three steps), else Boost's double inverse (below a
-//                                tail of 1e-290 the tail's leading term); above shapes 1e4
+//                                two or three steps), else from the smaller tail's series
+//                                about its end solved for the root where that lies below half
+//                                the mean, else Paulson's form again where it has a root, else
+//                                Boost's double inverse (below a tail of 1e-290 the tail's
+//                                leading term): 1 to 3 tail evaluations in 99 per cent of
+//                                random cases (shapes 1e-3 .. 1e6, tails down to 1e-300), 6
+//                                at most, where Boost's inverse alone cost about three times
+//                                the polish; above shapes 1e4
 //                                the last step's bound shrinks with the cube root of the
 //                                larger shape, as Halley's error constant grows with it.
 //                                Above shape 5000 the tails are the large-shape paths of
@@ -581,9 +587,47 @@ std::pair<double, double> beta_start_paulson(double a, double b, double p, doubl
     return {x, y};
 }
 
-// The start of the beta deviate in double: Paulson's where it applies, else Boost's.
+// The far-tail start of the beta deviate: the smaller tail's series about its end,
+// I_u(e, o) = u^e (1 - u)^o / (e B(e, o)) (1 + (e + o)/(e + 1) u + (e + o)(e + o + 1)/((e +
+// 1)(e + 2)) u^2 + ...), u = x, e = a, o = b for the lower tail (u = 1 - x with the shapes
+// swapped for the upper), solved for u by a few fixed-point steps from its leading term. Kept
+// where u stays below half the mean of u (e / (e + o)), where the truncated series is within a
+// few per cent; x0 = -1 elsewhere.
+std::pair<double, double> beta_start_tail(double a, double b, double p, double q) {
+    constexpr std::pair<double, double> kNone{-1.0, -1.0};
+    const bool lower = p <= q;
+    const double e = lower ? a : b, o = lower ? b : a, s = e + o;
+    const double limit = 0.5 * e / s;
+    const double log_beta = bm::lgamma(a, StartPolicy()) + bm::lgamma(b, StartPolicy()) -
+                            bm::lgamma(s, StartPolicy());  // no shared sign state
+    const double base = std::log(lower ? p : q) + std::log(e) + log_beta;
+    double u = std::exp(base / e);
+    if (!(u < limit)) return kNone;
+    for (int k = 0; k < 3; ++k) {
+        const double series =
+            1.0 + s / (e + 1.0) * u *
+                      (1.0 + (s + 1.0) / (e + 2.0) * u * (1.0 + (s + 2.0) / (e + 3.0) * u));
+        u = std::exp((base - o * std::log1p(-u) - std::log(series)) / e);
+        if (!(u < limit)) return kNone;
+    }
+    if (!std::isnormal(u)) return kNone;
+    return lower ? std::pair{u, 1.0 - u} : std::pair{1.0 - u, u};
+}
+
+// The start of the beta deviate in double: Paulson's where both shapes are large, the tail
+// series where the root lies well inside a tail, Paulson's again in the body of smaller shapes
+// (rougher there, so a step or two more), Boost's inverse where none applies. Boost's inverse
+// takes several evaluations of its own incomplete beta: on the benchmark's arguments it cost
+// three times the whole polish.
 std::pair<double, double> beta_start_any(double a, double b, double p, double q) {
-    if (std::min(a, b) >= kPaulsonFrom && std::min(p, q) >= kPaulsonTail) {
+    const bool paulson = std::min(p, q) >= kPaulsonTail;
+    if (paulson && std::min(a, b) >= kPaulsonFrom) {
+        const auto start = beta_start_paulson(a, b, p, q);
+        if (start.first > 0.0) return start;
+    }
+    const auto tail = beta_start_tail(a, b, p, q);
+    if (tail.first > 0.0) return tail;
+    if (paulson) {
         const auto start = beta_start_paulson(a, b, p, q);
         if (start.first > 0.0) return start;
     }
