@@ -77,6 +77,13 @@ const RefCase kLargeShapeCases[] = {
 const RefCase kLargeShapeDeviateCases[] = {
 #include "reference/distributions_large_shape_deviates_ref.inc"
 };
+// The F and beta deviates at small and moderate shapes, where their start is the smaller
+// tail's series about its end or the cube-root normal form: random shapes and tails down to
+// 1e-300, a small shape beside a large one, and around the series' limit of half the mean
+// (gen_distributions_deviate_starts.py).
+const RefCase kDeviateStartCases[] = {
+#include "reference/distributions_deviate_starts_ref.inc"
+};
 #undef REF
 
 // The accuracy asked of every function: 1e-13 relative, about 450 ulp.
@@ -129,6 +136,10 @@ TEST(DistributionAccuracy, BetaFBinomialAtLargeShapesWithin1e13) {
 
 TEST(DistributionAccuracy, FAndBetaDeviatesAtLargeShapesWithin1e13) {
     EXPECT_EQ(expect_within_tolerance(kLargeShapeDeviateCases), 2u) << "F and beta deviates";
+}
+
+TEST(DistributionAccuracy, FAndBetaDeviatesFromEachStartWithin1e13) {
+    EXPECT_EQ(expect_within_tolerance(kDeviateStartCases), 2u) << "F and beta deviates";
 }
 
 TEST(DistributionAccuracy, DiscreteDensitiesAgainstReference) {

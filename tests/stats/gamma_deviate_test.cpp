@@ -2,12 +2,15 @@
 // on the small-shape form of the lower tail: against 50-digit mpmath roots
 // (reference/gen_gamma_small_shape.py), through the exports with a scale and as
 // chi-square, and the double kernel itself, which must answer on the whole table (a
-// decline would hand the case to the extended evaluation unnoticed).
+// decline would hand the case to the extended evaluation unnoticed). From shape 1 up, where
+// one tail evaluation and the root of the log tail's Taylor polynomial usually settle the
+// root, against the roots of reference/gen_gamma_deviate_shapes.py.
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 #include "platform/numeric/gamma_small_shape.hpp"
+#include "reference/gamma_deviate_shapes_ref.inc"
 #include "reference/gamma_small_shape_ref.inc"
 #include "zemath/distributions.h"
 
@@ -52,6 +55,26 @@ TEST(GammaSmallShape, DoubleKernelAnswersOnTheWholeTable) {
         EXPECT_LE(relative_error(x, row.x), bound(row.a));
     }
     EXPECT_GT(rows, 150);
+}
+
+// From shape 1 up the deviate is within about 1e-14 (the tails' 6e-15 over a sensitivity of
+// at least 1); a polynomial root accepted too early would show well above that.
+TEST(GammaDeviate, ShapesFromOneAgainstReference) {
+    for (const auto& row : kGammaDeviateShapes) {
+        SCOPED_TRACE(testing::Message() << "p = " << row.p << ", a = " << row.a);
+        for (const double scale : {1.0, 0.25}) {
+            int status = -1;
+            const double x = gaminv(row.p, row.a, scale, &status);
+            EXPECT_EQ(status, 0);
+            EXPECT_LE(relative_error(x / scale, row.x), 2e-14) << "scale " << scale;
+        }
+        if (std::isnormal(2.0 * row.x)) {
+            int status = -1;
+            const double x = chi2inv(row.p, 2.0 * row.a, &status);
+            EXPECT_EQ(status, 0);
+            EXPECT_LE(relative_error(x / 2.0, row.x), 2e-14) << "chi2inv";
+        }
+    }
 }
 
 TEST(GammaSmallShape, KernelDeclinesOutsideItsRange) {
