@@ -1013,15 +1013,9 @@ Law tukey_upper(double q, double v, double r, UpperTailMemo* memo = nullptr) {
     // The quadrature in d, from the mode (d = 0), to the bounds found in y.
     const Law head = integrand(0.0);
     const double below = mode - 3.0 * reach - offset, above = std::max(mode, 0.0) + reach - offset;
-    // Fewer nodes than for P before the panels take over: the scale's lower tail, where
-    // 1 - R is about 1, falls only like s^v, which the rule, at the step the range law's
-    // complement sets, walks slowly (400 nodes and more at v = 2).
-    constexpr int kMaxNodes = 60;
-    if (const auto whole = trapezoid_from_mode(integrand, 0.0, width, head, derivative, below,
-                                               above, r > kTrapezoidGroups, kMaxNodes))
-        return {std::min(whole->p, 1.0), whole->dp};
-    if (r > kTrapezoidGroups) {
-        // The cut depends on w alone: the memo keeps it in d.
+    // Past kTrapezoidGroups groups: the panels from the cut below the range law's step up, the
+    // cut kept in d by the memo (it depends on w alone). Empty where no cut is found.
+    const auto from_cut = [&]() -> std::optional<Law> {
         std::optional<double> cut;
         if (memo != nullptr && !std::isnan(memo->cut)) {
             if (memo->cut > below && memo->cut < 0.0) cut = memo->cut;
@@ -1029,15 +1023,33 @@ Law tukey_upper(double q, double v, double r, UpperTailMemo* memo = nullptr) {
             cut = *found - offset;
             if (memo != nullptr) memo->cut = *cut;
         }
-        if (cut) {
-            const Law right = integrate_outwards(integrand, 0.0, above, width, head, derivative);
-            const Law left = integrate_outwards(integrand, 0.0, *cut, width, head, derivative);
-            NagError fail;
-            const double scale_tail = g01ecc(Nag_TailProbability::Nag_LowerTail,
-                                             v * std::exp(2.0 * (offset + *cut)), v, &fail);
-            if (fail.code == 0)
-                return {std::min(scale_tail + left.p + right.p, 1.0), left.dp + right.dp};
-        }
+        if (!cut) return std::nullopt;
+        const Law right = integrate_outwards(integrand, 0.0, above, width, head, derivative);
+        const Law left = integrate_outwards(integrand, 0.0, *cut, width, head, derivative);
+        NagError fail;
+        const double scale_tail = g01ecc(Nag_TailProbability::Nag_LowerTail,
+                                         v * std::exp(2.0 * (offset + *cut)), v, &fail);
+        if (fail.code != 0) return std::nullopt;
+        return Law{std::min(scale_tail + left.p + right.p, 1.0), left.dp + right.dp};
+    };
+    // Fewer nodes than for P before the panels take over: the scale's lower tail, where
+    // 1 - R is about 1, falls only like s^v, which the rule, at the step the range law's
+    // complement sets, walks slowly (400 nodes and more at v = 2). Its first level's walk
+    // down takes about ln(1e18) / v / h nodes, the next ones twice and four times as many:
+    // where that is past a fifth of the cap the rule is not tried past kTrapezoidGroups
+    // groups (it failed there, at v from 2 to 60, after half the evaluation's range tails,
+    // which the panels, at other nodes, could not reuse).
+    constexpr int kMaxNodes = 60;
+    constexpr double kTailDrop = 41.4;  // ln(1e18)
+    const bool walks_tail = kTailDrop / v > (kMaxNodes / 5.0) * 0.75 * width;
+    if (r > kTrapezoidGroups && walks_tail) {
+        if (const auto law = from_cut()) return *law;
+    }
+    if (const auto whole = trapezoid_from_mode(integrand, 0.0, width, head, derivative, below,
+                                               above, r > kTrapezoidGroups, kMaxNodes))
+        return {std::min(whole->p, 1.0), whole->dp};
+    if (r > kTrapezoidGroups && !walks_tail) {
+        if (const auto law = from_cut()) return *law;
     }
     const Law right = integrate_outwards(integrand, 0.0, above, width, head, derivative);
     const Law left = integrate_outwards(integrand, 0.0, below, width, head, derivative);
@@ -1192,15 +1204,23 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     // Above the median 1 - P is integrated directly only where p is above 1 - 1e-3 (below,
     // 1 - P from P keeps 1e-13 of it), and there, costing several times P, only for the last
     // step or two: the steps before take 1 - P from P while it is above kCheapAbove and the
-    // residual above kCheapNoise times its relative rounding (or for kMaxCheap steps); they
-    // narrow the bracket only where 1 - P from P is off the tail by more than kCheapTrusted,
+    // residual above kCheapNoise times its relative rounding and above kCheapEnough (or for
+    // kMaxCheap steps); a residual within kCheapStill times that rounding is not stepped from
+    // (its sign is noise: the direct tail is taken where it stands). From a residual below
+    // kCheapEnough the Newton step leaves one of order 1e-2 or below (ln(1 - P) is close to
+    // linear in ln q), whose direct step then stays within the memo's reach, so that the
+    // second direct evaluation reuses the first one's range tails: one cheap evaluation,
+    // mostly, where there were two or three (each 80 to 800 range laws at many groups, most
+    // at few degrees of freedom). The steps before narrow the bracket only where 1 - P from P
+    // is off the tail by more than kCheapTrusted,
     // P's own accuracy, not its rounding (P at 300, v = 2, 20000 groups lies 1.4e-12 off,
     // 2e-9 of 1 - P: the bracket excluded the root and srangeinv(1 - 7.19e-4, 2, 20000) came
     // out 3e-10 low, its direct tail 2e-9 off).
     // From a direct residual below kFinal the Newton step is taken as the deviate: the
     // residual after it is of order its square (ln(1 - P) is smooth in ln q), far below
     // rounding, where 1 - P from P and the direct one differ by 1e-10 at most.
-    constexpr double kDirectTail = 1e-3, kCheapAbove = 1e-14, kCheapNoise = 100.0, kFinal = 1e-8;
+    constexpr double kDirectTail = 1e-3, kCheapAbove = 1e-15, kCheapNoise = 100.0, kFinal = 1e-8;
+    constexpr double kCheapEnough = 2.0, kCheapStill = 4.0;
     constexpr double kCheapTrusted = 1e-11;
     constexpr int kMaxCheap = 8;
     bool precise = logarithmic || tail >= kDirectTail;
@@ -1229,7 +1249,12 @@ bool tukey_deviate(double p, double v, double r, double& q) {
             // Bracket (where the residual's sign is above P's accuracy) and Newton step only.
             const double residual = std::log(law.p) - target;
             previous_residual = std::fabs(residual);
-            if (std::fabs(residual) <= kCheapNoise * DBL_EPSILON / law.p) {
+            if (std::fabs(residual) <= kCheapStill * DBL_EPSILON / law.p) {
+                precise = true;
+                continue;
+            }
+            if (std::fabs(residual) <= kCheapNoise * DBL_EPSILON / law.p ||
+                std::fabs(residual) <= kCheapEnough) {
                 precise = true;
             } else if (std::fabs(residual) > kCheapTrusted / law.p) {
                 (law.p > tail ? lo : hi) = x;
