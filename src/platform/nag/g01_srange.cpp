@@ -1088,6 +1088,9 @@ double tukey_start(double p, double r, double v) {
 // representable, by Wilson and Hilferty's cube below 1e-15.
 double range_deviate(double p, double r) {
     constexpr int kMaxSteps = 60;
+    // Far below the start's own error (1e-2 to 1 in ln(1 - P), from the combination with the
+    // scale): a step or two fewer, each a range_upper call above the median.
+    constexpr double kStartResidual = 1e-3;
     const bool logarithmic = p < 0.5;
     const double target = logarithmic ? std::log(p) : std::log1p(-p);
     double lo = 0.0, hi = INFINITY;
@@ -1113,7 +1116,7 @@ double range_deviate(double p, double r) {
         const bool tiny = !(law.p > 0.0) || (!logarithmic && law.shift != 0.0);
         const bool below = tiny || (logarithmic ? residual < 0.0 : residual > 0.0);
         (below ? lo : hi) = w;
-        if (std::fabs(residual) <= 1e-9) return w;
+        if (std::fabs(residual) <= kStartResidual) return w;
         if (!(next > lo && next < hi)) next = std::isinf(hi) ? 2.0 * w : 0.5 * (lo + hi);
         if (std::isfinite(hi) && hi - lo <= 1e-12 * hi) return next;
         w = next;
@@ -1223,7 +1226,13 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     constexpr double kCheapEnough = 2.0, kCheapStill = 4.0;
     constexpr double kCheapTrusted = 1e-11;
     constexpr int kMaxCheap = 8;
-    bool precise = logarithmic || tail >= kDirectTail;
+    // Past 100 groups at few degrees of freedom the start lies within about 3e-2 of the root in
+    // ln(1 - P) (the scale's lower tail, which it takes exactly, is most of the upper tail),
+    // so that the first direct step stays within the memo's reach, while P there costs 300 to
+    // 800 range laws: the direct tail is taken from the start.
+    constexpr double kDirectStartDf = 2.5;
+    bool precise =
+        logarithmic || tail >= kDirectTail || (r > kFittedStartGroups && v <= kDirectStartDf);
     // Whether the precise phase takes the direct upper tail; ln q and the slope of
     // ln(1 - P) in ln q at its last evaluation.
     const bool direct = !logarithmic && tail < kDirectTail;
