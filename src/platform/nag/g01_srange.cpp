@@ -913,9 +913,13 @@ std::optional<double> split_below_step(double q, double r, double mode, double w
 // What the deviate's successive direct evaluations of the upper tail share. The outer
 // integral is taken in d = ln(w / w0), w0 = q0 e^mode0 at the mode found for an earlier q0:
 // its nodes are then the same w for any q, the scale's density taken at y = mode0 +
-// ln(q0 / q) + d. A later q within a tenth of the width of q0 keeps mode0, the width and so
-// the nodes, and the range's upper tail at each node is kept by its d: only the scale's
-// density is formed afresh (the second direct evaluation cost as much as the first).
+// ln(q0 / q) + d. A later q within 0.3 widths of q0 keeps mode0, the width and so the
+// nodes, and the range's upper tail at each node is kept by its d: only the scale's
+// density is formed afresh (the second direct evaluation cost as much as the first). The
+// reuse is exact (the same w) and the rule checks itself on the shifted integrand as on any
+// other; within a tenth of the width, as first, a step from a cheap residual of 3e-2 at
+// few degrees of freedom (slope -v of ln(1 - P) in ln q) left the memo for a second full
+// evaluation.
 struct UpperTailMemo {
     bool anchored = false;
     double q0 = 0.0, mode0 = 0.0, width = 0.0, w0 = 0.0, cut = NAN;  // cut: in d
@@ -962,7 +966,7 @@ Law tukey_upper(double q, double v, double r, UpperTailMemo* memo = nullptr) {
     constexpr double kDrop = 45.0;
     const double reach = kDrop / v + 2.0;
     double mode = 0.0, width = 0.0;  // in y
-    constexpr double kSameMode = 0.1;
+    constexpr double kSameMode = 0.3;
     if (memo != nullptr && memo->anchored &&
         std::fabs(std::log(memo->q0 / q)) <= kSameMode * memo->width) {
         offset = mode = memo->mode0 + std::log(memo->q0 / q);
@@ -1226,11 +1230,11 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     constexpr double kCheapEnough = 2.0, kCheapStill = 4.0;
     constexpr double kCheapTrusted = 1e-11;
     constexpr int kMaxCheap = 8;
-    // Past 100 groups at few degrees of freedom the start lies within about 3e-2 of the root in
-    // ln(1 - P) (the scale's lower tail, which it takes exactly, is most of the upper tail),
-    // so that the first direct step stays within the memo's reach, while P there costs 300 to
-    // 800 range laws: the direct tail is taken from the start.
-    constexpr double kDirectStartDf = 2.5;
+    // Past 100 groups at v up to 4 the start lies within about 4e-2 of the root in ln(1 - P)
+    // (the scale's lower tail, which it takes exactly, is most of the upper tail), so that the
+    // first direct step stays within the memo's reach, while P there costs 300 to 800 range
+    // laws: the direct tail is taken from the start.
+    constexpr double kDirectStartDf = 4.0;
     bool precise =
         logarithmic || tail >= kDirectTail || (r > kFittedStartGroups && v <= kDirectStartDf);
     // Whether the precise phase takes the direct upper tail; ln q and the slope of
