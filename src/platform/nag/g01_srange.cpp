@@ -1094,7 +1094,7 @@ double range_deviate(double p, double r) {
     constexpr int kMaxSteps = 60;
     // Far below the start's own error (1e-2 to 1 in ln(1 - P), from the combination with the
     // scale): a step or two fewer, each a range_upper call above the median.
-    constexpr double kStartResidual = 1e-3;
+    constexpr double kStartResidual = 1e-3, kFromR = 1e-9;
     const bool logarithmic = p < 0.5;
     const double target = logarithmic ? std::log(p) : std::log1p(-p);
     double lo = 0.0, hi = INFINITY;
@@ -1107,8 +1107,9 @@ double range_deviate(double p, double r) {
             const double slope = w * law.dp / law.p;
             if (slope > 0.0) next = w * std::exp(std::clamp(-residual / slope, -1.0, 1.0));
         } else if (!logarithmic && law.shift == 0.0) {
-            // 1 - R directly where R is close to 1.
-            const Law tail = law.p > 0.9 ? range_upper(w, r) : Law{1.0 - law.p, law.dp};
+            // 1 - R directly where R is within kFromR of 1 (above, 1 - R from R, R within some
+            // 1e-14 of it, keeps 1e-5 of it: far inside kStartResidual).
+            const Law tail = law.p > 1.0 - kFromR ? range_upper(w, r) : Law{1.0 - law.p, law.dp};
             const double upper = tail.p;
             if (upper > 0.0) {
                 residual = std::log(upper) - target;
