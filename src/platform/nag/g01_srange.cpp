@@ -46,7 +46,8 @@
 // of two normal tails each, some four times R's cost), over the same scale mixture; 1 - P
 // taken from P kept only an absolute DBL_EPSILON, 100% of a tail of 1e-16
 // (srangeinv(1 - 6.7e-16, 1.08e15, 4) gave 11.82; the upper tail's q is 11.7272). Past 500
-// groups, where the rule does not settle, the outer integral is cut below the range law's
+// groups, where the rule does not settle or would walk the scale's slow lower tail (about
+// ln(1e18) / v in y at the step's width), the outer integral is cut below the range law's
 // step: under the y where R(q e^y) < 1e-22 the integrand is the scale's density alone and its
 // integral the chi-square's lower tail, so that the panels no longer walk the scale's slow
 // lower tail (s^v); within 3e-15 of 25-digit mpmath values there (gen_srange_upper_many.py,
@@ -58,9 +59,11 @@
 // p, the step within rounding of q, or the quadratic convergence predicts the next residual
 // below rounding; 3-6 evaluations. Above p = 1 - 1e-3 the last one or two take the direct
 // upper tail, the others 1 - P from P while its rounding is far below the residual (and
-// narrow the bracket only beyond P's accuracy); the second direct evaluation reuses the
-// first one's nodes and range tails (UpperTailMemo), and its step takes the curvature of
-// ln(1 - P) from the two, so that a third is seldom needed. Past
+// narrow the bracket only beyond P's accuracy): mostly one such step, whose Newton step from
+// a residual below 2 lands within the memo's reach of the root, and none past 100 groups at
+// v up to 4, where the start lies within 4e-2 of it; the second direct evaluation reuses the
+// first one's nodes and range tails (UpperTailMemo, for a q within 0.3 widths), and its step
+// takes the curvature of ln(1 - P) from the two, so that a third is seldom needed. Past
 // 100 groups, and past p = 0.99, the start is asymptotic instead (tukey_start_many: the
 // v = infinity range law's own deviate, cheap to solve, combined with the scale's quantiles).
 // Where P is within rounding of its small-q power law sqrt(r) (q / sqrt(2 pi))^(r-1) E S^(r-1)
@@ -74,7 +77,13 @@
 // alternated with the new in the same run): past 100 groups median 1.8 ms (2.8), p90 3.4 (6.0),
 // at most 6.1 (14.8); at p above 1 - 1e-8 median 1.7 ms (3.6), p90 3.5 (7.7). Some 60
 // range_upper calls a deviate (115 before), each about 85 nodes; the rest is the cheap steps'
-// P.
+// P. With a single cheap step, the direct tail from the start at v up to 4, the memo's wider
+// reach and the panels from the cut where the checked rule would walk the scale's tail (400
+// deviates, two seeds, same design): past 100 groups median 1.3-1.4 ms (1.9-2.1), p90
+// 1.9-2.2 (3.1-3.5), at most 2.9-3.2 (6.4); at p above 1 - 1e-8 median 1.4 ms (1.7-1.9), p90
+// 1.9-2.1 (3.0-3.2). One full direct evaluation a deviate remains, 50 to 90 range_upper calls
+// of some 20 microseconds each (the start 4, the cheap step 80 to 450 range laws of about
+// 1.3): most of the time.
 //
 // Phi(u) - Phi(u - w) is summed from its Hermite series below w = 1/2, where the
 // difference of the two probabilities loses digits (all of them below w = 1e-16). Its
