@@ -60,4 +60,43 @@ TEST(G01SrangeUpperMany, DeviatesOfTheReferenceTails) {
     }
 }
 
+// Deviates near p = 1 at many groups along each way the iteration can take: the direct tail
+// from the start (v up to 4), one cheap step first (the panels from the cut below the range
+// law's step at v up to some 60, the checked rule above), a cheap residual within P's
+// rounding (1 - p near 1e-14), direct steps within the memo's reach and beyond. Each row's q
+// must hold its upper tail to 1e-12: the v = 86749, 912 groups row came back 2.4e-12 off
+// (its last direct evaluation, on nodes anchored 0.05 widths away, differed from a fresh
+// one by as much).
+TEST(G01SrangeUpperMany, DeviatesNearOneHoldTheirTail) {
+    struct Row {
+        double tail, v;
+        int r;
+    };
+    const Row rows[] = {
+        {4.2521541843142928e-14, 86749.08479322873, 912},
+        {2.2e-14, 24.0, 2938933},
+        {6e-4, 53.0, 160000000},
+        {1.29e-9, 1.174, 1337620706},
+        {1.2e-12, 1.0, 5000},
+        {2.66e-14, 4.198, 564270},
+        {1.52e-14, 3.158, 79936162},
+        {5.34e-13, 55.97, 251250592},
+        {7.04e-8, 56.19, 12768002},
+        {1e-10, 3.0, 100000},
+        {1e-12, 1000.0, 10000000},
+        {7.3e-5, 564880.0, 137358507},
+        {2e-15, 10.0, 1000000},
+        {3e-6, 2.5, 2147483647},
+    };
+    for (const Row& row : rows) {
+        const double p = 1.0 - row.tail;
+        const double tail = 1.0 - p;  // exact
+        NagError fail;
+        const double q = g01fmc(p, row.v, row.r, &fail);
+        ASSERT_EQ(fail.code, 0) << row.tail << " " << row.v << " " << row.r;
+        const double back = g01emc_upper(q, row.v, row.r, &fail);
+        EXPECT_NEAR(back / tail, 1.0, 1e-12) << row.tail << " " << row.v << " " << row.r;
+    }
+}
+
 }  // namespace

@@ -46,7 +46,8 @@
 // of two normal tails each, some four times R's cost), over the same scale mixture; 1 - P
 // taken from P kept only an absolute DBL_EPSILON, 100% of a tail of 1e-16
 // (srangeinv(1 - 6.7e-16, 1.08e15, 4) gave 11.82; the upper tail's q is 11.7272). Past 500
-// groups, where the rule does not settle, the outer integral is cut below the range law's
+// groups, where the rule does not settle or would walk the scale's slow lower tail (about
+// ln(1e18) / v in y at the step's width), the outer integral is cut below the range law's
 // step: under the y where R(q e^y) < 1e-22 the integrand is the scale's density alone and its
 // integral the chi-square's lower tail, so that the panels no longer walk the scale's slow
 // lower tail (s^v); within 3e-15 of 25-digit mpmath values there (gen_srange_upper_many.py,
@@ -58,9 +59,11 @@
 // p, the step within rounding of q, or the quadratic convergence predicts the next residual
 // below rounding; 3-6 evaluations. Above p = 1 - 1e-3 the last one or two take the direct
 // upper tail, the others 1 - P from P while its rounding is far below the residual (and
-// narrow the bracket only beyond P's accuracy); the second direct evaluation reuses the
-// first one's nodes and range tails (UpperTailMemo), and its step takes the curvature of
-// ln(1 - P) from the two, so that a third is seldom needed. Past
+// narrow the bracket only beyond P's accuracy): mostly one such step, whose Newton step from
+// a residual below 2 lands within the memo's reach of the root, and none past 100 groups at
+// v up to 4, where the start lies within 4e-2 of it; the second direct evaluation reuses the
+// first one's nodes and range tails (UpperTailMemo, for a q within 0.3 widths), and its step
+// takes the curvature of ln(1 - P) from the two, so that a third is seldom needed. Past
 // 100 groups, and past p = 0.99, the start is asymptotic instead (tukey_start_many: the
 // v = infinity range law's own deviate, cheap to solve, combined with the scale's quantiles).
 // Where P is within rounding of its small-q power law sqrt(r) (q / sqrt(2 pi))^(r-1) E S^(r-1)
@@ -74,7 +77,13 @@
 // alternated with the new in the same run): past 100 groups median 1.8 ms (2.8), p90 3.4 (6.0),
 // at most 6.1 (14.8); at p above 1 - 1e-8 median 1.7 ms (3.6), p90 3.5 (7.7). Some 60
 // range_upper calls a deviate (115 before), each about 85 nodes; the rest is the cheap steps'
-// P.
+// P. With a single cheap step, the direct tail from the start at v up to 4, the memo's wider
+// reach and the panels from the cut where the checked rule would walk the scale's tail (400
+// deviates, two seeds, same design): past 100 groups median 1.3-1.4 ms (1.9-2.1), p90
+// 1.9-2.2 (3.1-3.5), at most 2.9-3.2 (6.4); at p above 1 - 1e-8 median 1.4 ms (1.7-1.9), p90
+// 1.9-2.1 (3.0-3.2). One full direct evaluation a deviate remains, 50 to 90 range_upper calls
+// of some 20 microseconds each (the start 4, the cheap step 80 to 450 range laws of about
+// 1.3): most of the time.
 //
 // Phi(u) - Phi(u - w) is summed from its Hermite series below w = 1/2, where the
 // difference of the two probabilities loses digits (all of them below w = 1e-16). Its
@@ -913,9 +922,13 @@ std::optional<double> split_below_step(double q, double r, double mode, double w
 // What the deviate's successive direct evaluations of the upper tail share. The outer
 // integral is taken in d = ln(w / w0), w0 = q0 e^mode0 at the mode found for an earlier q0:
 // its nodes are then the same w for any q, the scale's density taken at y = mode0 +
-// ln(q0 / q) + d. A later q within a tenth of the width of q0 keeps mode0, the width and so
-// the nodes, and the range's upper tail at each node is kept by its d: only the scale's
-// density is formed afresh (the second direct evaluation cost as much as the first).
+// ln(q0 / q) + d. A later q within 0.3 widths of q0 keeps mode0, the width and so the
+// nodes, and the range's upper tail at each node is kept by its d: only the scale's
+// density is formed afresh (the second direct evaluation cost as much as the first). The
+// reuse is exact (the same w) and the rule checks itself on the shifted integrand as on any
+// other; within a tenth of the width, as first, a step from a cheap residual of 3e-2 at
+// few degrees of freedom (slope -v of ln(1 - P) in ln q) left the memo for a second full
+// evaluation.
 struct UpperTailMemo {
     bool anchored = false;
     double q0 = 0.0, mode0 = 0.0, width = 0.0, w0 = 0.0, cut = NAN;  // cut: in d
@@ -962,7 +975,7 @@ Law tukey_upper(double q, double v, double r, UpperTailMemo* memo = nullptr) {
     constexpr double kDrop = 45.0;
     const double reach = kDrop / v + 2.0;
     double mode = 0.0, width = 0.0;  // in y
-    constexpr double kSameMode = 0.1;
+    constexpr double kSameMode = 0.3;
     if (memo != nullptr && memo->anchored &&
         std::fabs(std::log(memo->q0 / q)) <= kSameMode * memo->width) {
         offset = mode = memo->mode0 + std::log(memo->q0 / q);
@@ -1013,15 +1026,9 @@ Law tukey_upper(double q, double v, double r, UpperTailMemo* memo = nullptr) {
     // The quadrature in d, from the mode (d = 0), to the bounds found in y.
     const Law head = integrand(0.0);
     const double below = mode - 3.0 * reach - offset, above = std::max(mode, 0.0) + reach - offset;
-    // Fewer nodes than for P before the panels take over: the scale's lower tail, where
-    // 1 - R is about 1, falls only like s^v, which the rule, at the step the range law's
-    // complement sets, walks slowly (400 nodes and more at v = 2).
-    constexpr int kMaxNodes = 60;
-    if (const auto whole = trapezoid_from_mode(integrand, 0.0, width, head, derivative, below,
-                                               above, r > kTrapezoidGroups, kMaxNodes))
-        return {std::min(whole->p, 1.0), whole->dp};
-    if (r > kTrapezoidGroups) {
-        // The cut depends on w alone: the memo keeps it in d.
+    // Past kTrapezoidGroups groups: the panels from the cut below the range law's step up, the
+    // cut kept in d by the memo (it depends on w alone). Empty where no cut is found.
+    const auto from_cut = [&]() -> std::optional<Law> {
         std::optional<double> cut;
         if (memo != nullptr && !std::isnan(memo->cut)) {
             if (memo->cut > below && memo->cut < 0.0) cut = memo->cut;
@@ -1029,15 +1036,33 @@ Law tukey_upper(double q, double v, double r, UpperTailMemo* memo = nullptr) {
             cut = *found - offset;
             if (memo != nullptr) memo->cut = *cut;
         }
-        if (cut) {
-            const Law right = integrate_outwards(integrand, 0.0, above, width, head, derivative);
-            const Law left = integrate_outwards(integrand, 0.0, *cut, width, head, derivative);
-            NagError fail;
-            const double scale_tail = g01ecc(Nag_TailProbability::Nag_LowerTail,
-                                             v * std::exp(2.0 * (offset + *cut)), v, &fail);
-            if (fail.code == 0)
-                return {std::min(scale_tail + left.p + right.p, 1.0), left.dp + right.dp};
-        }
+        if (!cut) return std::nullopt;
+        const Law right = integrate_outwards(integrand, 0.0, above, width, head, derivative);
+        const Law left = integrate_outwards(integrand, 0.0, *cut, width, head, derivative);
+        NagError fail;
+        const double scale_tail = g01ecc(Nag_TailProbability::Nag_LowerTail,
+                                         v * std::exp(2.0 * (offset + *cut)), v, &fail);
+        if (fail.code != 0) return std::nullopt;
+        return Law{std::min(scale_tail + left.p + right.p, 1.0), left.dp + right.dp};
+    };
+    // Fewer nodes than for P before the panels take over: the scale's lower tail, where
+    // 1 - R is about 1, falls only like s^v, which the rule, at the step the range law's
+    // complement sets, walks slowly (400 nodes and more at v = 2). Its first level's walk
+    // down takes about ln(1e18) / v / h nodes, the next ones twice and four times as many:
+    // where that is past a fifth of the cap the rule is not tried past kTrapezoidGroups
+    // groups (it failed there, at v from 2 to 60, after half the evaluation's range tails,
+    // which the panels, at other nodes, could not reuse).
+    constexpr int kMaxNodes = 60;
+    constexpr double kTailDrop = 41.4;  // ln(1e18)
+    const bool walks_tail = kTailDrop / v > (kMaxNodes / 5.0) * 0.75 * width;
+    if (r > kTrapezoidGroups && walks_tail) {
+        if (const auto law = from_cut()) return *law;
+    }
+    if (const auto whole = trapezoid_from_mode(integrand, 0.0, width, head, derivative, below,
+                                               above, r > kTrapezoidGroups, kMaxNodes))
+        return {std::min(whole->p, 1.0), whole->dp};
+    if (r > kTrapezoidGroups && !walks_tail) {
+        if (const auto law = from_cut()) return *law;
     }
     const Law right = integrate_outwards(integrand, 0.0, above, width, head, derivative);
     const Law left = integrate_outwards(integrand, 0.0, below, width, head, derivative);
@@ -1076,6 +1101,9 @@ double tukey_start(double p, double r, double v) {
 // representable, by Wilson and Hilferty's cube below 1e-15.
 double range_deviate(double p, double r) {
     constexpr int kMaxSteps = 60;
+    // Far below the start's own error (1e-2 to 1 in ln(1 - P), from the combination with the
+    // scale): a step or two fewer, each a range_upper call above the median.
+    constexpr double kStartResidual = 1e-3, kFromR = 1e-9;
     const bool logarithmic = p < 0.5;
     const double target = logarithmic ? std::log(p) : std::log1p(-p);
     double lo = 0.0, hi = INFINITY;
@@ -1088,8 +1116,9 @@ double range_deviate(double p, double r) {
             const double slope = w * law.dp / law.p;
             if (slope > 0.0) next = w * std::exp(std::clamp(-residual / slope, -1.0, 1.0));
         } else if (!logarithmic && law.shift == 0.0) {
-            // 1 - R directly where R is close to 1.
-            const Law tail = law.p > 0.9 ? range_upper(w, r) : Law{1.0 - law.p, law.dp};
+            // 1 - R directly where R is within kFromR of 1 (above, 1 - R from R, R within some
+            // 1e-14 of it, keeps 1e-5 of it: far inside kStartResidual).
+            const Law tail = law.p > 1.0 - kFromR ? range_upper(w, r) : Law{1.0 - law.p, law.dp};
             const double upper = tail.p;
             if (upper > 0.0) {
                 residual = std::log(upper) - target;
@@ -1101,7 +1130,7 @@ double range_deviate(double p, double r) {
         const bool tiny = !(law.p > 0.0) || (!logarithmic && law.shift != 0.0);
         const bool below = tiny || (logarithmic ? residual < 0.0 : residual > 0.0);
         (below ? lo : hi) = w;
-        if (std::fabs(residual) <= 1e-9) return w;
+        if (std::fabs(residual) <= kStartResidual) return w;
         if (!(next > lo && next < hi)) next = std::isinf(hi) ? 2.0 * w : 0.5 * (lo + hi);
         if (std::isfinite(hi) && hi - lo <= 1e-12 * hi) return next;
         w = next;
@@ -1192,18 +1221,32 @@ bool tukey_deviate(double p, double v, double r, double& q) {
     // Above the median 1 - P is integrated directly only where p is above 1 - 1e-3 (below,
     // 1 - P from P keeps 1e-13 of it), and there, costing several times P, only for the last
     // step or two: the steps before take 1 - P from P while it is above kCheapAbove and the
-    // residual above kCheapNoise times its relative rounding (or for kMaxCheap steps); they
-    // narrow the bracket only where 1 - P from P is off the tail by more than kCheapTrusted,
+    // residual above kCheapNoise times its relative rounding and above kCheapEnough (or for
+    // kMaxCheap steps); a residual within kCheapStill times that rounding is not stepped from
+    // (its sign is noise: the direct tail is taken where it stands). From a residual below
+    // kCheapEnough the Newton step leaves one of order 1e-2 or below (ln(1 - P) is close to
+    // linear in ln q), whose direct step then stays within the memo's reach, so that the
+    // second direct evaluation reuses the first one's range tails: one cheap evaluation,
+    // mostly, where there were two or three (each 80 to 800 range laws at many groups, most
+    // at few degrees of freedom). The steps before narrow the bracket only where 1 - P from P
+    // is off the tail by more than kCheapTrusted,
     // P's own accuracy, not its rounding (P at 300, v = 2, 20000 groups lies 1.4e-12 off,
     // 2e-9 of 1 - P: the bracket excluded the root and srangeinv(1 - 7.19e-4, 2, 20000) came
     // out 3e-10 low, its direct tail 2e-9 off).
     // From a direct residual below kFinal the Newton step is taken as the deviate: the
     // residual after it is of order its square (ln(1 - P) is smooth in ln q), far below
     // rounding, where 1 - P from P and the direct one differ by 1e-10 at most.
-    constexpr double kDirectTail = 1e-3, kCheapAbove = 1e-14, kCheapNoise = 100.0, kFinal = 1e-8;
+    constexpr double kDirectTail = 1e-3, kCheapAbove = 1e-15, kCheapNoise = 100.0, kFinal = 1e-8;
+    constexpr double kCheapEnough = 2.0, kCheapStill = 4.0;
     constexpr double kCheapTrusted = 1e-11;
     constexpr int kMaxCheap = 8;
-    bool precise = logarithmic || tail >= kDirectTail;
+    // Past 100 groups at v up to 4 the start lies within about 4e-2 of the root in ln(1 - P)
+    // (the scale's lower tail, which it takes exactly, is most of the upper tail), so that the
+    // first direct step stays within the memo's reach, while P there costs 300 to 800 range
+    // laws: the direct tail is taken from the start.
+    constexpr double kDirectStartDf = 4.0;
+    bool precise =
+        logarithmic || tail >= kDirectTail || (r > kFittedStartGroups && v <= kDirectStartDf);
     // Whether the precise phase takes the direct upper tail; ln q and the slope of
     // ln(1 - P) in ln q at its last evaluation.
     const bool direct = !logarithmic && tail < kDirectTail;
@@ -1229,7 +1272,12 @@ bool tukey_deviate(double p, double v, double r, double& q) {
             // Bracket (where the residual's sign is above P's accuracy) and Newton step only.
             const double residual = std::log(law.p) - target;
             previous_residual = std::fabs(residual);
-            if (std::fabs(residual) <= kCheapNoise * DBL_EPSILON / law.p) {
+            if (std::fabs(residual) <= kCheapStill * DBL_EPSILON / law.p) {
+                precise = true;
+                continue;
+            }
+            if (std::fabs(residual) <= kCheapNoise * DBL_EPSILON / law.p ||
+                std::fabs(residual) <= kCheapEnough) {
                 precise = true;
             } else if (std::fabs(residual) > kCheapTrusted / law.p) {
                 (law.p > tail ? lo : hi) = x;
