@@ -302,6 +302,9 @@ CASES = [
     (17.0, math.inf, 2147483647, "upper"), (18.5, math.inf, 2147483647, "upper"),
     (13.0, 1e6, 2147483647, "upper"), (14.0, 1e6, 2147483647, "upper"),
     (17.0, 1e6, 2147483647, "upper"), (18.5, 1e6, 2147483647, "upper"),
+    # 912 groups near 1 - P = 1e-13, where the range tail's trapezoidal rule once took a level
+    # that agreed with the last to 1e-8 while 2.6e-11 off
+    (12.7, math.inf, 912, "upper"), (12.8, math.inf, 912, "upper"), (12.8, 1e6, 912, "upper"),
     # many groups at few degrees of freedom, the range law's step in the scale's tail
     (16.0, 3.0, 2147483647, "lower"), (12.0, 5.0, 10000000, "lower"),
     (40.0, 1.0, 1000, "lower"), (60.0, 6.0, 1168028, "lower"),
