@@ -444,6 +444,20 @@ TEST(DistributionValues, StudentizedRangeDeviateOfTinyProbabilities) {
     EXPECT_TRUE(back > 0.0 && back <= 1.5e-323) << q << " " << back;
 }
 
+// The symmetric laws' medians are exact: I_(1/2)(a, a) = 1/2, so the beta and F deviates of
+// p = 1/2 are 1/2 and 1 (finv(1/2, 1/2, 1/2) came out 4 ulps above 1, the computed tail being
+// 3e-16 off 1/2 within its bound).
+TEST(DistributionValues, SymmetricMediansAreExact) {
+    for (double a : {0.25, 0.5, 3.0, 7.0, 120.5, 2500.0}) {
+        int status = -1;
+        EXPECT_EQ(betacdf(0.5, a, a, 1, &status), 0.5) << a;
+        EXPECT_EQ(betacdf(0.5, a, a, 2, &status), 0.5) << a;
+        EXPECT_EQ(betainv(0.5, a, a, &status), 0.5) << a;
+        EXPECT_EQ(finv(0.5, 2.0 * a, 2.0 * a, &status), 1.0) << a;
+        EXPECT_EQ(status, 0);
+    }
+}
+
 // Degrees of freedom far beyond 1e19 are the law of the range of r standard normals
 // (mpmath references of gen_distributions_limits.py), e.g. P(Q <= 1.6) = 0.5053 for r = 3.
 TEST(DistributionValues, StudentizedRangeOfHugeDegreesIsTheRangeLaw) {
